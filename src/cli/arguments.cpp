@@ -1,0 +1,51 @@
+#include "cli/arguments.h"
+
+#include <charconv>
+
+#include "timecode/timecode.h"
+
+namespace quorvan::cli {
+namespace {
+
+constexpr std::size_t kDigits = 8;
+constexpr std::size_t kSeparatedLength = 11;  // 01:02:03:04
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsSeparator(char c) {
+  return c == ':' || c == ';' || c == '.' || c == ',';
+}
+
+bool HasTimecodeForm(std::string_view text) {
+  const bool separated = text.size() == kSeparatedLength;
+  if (!separated && text.size() != kDigits) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool wantsSeparator = separated && i % 3 == 2;
+    if (wantsSeparator ? !IsSeparator(text[i]) : !IsDigit(text[i])) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::optional<TrackArgument> ParseTrackArgument(std::string_view text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string_view::npos || equals + 1 == text.size()) return std::nullopt;
+  std::uint32_t number = 0;
+  const char* end = text.data() + equals;
+  const auto parsed = std::from_chars(text.data(), end, number);
+  if (parsed.ec != std::errc() || parsed.ptr != end) return std::nullopt;
+  if (number < 1 || number > kMaxTracks) return std::nullopt;
+  return TrackArgument{number - 1, std::string(text.substr(equals + 1))};
+}
+
+std::optional<std::int32_t> ParseTimecode(std::string_view text,
+                                          const MXF_TIMECODE_INFO& timecode) {
+  if (!HasTimecodeForm(text)) return std::nullopt;
+  const std::int32_t frames = TextToFrames(timecode.fpsIndex, timecode.dropFrame, text);
+  if (frames < 0) return std::nullopt;
+  return frames;
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,41 @@
+#include <fmt/format.h>
+
+#include "cli/clip_session.h"
+#include "cli/commands.h"
+#include "cli/progress_bar.h"
+#include "conform/conform.h"
+#include "job/process_table.h"
+#include "mxf/analysis.h"
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quorvan::cli {
+
+int RunConform(const ConformArguments& arguments) {
+  const std::u16string in = platform::AbsolutePath(platform::ToUtf16(arguments.in));
+  const std::u16string out = platform::AbsolutePath(platform::ToUtf16(arguments.out));
+  ConformProgress counters;
+  const JobProgress progress{[&] { return counters.bytesDone.load(); },
+                             [&] { return counters.bytesTotal.load(); },
+                             [&] { counters.cancel = 1; }, "bytes"};
+  ConformResult result;
+  RunWithProgress(
+      [&] {
+        result = ConformClip(in, out, &counters);
+        return kSuccess;
+      },
+      progress);
+
+  if (result.done) return kDone;
+  if (result.cancelled) {
+    PrintError(fmt::format("{}: cancelled, no copy was left", arguments.in));
+    return kInterrupted;
+  }
+  PrintError(fmt::format("{}: {}", arguments.in, result.reason));
+  if (result.analysisCode != kSuccess) {
+    PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode, 0));
+  }
+  return kFailed;
+}
+
+}  // namespace quorvan::cli

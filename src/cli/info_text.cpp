@@ -1,0 +1,147 @@
+#include <fmt/format.h>
+
+#include <array>
+#include <iterator>
+
+#include "cli/info_views.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "rewrite/umid.h"
+#include "timecode/timecode.h"
+#include "wav/size_text.h"
+
+namespace quorvan::cli {
+namespace {
+
+constexpr const char* kPartitionKinds[] = {"header", "body", "footer"};
+constexpr const char* kElementKinds[] = {"not found", "AES3", "Wave"};
+
+class Page {
+ public:
+  void Line(std::string_view name, std::string_view value) {
+    fmt::format_to(std::back_inserter(text_), "{:<18}{}\n", name, value);
+  }
+  void Heading(std::string_view text) { fmt::format_to(std::back_inserter(text_), "\n{}\n", text); }
+  std::string& text() { return text_; }
+
+ private:
+  std::string text_;
+};
+
+std::string Timecode(const MXF_TIMECODE_INFO& timecode, std::uint32_t frames) {
+  char16_t text[16] = {};
+  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame, frames, kSeparated);
+  return platform::ToUtf8(text);
+}
+
+std::string Umid(const std::array<std::uint8_t, kUmidBytes>& umid, std::uint32_t size) {
+  char16_t text[kUmidTextChars];
+  UmidToHexText(umid.data(), text);
+  const std::string hex = platform::ToUtf8(text);
+  return size == kUmidBytes ? hex : fmt::format("{} (first 32 of {} bytes)", hex, size);
+}
+
+std::string FileSize(std::uint64_t bytes) {
+  char16_t text[32];
+  FormatFileSize(bytes, text, std::size(text));
+  return fmt::format("{} ({} bytes)", platform::ToUtf8(text), bytes);
+}
+
+std::string FrameRate(const MXF_TIMECODE_INFO& t) {
+  if (t.editRateDenominator <= 1) return fmt::format("{}", t.editRateNumerator);
+  return fmt::format("{}/{} ({:.2f})", t.editRateNumerator, t.editRateDenominator,
+                     static_cast<double>(t.editRateNumerator) / t.editRateDenominator);
+}
+
+void AddIdentity(const MXF_BASE_INFO& mxf, Page* page) {
+  using platform::ToUtf8;
+  page->Line("Size", FileSize(mxf.fileSize));
+  page->Line("MXF version", fmt::format("{}.{}", mxf.versionMajor, mxf.versionMinor));
+  page->Line("Written by",
+             fmt::format("{} / {} / {} / {}", ToUtf8(mxf.companyName), ToUtf8(mxf.productName),
+                         ToUtf8(mxf.productVersion), ToUtf8(mxf.platform)));
+  page->Line("Created", ToUtf8(mxf.creationDateText));
+  page->Line("Modified", ToUtf8(mxf.modifiedDateText));
+  page->Line("Material UMID", Umid(mxf.materialUmid, mxf.materialUmidSize));
+  page->Line("Source UMID", Umid(mxf.sourceUmid, mxf.sourceUmidSize));
+}
+
+void AddTimecode(const MXF_TIMECODE_INFO& t, Page* page) {
+  page->Heading("Timecode");
+  page->Line("First frame", Timecode(t, t.startFrames));
+  page->Line("Last frame", Timecode(t, t.lastFrames));
+  page->Line("Duration", fmt::format("{} ({} frames)", Timecode(t, t.duration), t.duration));
+  page->Line("Base", fmt::format("{}{}", t.roundedBase, t.dropFrame == 1 ? " drop frame" : ""));
+  page->Line("Frame rate", FrameRate(t));
+  page->Line("Index entries", fmt::format("{}", t.frameCount));
+}
+
+void AddAudio(const MXF_BASE_INFO& mxf, Page* page) {
+  const MXF_AUDIO_INFO& a = *mxf.audio;
+  page->Heading("Audio");
+  page->Line("Tracks",
+             a.trackCount > kMaxTracks
+                 ? fmt::format("{}, of which the first {} can be used", a.trackCount, kMaxTracks)
+                 : fmt::format("{}", a.trackCount));
+  page->Line("Format", fmt::format("{} Hz, {} bits", a.sampleRate, a.quantizationBits));
+  page->Line("Element",
+             fmt::format("{}, {} bytes with fill", kElementKinds[a.elementKind], a.elementSize));
+  page->Line("Ancillary data", mxf.hasAncillaryData == 0
+                                   ? std::string("none")
+                                   : fmt::format("{} bytes with fill", mxf.ancillaryElementSize));
+}
+
+void AddVideo(const MXF_VIDEO_INFO& v, Page* page) {
+  page->Heading("Video");
+  page->Line("Coding", platform::ToUtf8(v.codecName));
+  page->Line("Picture", fmt::format("{} x {} {}, {}:{}", v.width, v.height,
+                                    v.frameLayout == 0 ? "progressive" : "interlaced",
+                                    v.aspectNumerator, v.aspectDenominator));
+  page->Line("Bit rate", fmt::format("{:.1f} Mbps", v.bitRate / 1e6));
+}
+
+void AddPartitions(const MXF_BASE_INFO& mxf, Page* page) {
+  page->Heading("Partitions");
+  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
+  auto out = std::back_inserter(page->text());
+  fmt::format_to(out, "{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}\n", "", "kind", "offset",
+                 "header", "index", "body offset", "body", "index", "KAG");
+  for (std::uint32_t i = 0; i < table[0].partitionCount; ++i) {
+    const MXF_PARTITION_INFO& p = table[i];
+    fmt::format_to(out, "{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}\n", i,
+                   kPartitionKinds[p.kind], p.thisPartition, p.headerByteCount, p.indexByteCount,
+                   p.bodyOffset, p.bodySid, p.indexSid, p.kagSize);
+  }
+}
+
+void AddIndex(const MXF_BASE_INFO& mxf, Page* page) {
+  page->Heading("Index");
+  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
+  auto out = std::back_inserter(page->text());
+  fmt::format_to(out, "{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}\n", "frame", "partition",
+                 "offset", "slice", "deltas", "flags", "samples", "temp", "key");
+  for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
+    const INDEX_ENTRY_ARRAY& e = (*mxf.indexEntries)[i];
+    fmt::format_to(out, "{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}\n", i,
+                   e.partition - table, e.fileOffset, e.sliceOffset, e.deltaCount,
+                   fmt::format("{:02X}", e.flags), e.audioSamples, e.temporalOffset,
+                   e.keyFrameOffset);
+  }
+}
+
+}  // namespace
+
+std::string InfoText(const ClipSession& session, bool index) {
+  const APP_STATE_INFO& app = session.app.info;
+  Page page;
+  page.Line("File", platform::ToUtf8(platform::LastComponent(app.mxfPath)));
+  AddIdentity(*app.mxf, &page);
+  AddTimecode(*app.mxf->timecode, &page);
+  AddAudio(*app.mxf, &page);
+  AddVideo(*app.mxf->video, &page);
+  AddPartitions(*app.mxf, &page);
+  if (index) AddIndex(*app.mxf, &page);
+  return std::move(page.text());
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,78 @@
+#include "cli/progress_bar.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <thread>
+
+#include "platform/clock.h"
+#include "platform/console.h"
+
+namespace quorvan::cli {
+namespace {
+
+constexpr auto kPollInterval = std::chrono::milliseconds(20);
+constexpr int kPollsPerRedraw = 5;
+constexpr int kColumnsBesideBar = 62;
+constexpr int kNarrowestBar = 8;
+constexpr int kWidestBar = 40;
+
+std::string TimeLeft(double elapsed, double share) {
+  if (share <= 0.0) return "--:--";
+  const auto seconds = static_cast<long>(elapsed * (1.0 - share) / share + 0.5);
+  return fmt::format("{:02}:{:02}", seconds / 60, seconds % 60);
+}
+
+std::string BarLine(const JobProgress& progress, double elapsed, int columns) {
+  const std::uint64_t total = progress.total();
+  const std::uint64_t done = std::min(progress.done(), total);
+  const double share = total == 0 ? 0.0 : static_cast<double>(done) / static_cast<double>(total);
+  const int width = std::clamp(columns - kColumnsBesideBar, kNarrowestBar, kWidestBar);
+  const int filled = static_cast<int>(share * width);
+  return fmt::format("[{:#<{}}{:.<{}}] {}/{} {} {:5.1f}%  {} left", "", filled, "", width - filled,
+                     done, total, progress.unit, 100.0 * share, TimeLeft(elapsed, share));
+}
+
+void Draw(const JobProgress& progress, double started) {
+  const int columns = platform::TerminalColumns();
+  std::string line = BarLine(progress, platform::MonotonicSeconds() - started, columns);
+  if (columns > 1) line.resize(std::min(line.size(), static_cast<std::size_t>(columns) - 1));
+  fmt::print(stderr, "\r{}\x1b[K", line);
+  std::fflush(stderr);
+}
+
+}  // namespace
+
+std::int32_t RunWithProgress(const std::function<std::int32_t()>& job,
+                             const JobProgress& progress) {
+  static std::atomic<std::uint32_t> interrupted;
+  interrupted = 0;
+  platform::SetFlagOnInterrupt(&interrupted);
+
+  std::atomic<bool> ended = false;
+  std::int32_t result = 0;
+  std::thread worker([&] {
+    result = job();
+    ended = true;
+  });
+  const bool shows = platform::OutputIsTerminal();
+  const double started = platform::MonotonicSeconds();
+  for (int poll = 0; !ended; ++poll) {
+    std::this_thread::sleep_for(kPollInterval);
+    if (interrupted == 1) progress.requestCancel();
+    if (shows && poll % kPollsPerRedraw == 0) Draw(progress, started);
+  }
+  worker.join();
+  if (shows) {
+    Draw(progress, started);
+    fmt::print(stderr, "\n");
+  }
+  platform::SetFlagOnInterrupt(nullptr);
+  return result;
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,278 @@
+#include "conform/conform.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "conform/layout.h"
+#include "conform/partition_map.h"
+#include "mxf/analysis.h"
+#include "mxf/records.h"
+#include "platform/file.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "platform/uuid.h"
+
+namespace quorvan {
+namespace {
+
+constexpr std::size_t kCopyBlockBytes = 4 << 20;
+
+ConformResult Refused(std::string reason) {
+  ConformResult result;
+  result.reason = std::move(reason);
+  return result;
+}
+
+ConformResult Cancelled() {
+  ConformResult result = Refused("cancelled");
+  result.cancelled = true;
+  return result;
+}
+
+bool CancelWanted(const ConformProgress& progress) {
+  return progress.cancel.load(std::memory_order_relaxed) != 0;
+}
+
+// The unfinished copy, removed again unless it is given its name.
+class UnfinishedCopy {
+ public:
+  UnfinishedCopy(const UnfinishedCopy&) = delete;
+  UnfinishedCopy& operator=(const UnfinishedCopy&) = delete;
+
+  explicit UnfinishedCopy(const std::u16string& out) : path_(NameBeside(out)) {
+    file_ = platform::File::Open(path_, platform::OpenMode::kCreateNew);
+    exists_ = file_.IsOpen();
+  }
+
+  ~UnfinishedCopy() {
+    file_.Close();
+    if (exists_) platform::RemoveFile(path_);
+  }
+
+  platform::File& file() { return file_; }
+
+  bool TakeName(const std::u16string& out) {
+    file_.Close();
+    if (!platform::RenameWithoutReplacing(path_, out)) return false;
+    exists_ = false;
+    return true;
+  }
+
+ private:
+  static std::u16string NameBeside(const std::u16string& out) {
+    const std::u16string absolute = platform::AbsolutePath(out);
+    std::string name = "conform-";
+    if (const auto uuid = platform::NewUuid()) {
+      for (const std::uint8_t byte : *uuid)
+        name += fmt::format("{:02x}", byte);
+    }
+    name += ".part";
+    const std::size_t folder = absolute.size() - platform::LastComponent(absolute).size();
+    return absolute.substr(0, folder) + platform::ToUtf16(name);
+  }
+
+  std::u16string path_;
+  platform::File file_;
+  bool exists_ = false;
+};
+
+// Writes the parts of the copy and counts what is written.
+struct CopyWriter {
+  const platform::File& in;
+  platform::File& out;
+  ConformProgress* progress;
+  std::unique_ptr<std::uint8_t[]> block;
+  std::string reason;
+  std::uint64_t written = 0;
+
+  bool Fail(const char* text) {
+    reason = text;
+    return false;
+  }
+
+  bool Write(const std::uint8_t* data, std::size_t length) {
+    if (length == 0) return true;
+    if (CancelWanted(*progress)) return Fail("cancelled");
+    if (!out.Write(data, length)) return Fail("the copy cannot be written: no room, or a fault");
+    written += length;
+    progress->bytesDone.store(written, std::memory_order_relaxed);
+    return true;
+  }
+
+  bool Write(const std::vector<std::uint8_t>& bytes) { return Write(bytes.data(), bytes.size()); }
+
+  bool GoTo(std::uint64_t offset) {
+    return out.Seek(offset) || Fail("the copy cannot be written: too long");
+  }
+
+  bool CopyStretch(std::uint64_t offset, std::uint64_t length) {
+    while (length != 0) {
+      const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(length, kCopyBlockBytes));
+      if (in.ReadAt(offset, block.get(), part) != part) return Fail("the clip cannot be read");
+      if (!Write(block.get(), part)) return false;
+      offset += part;
+      length -= part;
+    }
+    return true;
+  }
+
+  bool WriteFill(std::uint64_t bytes) {
+    std::vector<std::uint8_t> fill;
+    AppendFill(bytes, &fill);
+    return Write(fill);
+  }
+
+  // The KLVs with their lengths in the written form, and a fill up to `bytes` in all.
+  bool WriteKlvs(const std::vector<KlvSpan>& klvs, std::uint64_t bytes) {
+    for (const KlvSpan& klv : klvs) {
+      std::vector<std::uint8_t> header;
+      AppendKlvHeader(klv.key, klv.length, &header);
+      if (!Write(header) || !CopyStretch(klv.valueOffset, klv.length)) return false;
+    }
+    return WriteFill(bytes - WrittenBytes(klvs));
+  }
+};
+
+std::uint64_t EssenceOffset(const ConformLayout& layout, const TargetPartition& partition) {
+  return partition.offset + layout.kagSize + partition.headerByteCount + partition.indexByteCount;
+}
+
+// Everything but the essence, each part at its place.
+bool WriteSkeleton(const std::vector<SourcePartition>& map, const ConformLayout& layout,
+                   CopyWriter* writer) {
+  for (std::size_t i = 0; i < map.size(); ++i) {
+    const TargetPartition& target = layout.partitions[i];
+    if (!writer->GoTo(target.offset) || !writer->Write(WritePack(map, layout, i)) ||
+        !writer->WriteKlvs(map[i].metadata, target.headerByteCount) ||
+        !writer->WriteKlvs(map[i].indexSegments, target.indexByteCount)) {
+      return false;
+    }
+  }
+  return writer->GoTo(layout.randomIndexOffset) && writer->Write(WriteRandomIndex(map, layout));
+}
+
+bool WriteEssence(const std::vector<SourcePartition>& map, const ConformLayout& layout,
+                  CopyWriter* writer) {
+  for (std::size_t i = 0; i < map.size(); ++i) {
+    const TargetPartition& target = layout.partitions[i];
+    if (!writer->GoTo(EssenceOffset(layout, target)) ||
+        !writer->CopyStretch(map[i].essenceStart, target.essenceBytes)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The analysis takes a partition's essence for one stretch behind its index table and does not look
+// where an entry leads: an index that means another place would only show as a wrong byte in a
+// frame.
+bool FrameStandsAt(const platform::File& file, const ConformLayout& layout, std::uint64_t offset) {
+  const bool inEssence = std::any_of(
+      layout.partitions.begin(), layout.partitions.end(), [&](const TargetPartition& partition) {
+        const std::uint64_t start = EssenceOffset(layout, partition);
+        return offset >= start && offset - start < partition.essenceBytes;
+      });
+  std::array<std::uint8_t, kUlPrefix.size()> prefix{};
+  return inEssence && file.ReadAt(offset, prefix.data(), prefix.size()) == prefix.size() &&
+         prefix == kUlPrefix;
+}
+
+// Looks at the first and the last frame of every index table segment; between them frames lie in a
+// row.
+bool IndexLeadsToFrames(const platform::File& file, const ConformLayout& layout,
+                        const MxfRecords& records) {
+  const std::uint32_t count = records.timecode.frameCount;
+  const INDEX_ENTRY_ARRAY* entries = records.indexEntries.get();
+  const auto sameSegment = [entries](std::uint32_t a, std::uint32_t b) {
+    return entries[a].segmentStart == entries[b].segmentStart &&
+           entries[a].partition == entries[b].partition;
+  };
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const bool inner = i != 0 && i + 1 != count && sameSegment(i - 1, i) && sameSegment(i, i + 1);
+    if (!inner && !FrameStandsAt(file, layout, entries[i].fileOffset)) return false;
+  }
+  return count != 0;
+}
+
+ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
+  records->timecode.useFileIo = 1;
+  ConformResult result;
+  const std::int32_t code = AnalyzeMxfFile(file, &records->base);
+  if (code <= 0) {
+    result.done = true;
+    return result;
+  }
+  result.analysisCode = code;
+  result.processCode = records->base.processCode;
+  result.reason = fmt::format("the clip is refused in its conformed form too, with {}", code);
+  return result;
+}
+
+// What the metadata alone decides, before the essence is copied for nothing.
+ConformResult CheckSkeleton(platform::File* file) {
+  MxfRecords records;
+  return AnalyzeCopy(file, &records);
+}
+
+ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
+  MxfRecords records;
+  const ConformResult result = AnalyzeCopy(file, &records);
+  if (!result.done || IndexLeadsToFrames(*file, layout, records)) return result;
+  return Refused("the index table does not lead to the frames");
+}
+
+ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartition>& map,
+                        const std::u16string& out, ConformProgress* progress) {
+  UnfinishedCopy copy(out);
+  if (!copy.file().IsOpen()) return Refused("no file can be created where the copy shall stand");
+  const ConformLayout layout = LayOutClip(map);
+  progress->bytesTotal.store(layout.fileSize, std::memory_order_relaxed);
+  CopyWriter writer{
+      in,
+      copy.file(),
+      progress,
+      std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[kCopyBlockBytes]),
+      {}};
+  if (!writer.block) return Refused("no memory for the copy");
+  const auto writeFault = [&writer, progress] {
+    return CancelWanted(*progress) ? Cancelled() : Refused(writer.reason);
+  };
+  if (!WriteSkeleton(map, layout, &writer)) return writeFault();
+  if (const ConformResult result = CheckSkeleton(&copy.file()); !result.done) return result;
+  if (!WriteEssence(map, layout, &writer)) return writeFault();
+  if (!copy.file().Flush()) return Refused("the copy cannot be brought onto the medium");
+  ConformResult result = CheckCopy(&copy.file(), layout);
+  if (!result.done) return result;
+  if (CancelWanted(*progress)) return Cancelled();
+  if (!copy.TakeName(out)) return Refused("the copy cannot take its name: a file has it by now");
+  return result;
+}
+
+}  // namespace
+
+ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
+                          ConformProgress* progress) {
+  if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
+    return Refused("the copy would replace the clip itself");
+  }
+  if (platform::QueryFileInfo(out)) return Refused("the copy's name is taken");
+  const platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
+  if (!file.IsOpen()) return Refused("the clip cannot be opened");
+  const std::optional<std::uint64_t> size = file.Size();
+  if (!size) return Refused("the size of the clip is unknown");
+  std::vector<SourcePartition> map;
+  std::string reason;
+  if (!ReadPartitionMap(file, *size, progress->cancel, &map, &reason)) {
+    return CancelWanted(*progress) ? Cancelled() : Refused(reason);
+  }
+  return WriteCopy(file, map, out, progress);
+}
+
+}  // namespace quorvan

@@ -1,0 +1,282 @@
+#include "conform/partition_map.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace quorvan {
+namespace {
+
+constexpr std::uint64_t kLongestPack = 64 * 1024;
+constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // of the whole clip
+constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // of the whole clip
+constexpr std::size_t kMostPartitions = 1 << 16;
+constexpr std::uint64_t kIndexEntryBytes = 12;  // of the random index: BodySID, ByteOffset
+constexpr std::uint64_t kOverallLengthBytes = 4;
+constexpr std::uint8_t kOpenIncomplete = 1;
+constexpr std::uint8_t kOpenComplete = 3;
+
+// Kind and status stand in the two bytes that match any.
+constexpr KlvKey kAnyPartitionPack = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01, 0x01,
+                                      0x0D, 0x01, 0x02, 0x01, 0x01, 0xFF, 0xFF, 0x00};
+
+// Bytes 8 to 11 of the keys of the generic container's elements (SMPTE 379).
+constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
+
+bool Is(const KlvSpan& klv, const KlvKey& wanted) {
+  return KeyMatches(klv.key.data(), wanted);
+}
+
+bool IsPartitionPack(const KlvSpan& klv) {
+  return Is(klv, kAnyPartitionPack) && klv.key[kPackKindByte] >= kHeaderPackKind &&
+         klv.key[kPackKindByte] <= kFooterPackKind;
+}
+
+bool IsIndexSegment(const KlvSpan& klv) {
+  return Is(klv, keys::kIndexTableSegment);
+}
+
+bool IsMetadata(const KlvSpan& klv) {
+  return !IsPartitionPack(klv) && !IsIndexSegment(klv) && !Is(klv, keys::kRandomIndexPack) &&
+         !std::equal(kGenericContainer.begin(), kGenericContainer.end(), klv.key.begin() + 8);
+}
+
+struct MapReader {
+  const platform::File& file;
+  std::uint64_t fileSize;
+  const std::atomic<std::uint32_t>& cancel;
+  std::string* reason;
+  std::uint64_t metadataBytes = 0;
+  std::size_t metadataKlvs = 0;
+
+  bool Refuse(std::string text) {
+    *reason = std::move(text);
+    return false;
+  }
+};
+
+bool ReadPack(const platform::File& file, std::uint64_t offset, std::uint64_t end, KlvSpan* klv,
+              PartitionPack* pack) {
+  if (!ReadKlvSpan(file, offset, end, klv) || !IsPartitionPack(*klv)) return false;
+  if (klv->length < pack_field::kFixedBytes || klv->length > kLongestPack) return false;
+  const auto length = static_cast<std::size_t>(klv->length);
+  pack->key = klv->key;
+  pack->value.resize(length);
+  return file.ReadAt(klv->valueOffset, pack->value.data(), length) == length;
+}
+
+// The random index that the last four bytes lead to, when it ends with them.
+bool FindRandomIndex(const MapReader& reader, KlvSpan* klv) {
+  std::array<std::uint8_t, kOverallLengthBytes> tail;
+  if (reader.fileSize < tail.size()) return false;
+  if (reader.file.ReadAt(reader.fileSize - tail.size(), tail.data(), tail.size()) != tail.size()) {
+    return false;
+  }
+  const std::uint64_t overall = ReadBe32(tail.data());
+  return overall <= reader.fileSize &&
+         ReadKlvSpan(reader.file, reader.fileSize - overall, reader.fileSize, klv) &&
+         Is(*klv, keys::kRandomIndexPack) && klv->End() == reader.fileSize &&
+         klv->length >= kIndexEntryBytes + kOverallLengthBytes &&
+         (klv->length - kOverallLengthBytes) % kIndexEntryBytes == 0 &&
+         (klv->length - kOverallLengthBytes) / kIndexEntryBytes <= kMostPartitions;
+}
+
+// Partition offsets from the random index. False when there is none or when it does not name the
+// same partitions as the chain of the packs.
+bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>* offsets,
+                            std::uint64_t* end) {
+  KlvSpan index;
+  if (!FindRandomIndex(reader, &index)) return false;
+  std::vector<std::uint8_t> entries(static_cast<std::size_t>(index.length - kOverallLengthBytes));
+  if (reader.file.ReadAt(index.valueOffset, entries.data(), entries.size()) != entries.size()) {
+    return false;
+  }
+  *end = index.offset;
+  for (std::size_t at = 0; at < entries.size(); at += kIndexEntryBytes) {
+    const std::uint64_t offset = ReadBe64(entries.data() + at + 4);
+    const bool first = offsets->empty();
+    KlvSpan klv;
+    PartitionPack pack;
+    if (first ? offset != 0 : offset <= offsets->back()) return false;
+    if (!ReadPack(reader.file, offset, index.offset, &klv, &pack)) return false;
+    if (!first && pack.U64(pack_field::kPreviousPartition) != offsets->back()) return false;
+    offsets->push_back(offset);
+  }
+  return true;
+}
+
+// Partition offsets from a walk over every KLV, up to the random index or the end of the file.
+bool OffsetsFromWalk(MapReader* reader, std::vector<std::uint64_t>* offsets, std::uint64_t* end) {
+  std::uint64_t at = 0;
+  for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
+    if (reader->cancel.load(std::memory_order_relaxed) != 0) return reader->Refuse("cancelled");
+    if (!ReadKlvSpan(reader->file, at, reader->fileSize, &klv)) {
+      return reader->Refuse(fmt::format("no whole KLV at byte {}", at));
+    }
+    if (Is(klv, keys::kRandomIndexPack)) {
+      *end = at;
+      if (klv.End() == reader->fileSize) return true;
+      return reader->Refuse(fmt::format("data behind the random index at byte {}", klv.End()));
+    }
+    if (!IsPartitionPack(klv)) continue;
+    if (offsets->size() == kMostPartitions) return reader->Refuse("too many partitions");
+    offsets->push_back(at);
+  }
+  *end = at;
+  return true;
+}
+
+// First KLV from `offset` on that is no fill, `end` when there is none. Ends early at `stop` when a
+// KLV starts there.
+std::uint64_t SkipFill(const MapReader& reader, std::uint64_t offset, std::uint64_t end,
+                       std::uint64_t stop) {
+  KlvSpan klv;
+  while (offset != stop && ReadKlvSpan(reader.file, offset, end, &klv) && Is(klv, keys::kFill)) {
+    offset = klv.End();
+  }
+  return offset;
+}
+
+bool CountMetadata(MapReader* reader, std::uint64_t count) {
+  if (count > kMostMetadataBytes - reader->metadataBytes) {
+    return reader->Refuse("more metadata than a clip can have");
+  }
+  reader->metadataBytes += count;
+  return true;
+}
+
+// Collects the KLVs that `count` bytes from `*cursor` on hold, and moves the cursor behind them.
+// Some writers count from the first KLV that is no fill, some from the first byte: the end that
+// falls on the border of a KLV is the right one.
+bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, const char* what,
+                 bool (*belongs)(const KlvSpan&), std::uint64_t* cursor,
+                 std::vector<KlvSpan>* klvs) {
+  if (count == 0) return true;
+  if (!CountMetadata(reader, count)) return false;
+  const std::uint64_t countedWithFill = *cursor + count;  // both are bounded: no wrap
+  std::uint64_t at = SkipFill(*reader, *cursor, end, end);
+  const std::uint64_t counted = at + count;
+  std::size_t klvsWithFill = 0;
+  bool endsWithFill = false;
+  for (KlvSpan klv; at < counted; at = klv.End()) {
+    if (at == countedWithFill) {
+      endsWithFill = true;
+      klvsWithFill = klvs->size();
+    }
+    if (!ReadKlvSpan(reader->file, at, end, &klv)) break;
+    if (Is(klv, keys::kFill)) continue;
+    if (!belongs(klv)) break;
+    if (++reader->metadataKlvs > kMostMetadataKlvs) return reader->Refuse("too many metadata sets");
+    klvs->push_back(klv);
+  }
+  if (at == counted) {
+    *cursor = counted;
+    return true;
+  }
+  if (!endsWithFill) {
+    return reader->Refuse(
+        fmt::format("the {} does not end where its byte count says, near byte {}", what, at));
+  }
+  klvs->resize(klvsWithFill);
+  *cursor = countedWithFill;
+  return true;
+}
+
+bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, bool last) {
+  const std::uint8_t status = partition.pack.key[kPackStatusByte];
+  if (status == kOpenIncomplete || status == kOpenComplete) {
+    return reader->Refuse(fmt::format(
+        "the partition at byte {} is open: the clip was never finished", partition.offset));
+  }
+  const std::uint8_t kind = partition.pack.key[kPackKindByte];
+  if ((kind == kHeaderPackKind) != first) {
+    return reader->Refuse(
+        fmt::format("the partition at byte {} is out of order", partition.offset));
+  }
+  if ((kind == kFooterPackKind) != last) {
+    return reader->Refuse(
+        last ? "the clip has no footer partition: it was never finished"
+             : fmt::format("a footer partition at byte {} is not the last", partition.offset));
+  }
+  return true;
+}
+
+bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bool last,
+                   std::uint64_t* behindCounted) {
+  KlvSpan klv;
+  if (!ReadPack(reader->file, partition->offset, partition->end, &klv, &partition->pack)) {
+    return reader->Refuse(fmt::format("no partition pack at byte {}", partition->offset));
+  }
+  if (!CheckPack(reader, *partition, first, last)) return false;
+  const PartitionPack& pack = partition->pack;
+  *behindCounted = klv.End();
+  if (!ReadCounted(reader, pack.U64(pack_field::kHeaderByteCount), partition->end,
+                   "header metadata", IsMetadata, behindCounted, &partition->metadata) ||
+      !ReadCounted(reader, pack.U64(pack_field::kIndexByteCount), partition->end, "index table",
+                   IsIndexSegment, behindCounted, &partition->indexSegments)) {
+    return false;
+  }
+  const bool primerFirst =
+      !partition->metadata.empty() && Is(partition->metadata.front(), keys::kPrimerPack);
+  if (primerFirst || (partition->metadata.empty() && !first)) return true;
+  return reader->Refuse(
+      fmt::format("no header metadata where the partition at byte {} has it", partition->offset));
+}
+
+// Fill in front of the first element counts as essence only when the BodyOffset of the next
+// partition of the same essence says so.
+void PlaceEssence(const MapReader& reader, std::size_t index, std::uint64_t behindCounted,
+                  std::vector<SourcePartition>* map) {
+  SourcePartition& partition = (*map)[index];
+  const std::uint32_t bodySid = partition.pack.U32(pack_field::kBodySid);
+  const std::uint64_t bodyOffset = partition.pack.U64(pack_field::kBodyOffset);
+  const auto next = std::find_if(map->begin() + static_cast<std::ptrdiff_t>(index) + 1, map->end(),
+                                 [bodySid](const SourcePartition& other) {
+                                   return other.pack.U32(pack_field::kBodySid) == bodySid;
+                                 });
+  std::uint64_t stop = partition.end;
+  if (bodySid != 0 && next != map->end()) {
+    const std::uint64_t nextOffset = next->pack.U64(pack_field::kBodyOffset);
+    if (nextOffset >= bodyOffset && nextOffset - bodyOffset <= partition.end - behindCounted) {
+      stop = partition.end - (nextOffset - bodyOffset);
+    }
+  }
+  partition.essenceStart = SkipFill(reader, behindCounted, partition.end, stop);
+}
+
+}  // namespace
+
+bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
+                      const std::atomic<std::uint32_t>& cancel, std::vector<SourcePartition>* map,
+                      std::string* reason) {
+  MapReader reader{file, fileSize, cancel, reason};
+  std::vector<std::uint64_t> offsets;
+  std::uint64_t end = 0;
+  KlvSpan klv;
+  PartitionPack pack;
+  if (!ReadPack(file, 0, fileSize, &klv, &pack)) {
+    return reader.Refuse(
+        "no partition pack at the start of the file: no MXF clip, or one with a run-in");
+  }
+  if (!OffsetsFromRandomIndex(reader, &offsets, &end)) {
+    offsets.clear();
+    if (!OffsetsFromWalk(&reader, &offsets, &end)) return false;
+  }
+  offsets.push_back(end);
+  const std::size_t count = offsets.size() - 1;
+  std::vector<std::uint64_t> behindCounted(count);
+  map->assign(count, {});
+  for (std::size_t i = 0; i < count; ++i) {
+    (*map)[i].offset = offsets[i];
+    (*map)[i].end = offsets[i + 1];
+    if (!ReadPartition(&reader, &(*map)[i], i == 0, i + 1 == count, &behindCounted[i]))
+      return false;
+  }
+  for (std::size_t i = 0; i < count; ++i)
+    PlaceEssence(reader, i, behindCounted[i], map);
+  return true;
+}
+
+}  // namespace quorvan

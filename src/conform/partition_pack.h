@@ -1,0 +1,42 @@
+// The fields of a partition pack's value that a move of the partition touches or depends on
+// (SMPTE 377).
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "mxf/klv.h"
+
+namespace quorvan {
+
+// Offsets within the value.
+namespace pack_field {
+inline constexpr std::size_t kKagSize = 4;             // u32
+inline constexpr std::size_t kThisPartition = 8;       // u64
+inline constexpr std::size_t kPreviousPartition = 16;  // u64
+inline constexpr std::size_t kFooterPartition = 24;    // u64
+inline constexpr std::size_t kHeaderByteCount = 32;    // u64
+inline constexpr std::size_t kIndexByteCount = 40;     // u64
+inline constexpr std::size_t kBodyOffset = 52;         // u64
+inline constexpr std::size_t kBodySid = 60;            // u32
+inline constexpr std::size_t kFixedBytes = 88;         // up to the items of EssenceContainers
+}  // namespace pack_field
+
+// Key bytes that tell what a partition is and whether its metadata is final.
+inline constexpr std::size_t kPackKindByte = 13;
+inline constexpr std::size_t kPackStatusByte = 14;
+inline constexpr std::uint8_t kHeaderPackKind = 2;
+inline constexpr std::uint8_t kFooterPackKind = 4;
+
+// Key and value of one pack; the value holds at least kFixedBytes.
+struct PartitionPack {
+  KlvKey key;
+  std::vector<std::uint8_t> value;
+
+  std::uint32_t U32(std::size_t field) const { return ReadBe32(value.data() + field); }
+  std::uint64_t U64(std::size_t field) const { return ReadBe64(value.data() + field); }
+};
+
+}  // namespace quorvan

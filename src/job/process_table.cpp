@@ -1,0 +1,375 @@
+#include "job/process_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <initializer_list>
+
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quorvan {
+namespace {
+
+constexpr std::size_t kResultColumns = 15;
+constexpr std::size_t kStageCount = 16;
+
+// Texts by result minus process code. An empty cell shows kFillerText.
+using FailureRow = std::array<std::u16string_view, kResultColumns>;
+
+constexpr std::u16string_view kFillerText = u"エラーコード未定です。";
+constexpr std::u16string_view kGeneralStageText = u"Loading MXF file...";
+
+// One text a line, unbroken, so that it can be searched for.
+// clang-format off
+constexpr FailureRow kUnenteredFailures = {{
+    {},
+    {},
+    u"MXF_BASE_INFOポインタが無効な値になっています。",
+}};
+
+constexpr FailureRow kFileSizeFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+}};
+
+constexpr FailureRow kPartitionsFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_PARTITON_INFOポインタが無効になっています。",
+    u"ランダム・インデックス・テーブルが見つかりません。",
+    u"ランダム・インデックス・テーブルを格納用のメモリが確保できません。",
+    u"パーティション情報格納用のメモリが確保できません。",
+    u"パーティションステータスがOPEN(未確定状態)になっているため情報が読み取れません。",
+}};
+
+constexpr FailureRow kPrefaceFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_PARTITION_INFOポインタが無効になっています。",
+    u"Preface Setが見つかりません。",
+    u"Preface Set用バッファが取得できません。",
+    u"オペレーショナルパターンが op1a ではないため読込めません。",
+    u"フレームラッピングではないため読込めません。",
+    u"MXFバージョンが 1.2 または 1.3ではないため、このアプリケーションでは読込めません。",
+}};
+
+constexpr FailureRow kMaterialPackageFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効な値になっています。",
+    u"MXF_PARTITON_INFOポインタが無効な値になっています。",
+    u"MXF_AUDIO_INFOポインタが無効な値になっています。",
+    u"マテリアルパッケージセットが見つかりません。MXFファイルの構造に問題があります。",
+    u"タイムライントラックが無いか不足しています。",
+    u"シーケンスセットが無いか不足しています。",
+    u"タイムコードコンポーネントが見つかりません。",
+    u"メディアのデュレーションが０になっています。XDCAM書出しにを想定した設定になっていませんか？",
+    u"オーディオトラックがありません。",
+}};
+
+constexpr FailureRow kSourcePackageFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_PARTITON_INFOポインタが無効になっています。",
+    u"MXF_AUDIO_INFOポインタが無効になっています。",
+    u"ソースパッケージが見つかりません。MXFファイルの構造に問題があります。",
+    u"Top level Source Package Setが見つかりません。",
+    u"マルチエッセンス・コンテナ構成になっていません。",
+    u"ビデオディスクリプターが見つかりません。",
+    u"エッセンスコーデックが見つかりません。",
+    u"オーディオディスクリプターが見つかりません。",
+}};
+
+constexpr FailureRow kIndexTableFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_PARTITON_INFOポインタが無効になっています。",
+    u"MXF_TIMECODE_INFOポインタが無効になっています。",
+    u"INDEX_ENTRY_ARRAYポインタが無効になっています。",
+    u"MXF_AUDIO_INFOポインタが無効な値になっています。",
+    u"デルタエントリー数が想定数26(映像1+TC1+音声24)を越えているため、処理ができません。",
+}};
+
+constexpr FailureRow kContentStorageFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"コンテンツストレージセットが無いありません。op1-aの規格に合致しません。",
+    u"内包パッケージ数が規定を越えているため、op1-aの規格に合致しません。",
+    u"必須のタグが見つかりません。",
+    u"オーディオトラックがありません。",
+    u"このファイルのビットレートが16bit または 24bit になっていません。",
+    u"このファイルのサンプルレートが48kHzになっていません。",
+    u"5フレームシーケンスパターンがリストにありません。",
+}};
+
+constexpr FailureRow kEssenceContainerDataFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"エッセンスコンテナ・データセットが見つかりません。",
+    u"IndexSID数が規格違反です。",
+    u"BodySID数が規格違反です。",
+    u"重要タグが見つかりません。ファイルの内容に問題があります。",
+    u"エッセンス・コーディングラベルが見つからりません。",
+    u"映像コーディングがテーブルにないか、対応していません。",
+}};
+
+constexpr FailureRow kIdentificationFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_PARTITION_INFOポインタが無効になっています。",
+}};
+
+constexpr FailureRow kContinuityFailures = {{
+    {},
+    u"ファイルハンドルが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"MXF_TIMECODE_INFOポインタが無効になっています。",
+    u"MXF_AUDIO_INFOポインタが無効になっています。",
+    u"タイムコードデータを格納するメモリが確保できません。",
+    u"マッピングハンドルが取得できません。",
+    u"マッピングビューを作成できません。\nアプリを再起動してみてください。",
+    u"エラー情報を格納するメモリが確保できません。",
+    u"タイムコードエラーが検出されました。\r\nログファイルを作成しますか？",
+}};
+
+constexpr FailureRow kRewrapMappedFailures = {{
+    {},
+    u"ファイルパスがありません。",
+    u"ラッピングに必要な情報がみつかりませんでした。",
+    u"MXFファイルの基本情報が見つかりません。",
+    u"FPS値が対応外のデータになっています。",
+    u"IN / OUT タイムコードが不適切な値になっています。",
+    u"MXFファイルを開くことができません。",
+    u"MXFファイルのメモリマッピングハンドルが取得できませんでした。\nアプリを再起動してみてください。",
+    u"BWFファイルの中に開けないファイルがあったため中断します。\nファイルを確認してください。",
+    u"BWFファイルのメモリマッピングハンドルが取得できません。",
+    u"BWFファイル用の一時バッファが取得できません。",
+    u"トラックセグメントバッファが確保できません。\n一度に実行するトラック数を減らしてみてください。",
+    u"MXFファイルのマッピングビューが作成できません。",
+    u"BWFファイルのマッピングビューが作成できません。",
+    u"UMIDのサイズが64バイトになっているため、現行バージョンでの新規生成ができません。",
+}};
+
+constexpr FailureRow kRewrapFileIoFailures = {{
+    {},
+    u"ファイルパスがありません。",
+    u"ラッピングに必要な情報がみつかりませんでした。",
+    u"MXFファイルの基本情報が見つかりません。",
+    u"FPS値が対応外のデータになっています。",
+    u"IN / OUT タイムコードが不適切な値になっています。",
+    u"書込みバッファが確保できません。\nPCの再起動が必要かもしれません。",
+    u"MXFファイルを開くことができません。",
+    u"BWFファイルの中に開けないファイルがあったため中断します。\nファイルを確認してください。",
+    {},
+    {},
+    u"トラックセグメントバッファが確保できません。\n一度に実行するトラック数を減らしてみてください。",
+}};
+
+constexpr FailureRow kExportMappedFailures = {{
+    {},
+    u"ファイルパスがありません。",
+    u"AUDIOTRACK_IO_INFOのポインタが無効になっています。",
+    u"MXF_BASE_INFOポインタが無効になっています。",
+    u"FPS値が対応外のデータになっています。",
+    u"IN / OUT タイムコードが不適切な値になっています。",
+    u"MXFファイルを開くことができません。",
+    u"MXFファイルのメモリマッピングハンドルが取得できませんでした。\nアプリを再起動してみてください。",
+    u"BWFファイルが作成出来ません。",
+    u"MXFファイルのマッピングビューが作成できません。",
+}};
+
+constexpr FailureRow kExportFileIoFailures = {{
+    {},
+    u"ファイルパスがありません。",
+    u"書出しに必要な情報がみつかりませんでした。",
+    u"MXFファイルの基本情報が見つかりません。",
+    u"FPS値が対応外のデータになっています。",
+    u"IN / OUT タイムコードが不適切な値になっています。",
+    u"書込みバッファが確保できません。\nPCの再起動が必要かもしれません。",
+    u"MXFファイルを開くことができません。",
+    u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。",
+}};
+
+struct Stage {
+  std::uint32_t code;
+  std::u16string_view name;
+  std::u16string_view text;
+  FailureRow failures;
+};
+
+constexpr std::array<Stage, kStageCount> kStages = {{
+    {0, u"N/A", {}, kUnenteredFailures},
+    {100, u"Acquire FILESIZE", u"ファイルサイズを取得中...", kFileSizeFailures},
+    {200, u"Acquire RANDOM-INDEX TALBLE", u"ランダムインデックスとパーティション情報を取得中...", kPartitionsFailures},
+    {300, u"Acquire PREFACE SET", u"オペレーショナルパターン / ラッピング形式 / アンシラリデータの有無を確認", kPrefaceFailures},
+    {400, u"Acquire MATERIAL PACKAGE", u"タイムコード情報を取得...", kMaterialPackageFailures},
+    {500, u"Acquire SOURCE PACKAGE", u"ファイルパッケージを取得...", kSourcePackageFailures},
+    {600, u"Acquire INDEX TABLE SEGMENT", u"インデックステーブルを取得中...", kIndexTableFailures},
+    {700, u"Acquire CONTENT STORAGE", u"AES3オーディオ基本情報を取得", kContentStorageFailures},
+    {800, u"Acquire ESSENCE CONTAINER DATA SET", u"ビデオ基本情報を取得...", kEssenceContainerDataFailures},
+    {900, u"Acquire IDENTIFICATION", u"ID情報を取得中...", kIdentificationFailures},
+    {1000, u"Timecode continuity check", u"インデックステーブルとタイムコードを検証しています...", kContinuityFailures},
+    {2000, u"Writing audio binary data(M-MAPPING)", {}, kRewrapMappedFailures},
+    {3000, u"Writing audio binary data(FILE I/O)", {}, kRewrapFileIoFailures},
+    {4000, u"Generate WAV file(M-MAPPING)", {}, kExportMappedFailures},
+    {5000, u"Generate WAV file(FILE I/O)", {}, kExportFileIoFailures},
+    {6000, {}, {}, kExportFileIoFailures},
+}};
+
+struct Job {
+  std::u16string_view title;
+  std::array<std::uint32_t, 2> processCodes;  // by method
+};
+
+constexpr std::array<Job, 4> kJobs = {{
+    {u"ラッピング", {2000, 3000}},
+    {u"BWFファイルの書出し", {4000, 5000}},
+    {{}, {0, 0}},
+    {u"ラウドネス測定", {6000, 6000}},
+}};
+
+constexpr std::array<std::u16string_view, 2> kMethodNames = {u"Memory Mapping", u"Generic File I/O"};
+
+// Each %s takes the next of a message's parts.
+constexpr std::u16string_view kCannotBeOpenedForm =
+    u"%s\n\nMXFファイルを開くことができません。\n"
+    u"他のアプリで使用していないか、または接続デバイスを確認して下さい。\nERR: %s";
+constexpr std::u16string_view kBackupQuestion =
+    u"MXFファイルのバックアップは済んでいますか？\n\n全てのUMID(識別子)を書換えるため、\n"
+    u"完了後のファイルは、新規素材として認識されます。\n開始してもよろしいでしょうか？";
+constexpr std::u16string_view kLoadFailureForm = u"%s\n\nこのファイルはロードできません。\n\n%s\n\n処理セクション: %s\nERR: %s  process: %s";
+constexpr std::u16string_view kContinuityFailureForm = u"%s\n\nこのファイルはロードできません。\n\n%s\n\nsection: %s\nERR: %s";
+constexpr std::u16string_view kAnalysisStoppedForm = u"%s\n\n解析を中断しました。\nこのままロードしますか？";
+constexpr std::u16string_view kJobDoneForm = u"%s\n\n%sが完了しました。\n\n\tprocess: %s";
+constexpr std::u16string_view kJobCancelledForm = u"MXFファイル\n%s\n\n%sを中断しました。\n\n\tprocess: %s";
+constexpr std::u16string_view kJobFailureForm = u"%s\n\n%s中にエラーが発生しました。\n%s\n\n\tERR: %s  process: %s";
+// clang-format on
+
+// A rewrite by plain file access ends with the mapped one's result when it cannot renew the UMIDs.
+constexpr std::uint32_t kRewrapFileIoCode = 3000;
+constexpr std::int32_t kUmidSizeResult = 2014;
+constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures.back();
+static_assert(!kUmidSizeText.empty());
+
+constexpr std::u16string_view kPlace = u"%s";
+
+const Stage* FindStage(std::uint32_t processCode) {
+  const auto* found =
+      std::find_if(kStages.begin(), kStages.end(),
+                   [processCode](const Stage& stage) { return stage.code == processCode; });
+  return found == kStages.end() ? nullptr : found;
+}
+
+const Job* FindJob(std::uint32_t jobKind) {
+  return jobKind < kJobs.size() ? &kJobs[jobKind] : nullptr;
+}
+
+std::size_t MethodIndex(std::uint32_t useFileIo) {
+  return useFileIo == 0 ? 0 : 1;
+}
+
+std::u16string Number(std::int32_t number) {
+  return platform::ToUtf16(std::to_string(number));
+}
+
+// Parts go in as they are: a %s in a file's name takes nothing.
+std::u16string Fill(std::u16string_view form, std::initializer_list<std::u16string_view> parts) {
+  std::u16string message;
+  for (const std::u16string_view part : parts) {
+    const std::size_t place = form.find(kPlace);
+    message.append(form.substr(0, place)).append(part);
+    form.remove_prefix(place + kPlace.size());
+  }
+  return message.append(form);
+}
+
+}  // namespace
+
+std::uint32_t JobProcessCode(std::uint32_t jobKind, std::uint32_t useFileIo) {
+  const Job* job = FindJob(jobKind);
+  return job == nullptr ? 0 : job->processCodes[MethodIndex(useFileIo)];
+}
+
+std::u16string_view JobTitle(std::uint32_t jobKind) {
+  const Job* job = FindJob(jobKind);
+  return job == nullptr ? std::u16string_view() : job->title;
+}
+
+std::u16string_view MethodName(std::uint32_t useFileIo) {
+  return kMethodNames[MethodIndex(useFileIo)];
+}
+
+std::u16string_view StageName(std::uint32_t processCode) {
+  const Stage* stage = FindStage(processCode);
+  return stage == nullptr ? std::u16string_view() : stage->name;
+}
+
+std::u16string_view StageText(std::uint32_t processCode) {
+  const Stage* stage = FindStage(processCode);
+  return stage == nullptr || stage->text.empty() ? kGeneralStageText : stage->text;
+}
+
+std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result) {
+  if (processCode == kRewrapFileIoCode && result == kUmidSizeResult) return kUmidSizeText;
+  const Stage* stage = FindStage(processCode);
+  if (stage == nullptr) return kFillerText;
+  const std::int64_t column = std::int64_t{result} - stage->code;
+  if (column < 0 || column >= static_cast<std::int64_t>(kResultColumns)) return kFillerText;
+  const std::u16string_view text = stage->failures[static_cast<std::size_t>(column)];
+  return text.empty() ? kFillerText : text;
+}
+
+std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code) {
+  char hex[16];
+  std::snprintf(hex, sizeof hex, "%X", code);
+  return Fill(kCannotBeOpenedForm, {platform::LastComponent(mxfPath), platform::ToUtf16(hex)});
+}
+
+std::u16string_view BackupQuestion() {
+  return kBackupQuestion;
+}
+
+std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
+                                  std::int32_t result, std::uint32_t useFileIo) {
+  return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath), FailureText(processCode, result),
+                                 StageName(processCode), Number(result), MethodName(useFileIo)});
+}
+
+std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
+                                        std::int32_t result) {
+  return Fill(kContinuityFailureForm,
+              {platform::LastComponent(mxfPath), FailureText(processCode, result),
+               StageName(processCode), Number(result)});
+}
+
+std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath) {
+  return Fill(kAnalysisStoppedForm, {platform::LastComponent(mxfPath)});
+}
+
+std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
+                              std::uint32_t useFileIo) {
+  return Fill(kJobDoneForm,
+              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
+}
+
+std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
+                                   std::uint32_t useFileIo) {
+  return Fill(kJobCancelledForm,
+              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
+}
+
+std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
+                                 std::uint32_t processCode, std::int32_t result,
+                                 std::uint32_t useFileIo) {
+  return Fill(kJobFailureForm,
+              {platform::LastComponent(mxfPath), JobTitle(jobKind),
+               FailureText(processCode, result), Number(result), MethodName(useFileIo)});
+}
+
+}  // namespace quorvan

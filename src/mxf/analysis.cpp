@@ -1,0 +1,67 @@
+#include "mxf/analysis.h"
+
+#include "mxf/metadata_set.h"
+#include "mxf/readers.h"
+
+namespace quorvan {
+namespace {
+
+std::int32_t CheckArguments(const platform::File* file, const MXF_BASE_INFO* mxf) {
+  if (!IsUsable(file)) return kNoFileHandle;
+  if (mxf == nullptr) return kNoBaseInfo;
+  if (mxf->partitionTable == nullptr) return kNoPartitionCell;
+  if (mxf->timecode == nullptr) return kNoTimecodeInfo;
+  if (mxf->indexEntries == nullptr) return kNoIndexCell;
+  if (mxf->video == nullptr) return kNoVideoInfo;
+  if (mxf->audio == nullptr) return kNoAudioInfo;
+  return kSuccess;
+}
+
+struct Stage {
+  ProcessCode code;
+  std::int32_t (*read)(platform::File* file, MXF_BASE_INFO* mxf);
+};
+
+const MXF_PARTITION_INFO& FirstPartition(const MXF_BASE_INFO& mxf) {
+  return mxf.partitionTable->get()[0];
+}
+
+constexpr Stage kStages[] = {
+    {kStageRandomIndex,
+     [](platform::File* file, MXF_BASE_INFO* mxf) {
+       return ReadRandomIndexAndPartitions(file, mxf->fileSize, mxf);
+     }},
+    {kStagePreface, ReadPrefaceSet},
+    {kStageIdentification, ReadIdentification},
+    {kStageContentStorage,
+     [](platform::File* file, MXF_BASE_INFO* mxf) {
+       const MXF_PARTITION_INFO& first = FirstPartition(*mxf);
+       return CheckContentStorage(file, first.kagSize, first.headerByteCount);
+     }},
+    {kStageEssenceContainerData,
+     [](platform::File* file, MXF_BASE_INFO* mxf) {
+       const MXF_PARTITION_INFO& first = FirstPartition(*mxf);
+       return CheckEssenceContainerData(file, first.kagSize, first.headerByteCount);
+     }},
+    {kStageMaterialPackage, ReadMaterialPackage},
+    {kStageSourcePackage, ReadSourcePackage},
+    {kStageIndexTable, ReadIndexTable},
+};
+
+}  // namespace
+
+std::int32_t AnalyzeMxfFile(platform::File* file, MXF_BASE_INFO* mxf) {
+  if (const std::int32_t refused = CheckArguments(file, mxf)) return refused;
+
+  mxf->processCode = kStageFileSize;
+  if (const auto size = file->Size()) mxf->fileSize = *size;
+
+  for (const Stage& stage : kStages) {
+    mxf->processCode = stage.code;
+    const std::int32_t result = stage.read(file, mxf);
+    if (result > 0) return result;
+  }
+  return kSuccess;
+}
+
+}  // namespace quorvan

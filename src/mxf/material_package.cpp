@@ -1,0 +1,176 @@
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+#include "mxf/analysis.h"
+#include "mxf/metadata_set.h"
+#include "mxf/package_uid.h"
+#include "mxf/readers.h"
+#include "platform/text.h"
+#include "timecode/timecode.h"
+
+namespace quorvan {
+namespace {
+
+constexpr std::uint16_t kTagCreationDate = 0x4405;
+constexpr std::uint16_t kTagModifiedDate = 0x4404;
+constexpr std::uint16_t kTagTracks = 0x4403;
+constexpr std::uint16_t kTagDataDefinition = 0x0201;
+constexpr std::uint16_t kTagDuration = 0x0202;
+constexpr std::uint16_t kTagStartTimecode = 0x1501;
+constexpr std::uint16_t kTagRoundedBase = 0x1502;
+constexpr std::uint16_t kTagDropFrame = 0x1503;
+
+constexpr KlvKey kTimecodeDefinition = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01,
+                                        0x01, 0x03, 0x02, 0x01, 0x01, 0x00, 0x00, 0x00};
+constexpr KlvKey kSoundDefinition = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01,
+                                     0x01, 0x03, 0x02, 0x02, 0x02, 0x00, 0x00, 0x00};
+constexpr KlvKey kDataDefinition = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01,
+                                    0x01, 0x03, 0x02, 0x02, 0x03, 0x00, 0x00, 0x00};
+
+constexpr std::uint32_t kRoundedBases[kTimecodeBases] = {24, 25, 30, 50, 60};
+constexpr std::uint64_t kUnknownDuration = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint32_t kMostTracksCounted = std::numeric_limits<std::uint8_t>::max();
+
+// Where the chained searches end, and what they have found.
+struct TrackWalk {
+  platform::File* file;
+  MXF_BASE_INFO* mxf;
+  std::uint64_t limit;
+  std::uint32_t soundTracks;
+
+  bool FindNext(const KlvKey& key, std::uint64_t* length) const {
+    return FindKlvKey(file, key, file->Position(), limit, length) == 1;
+  }
+};
+
+// "2026/11/22  20:54:28" from year u16, month, day, hour, minute, second.
+void ReadDate(std::span<const std::uint8_t> value, char16_t* text, std::size_t capacity) {
+  constexpr std::size_t dateBytes = 7;
+  if (value.size() < dateBytes) return;
+  char ascii[32];
+  std::snprintf(ascii, sizeof ascii, "%04d/%02d/%02d  %02d:%02d:%02d", ReadBe16(value.data()),
+                value[2], value[3], value[4], value[5], value[6]);
+  platform::CopyText(text, capacity, platform::ToUtf16(ascii));
+}
+
+// The package's own tags; returns how many tracks it lists.
+std::uint32_t ReadPackageTags(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf) {
+  std::uint32_t tracks = 0;
+  LocalItem item;
+  for (LocalSetWalk walk(set); walk.Next(&item);) {
+    switch (item.tag) {
+      case kTagPackageUid:
+        StorePackageUid(item.value, &mxf->materialUmid, &mxf->materialUmidSize);
+        break;
+      case kTagCreationDate:
+        ReadDate(item.value, mxf->creationDateText, std::size(mxf->creationDateText));
+        break;
+      case kTagModifiedDate:
+        ReadDate(item.value, mxf->modifiedDateText, std::size(mxf->modifiedDateText));
+        break;
+      case kTagTracks:
+        tracks = ReadBatchHeader(item.value).count;
+        break;
+      default:
+        break;
+    }
+  }
+  return tracks;
+}
+
+void ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* timecode) {
+  LocalItem item;
+  for (LocalSetWalk walk(set); walk.Next(&item);) {
+    const std::uint8_t* p = item.value.data();
+    if (item.tag == kTagStartTimecode && item.value.size() >= 8) {
+      timecode->startFrames = static_cast<std::uint32_t>(ReadBe64(p));
+      timecode->startShifted = timecode->startFrames;
+    } else if (item.tag == kTagRoundedBase && item.value.size() >= 2) {
+      timecode->roundedBase = ReadBe16(p);
+      const auto* row =
+          std::find(std::begin(kRoundedBases), std::end(kRoundedBases), timecode->roundedBase);
+      if (row != std::end(kRoundedBases)) {
+        timecode->fpsIndex = static_cast<std::uint32_t>(row - kRoundedBases);
+      }
+    } else if (item.tag == kTagDropFrame && !item.value.empty()) {
+      timecode->dropFrame = *p;
+    } else if (item.tag == kTagDuration && item.value.size() >= 8) {
+      const std::uint64_t duration = ReadBe64(p);
+      timecode->duration = duration == kUnknownDuration ? 0 : static_cast<std::uint32_t>(duration);
+    }
+  }
+}
+
+// Picks the slot in which the material stays ascending, and fills both.
+void FixWorkingDomain(MXF_TIMECODE_INFO* timecode) {
+  const std::uint32_t fps = timecode->fpsIndex;
+  const std::uint32_t drop = timecode->dropFrame;
+  const std::uint32_t hourFrames = FramesPerHour(fps);
+  const std::uint32_t labels = FramesToLabelCount(fps, drop, timecode->startFrames);
+  timecode->startHour23 = hourFrames != 0 && labels / hourFrames == 23 ? 1 : 0;
+  timecode->startShifted =
+      static_cast<std::uint32_t>(ShiftHours(fps, drop, timecode->startFrames, 1, '+'));
+  timecode->lastShifted = timecode->duration + timecode->startShifted - 1;
+  timecode->lastFrames =
+      static_cast<std::uint32_t>(ShiftHours(fps, drop, timecode->lastShifted, 1, '-'));
+}
+
+std::int32_t ReadTimecodeComponent(const TrackWalk& walk) {
+  std::uint64_t length = 0;
+  if (!walk.FindNext(keys::kTimecodeComponent, &length)) return kTimecodeComponentMissing;
+  const auto set = MetadataSet::Read(walk.file, length);
+  if (!set) return kTimecodeComponentMissing;
+  MXF_TIMECODE_INFO* timecode = walk.mxf->timecode;
+  ReadComponentTags(set->value(), timecode);
+  if (timecode->duration == 0) return kDurationZero;
+  FixWorkingDomain(timecode);
+  return kSuccess;
+}
+
+// One track of the package: its Timeline Track, its Sequence and what that is made of.
+std::int32_t ReadTrack(TrackWalk* walk) {
+  std::uint64_t length = 0;
+  if (!walk->FindNext(keys::kTimelineTrack, nullptr)) return kTimelineTrackMissing;
+  if (!walk->FindNext(keys::kSequence, &length)) return kSequenceMissing;
+  const auto set = MetadataSet::Read(walk->file, length);
+  if (!set) return kSequenceMissing;
+
+  LocalItem item;
+  for (LocalSetWalk tags(set->value()); tags.Next(&item);) {
+    if (item.tag != kTagDataDefinition) continue;
+    if (EqualsLabel(item.value, kTimecodeDefinition)) return ReadTimecodeComponent(*walk);
+    if (EqualsLabel(item.value, kSoundDefinition)) ++walk->soundTracks;
+    if (EqualsLabel(item.value, kDataDefinition)) walk->mxf->hasAncillaryData = 1;
+  }
+  return kSuccess;
+}
+
+}  // namespace
+
+std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
+  if (!IsUsable(file)) return kMaterialNoFile;
+  if (mxf == nullptr) return kMaterialNoBaseInfo;
+  if (mxf->partitionTable == nullptr || *mxf->partitionTable == nullptr) return kMaterialNoCell;
+  if (mxf->audio == nullptr) return kMaterialNoAudioInfo;
+
+  const MXF_PARTITION_INFO& first = (*mxf->partitionTable)[0];
+  TrackWalk walk{file, mxf, first.headerByteCount, 0};
+  std::uint64_t length = 0;
+  if (FindKlvKey(file, keys::kMaterialPackage, first.kagSize, walk.limit, &length) == 0) {
+    return kMaterialPackageNotFound;
+  }
+  const auto set = MetadataSet::Read(file, length);
+  if (!set) return kMaterialPackageNotFound;
+
+  const std::uint32_t tracks = ReadPackageTags(set->value(), mxf);
+  for (std::uint32_t i = 0; i < tracks; ++i) {
+    if (const std::int32_t refused = ReadTrack(&walk)) return refused;
+  }
+  mxf->audio->trackCount =
+      static_cast<std::uint8_t>(std::min(walk.soundTracks, kMostTracksCounted));
+  return walk.soundTracks == 0 ? kNoSoundTrack : kSuccess;
+}
+
+}  // namespace quorvan

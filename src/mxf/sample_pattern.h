@@ -1,0 +1,29 @@
+// Audio samples per video frame. Rates over 1001 spread them over a ring of five frames.
+
+#pragma once
+
+#include <cstdint>
+
+namespace quorvan {
+
+inline constexpr std::uint32_t kRateCount = 8;      // rows by rateIndex
+inline constexpr std::uint32_t kPatternFrames = 5;  // frames of the ring
+
+// Samples of one track at 48 kHz: row rateIndex, place frame number modulo 5.
+inline constexpr std::uint32_t kSamplePattern[kRateCount][kPatternFrames] = {
+    {2000, 2000, 2000, 2000, 2000},  // 24
+    {1920, 1920, 1920, 1920, 1920},  // 25
+    {1600, 1600, 1600, 1600, 1600},  // 30
+    {960, 960, 960, 960, 960},       // 50
+    {800, 800, 800, 800, 800},       // 60
+    {2002, 2002, 2002, 2002, 2002},  // 24000/1001
+    {1602, 1601, 1602, 1601, 1602},  // 30000/1001
+    {801, 801, 800, 801, 801},       // 60000/1001
+};
+
+// Samples of one track in frame `frame`, counted from 0. `rateIndex` must be below kRateCount.
+constexpr std::uint32_t SamplesInFrame(std::uint32_t rateIndex, std::uint64_t frame) {
+  return kSamplePattern[rateIndex][frame % kPatternFrames];
+}
+
+}  // namespace quorvan

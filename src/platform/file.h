@@ -1,0 +1,121 @@
+// Files with 64-bit offsets, as the readers and engines need them.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace quorvan::platform {
+
+// How a file is opened, and who else may have it open meanwhile. On POSIX the sharing is an
+// advisory lock that every program of this project takes; a file that another one holds in a
+// conflicting way cannot be opened.
+enum class OpenMode {
+  kReadAlone,   // existing file, read only, shared with nobody
+  kReadShared,  // existing file, read only, shared with other readers
+  kRewrite,     // existing file, read and write, shared with nobody
+  kCreateNew,   // new file, read and write, shared with nobody; fails where the name exists
+};
+
+// A point in time in units of 100 ns since 1601-01-01 00:00 UTC.
+using FileTime = std::uint64_t;
+
+struct FileTimes {
+  FileTime creation;  // of last status change or birth, whichever the system keeps
+  FileTime lastAccess;
+  FileTime lastWrite;
+};
+
+// What a directory tells of a file without opening it.
+struct FileInfo {
+  std::uint64_t size;  // bytes
+  FileTimes times;
+};
+
+// Identifies the file behind a path or a handle, so that two names of one file are known as such.
+struct FileIdentity {
+  std::uint64_t volume;
+  std::uint64_t index;
+  bool operator==(const FileIdentity&) const = default;
+};
+
+// An open file, closed on destruction. Not safe for use by two threads at once, since the file
+// pointer belongs to all sequential calls; ReadAt and WriteAt do not touch it.
+class File {
+ public:
+  File() = default;
+  File(File&& other) noexcept;
+  File& operator=(File&& other) noexcept;
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File();
+
+  // Opens the regular file at `path`. Returns a File that is not open when there is no such file,
+  // when rights are missing, or when another holder excludes this mode.
+  static File Open(const std::u16string& path, OpenMode mode);
+
+  bool IsOpen() const { return handle_ >= 0; }
+  void Close();
+
+  // Size in bytes, or nothing when the system cannot tell.
+  std::optional<std::uint64_t> Size() const;
+
+  // Moves the file pointer to an absolute offset. Offsets above 2^63 - 1 are refused: returns false
+  // and leaves the pointer where it was.
+  bool Seek(std::uint64_t offset);
+
+  // Moves the file pointer by `distance` bytes; refused like Seek when the target is negative or
+  // above 2^63 - 1.
+  bool SeekBy(std::int64_t distance);
+
+  // The file pointer.
+  std::uint64_t Position() const { return position_; }
+
+  // Reads up to `length` bytes at the file pointer, moves the pointer behind what came, and returns
+  // the number of bytes read: fewer than asked at the end of the file or after an error.
+  std::size_t Read(void* buffer, std::size_t length);
+
+  // Writes `length` bytes at the file pointer and moves the pointer behind them. Returns false
+  // unless all of them were written.
+  bool Write(const void* data, std::size_t length);
+
+  // The same at an absolute offset, without reading or moving the file pointer.
+  std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const;
+  bool WriteAt(std::uint64_t offset, const void* data, std::size_t length);
+
+  // Asks the system to bring all written bytes onto the medium. False when it reports an error.
+  bool Flush();
+
+  // Cuts or extends the file to `size` bytes.
+  bool Resize(std::uint64_t size);
+
+  std::optional<FileTimes> Times() const;
+
+  // Sets last access and last write. The creation time stays what it is.
+  bool SetTimes(const FileTimes& times);
+
+  std::optional<FileIdentity> Identity() const;
+
+  // The system's own handle, for the other services of this folder only.
+  int NativeHandle() const { return handle_; }
+
+ private:
+  explicit File(int handle) : handle_(handle) {}
+
+  int handle_ = -1;
+  std::uint64_t position_ = 0;
+};
+
+// Size and times of the file at `path`; nothing when there is no such file.
+std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
+
+// Removes the file at `path`. True when it is gone.
+bool RemoveFile(const std::u16string& path);
+
+// Gives the file at `from` the name `to` in the same folder tree. Fails, and changes nothing, when
+// `to` exists already.
+bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to);
+
+}  // namespace quorvan::platform

@@ -1,0 +1,231 @@
+#include "platform/file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+#include <utility>
+
+#include "platform/text.h"
+
+namespace quorvan::platform {
+namespace {
+
+constexpr std::uint64_t kMaxOffset = std::numeric_limits<std::int64_t>::max();
+constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
+
+// 1601-01-01 to 1970-01-01 in units of 100 ns.
+constexpr std::int64_t kUnixEpochAsFileTime = 116444736000000000;
+constexpr std::int64_t kTicksPerSecond = 10000000;
+
+FileTime ToFileTime(std::int64_t seconds, std::int64_t nanoseconds) {
+  return static_cast<FileTime>(seconds * kTicksPerSecond + nanoseconds / 100 +
+                               kUnixEpochAsFileTime);
+}
+
+timespec ToTimespec(FileTime time) {
+  const std::int64_t ticks = static_cast<std::int64_t>(time) - kUnixEpochAsFileTime;
+  timespec result{};
+  result.tv_sec = static_cast<time_t>(ticks / kTicksPerSecond);
+  result.tv_nsec = static_cast<long>(ticks % kTicksPerSecond * 100);
+  if (result.tv_nsec < 0) {
+    result.tv_nsec += 1000000000;
+    --result.tv_sec;
+  }
+  return result;
+}
+
+int OpenFlags(OpenMode mode) {
+  constexpr int common = O_CLOEXEC | O_NONBLOCK;
+  switch (mode) {
+    case OpenMode::kReadAlone:
+    case OpenMode::kReadShared:
+      return O_RDONLY | common;
+    case OpenMode::kRewrite:
+      return O_RDWR | common;
+    case OpenMode::kCreateNew:
+      return O_RDWR | O_CREAT | O_EXCL | common;
+  }
+  return -1;
+}
+
+// Takes the lock that stands for the mode's sharing. Reading goes on where the file system has no
+// locks or wants write access for an exclusive one; writing needs its lock.
+bool LockFor(int handle, OpenMode mode) {
+  const int kind = mode == OpenMode::kReadShared ? LOCK_SH : LOCK_EX;
+  int result = -1;
+  do {
+    result = flock(handle, kind | LOCK_NB);
+  } while (result != 0 && errno == EINTR);
+  if (result == 0) return true;
+  const bool readsOnly = mode == OpenMode::kReadAlone || mode == OpenMode::kReadShared;
+  return readsOnly && errno != EWOULDBLOCK;
+}
+
+bool IsRegularFile(int handle) {
+  struct stat status {};
+  return fstat(handle, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+FileTimes TimesOf(const struct statx& status) {
+  const statx_timestamp& born =
+      (status.stx_mask & STATX_BTIME) != 0 ? status.stx_btime : status.stx_ctime;
+  return {ToFileTime(born.tv_sec, born.tv_nsec),
+          ToFileTime(status.stx_atime.tv_sec, status.stx_atime.tv_nsec),
+          ToFileTime(status.stx_mtime.tv_sec, status.stx_mtime.tv_nsec)};
+}
+
+constexpr unsigned kStatxMask = STATX_BASIC_STATS | STATX_BTIME;
+
+// Repeats `transfer` (pread, pwrite) until `length` bytes went through, it reports the end, or it
+// fails. Returns the bytes that went through.
+template <typename Transfer>
+std::size_t TransferAll(std::size_t length, Transfer transfer) {
+  std::size_t done = 0;
+  while (done < length) {
+    const ssize_t step = transfer(done, std::min(length - done, kMaxTransfer));
+    if (step < 0 && errno == EINTR) continue;
+    if (step <= 0) break;
+    done += static_cast<std::size_t>(step);
+  }
+  return done;
+}
+
+}  // namespace
+
+File::File(File&& other) noexcept
+    : handle_(std::exchange(other.handle_, -1)), position_(std::exchange(other.position_, 0)) {}
+
+File& File::operator=(File&& other) noexcept {
+  if (this != &other) {
+    Close();
+    handle_ = std::exchange(other.handle_, -1);
+    position_ = std::exchange(other.position_, 0);
+  }
+  return *this;
+}
+
+File::~File() {
+  Close();
+}
+
+File File::Open(const std::u16string& path, OpenMode mode) {
+  const std::string name = ToUtf8(path);
+  if (name.empty() || name.find('\0') != std::string::npos) return File();
+  File file(open(name.c_str(), OpenFlags(mode), 0666));
+  if (!file.IsOpen()) return File();
+  if (!IsRegularFile(file.handle_) || !LockFor(file.handle_, mode)) {
+    if (mode == OpenMode::kCreateNew) unlink(name.c_str());
+    return File();
+  }
+  return file;
+}
+
+void File::Close() {
+  if (handle_ >= 0) close(handle_);
+  handle_ = -1;
+  position_ = 0;
+}
+
+std::optional<std::uint64_t> File::Size() const {
+  struct stat status {};
+  if (fstat(handle_, &status) != 0) return std::nullopt;
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+bool File::Seek(std::uint64_t offset) {
+  if (offset > kMaxOffset) return false;
+  position_ = offset;
+  return true;
+}
+
+bool File::SeekBy(std::int64_t distance) {
+  const std::uint64_t target = position_ + static_cast<std::uint64_t>(distance);
+  return Seek(target);
+}
+
+std::size_t File::Read(void* buffer, std::size_t length) {
+  const std::size_t done = ReadAt(position_, buffer, length);
+  position_ += done;
+  return done;
+}
+
+bool File::Write(const void* data, std::size_t length) {
+  if (!WriteAt(position_, data, length)) return false;
+  position_ += length;
+  return true;
+}
+
+std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const {
+  if (offset > kMaxOffset || length > kMaxOffset - offset) return 0;
+  return TransferAll(length, [&](std::size_t done, std::size_t rest) {
+    return pread(handle_, static_cast<char*>(buffer) + done, rest,
+                 static_cast<off_t>(offset + done));
+  });
+}
+
+bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
+  if (offset > kMaxOffset || length > kMaxOffset - offset) return false;
+  return TransferAll(length, [&](std::size_t done, std::size_t rest) {
+           return pwrite(handle_, static_cast<const char*>(data) + done, rest,
+                         static_cast<off_t>(offset + done));
+         }) == length;
+}
+
+bool File::Flush() {
+  return fsync(handle_) == 0;
+}
+
+bool File::Resize(std::uint64_t size) {
+  return size <= kMaxOffset && ftruncate(handle_, static_cast<off_t>(size)) == 0;
+}
+
+std::optional<FileTimes> File::Times() const {
+  struct statx status {};
+  if (statx(handle_, "", AT_EMPTY_PATH, kStatxMask, &status) != 0) return std::nullopt;
+  return TimesOf(status);
+}
+
+bool File::SetTimes(const FileTimes& times) {
+  const timespec values[2] = {ToTimespec(times.lastAccess), ToTimespec(times.lastWrite)};
+  return futimens(handle_, values) == 0;
+}
+
+std::optional<FileIdentity> File::Identity() const {
+  struct stat status {};
+  if (fstat(handle_, &status) != 0) return std::nullopt;
+  return FileIdentity{static_cast<std::uint64_t>(status.st_dev),
+                      static_cast<std::uint64_t>(status.st_ino)};
+}
+
+std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
+  const std::string name = ToUtf8(path);
+  struct statx status {};
+  if (name.empty() || statx(AT_FDCWD, name.c_str(), 0, kStatxMask, &status) != 0 ||
+      !S_ISREG(status.stx_mode)) {
+    return std::nullopt;
+  }
+  return FileInfo{status.stx_size, TimesOf(status)};
+}
+
+bool RemoveFile(const std::u16string& path) {
+  return unlink(ToUtf8(path).c_str()) == 0;
+}
+
+bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to) {
+  const std::string source = ToUtf8(from);
+  const std::string target = ToUtf8(to);
+  if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+    return true;
+  }
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // A file system without that operation: a second name, which fails where the target exists.
+  return link(source.c_str(), target.c_str()) == 0 && unlink(source.c_str()) == 0;
+}
+
+}  // namespace quorvan::platform

@@ -1,0 +1,85 @@
+#include "platform/mapping.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <limits>
+#include <utility>
+
+namespace quorvan::platform {
+
+std::uint64_t MappingGranularity() {
+  static const auto pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+  return pageSize;
+}
+
+MappedView::MappedView(MappedView&& other) noexcept
+    : data_(std::exchange(other.data_, nullptr)),
+      size_(std::exchange(other.size_, 0)),
+      fileOffset_(std::exchange(other.fileOffset_, 0)) {}
+
+MappedView& MappedView::operator=(MappedView&& other) noexcept {
+  if (this != &other) {
+    Unmap();
+    data_ = std::exchange(other.data_, nullptr);
+    size_ = std::exchange(other.size_, 0);
+    fileOffset_ = std::exchange(other.fileOffset_, 0);
+  }
+  return *this;
+}
+
+MappedView::~MappedView() {
+  Unmap();
+}
+
+void MappedView::Unmap() {
+  if (data_ != nullptr) munmap(data_, size_);
+  data_ = nullptr;
+  size_ = 0;
+  fileOffset_ = 0;
+}
+
+bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
+  if (data_ == nullptr || offset < fileOffset_) return false;
+  const std::uint64_t start = offset - fileOffset_;
+  return start <= size_ && length <= size_ - start;
+}
+
+FileMapping FileMapping::Create(const File& file, MapAccess access, std::u16string_view) {
+  FileMapping mapping;
+  const auto size = file.Size();
+  if (!size || *size == 0) return mapping;
+  const int flags = fcntl(file.NativeHandle(), F_GETFL);
+  if (flags < 0 || (access == MapAccess::kReadWrite && (flags & O_ACCMODE) != O_RDWR)) {
+    return mapping;
+  }
+  mapping.file_ = &file;
+  mapping.access_ = access;
+  mapping.size_ = *size;
+  return mapping;
+}
+
+MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
+  MappedView view;
+  if (!IsOpen() || length == 0 || offset % MappingGranularity() != 0) return view;
+  const auto size = file_->Size();
+  if (!size || offset > *size || length > *size - offset) return view;
+  if (length > std::numeric_limits<std::size_t>::max()) return view;
+  const int protection = access_ == MapAccess::kRead ? PROT_READ : PROT_READ | PROT_WRITE;
+  void* data = mmap(nullptr, static_cast<std::size_t>(length), protection, MAP_SHARED,
+                    file_->NativeHandle(), static_cast<off_t>(offset));
+  if (data == MAP_FAILED) return view;
+  view.data_ = static_cast<std::uint8_t*>(data);
+  view.size_ = static_cast<std::size_t>(length);
+  view.fileOffset_ = offset;
+  return view;
+}
+
+MappedView FileMapping::ViewCovering(std::uint64_t offset, std::uint64_t length) const {
+  const std::uint64_t misalign = offset % MappingGranularity();
+  if (length > std::numeric_limits<std::uint64_t>::max() - misalign) return MappedView();
+  return View(offset - misalign, length + misalign);
+}
+
+}  // namespace quorvan::platform

@@ -1,0 +1,40 @@
+#include "platform/path.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "platform/text.h"
+
+namespace quorvan::platform {
+namespace {
+constexpr char16_t kSeparator = u'/';
+}
+
+std::u16string_view NameBehindSeparator(std::u16string_view path) {
+  const std::size_t separator = path.rfind(kSeparator);
+  return separator == std::u16string_view::npos ? std::u16string_view()
+                                                : path.substr(separator + 1);
+}
+
+std::u16string_view LastComponent(std::u16string_view path) {
+  return path.find(kSeparator) == std::u16string_view::npos ? path : NameBehindSeparator(path);
+}
+
+std::u16string LowerCaseExtension(std::u16string_view path) {
+  const std::u16string_view name = LastComponent(path);
+  const std::size_t dot = name.rfind(u'.');
+  if (dot == std::u16string_view::npos) return {};
+  std::u16string extension(name.substr(dot));
+  for (char16_t& unit : extension) {
+    if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
+  }
+  return extension;
+}
+
+std::u16string AbsolutePath(std::u16string_view path) {
+  std::error_code error;
+  const auto absolute = std::filesystem::absolute(ToUtf8(path), error);
+  return error ? std::u16string(path) : ToUtf16(absolute.native());
+}
+
+}  // namespace quorvan::platform

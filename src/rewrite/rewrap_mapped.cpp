@@ -1,0 +1,302 @@
+#include "rewrite/rewrap_mapped.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "mxf/analysis.h"
+#include "platform/clock.h"
+#include "platform/fault_guard.h"
+#include "platform/mapping.h"
+#include "platform/text.h"
+#include "rewrite/element_gate.h"
+#include "rewrite/rewrap_plan.h"
+#include "rewrite/umid.h"
+#include "rewrite/wav_source.h"
+
+namespace quorvan {
+namespace {
+
+constexpr char16_t kClipMappingName[] = u"fmMXF";
+
+std::int32_t CodeOf(PlanResult result) {
+  switch (result) {
+    case PlanResult::kReady:
+      return kSuccess;
+    case PlanResult::kNoTracks:
+      return kRewrapUnfit;
+    case PlanResult::kNoRecords:
+      return kRewrapNoRecords;
+    case PlanResult::kUnknownRate:
+      return kRewrapUnknownRate;
+    case PlanResult::kBadRange:
+      return kRewrapBadRange;
+  }
+  return kRewrapUnfit;
+}
+
+std::int32_t CodeOf(GateResult result) {
+  switch (result) {
+    case GateResult::kDone:
+      return kSuccess;
+    case GateResult::kOutsideView:
+      return kRewrapUnfit;
+    case GateResult::kClipFault:
+      return kRewrapClipFault;
+    case GateResult::kSourceFault:
+      return kRewrapWavFault;
+  }
+  return kRewrapUnfit;
+}
+
+std::u16string WavMappingName(std::uint32_t track) {
+  char name[16];
+  std::snprintf(name, sizeof name, "IDWAVTRK%02u", track + 1);
+  return platform::ToUtf16(name);
+}
+
+// One rewrite from its arguments to its end. Everything it opens is its own and goes with it,
+// except the source files, which stand in AUDIOTRACK_IO_INFO and are closed by Release.
+class MappedRewrite {
+ public:
+  MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
+      : plan_(plan), tracks_(*tracks), mxf_(*mxf) {}
+  MappedRewrite(const MappedRewrite&) = delete;
+  MappedRewrite& operator=(const MappedRewrite&) = delete;
+  ~MappedRewrite() { ReleaseSources(); }
+
+  std::int32_t Run(const std::u16string& path) {
+    if (const std::int32_t failed = Prepare(path)) return failed;
+    if (const std::int32_t failed = ProveValues()) return failed;
+    if (const std::int32_t failed = WriteAll()) return failed;
+    return Finish();
+  }
+
+ private:
+  // One source with what is mapped of it for the running segment.
+  struct OpenSource {
+    platform::FileMapping mapping;
+    platform::MappedView view;
+    std::uint64_t consumed = 0;  // sample frames used up to now
+  };
+
+  std::int32_t Prepare(const std::u16string& path) {
+    clip_ = platform::File::Open(path, platform::OpenMode::kRewrite);
+    if (!clip_.IsOpen()) return kRewrapNoClip;
+    clipMapping_ =
+        platform::FileMapping::Create(clip_, platform::MapAccess::kReadWrite, kClipMappingName);
+    if (!clipMapping_.IsOpen()) return kRewrapNoClipMapping;
+    if (const std::int32_t failed = OpenSources()) return failed;
+    tracks_.totalFrames = plan_.total;
+    if (const std::int32_t failed = AllocateBuffers()) return failed;
+    tracks_.currentFrame = 0;
+    tracks_.cancel = 0;
+    return kSuccess;
+  }
+
+  std::int32_t OpenSources() {
+    for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
+      const TrackSource& source = plan_.sources[i];
+      if (source.wav == nullptr) continue;
+      platform::File& file = tracks_.wavHandle[source.firstTrack];
+      file = platform::File::Open(source.wav->filePath, platform::OpenMode::kReadShared);
+      if (!file.IsOpen()) return kRewrapNoWav;
+      sources_[i].mapping = platform::FileMapping::Create(file, platform::MapAccess::kRead,
+                                                          WavMappingName(source.firstTrack));
+      if (!sources_[i].mapping.IsOpen()) return kRewrapNoWavMapping;
+    }
+    return kSuccess;
+  }
+
+  // The largest frame's bytes of one track, as zeros and as working memory. A segment whose audio
+  // would not fit 31 bits is refused as ever.
+  std::int32_t AllocateBuffers() {
+    const std::uint64_t frameBytes = std::uint64_t{mxf_.audio->blockAlign} * kLargestFrameSamples;
+    silence_.reset(new (std::nothrow) std::uint8_t[frameBytes + 1]());
+    if (silence_ == nullptr) return kRewrapNoSilence;
+    const bool tooLarge = frameBytes * mxf_.timecode->maxIndexDuration >
+                          std::uint64_t{std::numeric_limits<std::int32_t>::max()};
+    trackBuffer_.reset(new (std::nothrow) std::uint8_t[frameBytes + 1]());
+    return trackBuffer_ == nullptr || (tooLarge && UsesFiles()) ? kRewrapNoTrackBuffer : kSuccess;
+  }
+
+  bool UsesFiles() const {
+    return std::any_of(plan_.sources.begin(), plan_.sources.begin() + plan_.sourceCount,
+                       [](const TrackSource& source) { return source.wav != nullptr; });
+  }
+
+  // Nothing is written before all of this holds: the clip is the one that was analysed, every value
+  // is one, in ascending order, and every source holds what it claims, as far as it is needed.
+  std::int32_t ProveValues() {
+    if (clipMapping_.size() != mxf_.fileSize || !CanBeWritten(plan_, mxf_)) return kRewrapUnfit;
+    std::uint64_t writtenUpTo = 0;
+    for (std::uint32_t done = 0; done < plan_.total;) {
+      const SegmentRun run = NextRun(plan_, mxf_, done);
+      platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
+      if (!view.IsMapped()) return kRewrapClipFault;
+      for (std::uint32_t i = 0; i < run.frames; ++i) {
+        if (const std::int32_t failed = ProveFrame(view, run.firstEntry + i, &writtenUpTo)) {
+          return failed;
+        }
+      }
+      done += run.frames;
+    }
+    return ProveSources();
+  }
+
+  std::int32_t ProveFrame(const platform::MappedView& view, std::uint32_t entryIndex,
+                          std::uint64_t* writtenUpTo) const {
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
+      const TrackSource& source = plan_.sources[s];
+      for (std::uint32_t c = 0; c < source.trackCount; ++c) {
+        const auto value = LocateElementValue(mxf_, entry, source.firstTrack + c);
+        if (!value || value->keyOffset() < *writtenUpTo) return kRewrapUnfit;
+        const GateResult checked = CheckElement(view, *value, mxf_.audio->elementKind);
+        if (checked != GateResult::kDone) return CodeOf(checked);
+        *writtenUpTo = value->fileOffset() + value->bytes();
+      }
+    }
+    return kSuccess;
+  }
+
+  std::int32_t ProveSources() const {
+    std::uint64_t samples = 0;
+    for (std::uint32_t i = 0; i < plan_.total; ++i) {
+      samples += (*mxf_.indexEntries)[plan_.firstEntry + i].audioSamples;
+    }
+    for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
+      const WAV_FILE_INFO* wav = plan_.sources[i].wav;
+      if (wav == nullptr) continue;
+      const std::uint64_t wanted = std::min(samples, wav->dataSize / wav->blockAlign);
+      const std::uint64_t size = sources_[i].mapping.size();
+      if (wav->dataOffset > size || wanted * wav->blockAlign > size - wav->dataOffset) {
+        return kRewrapWavFault;
+      }
+    }
+    return kSuccess;
+  }
+
+  std::int32_t WriteAll() {
+    for (std::uint32_t done = 0; done < plan_.total;) {
+      const SegmentRun run = NextRun(plan_, mxf_, done);
+      platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
+      if (!view.IsMapped()) return kRewrapClipFault;
+      if (const std::int32_t failed = MapSources(run)) return failed;
+      for (std::uint32_t i = 0; i < run.frames; ++i) {
+        if (const std::int32_t failed = WriteFrame(view, run.firstEntry + i)) return failed;
+        if (tracks_.cancel == 1) return Cancel();
+        tracks_.currentFrame = ++done;
+      }
+    }
+    return kSuccess;
+  }
+
+  std::int32_t Cancel() {
+    tracks_.cancel = 0;
+    return kCancelled;
+  }
+
+  // A view of what each file gives to the run.
+  std::int32_t MapSources(const SegmentRun& run) {
+    std::uint64_t samples = 0;
+    for (std::uint32_t i = 0; i < run.frames; ++i) {
+      samples += (*mxf_.indexEntries)[run.firstEntry + i].audioSamples;
+    }
+    for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
+      const WAV_FILE_INFO* wav = plan_.sources[i].wav;
+      if (wav == nullptr) continue;
+      OpenSource& source = sources_[i];
+      source.view.Unmap();
+      const std::uint64_t held = wav->dataSize / wav->blockAlign;
+      const std::uint64_t wanted =
+          std::min(samples, held > source.consumed ? held - source.consumed : 0);
+      if (wanted == 0) continue;
+      source.view = source.mapping.ViewCovering(wav->dataOffset + source.consumed * wav->blockAlign,
+                                                wanted * wav->blockAlign);
+      if (!source.view.IsMapped()) return kRewrapWavFault;
+    }
+    return kSuccess;
+  }
+
+  std::int32_t WriteFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
+      const TrackSource& source = plan_.sources[s];
+      for (std::uint32_t c = 0; c < source.trackCount; ++c) {
+        const auto value = LocateElementValue(mxf_, entry, source.firstTrack + c);
+        if (!value) return kRewrapUnfit;
+        const std::uint8_t* samples =
+            ChannelSamples(source, sources_[s], source.firstChannel + c, entry.audioSamples);
+        if (samples == nullptr) return kRewrapWavFault;
+        const GateResult written = WriteElement(view, *value, {samples, value->bytes()});
+        if (written != GateResult::kDone) return CodeOf(written);
+      }
+      if (source.wav != nullptr) sources_[s].consumed += entry.audioSamples;
+    }
+    return kSuccess;
+  }
+
+  // The audio of one channel for one frame of `wanted` samples, in the clip's sample width:
+  // straight from the view where its bytes are just those, else split into the buffer. Silence
+  // where the file has ended. Null when the storage of the file fails.
+  const std::uint8_t* ChannelSamples(const TrackSource& source, const OpenSource& open,
+                                     std::uint32_t channel, std::uint32_t wanted) {
+    if (source.wav == nullptr) return silence_.get();
+    const WAV_FILE_INFO& wav = *source.wav;
+    const std::uint32_t held = SamplesLeft(wav, open.consumed, wanted);
+    if (held == 0) return silence_.get();
+    const std::uint32_t width = mxf_.audio->blockAlign;
+    const std::uint64_t place = wav.dataOffset + open.consumed * wav.blockAlign;
+    const std::uint8_t* interleaved = open.view.data() + (place - open.view.fileOffset());
+    if (held == wanted && wav.blockAlign == width) return interleaved;
+
+    std::uint8_t* target = trackBuffer_.get();
+    auto split = [&] {
+      SplitChannel(interleaved + channel * wav.bytesPerChannelSample, held, wav.blockAlign,
+                   wav.bytesPerChannelSample, target, width);
+    };
+    if (!platform::RunGuarded(split).completed) return nullptr;
+    std::fill(target + held * width, target + wanted * width, std::uint8_t{0});
+    return target;
+  }
+
+  std::int32_t Finish() {
+    if (auto times = clip_.Times()) {
+      times->lastAccess = times->lastWrite = platform::FileTimeNow();
+      clip_.SetTimes(*times);
+    }
+    clipMapping_ = {};
+    ReleaseSources();
+    return RenewUmids(&clip_, &mxf_) ? kSuccess : kRewrapLongUmid;
+  }
+
+  void ReleaseSources() {
+    for (OpenSource& source : sources_)
+      source = {};
+    for (platform::File& file : tracks_.wavHandle)
+      file.Close();
+  }
+
+  const RewrapPlan& plan_;
+  AUDIOTRACK_IO_INFO& tracks_;
+  MXF_BASE_INFO& mxf_;
+  platform::File clip_;
+  platform::FileMapping clipMapping_;
+  std::array<OpenSource, kMaxTracks> sources_;
+  std::unique_ptr<std::uint8_t[]> silence_;
+  std::unique_ptr<std::uint8_t[]> trackBuffer_;
+};
+
+}  // namespace
+
+std::int32_t RewrapMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
+  if (path == nullptr || *path == 0) return kRewrapNoPath;
+  RewrapPlan plan{};
+  if (const std::int32_t refused = CodeOf(PlanRewrap(tracks, mxf, &plan))) return refused;
+  return MappedRewrite(plan, tracks, mxf).Run(path);
+}
+
+}  // namespace quorvan

@@ -1,0 +1,138 @@
+#include "rewrite/umid.h"
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "mxf/klv.h"
+#include "mxf/metadata_set.h"
+#include "mxf/readers.h"
+#include "platform/clock.h"
+#include "platform/uuid.h"
+
+namespace quorvan {
+namespace {
+
+using Umid = std::array<std::uint8_t, kUmidBytes>;
+
+constexpr std::array<std::uint8_t, 4> kUmidPrefix = {0x06, 0x0A, 0x2B, 0x34};
+constexpr std::uint8_t kNumberMethods = 0x20;
+constexpr std::uint8_t kLengthBehind = 0x13;
+constexpr std::size_t kMaterialNumberPlace = 16;
+
+constexpr std::uint16_t kTagModifiedDate = 0x4404;
+constexpr std::size_t kStampBytes = 8;
+
+constexpr std::int32_t kBadArgumentOrWrite = -1;
+constexpr std::int32_t kSetNotFound = 405;
+
+constexpr std::size_t kSearchBlock = std::size_t{1} << 20;
+
+std::array<std::uint8_t, kStampBytes> StampNow() {
+  const platform::CalendarTime now = platform::LocalTimeNow();
+  return {static_cast<std::uint8_t>(now.year >> 8),
+          static_cast<std::uint8_t>(now.year & 0xFF),
+          now.month,
+          now.day,
+          now.hour,
+          now.minute,
+          now.second,
+          now.dayOfWeek};
+}
+
+// Replaces every `old` that starts in [0, limit) by `fresh`. False when a write fails.
+bool ReplaceAll(platform::File* file, const Umid& old, const Umid& fresh, std::uint64_t limit) {
+  if (!std::equal(kUmidPrefix.begin(), kUmidPrefix.end(), old.begin())) return true;
+  constexpr std::size_t overlap = kUmidBytes - 1;
+  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
+                                                  std::uint8_t[kSearchBlock + overlap]);
+  if (block == nullptr) return false;
+
+  std::uint64_t position = 0;
+  while (position < limit) {
+    const auto starts =
+        static_cast<std::size_t>(std::min<std::uint64_t>(limit - position, kSearchBlock));
+    const std::size_t held = file->ReadAt(position, block.get(), starts + overlap);
+    const std::uint8_t* const end = block.get() + held;
+    const std::uint8_t* from = block.get();
+    for (;;) {
+      const std::uint8_t* hit = std::search(from, end, old.begin(), old.end());
+      if (hit == end) break;
+      const auto place = static_cast<std::uint64_t>(hit - block.get());
+      if (!file->WriteAt(position + place, fresh.data(), fresh.size())) return false;
+      from = hit + fresh.size();
+    }
+    if (held < starts + overlap) break;
+    position += std::max<std::uint64_t>(starts, static_cast<std::uint64_t>(from - block.get()));
+  }
+  return true;
+}
+
+// Overwrites the modification date of the set whose value the file pointer stands on.
+bool StampSet(platform::File* file, std::uint64_t length) {
+  const auto set = MetadataSet::Read(file, length);
+  if (!set) return true;
+  LocalItem item;
+  for (LocalSetWalk walk(set->value()); walk.Next(&item);) {
+    if (item.tag != kTagModifiedDate) continue;
+    if (item.value.size() < kStampBytes) return true;
+    const auto stamp = StampNow();
+    return file->WriteAt(set->fileOffset() + walk.valueOffset(), stamp.data(), stamp.size());
+  }
+  return true;
+}
+
+}  // namespace
+
+Umid MakeUmid(const Umid& old) {
+  Umid umid{};
+  std::copy(kUmidPrefix.begin(), kUmidPrefix.end(), umid.begin());
+  umid[4] = umid[5] = umid[6] = 0x01;
+  umid[7] = old[7];
+  umid[8] = umid[9] = 0x01;
+  umid[10] = old[10];
+  umid[11] = kNumberMethods;
+  umid[12] = kLengthBehind;
+  if (const auto uuid = platform::NewUuid()) {
+    std::copy(uuid->begin(), uuid->end(), umid.begin() + kMaterialNumberPlace);
+  }
+  return umid;
+}
+
+int UmidToHexText(const std::uint8_t* umid, char16_t* text) {
+  if (umid == nullptr || text == nullptr) return -1;
+  constexpr char16_t digits[] = u"0123456789ABCDEF";
+  for (std::size_t i = 0; i < kUmidBytes; ++i) {
+    text[2 * i] = digits[umid[i] >> 4];
+    text[2 * i + 1] = digits[umid[i] & 0x0F];
+  }
+  text[2 * kUmidBytes] = 0;
+  return 0;
+}
+
+std::int32_t RegenerateUmid(platform::File* file, PackageKind kind, Umid* umid,
+                            std::uint64_t limit) {
+  if (file == nullptr || umid == nullptr) return kBadArgumentOrWrite;
+  const Umid fresh = MakeUmid(*umid);
+  if (!ReplaceAll(file, *umid, fresh, limit)) return kBadArgumentOrWrite;
+
+  const KlvKey& key =
+      kind == PackageKind::kMaterial ? keys::kMaterialPackage : keys::kSourcePackage;
+  std::uint64_t length = 0;
+  if (FindKlvKey(file, key, 0, limit, &length) == 0) return kSetNotFound;
+  if (!StampSet(file, length)) return kBadArgumentOrWrite;
+  *umid = fresh;
+  return 0;
+}
+
+bool RenewUmids(platform::File* file, MXF_BASE_INFO* mxf) {
+  if (mxf->materialUmidSize != kUmidBytes || mxf->sourceUmidSize != kUmidBytes) return false;
+  const std::uint64_t limit = (*mxf->partitionTable)[0].headerByteCount;
+  RegenerateUmid(file, PackageKind::kMaterial, &mxf->materialUmid, limit);
+  RegenerateUmid(file, PackageKind::kSource, &mxf->sourceUmid, limit);
+  // The file is the truth from here on; what it says of its tracks and timecode has not changed.
+  ReadMaterialPackage(file, mxf);
+  return true;
+}
+
+}  // namespace quorvan

@@ -1,0 +1,37 @@
+#include "rewrite/wav_source.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace quorvan {
+namespace {
+
+// The widths are compile-time constants so that each copy is a move or two.
+template <std::uint32_t kSampleBytes, std::uint32_t kTargetBytes>
+void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
+           std::uint8_t* target) {
+  constexpr std::uint32_t low = kTargetBytes - kSampleBytes;
+  for (std::uint32_t i = 0; i < frames; ++i) {
+    if constexpr (low > 0) std::memset(target, 0, low);
+    std::memcpy(target + low, source, kSampleBytes);
+    source += blockAlign;
+    target += kTargetBytes;
+  }
+}
+
+}  // namespace
+
+void SplitChannel(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
+                  std::uint32_t sampleBytes, std::uint8_t* target, std::uint32_t targetBytes) {
+  if (sampleBytes == 3 && targetBytes == 3) return Split<3, 3>(source, frames, blockAlign, target);
+  if (sampleBytes == 2 && targetBytes == 3) return Split<2, 3>(source, frames, blockAlign, target);
+  if (sampleBytes == 2 && targetBytes == 2) return Split<2, 2>(source, frames, blockAlign, target);
+}
+
+std::uint32_t SamplesLeft(const WAV_FILE_INFO& wav, std::uint64_t consumed, std::uint32_t wanted) {
+  const std::uint64_t held = wav.dataSize / wav.blockAlign;
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(held > consumed ? held - consumed : 0, wanted));
+}
+
+}  // namespace quorvan

@@ -1,0 +1,35 @@
+#include "state/clip_state.h"
+
+#include "timecode/timecode.h"
+
+namespace quorvan {
+
+void EnterLoadedState(APP_STATE_INFO* app) {
+  const std::uint32_t tracks = UsableTracks(*app->mxf->audio);
+  for (std::uint32_t t = 0; t < kMaxTracks; ++t) {
+    const std::uint8_t state = t < tracks ? kSwitchOff : kNoSuchTrack;
+    app->tracks->rewrapSwitch[t] = state;
+    app->tracks->exportSwitch[t] = state;
+    app->trackSelected[t] = t == 0 ? 1 : 0;
+  }
+  app->focusTrack = 0;
+  app->analysisOk = 1;
+  app->mxfLoaded = 1;
+}
+
+FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames) {
+  if (timecode.startHour23 != 1) return {frames, frames};
+  const std::int32_t shifted =
+      ShiftHours(timecode.fpsIndex, timecode.dropFrame, static_cast<std::uint32_t>(frames), 1, '+');
+  return {frames, shifted};
+}
+
+FramePoint FirstFramePoint(const MXF_TIMECODE_INFO& timecode) {
+  return MakeFramePoint(timecode, static_cast<std::int32_t>(timecode.startFrames));
+}
+
+FramePoint LastFramePoint(const MXF_TIMECODE_INFO& timecode) {
+  return MakeFramePoint(timecode, static_cast<std::int32_t>(timecode.lastFrames));
+}
+
+}  // namespace quorvan

@@ -1,0 +1,23 @@
+// From "no file" to "a clip is loaded", and the points of a range within it.
+
+#pragma once
+
+#include <cstdint>
+
+#include "state/app_state_info.h"
+
+namespace quorvan {
+
+// Puts `app` into the state behind an accepted analysis: a file is loaded, all its track switches
+// are OFF, switches of tracks that it has not stay at kNoSuchTrack, the first track is selected.
+void EnterLoadedState(APP_STATE_INFO* app);
+
+// Both slots of the point with the real count `frames`: the second one hour on when the clip starts
+// in hour 23, else the same.
+FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);
+
+// The clip's first and last frame.
+FramePoint FirstFramePoint(const MXF_TIMECODE_INFO& timecode);
+FramePoint LastFramePoint(const MXF_TIMECODE_INFO& timecode);
+
+}  // namespace quorvan

@@ -1,0 +1,229 @@
+#include "wav/wav_library.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <new>
+
+#include "platform/clock.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "timecode/timecode.h"
+#include "wav/size_text.h"
+
+namespace quorvan {
+namespace {
+
+// %s is the path, %d the code.
+struct FailureText {
+  WavResult code;
+  std::u16string_view text;
+};
+constexpr FailureText kFailureTexts[] = {
+    {kWavNoPath, u"ファイルパスが無効です。\nERR: %d"},
+    {kWavNoRecord, u"チャンク情報を格納できません。\nERR: %d"},
+    {kWavCannotOpen, u"%s\n\n読み取るデータがありません。\nERR: %d"},
+    {kWavHeaderIncomplete, u"%s\n\n最低限のヘッダー情報が見つかりません。"},
+    {kWavNotWave, u"%s\n\nWAVファイルではありません。\nERR: %d"},
+    {kWavOtherSampleRate, u"%s\n\nサンプル周波数が48kHzではありません。\nERR: %d"},
+    {kWavTooManyBits, u"%s\n\nビットレートが対応していません。\nERR: %d"},
+    {kWavTooManyChannels, u"%s\n\nこのファイルはマルチチャンネル形式のため読込めません。\nERR: %d"},
+    {kWavNoLibrary, u"%s\n\nファイルをリンクに追加できません。\nERR: %d"},
+    {kWavAlreadyAdded, u"%s\n\nすでに追加されています。\nERR: %d"},
+    {kWavNotFound, u"%s\n\nファイルが見つかりません。\nERR: %d"},
+    {kWavNoMemory, u"%s\n\nファイルをWAVライブラリに追加できません。\nERR: %d"},
+};
+
+// `format` with its one %d and one %s filled in; the number first, since a path may hold "%d".
+std::u16string FillIn(std::u16string_view format, int code, std::u16string_view path) {
+  std::u16string text(format);
+  const std::size_t number = text.find(u"%d");
+  if (number != std::u16string::npos)
+    text.replace(number, 2, platform::ToUtf16(fmt::format("{}", code)));
+  const std::size_t name = text.find(u"%s");
+  if (name != std::u16string::npos) text.replace(name, 2, path);
+  return text;
+}
+
+bool HasPath(const WAV_FILE_INFO& head, std::u16string_view path) {
+  for (const WAV_FILE_INFO* entry = head.next; entry != nullptr; entry = entry->next) {
+    if (path == entry->filePath) return true;
+  }
+  return false;
+}
+
+WavResult CheckAgainstMxf(const WAV_HEADER_INFO& header, const MXF_AUDIO_INFO& audio) {
+  if (header.sampleRate != audio.sampleRate) return kWavOtherSampleRate;
+  if (header.bitsPerSample > audio.quantizationBits) return kWavTooManyBits;
+  if (header.channels > kMaxWavChannels) return kWavTooManyChannels;
+  return kWavOk;
+}
+
+void CopyHeader(const WAV_HEADER_INFO& header, WAV_FILE_INFO* entry) {
+  entry->formatTag = header.formatTag;
+  entry->channels = header.channels;
+  entry->sampleRate = header.sampleRate;
+  entry->avgBytesPerSec = header.avgBytesPerSec;
+  entry->blockAlign = header.blockAlign;
+  entry->bytesPerChannelSample =
+      header.channels > 1 ? static_cast<std::uint16_t>(header.blockAlign / header.channels)
+                          : header.blockAlign;
+  entry->bitsPerSample = header.bitsPerSample;
+  entry->dataSize = header.isRF64 != 0 ? header.ds64DataSize : header.dataChunkSize;
+  entry->dataOffset = header.dataOffset;
+  entry->samplePosition = header.samplePosition;
+  entry->startFrame = header.startFrame;
+  entry->endFrame = header.endFrame;
+  entry->durationFrames = header.durationFrames;
+  entry->sampleRemainder = header.sampleRemainder;
+  entry->isRF64 = header.isRF64;
+  entry->hasBext = header.hasBext;
+  entry->startsInLastHour = header.startsInLastHour;
+}
+
+std::uint64_t SignExtended(std::uint32_t value) {
+  return static_cast<std::uint64_t>(static_cast<std::int32_t>(value));
+}
+
+void FillSortKeys(WAV_FILE_INFO* entry) {
+  std::uint64_t* const key = entry->sortKey;
+  key[SortKeyOf(kChannelsColumn)] = entry->channels;
+  key[SortKeyOf(kBitsColumn)] = entry->bitsPerSample;
+  key[SortKeyOf(kSampleRateColumn)] = entry->sampleRate;
+  key[SortKeyOf(kStartColumn)] = SignExtended(entry->startFrame);
+  key[SortKeyOf(kEndColumn)] = SignExtended(entry->endFrame);
+  key[SortKeyOf(kDurationColumn)] = SignExtended(entry->endFrame - entry->startFrame);
+  key[SortKeyOf(kCreatedColumn)] = entry->findData.times.creation;
+  key[SortKeyOf(kUpdatedColumn)] = entry->findData.times.lastWrite;
+  key[SortKeyOf(kSizeColumn)] = entry->findData.size;
+}
+
+void SetColumn(WAV_FILE_INFO* entry, WavColumn column, std::u16string_view text) {
+  platform::CopyText(entry->columnText[column], kColumnChars, text);
+}
+
+void SetColumn(WAV_FILE_INFO* entry, WavColumn column, const std::string& text) {
+  SetColumn(entry, column, platform::ToUtf16(text));
+}
+
+void SetTimecodeColumn(WAV_FILE_INFO* entry, WavColumn column, const MXF_TIMECODE_INFO& timecode,
+                       std::uint32_t frame, std::uint32_t remainder) {
+  char16_t frameText[32] = {};
+  FormatTimecode(frameText, std::size(frameText), timecode.fpsIndex, timecode.dropFrame, frame,
+                 kSeparated);
+  SetColumn(
+      entry, column,
+      frameText + platform::ToUtf16(fmt::format(" *{:04}", static_cast<std::int32_t>(remainder))));
+}
+
+void SetDateColumn(WAV_FILE_INFO* entry, WavColumn column, platform::FileTime time) {
+  const platform::CalendarTime local = platform::ToLocalTime(time);
+  SetColumn(entry, column,
+            fmt::format("{:04}/{:02}/{:02} {:02}:{:02}:{:02}", local.year, local.month, local.day,
+                        local.hour, local.minute, local.second));
+}
+
+void FillColumns(WAV_FILE_INFO* entry, const MXF_TIMECODE_INFO& timecode) {
+  SetColumn(entry, kNameColumn, std::u16string_view(entry->fileName));
+  SetColumn(entry, kChannelsColumn, fmt::format("{:2}", entry->channels));
+  SetColumn(entry, kBitsColumn, fmt::format("{:2}", entry->bitsPerSample));
+  SetColumn(entry, kSampleRateColumn, fmt::format("{:5}", entry->sampleRate));
+  SetTimecodeColumn(entry, kStartColumn, timecode, entry->startFrame, entry->sampleRemainder[0]);
+  SetTimecodeColumn(entry, kEndColumn, timecode, entry->endFrame, entry->sampleRemainder[1]);
+  SetTimecodeColumn(entry, kDurationColumn, timecode, entry->durationFrames,
+                    entry->sampleRemainder[1] - entry->sampleRemainder[0]);
+  SetDateColumn(entry, kCreatedColumn, entry->findData.times.creation);
+  SetDateColumn(entry, kUpdatedColumn, entry->findData.times.lastWrite);
+  FormatFileSize(entry->findData.size, entry->columnText[kSizeColumn], kColumnChars);
+}
+
+void Append(WAV_FILE_INFO* head, WAV_FILE_INFO* entry) {
+  WAV_FILE_INFO* const last = head->next == nullptr ? head : head->prev;
+  last->next = entry;
+  entry->prev = last;
+  entry->listHead = head;
+  head->prev = entry;
+  ++head->entryCount;
+}
+
+}  // namespace
+
+WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf) {
+  if (head == nullptr || mxf.audio == nullptr || mxf.timecode == nullptr) return kWavNoLibrary;
+  if (path == nullptr) return kWavNoPath;
+  if (HasPath(*head, path)) return kWavAlreadyAdded;
+
+  WAV_HEADER_INFO header{};
+  WavResult result = ReadWavHeader(path, &header);
+  if (result == kWavOk) result = CheckAgainstMxf(header, *mxf.audio);
+  if (result != kWavOk) return result;
+
+  // A path cut to the field would name another file.
+  const std::u16string_view pathText(path);
+  const auto fileInfo = platform::QueryFileInfo(path);
+  if (!fileInfo || pathText.size() >= kWavPathChars) return kWavNotFound;
+  WAV_FILE_INFO* const entry = new (std::nothrow) WAV_FILE_INFO{};
+  if (entry == nullptr) return kWavNoMemory;
+
+  const MXF_TIMECODE_INFO& timecode = *mxf.timecode;
+  ComputeWavPosition(&header, timecode.rateIndex, timecode.fpsIndex, timecode.dropFrame);
+  CopyHeader(header, entry);
+  entry->findData = *fileInfo;
+  platform::CopyText(entry->filePath, kWavPathChars, pathText);
+  platform::CopyText(entry->fileName, kWavPathChars, platform::NameBehindSeparator(pathText));
+  FillSortKeys(entry);
+  FillColumns(entry, timecode);
+  Append(head, entry);
+  return kWavOk;
+}
+
+std::u16string WavFailureText(int code, std::u16string_view path) {
+  for (const FailureText& row : kFailureTexts) {
+    if (row.code == code) return FillIn(row.text, code, path);
+  }
+  return {};
+}
+
+WavIndex BuildWavIndex(WAV_FILE_INFO* head, WavIndex old, std::size_t spareSlots) {
+  old.reset();
+  if (head == nullptr || head->next == nullptr || head->entryCount <= 0) return nullptr;
+  const auto count = static_cast<std::uint32_t>(head->entryCount);
+  WavIndex index(new (std::nothrow) WAV_FILE_INFO*[count + spareSlots]());
+  if (index == nullptr) return nullptr;
+  std::uint32_t row = 0;
+  for (WAV_FILE_INFO* entry = head->next; entry != nullptr && row < count; entry = entry->next) {
+    entry->listIndex = row;
+    index[row++] = entry;
+  }
+  return index;
+}
+
+WAV_FILE_INFO* RemoveWavEntry(WAV_FILE_INFO* entry) {
+  if (entry == nullptr || entry->listHead == nullptr) return nullptr;
+  WAV_FILE_INFO* const head = entry->listHead;
+  WAV_FILE_INFO* const next = entry->next;
+  entry->prev->next = next;
+  if (next != nullptr) {
+    next->prev = entry->prev;
+  } else {
+    head->prev = entry->prev == head ? nullptr : entry->prev;
+  }
+  --head->entryCount;
+  delete entry;
+  return next;
+}
+
+int FreeWavList(WAV_FILE_INFO* head) {
+  if (head == nullptr || head->next == nullptr) return 0;
+  for (WAV_FILE_INFO* entry = head->next; entry != nullptr;) {
+    WAV_FILE_INFO* const next = entry->next;
+    delete entry;
+    entry = next;
+  }
+  head->next = nullptr;
+  head->prev = nullptr;
+  head->entryCount = 0;
+  return 1;
+}
+
+}  // namespace quorvan

@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/fault_guard.h"
+#include "platform/file.h"
+#include "platform/mapping.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "platform/uuid.h"
+#include "support/temp_folder.h"
+
+namespace quorvan::platform {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+TEST(File, IsSharedOnlyAsItsModeSays) {
+  const test::TempFolder folder;
+  const std::u16string path = folder.Write("a", {1, 2, 3});
+  const struct {
+    OpenMode first, second;
+    bool opens;
+  } cases[] = {{OpenMode::kRewrite, OpenMode::kRewrite, false},
+               {OpenMode::kRewrite, OpenMode::kReadShared, false},
+               {OpenMode::kReadShared, OpenMode::kReadShared, true},
+               {OpenMode::kReadShared, OpenMode::kRewrite, false},
+               {OpenMode::kReadAlone, OpenMode::kReadShared, false}};
+  for (const auto& c : cases) {
+    const File first = File::Open(path, c.first);
+    ASSERT_TRUE(first.IsOpen());
+    EXPECT_EQ(File::Open(path, c.second).IsOpen(), c.opens);
+  }
+  EXPECT_TRUE(File::Open(path, OpenMode::kRewrite).IsOpen()) << "the locks ended with the files";
+}
+
+TEST(File, NeverReplacesAnExistingOne) {
+  const test::TempFolder folder;
+  const std::u16string path = folder.Write("a", {1});
+  const std::u16string other = folder.Write("b", {2});
+  EXPECT_FALSE(File::Open(path, OpenMode::kCreateNew).IsOpen());
+  EXPECT_FALSE(RenameWithoutReplacing(other, path));
+  EXPECT_EQ(test::ReadAll(path), Bytes{1});
+  EXPECT_FALSE(File::Open(folder.PathOf(""), OpenMode::kReadAlone).IsOpen()) << "a folder";
+  EXPECT_FALSE(File::Open(folder.PathOf("none"), OpenMode::kRewrite).IsOpen());
+}
+
+TEST(File, ReadsShortAtTheEndAndRefusesOffsetsThatAreNone) {
+  const test::TempFolder folder;
+  File file = File::Open(folder.Write("a", {1, 2, 3}), OpenMode::kReadAlone);
+  std::uint8_t buffer[8] = {};
+  EXPECT_EQ(file.ReadAt(2, buffer, 8), 1u);
+  EXPECT_EQ(file.ReadAt(~0ull, buffer, 8), 0u);
+  EXPECT_EQ(file.ReadAt(1ull << 62, buffer, 8), 0u);
+  ASSERT_TRUE(file.Seek(1));
+  EXPECT_FALSE(file.Seek(1ull << 63));
+  EXPECT_FALSE(file.SeekBy(-2));
+  EXPECT_EQ(file.Read(buffer, 8), 2u);
+  EXPECT_EQ(file.Position(), 3u);
+  EXPECT_FALSE(file.WriteAt(0, buffer, 1)) << "opened for reading";
+}
+
+TEST(File, KeepsItsCreationWhenItsTimesAreSet) {
+  const test::TempFolder folder;
+  File file = File::Open(folder.Write("a", {1}), OpenMode::kRewrite);
+  const auto before = file.Times();
+  ASSERT_TRUE(before);
+  FileTimes wanted = *before;
+  wanted.lastAccess = wanted.lastWrite = 132000000000000000 + 1234567 * 10;
+  ASSERT_TRUE(file.SetTimes(wanted));
+  const auto after = file.Times();
+  EXPECT_EQ(after->creation, before->creation);
+  EXPECT_EQ(after->lastWrite, wanted.lastWrite);
+  EXPECT_EQ(after->lastAccess, wanted.lastAccess);
+}
+
+TEST(Mapping, RefusesWhatDoesNotLieInTheFile) {
+  const test::TempFolder folder;
+  const std::u16string path = folder.Write("a", Bytes(10000, 7));
+  const File file = File::Open(path, OpenMode::kReadShared);
+  EXPECT_FALSE(FileMapping::Create(file, MapAccess::kReadWrite, u"x").IsOpen());
+  const FileMapping mapping = FileMapping::Create(file, MapAccess::kRead, u"x");
+  ASSERT_TRUE(mapping.IsOpen());
+  EXPECT_FALSE(mapping.View(0, 10001).IsMapped());
+  EXPECT_FALSE(mapping.View(0, 0).IsMapped());
+  EXPECT_FALSE(mapping.View(1, 10).IsMapped());
+  EXPECT_FALSE(mapping.ViewCovering(9000, ~0ull).IsMapped());
+  const MappedView view = mapping.ViewCovering(9000, 1000);
+  ASSERT_TRUE(view.IsMapped());
+  EXPECT_TRUE(view.Covers(9000, 1000));
+  EXPECT_FALSE(view.Covers(9000, 1001));
+  EXPECT_FALSE(view.Covers(view.fileOffset() - 1, 1));
+  EXPECT_FALSE(FileMapping::Create(File::Open(folder.Write("empty", {}), OpenMode::kReadShared),
+                                   MapAccess::kRead, u"x")
+                   .IsOpen());
+}
+
+TEST(FaultGuard, ReportsAFileThatWasCutShortUnderItsView) {
+  const test::TempFolder folder;
+  constexpr std::size_t size = 1 << 20;
+  const auto touch = [&](const char* name, bool writes) {
+    File file = File::Open(folder.Write(name, Bytes(size, 7)), OpenMode::kRewrite);
+    const FileMapping mapping = FileMapping::Create(file, MapAccess::kReadWrite, u"x");
+    const MappedView view = mapping.View(0, size);
+    ASSERT_TRUE(file.Resize(MappingGranularity()));
+    std::uint8_t byte = 1;
+    std::uint8_t* place = view.data() + size / 2;
+    auto body = [&] { writes ? std::memcpy(place, &byte, 1) : std::memcpy(&byte, place, 1); };
+    for (int again = 0; again < 3; ++again) {
+      const GuardResult result = RunGuarded(body);
+      EXPECT_FALSE(result.completed);
+      EXPECT_EQ(result.address, place);
+    }
+    auto good = [&] { std::memcpy(&byte, view.data(), 1); };
+    EXPECT_TRUE(RunGuarded(good).completed);
+    EXPECT_EQ(byte, 7);
+  };
+  touch("a", false);
+  std::thread other([&] { touch("b", true); });
+  touch("c", true);
+  other.join();
+}
+
+TEST(Text, CarriesNamesOfAnyEncodingThere) {
+  const std::string names[] = {"clip.mxf", "\xE9\x9F\xB3\xE5\xA3\xB0.wav", "\xF0\x9F\x8E\xAC",
+                               "\x83\x65\x83\x58\x83\x67.wav", "half\xE9\x9F"};
+  for (const std::string& name : names)
+    EXPECT_EQ(ToUtf8(ToUtf16(name)), name);
+  EXPECT_EQ(ToUtf16("\xF0\x9F\x8E\xAC"), u"\U0001F3AC");
+  EXPECT_EQ(ToUtf8(std::u16string(1, char16_t{0xD800})), "\xEF\xBF\xBD");
+}
+
+TEST(Text, IsNeverCutInsideACharacter) {
+  char16_t field[4] = {1, 1, 1, 1};
+  CopyText(field, 4, u"ab\U0001F3AC");
+  EXPECT_EQ(std::u16string(field), u"ab");
+  CopyText(field, 4, u"abc");
+  EXPECT_EQ(std::u16string(field), u"abc");
+}
+
+TEST(Path, HasItsParts) {
+  EXPECT_EQ(NameBehindSeparator(u"/clips/a.mxf"), u"a.mxf");
+  EXPECT_EQ(NameBehindSeparator(u"a.mxf"), u"");
+  EXPECT_EQ(LastComponent(u"a.mxf"), u"a.mxf");
+  EXPECT_EQ(LowerCaseExtension(u"/c.d/A.MxF"), u".mxf");
+  EXPECT_EQ(LowerCaseExtension(u"/c.d/A"), u"");
+}
+
+TEST(Clock, AgreesWithItself) {
+  const CalendarTime now = LocalTimeNow();
+  const CalendarTime again = ToLocalTime(FileTimeNow());
+  EXPECT_EQ(now.year, again.year);
+  EXPECT_LT(now.dayOfWeek, 7);
+  EXPECT_EQ(ToLocalTime(116444736000000000 + 10000000ull * 86400 * 4).dayOfWeek, 1) << "a Monday";
+}
+
+TEST(Uuid, DiffersEachTime) {
+  const auto a = NewUuid();
+  const auto b = NewUuid();
+  ASSERT_TRUE(a && b);
+  EXPECT_NE(*a, *b);
+  EXPECT_EQ((*a)[6] >> 4, 4) << "a random one";
+}
+
+}  // namespace
+}  // namespace quorvan::platform

@@ -1,0 +1,521 @@
+#include "support/clip_builder.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "support/clip_parts.h"
+#include "support/temp_folder.h"
+
+namespace quorvan::test {
+namespace {
+
+constexpr std::size_t kDeltaItem = 6;   // bytes of a delta entry
+constexpr std::size_t kIndexItem = 11;  // bytes of an index entry without slices and positions
+constexpr std::size_t kLargestItem = 0xFFFF;
+constexpr std::uint32_t kSystemBytes = 57;  // value of a system metadata pack (SMPTE 385)
+constexpr std::size_t kUserTimecode = 41;   // its user date / time stamp, behind the type byte
+constexpr std::uint8_t kTimecodeStampType = 0x81;
+constexpr std::uint8_t kKeyHeader = 2;
+constexpr std::uint8_t kKeyBody = 3;
+constexpr std::uint8_t kKeyFooter = 4;
+
+constexpr Label kPackKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 2, 4, 0};
+constexpr Label kRandomIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 0x11, 1, 0};
+constexpr Label kSystemKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 3, 1, 4, 1, 1, 0};
+
+// ---- Essence ----
+
+// Bytes from each element of a frame to the next one; the picture stands apart.
+struct ElementSizes {
+  std::uint32_t system = 0;
+  std::uint32_t audio = 0;
+  std::uint32_t data = 0;
+};
+
+std::uint32_t ElementBytes(const ClipSpec& spec, std::uint64_t valueBytes) {
+  return static_cast<std::uint32_t>(FilledSize(kKlHead + valueBytes, spec.elementKag));
+}
+
+std::uint32_t AudioValueBytes(const ClipSpec& spec, std::uint32_t frame) {
+  return spec.bits / 8 * SamplesOfFrame(spec.rate, frame);
+}
+
+// One size for all frames, so that the delta entries hold for each; without fill there is none.
+std::uint32_t AudioElementBytes(const ClipSpec& spec, std::uint32_t frame) {
+  if (spec.elementKag == 0) return ElementBytes(spec, AudioValueBytes(spec, frame));
+  const auto leavesNoRoomForFill = [&spec](std::uint32_t size) {
+    for (std::uint32_t i = 0; i < RowOf(spec.rate).samples.size(); ++i) {
+      const std::uint64_t used = kKlHead + AudioValueBytes(spec, i);
+      if (size != used && size < used + kKlHead) return true;
+    }
+    return false;
+  };
+  std::uint32_t size = ElementBytes(spec, AudioValueBytes(spec, 0));
+  while (leavesNoRoomForFill(size))
+    size += spec.elementKag;
+  return size;
+}
+
+std::uint32_t DataElementBytes(const ClipSpec& spec) {
+  if (!spec.dataElement) return 0;
+  if (!spec.dataFill) return static_cast<std::uint32_t>(kKlHead) + spec.dataSize;
+  return ElementBytes(spec, spec.dataSize);
+}
+
+std::uint32_t PictureValueBytes(const ClipSpec& spec, std::uint32_t frame) {
+  return spec.pictureSize + (spec.sliceCount == 0 ? 0 : frame % 3 * spec.pictureStep);
+}
+
+ElementSizes SizesOf(const ClipSpec& spec, std::uint32_t frame) {
+  return {ElementBytes(spec, kSystemBytes), AudioElementBytes(spec, frame), DataElementBytes(spec)};
+}
+
+// The frames' lengths and places in the essence container.
+std::vector<FramePlace> PlanFrames(const ClipSpec& spec) {
+  std::vector<FramePlace> frames(spec.frames);
+  std::uint64_t position = 0;
+  for (std::uint32_t n = 0; n < spec.frames; ++n) {
+    const ElementSizes sizes = SizesOf(spec, n);
+    FramePlace& frame = frames[n];
+    frame.streamOffset = position;
+    frame.samples = SamplesOfFrame(spec.rate, n);
+    frame.sliceOffset = sizes.system + ElementBytes(spec, PictureValueBytes(spec, n));
+    frame.bytes = frame.sliceOffset + spec.tracks * sizes.audio + sizes.data;
+    position += frame.bytes;
+  }
+  return frames;
+}
+
+class EssenceWriter {
+ public:
+  EssenceWriter(const ClipSpec& spec, Bytes& out) : spec_(spec), klv_(out) {}
+
+  void Write(std::uint32_t number, FramePlace& frame) {
+    const ElementSizes sizes = SizesOf(spec_, number);
+    frame.offset = klv_.Position();
+    frame.system = Element(kSystemKey, SystemValue(number), sizes.system);
+    const Bytes picture = PictureValue(number);
+    frame.picture = Element(kPictureKey, picture, ElementBytes(spec_, picture.size()));
+    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
+      frame.audio.push_back(Element(AudioElementKey(spec_, t), AudioValue(number, t), sizes.audio));
+    }
+    if (spec_.dataElement) {
+      frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61), sizes.data);
+    }
+  }
+
+ private:
+  KlvPlace Element(const Label& key, const Bytes& value, std::uint32_t totalBytes) {
+    KlvPlace place = klv_.Head(key, value.size());
+    klv_.Put(value);
+    klv_.FillTo(place.key + totalBytes);
+    place.totalBytes = totalBytes;
+    return place;
+  }
+
+  Bytes SystemValue(std::uint32_t number) const {
+    Bytes value(kSystemBytes);
+    value[0] = 0x5C;
+    value[1] = RowOf(spec_.rate).packageRate;
+    value[kUserTimecode - 1] = kTimecodeStampType;
+    const auto given = spec_.timecodeWords.find(number);
+    const std::uint32_t count = FrameCount(spec_.start, spec_.rate, spec_.dropFrame) + number;
+    const std::uint32_t word = given != spec_.timecodeWords.end()
+                                   ? given->second
+                                   : TimecodeWord(count, spec_.rate, spec_.dropFrame);
+    for (std::size_t i = 0; i < 4; ++i) {
+      value[kUserTimecode + i] = static_cast<std::uint8_t>(word >> (8 * i));
+    }
+    return value;
+  }
+
+  Bytes PictureValue(std::uint32_t number) const {
+    Bytes value(PictureValueBytes(spec_, number));
+    for (std::size_t i = 0; i < value.size(); ++i) {
+      value[i] = static_cast<std::uint8_t>(i + number);
+    }
+    return value;
+  }
+
+  Bytes AudioValue(std::uint32_t number, std::uint32_t track) const {
+    Bytes value(AudioValueBytes(spec_, number));
+    for (std::uint32_t i = 0; i < value.size(); ++i) {
+      value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
+    }
+    return value;
+  }
+
+  const ClipSpec& spec_;
+  KlvWriter klv_;
+};
+
+// ---- Index ----
+
+std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const ElementSizes& sizes,
+                                 std::uint32_t sliceOffset) {
+  const std::uint8_t slice = spec.sliceCount;
+  std::uint32_t position = spec.sliceCount == 0 ? sliceOffset : 0;
+  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, sizes.system}};
+  for (std::uint32_t t = 0; t < spec.tracks; ++t, position += sizes.audio) {
+    deltas.push_back({0, slice, position});
+  }
+  if (spec.dataElement) deltas.push_back({0, slice, position});
+  deltas.insert(deltas.end(), spec.extraDeltas, DeltaEntry(deltas.back()));
+  return deltas;
+}
+
+std::uint32_t FramesPerPartition(const ClipSpec& spec) {
+  const std::size_t entryBytes = kIndexItem + 4u * spec.sliceCount + 8u * spec.posTableCount;
+  const auto most = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / entryBytes);
+  const std::uint32_t wanted = spec.framesPerPartition == 0 ? most : spec.framesPerPartition;
+  return std::min(wanted, most);
+}
+
+std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<FramePlace>& frames) {
+  const std::uint32_t perPartition = FramesPerPartition(spec);
+  std::vector<IndexSegment> segments;
+  for (std::uint32_t first = 0; first == 0 || first < frames.size(); first += perPartition) {
+    IndexSegment segment;
+    segment.startPosition = first;
+    segment.indexSid = kIndexSid;
+    segment.bodySid = kBodySid;
+    segment.sliceCount = spec.sliceCount;
+    segment.posTableCount = spec.posTableCount;
+    segment.deltas = DeltasOf(spec, SizesOf(spec, 0), frames.empty() ? 0 : frames[0].sliceOffset);
+    for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
+      segment.entries.push_back({0, static_cast<std::int8_t>(-static_cast<int>(n % 3)),
+                                 static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
+                                 frames[n].streamOffset, frames[n].sliceOffset});
+    }
+    segment.duration = static_cast<std::int64_t>(segment.entries.size());
+    segments.push_back(std::move(segment));
+  }
+  return segments;
+}
+
+Bytes DeltaArray(const IndexSegment& segment) {
+  Bytes items;
+  for (const DeltaEntry& delta : segment.deltas) {
+    items.push_back(static_cast<std::uint8_t>(delta.posTableIndex));
+    items.push_back(delta.slice);
+    items = std::move(items) + Big32(delta.elementDelta);
+  }
+  return Batch(
+      segment.claimedDeltaCount.value_or(static_cast<std::uint32_t>(segment.deltas.size())),
+      kDeltaItem, items);
+}
+
+Bytes EntryArray(const IndexSegment& segment) {
+  const std::uint32_t toPicture = segment.deltas.size() > 1 ? segment.deltas[1].elementDelta : 0;
+  Bytes items;
+  for (const IndexEntry& entry : segment.entries) {
+    items.push_back(static_cast<std::uint8_t>(entry.temporalOffset));
+    items.push_back(static_cast<std::uint8_t>(entry.keyFrameOffset));
+    items.push_back(entry.flags);
+    items = std::move(items) + Big64(entry.streamOffset);
+    for (std::uint8_t s = 1; s <= segment.sliceCount; ++s) {
+      items = std::move(items) + Big32(s == segment.sliceCount ? entry.sliceOffset : toPicture);
+    }
+    items.resize(items.size() + std::size_t{8} * segment.posTableCount);
+  }
+  return Batch(
+      segment.claimedEntryCount.value_or(static_cast<std::uint32_t>(segment.entries.size())),
+      kIndexItem + 4u * segment.sliceCount + 8u * segment.posTableCount, items);
+}
+
+MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::size_t number) {
+  const RateRow& rate = RowOf(spec.rate);
+  MetadataSet set = EmptySet(SetKind::kIndexTableSegment, number);
+  set.SetTag(tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator));
+  set.SetTag(tag::kIndexStartPosition, Big64(static_cast<std::uint64_t>(segment.startPosition)));
+  set.SetTag(tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration)));
+  set.SetTag(tag::kEditUnitByteCount, Big32(0));
+  set.SetTag(tag::kIndexSid, Big32(segment.indexSid));
+  set.SetTag(tag::kBodySid, Big32(segment.bodySid));
+  set.SetTag(tag::kSliceCount, {segment.sliceCount});
+  set.SetTag(tag::kPosTableCount, {segment.posTableCount});
+  set.SetTag(tag::kDeltaEntryArray, DeltaArray(segment));
+  set.SetTag(tag::kIndexEntryArray, EntryArray(segment));
+  for (const auto& edit : spec.indexSetEdits)
+    edit(set, number);
+  return set;
+}
+
+// ---- The file ----
+
+class ClipWriter {
+ public:
+  explicit ClipWriter(const ClipSpec& spec)
+      : spec_(spec), klv_(clip_.bytes), essence_(spec, clip_.bytes) {}
+
+  Clip Build() {
+    sets_ = BuildHeaderSets(spec_);
+    for (const auto& edit : spec_.headerEdits)
+      edit(sets_);
+    Layout().frames = PlanFrames(spec_);
+    std::vector<IndexSegment> segments = PlanIndex(spec_, Layout().frames);
+    const std::size_t bodies = segments.size();
+    for (const auto& edit : spec_.indexEdits)
+      edit(segments);
+    for (const IndexSegment& segment : segments) {
+      segments_.push_back(SegmentSet(spec_, segment, segments_.size()));
+    }
+    WriteHeader();
+    for (std::size_t body = 0; body < bodies; ++body)
+      WriteBody(body);
+    WriteFooter(bodies);
+    SetPartitionLinks();
+    if (spec_.randomIndexPack) WriteRandomIndex();
+    Finish();
+    return std::move(clip_);
+  }
+
+ private:
+  ClipLayout& Layout() { return clip_.layout; }
+
+  bool FollowingPlacement() const {
+    return spec_.indexPlacement == IndexPlacement::kFollowingPartition ||
+           spec_.indexPlacement == IndexPlacement::kFollowingAndFooter;
+  }
+
+  PartitionPlace& BeginPartition(std::uint8_t keyKind) {
+    Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
+    Label key = kPackKey;
+    key[13] = keyKind;
+    const Bytes containers = LabelBatch(EssenceContainers(spec_));
+    const std::uint64_t packStart = klv_.Position();
+    const KlvPlace place =
+        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers.size());
+    clip_.bytes.resize(static_cast<std::size_t>(packStart) + pack::kOperationalPattern);
+    klv_.Put(ToBytes(kOp1a));
+    klv_.Put(containers);
+    klv_.FillTo(packStart + FilledSize(place.totalBytes, spec_.kagSize));
+    return Layout().partitions.back();
+  }
+
+  void WriteIndex(PartitionPlace& partition, std::size_t first, std::size_t end) {
+    partition.indexOffset = klv_.Position();
+    for (std::size_t n = first; n < end && n < segments_.size(); ++n) {
+      partition.indexSid = kIndexSid;
+      Layout().indexSegments.push_back({Layout().partitions.size() - 1, n, klv_.Set(segments_[n])});
+      if (spec_.fillBetweenSegments) AlignFrom(partition.indexOffset);
+    }
+    AlignFrom(partition.indexOffset);
+    partition.indexByteCount = klv_.Position() - partition.indexOffset;
+  }
+
+  void AlignFrom(std::uint64_t start) {
+    klv_.FillTo(start + FilledSize(klv_.Position() - start, spec_.kagSize));
+  }
+
+  // The fill at the end is at least a pack long: the header's byte count, read as an offset from
+  // the start of the file, then still lies behind the last set.
+  void WriteHeader() {
+    PartitionPlace& partition = BeginPartition(kKeyHeader);
+    const std::uint64_t start = klv_.Position();
+    for (const MetadataSet& set : sets_)
+      Layout().sets.push_back(klv_.Set(set));
+    const std::uint64_t used = klv_.Position() - start;
+    const std::uint64_t least = used + (start - partition.offset) + kKlHead + spec_.headerRoom;
+    partition.headerByteCount = AlignUp(least, spec_.kagSize);
+    klv_.FillTo(start + partition.headerByteCount);
+    Layout().headerByteCount = partition.headerByteCount;
+    partition.indexOffset = partition.essenceOffset = klv_.Position();
+  }
+
+  void WriteBody(std::size_t body) {
+    PartitionPlace& partition = BeginPartition(kKeyBody);
+    if (FollowingPlacement() && body > 0) {
+      WriteIndex(partition, body - 1, body);
+    } else if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
+      WriteIndex(partition, body, body + 1);
+    }
+    partition.bodySid = kBodySid;
+    partition.essenceOffset = klv_.Position();
+    const std::size_t perPartition = FramesPerPartition(spec_);
+    const std::size_t first = body * perPartition;
+    const std::size_t end = std::min(first + perPartition, Layout().frames.size());
+    if (first < end) partition.bodyOffset = Layout().frames[first].streamOffset;
+    for (std::size_t n = first; n < end; ++n) {
+      Layout().frames[n].partition = Layout().partitions.size() - 1;
+      essence_.Write(static_cast<std::uint32_t>(n), Layout().frames[n]);
+    }
+  }
+
+  void WriteFooter(std::size_t bodies) {
+    PartitionPlace& partition = BeginPartition(kKeyFooter);
+    if (spec_.indexPlacement == IndexPlacement::kFollowingPartition) {
+      WriteIndex(partition, bodies - 1, segments_.size());
+    } else if (spec_.indexPlacement != IndexPlacement::kOwnPartition) {
+      WriteIndex(partition, 0, segments_.size());
+    }
+    partition.essenceOffset = klv_.Position();
+  }
+
+  void SetPartitionLinks() {
+    std::uint64_t previous = 0;
+    const std::uint64_t footer = Layout().partitions.back().offset;
+    for (const PartitionPlace& partition : Layout().partitions) {
+      const auto put = [&](std::size_t field, const Bytes& value) {
+        Patch(clip_.bytes, partition.offset + field, value);
+      };
+      put(pack::kMajorVersion, Big16(1));
+      put(pack::kMinorVersion, Big16(3));
+      put(pack::kKagSize, Big32(spec_.kagSize));
+      put(pack::kThisPartition, Big64(partition.offset));
+      put(pack::kPreviousPartition, Big64(previous));
+      put(pack::kFooterPartition, Big64(footer));
+      put(pack::kHeaderByteCount, Big64(partition.headerByteCount));
+      put(pack::kIndexByteCount, Big64(partition.indexByteCount));
+      put(pack::kIndexSid, Big32(partition.indexSid));
+      put(pack::kBodyOffset, Big64(partition.bodyOffset));
+      put(pack::kBodySid, Big32(partition.bodySid));
+      previous = partition.offset;
+    }
+  }
+
+  void WriteRandomIndex() {
+    Bytes value;
+    for (const PartitionPlace& partition : Layout().partitions) {
+      value = std::move(value) + Big32(partition.bodySid) + Big64(partition.offset);
+    }
+    const auto length = static_cast<std::uint32_t>(kKlHead + value.size() + 4);
+    Layout().randomIndex = klv_.Head(kRandomIndexKey, value.size() + 4);
+    klv_.Put(value + Big32(spec_.randomIndexLength.value_or(length)));
+  }
+
+  void Finish() {
+    Layout().startFrames = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
+    Layout().blockAlign = spec_.bits / 8;
+    Layout().audioElementBytes = AudioElementBytes(spec_, 0);
+    Layout().materialUmids = Occurrences(kMaterialUmid);
+    Layout().sourceUmids = Occurrences(kSourceUmid);
+    clip_.bytes.resize(clip_.bytes.size() + spec_.trailingBytes);
+    if (spec_.truncateAt && *spec_.truncateAt < clip_.bytes.size()) {
+      clip_.bytes.resize(static_cast<std::size_t>(*spec_.truncateAt));
+    }
+  }
+
+  // A 64-byte UMID differs from the basic one in its length byte only.
+  std::vector<std::uint64_t> Occurrences(const std::array<std::uint8_t, 32>& umid) const {
+    const auto headerEnd =
+        clip_.bytes.begin() + static_cast<std::ptrdiff_t>(clip_.layout.partitions[0].essenceOffset);
+    Bytes wanted = ToBytes(umid);
+    if (spec_.umidSize > wanted.size()) wanted[11] = 0x33;
+    std::vector<std::uint64_t> offsets;
+    for (auto at = clip_.bytes.begin(); at != headerEnd; ++at) {
+      at = std::search(at, headerEnd, wanted.begin(), wanted.end());
+      if (at == headerEnd) break;
+      offsets.push_back(static_cast<std::uint64_t>(at - clip_.bytes.begin()));
+    }
+    return offsets;
+  }
+
+  const ClipSpec& spec_;
+  Clip clip_;
+  KlvWriter klv_;
+  EssenceWriter essence_;
+  HeaderSets sets_;
+  std::vector<MetadataSet> segments_;
+};
+
+std::uint32_t DropsPerMinute(std::uint32_t base, bool dropFrame) {
+  if (!dropFrame || (base != 30 && base != 60)) return 0;
+  return base / 15;
+}
+
+}  // namespace
+
+ClipSpec& ClipSpec::DropSet(SetKind kind, std::size_t occurrence) {
+  headerEdits.push_back([=](HeaderSets& sets) {
+    sets.erase(sets.begin() + (&SetOf(sets, kind, occurrence) - sets.data()));
+  });
+  return *this;
+}
+
+ClipSpec& ClipSpec::SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, Bytes value) {
+  headerEdits.push_back(
+      [=](HeaderSets& sets) { SetOf(sets, kind, occurrence).SetTag(tag, value); });
+  return *this;
+}
+
+ClipSpec& ClipSpec::RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag) {
+  headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).RemoveTag(tag); });
+  return *this;
+}
+
+ClipSpec& ClipSpec::SetKey(SetKind kind, std::size_t occurrence, const Label& key) {
+  headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).key = key; });
+  return *this;
+}
+
+std::uint64_t SetPlace::TagValueOffset(std::uint16_t tag) const {
+  for (const TagPlace& place : tags) {
+    if (place.tag == tag) return place.value;
+  }
+  Fail("no such tag", kind, tag);
+}
+
+const SetPlace& ClipLayout::Set(SetKind kind, std::size_t occurrence) const {
+  std::size_t seen = 0;
+  for (const SetPlace& set : sets) {
+    if (set.kind == kind && seen++ == occurrence) return set;
+  }
+  Fail("no such set", kind, occurrence);
+}
+
+std::uint64_t ClipLayout::TagValueOffset(SetKind kind, std::uint16_t tag,
+                                         std::size_t occurrence) const {
+  return Set(kind, occurrence).TagValueOffset(tag);
+}
+
+Clip BuildClip(const ClipSpec& spec) {
+  return ClipWriter(spec).Build();
+}
+
+bool WriteClip(const std::filesystem::path& path, const ClipSpec& spec, ClipLayout* layout) {
+  Clip clip = BuildClip(spec);
+  if (layout != nullptr) *layout = std::move(clip.layout);
+  return WriteBytes(path, clip.bytes);
+}
+
+std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
+  const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
+  return static_cast<std::uint8_t>(mixed >> 23);
+}
+
+std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame) {
+  const auto& samples = RowOf(rate).samples;
+  return samples[frame % samples.size()];
+}
+
+std::uint32_t FrameCount(const ClipTimecode& timecode, Rate rate, bool dropFrame) {
+  const std::uint32_t base = RowOf(rate).base;
+  const std::uint32_t minutes = timecode.hours * 60 + timecode.minutes;
+  const std::uint32_t labels = (minutes * 60 + timecode.seconds) * base + timecode.frames;
+  return labels - DropsPerMinute(base, dropFrame) * (minutes - minutes / 10);
+}
+
+std::uint32_t TimecodeWord(std::uint32_t frameCount, Rate rate, bool dropFrame) {
+  const std::uint32_t base = RowOf(rate).base;
+  const std::uint32_t drops = DropsPerMinute(base, dropFrame);
+  const std::uint32_t perDay = FrameCount({24, 0, 0, 0}, rate, dropFrame);
+  const std::uint32_t perTenMinutes = FrameCount({0, 10, 0, 0}, rate, dropFrame);
+  std::uint32_t label = frameCount % perDay;
+  const std::uint32_t inTen = label % perTenMinutes;
+  label += label / perTenMinutes * 9 * drops;
+  if (inTen >= base * 60) {
+    label += drops * ((inTen - drops) / (base * 60 - drops));
+  }
+  const auto packed = [](std::uint32_t value) { return value / 10 << 4 | value % 10; };
+  const std::uint32_t divider = base == 60 ? 2 : 1;
+  const std::uint32_t seconds = label / base;
+  constexpr std::uint32_t kSecondOfPair = 1u << 15;
+  constexpr std::uint32_t kDropFlag = 1u << 6;
+  const std::uint32_t frames = label % base;
+  return packed(frames / divider) | (drops != 0 ? kDropFlag : 0) |
+         (frames % divider != 0 ? kSecondOfPair : 0) | packed(seconds % 60) << 8 |
+         packed(seconds / 60 % 60) << 16 | packed(seconds / 3600) << 24;
+}
+
+}  // namespace quorvan::test

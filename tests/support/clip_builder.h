@@ -1,0 +1,305 @@
+// Small synthetic clips for the tests: an OP1a frame wrapped file (SMPTE 377, 379, 381, 382, 385)
+// written from a short description, with a map that tells where everything lies in it.
+
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/mxf_tags.h"
+
+namespace quorvan::test {
+
+using Bytes = std::vector<std::uint8_t>;
+using Label = std::array<std::uint8_t, 16>;
+
+enum class Rate { k24, k25, k30, k50, k60, k23_98, k29_97, k59_94 };
+
+enum class IndexPlacement {
+  kFollowingPartition,  // the segment of a body partition stands in the partition behind it
+  kOwnPartition,        // the segment stands in front of the essence that it describes
+  kFooter,              // all segments stand in the footer
+  kFollowingAndFooter,  // as the first, with all segments once more in the footer
+};
+
+enum class SetKind {
+  kPrimer,
+  kPreface,
+  kIdentification,
+  kContentStorage,
+  kEssenceContainerData,
+  kMaterialPackage,
+  kTimelineTrack,
+  kSequence,
+  kTimecodeComponent,
+  kSourceClip,
+  kSourcePackage,
+  kMultipleDescriptor,
+  kMpegVideoDescriptor,
+  kCdciDescriptor,
+  kAvcSubDescriptor,
+  kAes3Descriptor,
+  kWaveDescriptor,
+  kDataDescriptor,
+  kIndexTableSegment,
+};
+
+struct MetadataItem {
+  std::uint16_t tag = 0;
+  Bytes value{};
+};
+
+// A local set before it is written. The Primer Pack is one too: its items are written as a batch
+// of tag and label.
+struct MetadataSet {
+  SetKind kind = SetKind::kPrimer;
+  Label key{};
+  std::vector<MetadataItem> items{};
+  bool longLength = false;  // an 8-byte BER length instead of the 4-byte one
+
+  // Replaces the first item of that tag, or adds one at the end.
+  void SetTag(std::uint16_t tag, Bytes value);
+  void RemoveTag(std::uint16_t tag);
+  // Moves the first item of that tag to `position` among the others.
+  void MoveTag(std::uint16_t tag, std::size_t position);
+};
+
+using HeaderSets = std::vector<MetadataSet>;
+
+// The `occurrence`-th set of a kind, from 0; ends the program when there is none.
+MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence = 0);
+
+struct DeltaEntry {
+  std::int8_t posTableIndex = 0;
+  std::uint8_t slice = 0;
+  std::uint32_t elementDelta = 0;
+};
+
+struct IndexEntry {
+  std::int8_t temporalOffset = 0;
+  std::int8_t keyFrameOffset = 0;
+  std::uint8_t flags = 0;
+  std::uint64_t streamOffset = 0;
+  std::uint32_t sliceOffset = 0;  // the last slice offset; any before it lead to the picture
+};
+
+// An index table segment before it is written, one for each body partition.
+struct IndexSegment {
+  std::int64_t startPosition = 0;
+  std::int64_t duration = 0;
+  std::uint32_t indexSid = 0;
+  std::uint32_t bodySid = 0;
+  std::uint8_t sliceCount = 0;
+  std::uint8_t posTableCount = 0;
+  std::vector<DeltaEntry> deltas{};
+  std::vector<IndexEntry> entries{};
+  std::optional<std::uint32_t>
+      claimedDeltaCount{};  // in the batch's head instead of the true count
+  std::optional<std::uint32_t> claimedEntryCount{};
+};
+
+struct ClipTimecode {
+  std::uint32_t hours = 10;
+  std::uint32_t minutes = 0;
+  std::uint32_t seconds = 0;
+  std::uint32_t frames = 0;
+};
+
+// What to build. The defaults give a good clip of two body partitions, about 250 kB.
+struct ClipSpec {
+  Rate rate = Rate::k25;
+  bool dropFrame = false;  // takes effect on the bases 30 and 60 only
+  ClipTimecode start{};
+  std::uint32_t frames = 10;
+  std::uint32_t framesPerPartition = 5;  // 0: all; at most what a segment's 64 kB item can list
+
+  std::uint32_t tracks = 4;  // 0 to 30
+  std::uint32_t bits = 24;   // 16 or 24
+  bool waveAudio = false;    // Wave elements and descriptors instead of AES3
+  // Byte `i` of the audio value; PatternByte when empty.
+  std::function<std::uint8_t(std::uint32_t track, std::uint32_t frame, std::uint32_t i)> audio{};
+
+  std::uint32_t kagSize = 512;     // 256 or more: a partition pack with its fill takes one
+  std::uint32_t elementKag = 512;  // fill behind each element up to this; 0: no fill. Without fill
+                                   // an uneven sample pattern departs from the delta entries
+  std::uint32_t pictureSize = 300;
+  std::uint32_t pictureStep = 400;  // added 0, 1, 2 times in turn; unused with SliceCount 0
+  bool dataTrack = false;           // a data track in the packages
+  bool dataElement = false;         // an ancillary data element in each frame
+  bool dataFill = true;             // fill behind it, when elementKag asks for any
+  std::uint32_t dataSize = 40;      // bytes of its value
+  std::map<std::uint32_t, std::uint32_t> timecodeWords{};  // by frame; lowest byte written first
+
+  std::uint32_t codec = 3;  // row of kCodingLabels: 0 to 4 MPEG-2, 5 and 6 AVC
+  std::uint32_t height = 540;
+  std::uint32_t width = 1920;
+  std::uint32_t aspectNumerator = 16;
+  std::uint32_t aspectDenominator = 9;
+  std::uint8_t frameLayout = 1;
+  std::uint32_t bitRate = 50000000;
+  std::uint16_t bitRateTag = 0x8000;  // the dynamic tag that the Primer gives to BitRate
+
+  std::u16string company = u"Northlight";
+  std::u16string product = u"Bench Writer";
+  std::u16string version = u"1.2.3";
+  std::u16string platform = u"Bench";
+  std::uint32_t umidSize = 32;  // or 64: followed by source information
+  std::uint32_t timecodeTracks = 1;
+  std::uint32_t headerRoom = 0;  // bytes of fill beyond what the header metadata needs
+
+  IndexPlacement indexPlacement = IndexPlacement::kFollowingPartition;
+  std::uint8_t sliceCount = 1;  // 0: delta entries count from the start of the frame
+  std::uint8_t posTableCount = 0;
+  std::uint32_t extraDeltas = 0;  // copies of the last delta entry
+  bool fillBetweenSegments = false;
+
+  bool randomIndexPack = true;
+  std::optional<std::uint32_t> randomIndexLength{};  // instead of the true overall length
+  std::uint32_t trailingBytes = 0;                   // behind the Random Index Pack
+  std::optional<std::uint64_t> truncateAt{};
+
+  // Run in order before anything is laid out.
+  std::vector<std::function<void(HeaderSets&)>> headerEdits{};
+  std::vector<std::function<void(std::vector<IndexSegment>&)>> indexEdits{};
+  std::vector<std::function<void(MetadataSet&, std::size_t segment)>> indexSetEdits{};
+
+  // Short forms of header edits; `occurrence` counts the sets of a kind from 0.
+  ClipSpec& DropSet(SetKind kind, std::size_t occurrence = 0);
+  ClipSpec& SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, Bytes value);
+  ClipSpec& RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag);
+  ClipSpec& SetKey(SetKind kind, std::size_t occurrence, const Label& key);
+};
+
+// Where a KLV lies in the file, in bytes from its start.
+struct KlvPlace {
+  std::uint64_t key = 0;
+  std::uint64_t value = 0;
+  std::uint64_t valueBytes = 0;
+  std::uint64_t totalBytes = 0;  // with key, length and the fill behind it
+};
+
+struct TagPlace {
+  std::uint16_t tag = 0;
+  std::uint64_t value = 0;
+  std::uint64_t valueBytes = 0;
+};
+
+struct SetPlace {
+  SetKind kind = SetKind::kPrimer;
+  KlvPlace klv{};
+  std::vector<TagPlace> tags{};
+
+  // File offset of the first item's value; ends the program when the tag is not there.
+  std::uint64_t TagValueOffset(std::uint16_t tag) const;
+};
+
+struct FramePlace {
+  std::uint64_t offset = 0;        // in the file
+  std::uint64_t streamOffset = 0;  // in the essence container
+  std::uint32_t sliceOffset = 0;   // from the frame to its first element behind the picture
+  std::uint32_t bytes = 0;
+  std::uint32_t samples = 0;  // per track
+  std::size_t partition = 0;  // place in ClipLayout::partitions
+  KlvPlace system{};
+  KlvPlace picture{};
+  std::vector<KlvPlace> audio{};  // valueBytes is BlockAlign x samples
+  std::optional<KlvPlace> data{};
+};
+
+struct PartitionPlace {
+  std::uint8_t keyKind = 0;  // byte 13 of the key: 2 header, 3 body, 4 footer
+  std::uint64_t offset = 0;  // of the pack's key
+  std::uint64_t headerByteCount = 0;
+  std::uint64_t indexOffset = 0;
+  std::uint64_t indexByteCount = 0;
+  std::uint32_t indexSid = 0;
+  std::uint64_t essenceOffset = 0;
+  std::uint64_t bodyOffset = 0;
+  std::uint32_t bodySid = 0;
+};
+
+struct IndexPlace {
+  std::size_t partition = 0;  // where it stands
+  std::size_t segment = 0;    // which one of the IndexSegments
+  SetPlace set{};
+};
+
+struct ClipLayout {
+  std::vector<PartitionPlace> partitions{};
+  std::vector<SetPlace> sets{};  // of the header metadata, in file order
+  std::vector<FramePlace> frames{};
+  std::vector<IndexPlace> indexSegments{};
+  std::vector<std::uint64_t> materialUmids{};  // every occurrence in the header metadata
+  std::vector<std::uint64_t> sourceUmids{};
+  std::uint64_t headerByteCount = 0;
+  KlvPlace randomIndex{};  // all 0 when there is none
+  std::uint32_t startFrames = 0;
+  std::uint32_t blockAlign = 0;
+  std::uint32_t audioElementBytes = 0;  // of the first frame, with its fill
+
+  // These end the program when there is no such set or tag.
+  const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
+  std::uint64_t TagValueOffset(SetKind kind, std::uint16_t tag, std::size_t occurrence = 0) const;
+};
+
+struct Clip {
+  Bytes bytes{};
+  ClipLayout layout{};
+};
+
+// Offsets from the key of a partition pack (SMPTE 377, 4-byte length), for patches.
+namespace pack {
+inline constexpr std::size_t kKind = 13;
+inline constexpr std::size_t kStatus = 14;
+inline constexpr std::size_t kMajorVersion = 20;
+inline constexpr std::size_t kMinorVersion = 22;
+inline constexpr std::size_t kKagSize = 24;
+inline constexpr std::size_t kThisPartition = 28;
+inline constexpr std::size_t kPreviousPartition = 36;
+inline constexpr std::size_t kFooterPartition = 44;
+inline constexpr std::size_t kHeaderByteCount = 52;
+inline constexpr std::size_t kIndexByteCount = 60;
+inline constexpr std::size_t kIndexSid = 68;
+inline constexpr std::size_t kBodyOffset = 72;
+inline constexpr std::size_t kBodySid = 80;
+inline constexpr std::size_t kOperationalPattern = 84;
+}  // namespace pack
+
+// PictureEssenceCoding labels by ClipSpec::codec.
+extern const std::array<Label, 7> kCodingLabels;
+// The two UMIDs; in a clip of 64-byte UMIDs their first half.
+extern const std::array<std::uint8_t, 32> kMaterialUmid;
+extern const std::array<std::uint8_t, 32> kSourceUmid;
+
+Clip BuildClip(const ClipSpec& spec);
+
+// Builds and writes a file; false when it cannot be written.
+bool WriteClip(const std::filesystem::path& path, const ClipSpec& spec,
+               ClipLayout* layout = nullptr);
+
+// The audio that a clip holds where its description gives none; cheap, and different enough for a
+// byte in the wrong frame, track or place to show.
+std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i);
+
+// Audio samples per track in a frame (SMPTE 382, five-frame sequence).
+std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame);
+
+// Frame count of a written timecode, and the word that a frame carries for it (SMPTE 331): packed
+// decimal, frames in the lowest byte. On base 60 a value stands in two frames.
+std::uint32_t FrameCount(const ClipTimecode& timecode, Rate rate, bool dropFrame);
+std::uint32_t TimecodeWord(std::uint32_t frameCount, Rate rate, bool dropFrame);
+
+// Numbers big-endian: as bytes, and over what stands at an offset.
+Bytes Big16(std::uint16_t value);
+Bytes Big32(std::uint32_t value);
+Bytes Big64(std::uint64_t value);
+void Patch(Bytes& bytes, std::uint64_t offset, const Bytes& value);
+
+}  // namespace quorvan::test

@@ -1,0 +1,181 @@
+#include "support/clip_parts.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace quorvan::test {
+namespace {
+
+constexpr Label kPrimerKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 5, 1, 0};
+constexpr Label kIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 2, 1, 1, 0x10, 1, 0};
+constexpr Label kFillKey{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 2, 3, 1, 2, 0x10, 1, 0, 0, 0};
+
+// Byte 14 of a set's key, by SetKind; the Primer and the index segment have keys of their own.
+constexpr std::array<std::uint8_t, 19> kSetKeyByte{0x00, 0x2F, 0x30, 0x18, 0x23, 0x36, 0x3B,
+                                                   0x0F, 0x14, 0x11, 0x37, 0x44, 0x51, 0x28,
+                                                   0x6E, 0x47, 0x48, 0x5C, 0x00};
+
+// By Rate.
+constexpr std::array<RateRow, 8> kRates{{
+    {24, 1, 24, 2, {2000, 2000, 2000, 2000, 2000}},
+    {25, 1, 25, 4, {1920, 1920, 1920, 1920, 1920}},
+    {30, 1, 30, 6, {1600, 1600, 1600, 1600, 1600}},
+    {50, 1, 50, 10, {960, 960, 960, 960, 960}},
+    {60, 1, 60, 12, {800, 800, 800, 800, 800}},
+    {24000, 1001, 24, 3, {2002, 2002, 2002, 2002, 2002}},
+    {30000, 1001, 30, 7, {1602, 1601, 1602, 1601, 1602}},
+    {60000, 1001, 60, 13, {801, 801, 800, 801, 801}},
+}};
+
+}  // namespace
+
+const RateRow& RowOf(Rate rate) {
+  return kRates[static_cast<std::size_t>(rate)];
+}
+
+void Fail(const char* what, SetKind kind, std::size_t number) {
+  std::fprintf(stderr, "clip builder: %s (kind %d, %zu)\n", what, static_cast<int>(kind), number);
+  std::abort();
+}
+
+Bytes operator+(Bytes left, const Bytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items) {
+  return Big32(static_cast<std::uint32_t>(count)) + Big32(static_cast<std::uint32_t>(itemSize)) +
+         items;
+}
+
+Bytes LabelBatch(const std::vector<Label>& labels) {
+  Bytes items;
+  for (const Label& label : labels)
+    items = std::move(items) + ToBytes(label);
+  return Batch(labels.size(), sizeof(Label), items);
+}
+
+std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit) {
+  return (value + unit - 1) / unit * unit;
+}
+
+std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit) {
+  if (unit == 0) return used;
+  std::uint64_t size = AlignUp(used, unit);
+  while (size != used && size - used < kKlHead)
+    size += unit;
+  return size;
+}
+
+void KlvWriter::Put(const Bytes& bytes) {
+  out_.insert(out_.end(), bytes.begin(), bytes.end());
+}
+
+KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes, bool longLength) {
+  KlvPlace place{.key = Position(), .valueBytes = valueBytes};
+  out_.insert(out_.end(), key.begin(), key.end());
+  Bytes length = longLength ? Big64(valueBytes) : Big32(static_cast<std::uint32_t>(valueBytes));
+  length[0] = longLength ? 0x87 : 0x83;
+  Put(length);
+  place.value = Position();
+  place.totalBytes = place.value - place.key + valueBytes;
+  return place;
+}
+
+void KlvWriter::FillTo(std::uint64_t position) {
+  if (position == Position()) return;
+  Head(kFillKey, position - Position() - kKlHead);
+  out_.resize(static_cast<std::size_t>(position));
+}
+
+SetPlace KlvWriter::Set(const MetadataSet& set) {
+  const bool primer = set.kind == SetKind::kPrimer;
+  const std::size_t itemHead = primer ? 2 : 4;
+  std::uint64_t valueBytes = primer ? kBatchHead : 0;
+  for (const MetadataItem& item : set.items)
+    valueBytes += itemHead + item.value.size();
+  SetPlace place{.kind = set.kind, .klv = Head(set.key, valueBytes, set.longLength), .tags = {}};
+  if (primer) Put(Batch(set.items.size(), 2 + sizeof(Label), {}));
+  for (const MetadataItem& item : set.items) {
+    Put(Big16(item.tag));
+    if (!primer) Put(Big16(static_cast<std::uint16_t>(item.value.size())));
+    place.tags.push_back({item.tag, Position(), item.value.size()});
+    Put(item.value);
+  }
+  return place;
+}
+
+MetadataSet EmptySet(SetKind kind, std::size_t occurrence) {
+  MetadataSet set;
+  set.kind = kind;
+  set.key = {0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 1, 1, 1, 1, 0, 0};
+  set.key[14] = kSetKeyByte[static_cast<std::size_t>(kind)];
+  if (kind == SetKind::kPrimer) set.key = kPrimerKey;
+  if (kind == SetKind::kIndexTableSegment) set.key = kIndexKey;
+  if (kind != SetKind::kPrimer) {
+    const Label uid{0x51, 0x56, static_cast<std::uint8_t>(kind),
+                    static_cast<std::uint8_t>(occurrence)};
+    set.SetTag(tag::kInstanceUid, ToBytes(uid));
+  }
+  return set;
+}
+
+void MetadataSet::SetTag(std::uint16_t tag, Bytes value) {
+  for (MetadataItem& item : items) {
+    if (item.tag != tag) continue;
+    item.value = std::move(value);
+    return;
+  }
+  items.push_back({tag, std::move(value)});
+}
+
+void MetadataSet::RemoveTag(std::uint16_t tag) {
+  std::erase_if(items, [tag](const MetadataItem& item) { return item.tag == tag; });
+}
+
+void MetadataSet::MoveTag(std::uint16_t tag, std::size_t position) {
+  const auto at = std::find_if(items.begin(), items.end(),
+                               [tag](const MetadataItem& item) { return item.tag == tag; });
+  if (at == items.end() || position >= items.size()) Fail("no such tag or place", kind, tag);
+  MetadataItem item = std::move(*at);
+  items.erase(at);
+  items.insert(items.begin() + static_cast<std::ptrdiff_t>(position), std::move(item));
+}
+
+MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence) {
+  std::size_t seen = 0;
+  for (MetadataSet& set : sets) {
+    if (set.kind == kind && seen++ == occurrence) return set;
+  }
+  Fail("no such set", kind, occurrence);
+}
+
+Bytes Big64(std::uint64_t value) {
+  Bytes bytes(8);
+  for (std::size_t i = 0; i < 8; ++i) {
+    bytes[i] = static_cast<std::uint8_t>(value >> (8 * (7 - i)));
+  }
+  return bytes;
+}
+
+Bytes Big32(std::uint32_t value) {
+  const Bytes wide = Big64(value);
+  return Bytes(wide.begin() + 4, wide.end());
+}
+
+Bytes Big16(std::uint16_t value) {
+  const Bytes wide = Big64(value);
+  return Bytes(wide.begin() + 6, wide.end());
+}
+
+void Patch(Bytes& bytes, std::uint64_t offset, const Bytes& value) {
+  if (offset > bytes.size() || value.size() > bytes.size() - offset) {
+    std::fprintf(stderr, "clip builder: patch behind the end of the file\n");
+    std::abort();
+  }
+  std::copy(value.begin(), value.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+}  // namespace quorvan::test

@@ -1,0 +1,75 @@
+// What the sources of the clip builder share: writing KLV, and a few keys and numbers.
+
+#pragma once
+
+#include "support/clip_builder.h"
+
+namespace quorvan::test {
+
+inline constexpr std::size_t kKlHead = 20;    // key and 4-byte length
+inline constexpr std::size_t kBatchHead = 8;  // count and item size
+inline constexpr std::uint32_t kBodySid = 1;
+inline constexpr std::uint32_t kIndexSid = 2;
+
+inline constexpr Label kOp1a{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 0x0D, 1, 2, 1, 1, 1, 9, 0};
+inline constexpr Label kPictureKey{0x06, 0x0E, 0x2B, 0x34, 1,    2, 1, 1,
+                                   0x0D, 1,    3,    1,    0x15, 1, 5, 1};
+inline constexpr Label kDataKey{0x06, 0x0E, 0x2B, 0x34, 1, 2, 1, 1, 0x0D, 1, 3, 1, 0x17, 1, 2, 1};
+
+struct RateRow {
+  std::uint32_t numerator;
+  std::uint32_t denominator;
+  std::uint32_t base;
+  std::uint8_t packageRate;  // as a system metadata pack names it
+  std::array<std::uint32_t, 5> samples;
+};
+
+const RateRow& RowOf(Rate rate);
+
+// Tells of a misuse of the builder and ends the program.
+[[noreturn]] void Fail(const char* what, SetKind kind, std::size_t number);
+
+template <typename Container>
+Bytes ToBytes(const Container& values) {
+  return Bytes(values.begin(), values.end());
+}
+
+Bytes operator+(Bytes left, const Bytes& right);
+Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items);
+Bytes LabelBatch(const std::vector<Label>& labels);
+
+std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit);
+
+// Smallest multiple of `unit` that holds `used` bytes and leaves nothing or room for a fill;
+// `used` itself for a unit of 0.
+std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit);
+
+// Appends to a file in memory.
+class KlvWriter {
+ public:
+  explicit KlvWriter(Bytes& out) : out_(out) {}
+
+  std::uint64_t Position() const { return out_.size(); }
+  void Put(const Bytes& bytes);
+
+  // Writes key and length; the caller writes the value.
+  KlvPlace Head(const Label& key, std::uint64_t valueBytes, bool longLength = false);
+
+  // A KLV Fill up to `position`, which is here or at least kKlHead on.
+  void FillTo(std::uint64_t position);
+
+  SetPlace Set(const MetadataSet& set);
+
+ private:
+  Bytes& out_;
+};
+
+// A set with its key and an InstanceUID made from kind and occurrence.
+MetadataSet EmptySet(SetKind kind, std::size_t occurrence);
+
+// The header metadata that a description asks for, before any edit.
+HeaderSets BuildHeaderSets(const ClipSpec& spec);
+std::vector<Label> EssenceContainers(const ClipSpec& spec);
+Label AudioElementKey(const ClipSpec& spec, std::uint32_t track);
+
+}  // namespace quorvan::test

@@ -1,0 +1,73 @@
+#include "support/temp_folder.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <system_error>
+
+namespace quorvan::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kAttempts = 16;
+
+[[noreturn]] void Fail(const char* what, const fs::path& path) {
+  std::fprintf(stderr, "test folder: %s: %s\n", what, path.c_str());
+  std::abort();
+}
+
+fs::path PathFromUtf8(const std::string& name) {
+  return fs::path(std::u8string(name.begin(), name.end()));
+}
+
+}  // namespace
+
+TempFolder::TempFolder() {
+  std::random_device random;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    path_ = fs::temp_directory_path() /
+            ("quorvan-test-" + std::to_string(random()) + "-" + std::to_string(random()));
+    std::error_code error;
+    if (fs::create_directory(path_, error)) return;
+  }
+  Fail("cannot create", path_);
+}
+
+TempFolder::~TempFolder() {
+  std::error_code ignored;
+  fs::remove_all(path_, ignored);
+}
+
+std::u16string TempFolder::PathOf(const std::string& name) const {
+  return (path_ / PathFromUtf8(name)).u16string();
+}
+
+std::u16string TempFolder::Write(const std::string& name,
+                                 const std::vector<std::uint8_t>& bytes) const {
+  const fs::path path = path_ / PathFromUtf8(name);
+  if (!WriteBytes(path, bytes)) Fail("cannot write", path);
+  return path.u16string();
+}
+
+bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  return file.good();
+}
+
+std::vector<std::uint8_t> ReadAll(const fs::path& path) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(path, error);
+  std::ifstream file(path, std::ios::binary);
+  if (error || !file) Fail("cannot read", path);
+  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  if (!file) Fail("cannot read", path);
+  return bytes;
+}
+
+}  // namespace quorvan::test

@@ -1,0 +1,151 @@
+#include "wav/wav_library.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+#include "support/temp_folder.h"
+#include "support/wav_builder.h"
+
+namespace quorvan {
+namespace {
+
+using test::BuildWav;
+using test::WavSpec;
+
+class WavLibrary : public ::testing::Test {
+ protected:
+  WavLibrary() {
+    mxf_.audio.sampleRate = 48000;
+    mxf_.audio.quantizationBits = 24;
+    mxf_.timecode.rateIndex = 1;
+    mxf_.timecode.fpsIndex = 1;
+  }
+  ~WavLibrary() override { FreeWavList(&head_); }
+
+  WavResult Add(const std::string& name, const WavSpec& spec = {}) {
+    return AddWavFile(folder_.Write(name, BuildWav(spec).bytes).c_str(), &head_, mxf_.base);
+  }
+
+  std::string Names() const {
+    std::string names;
+    for (const WAV_FILE_INFO* entry = head_.next; entry != nullptr; entry = entry->next) {
+      for (const char16_t c : std::u16string(entry->fileName))
+        names += static_cast<char>(c);
+      EXPECT_EQ(entry->prev->next, entry);
+      EXPECT_EQ(entry->listHead, &head_);
+    }
+    return names;
+  }
+
+  std::u16string Column(WavColumn column) const { return head_.prev->columnText[column]; }
+
+  test::TempFolder folder_;
+  MxfRecords mxf_;
+  WAV_FILE_INFO head_{};
+};
+
+TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
+  WavSpec wrongRate, tooWide, tooMany, widest;
+  wrongRate.sampleRate = 44100;
+  tooWide.bits = 32;
+  tooMany.channels = 9;
+  widest.channels = 8;
+  widest.bits = 16;
+  EXPECT_EQ(Add("a"), kWavOk);
+  EXPECT_EQ(Add("x", wrongRate), kWavOtherSampleRate);
+  EXPECT_EQ(Add("y", tooWide), kWavTooManyBits);
+  EXPECT_EQ(Add("z", tooMany), kWavTooManyChannels);
+  EXPECT_EQ(Add("a"), kWavAlreadyAdded);
+  EXPECT_EQ(AddWavFile(folder_.PathOf("none").c_str(), &head_, mxf_.base), kWavCannotOpen);
+  EXPECT_EQ(AddWavFile(nullptr, &head_, mxf_.base), kWavNoPath);
+  EXPECT_EQ(AddWavFile(u"a", nullptr, mxf_.base), kWavNoLibrary);
+  EXPECT_EQ(Add("b", widest), kWavOk);
+  EXPECT_EQ(Names(), "ab");
+  EXPECT_EQ(head_.entryCount, 2);
+  EXPECT_EQ(head_.prev->bytesPerChannelSample, 2);
+}
+
+TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
+  const std::u16string path = folder_.Write("a", BuildWav({}).bytes);
+  const std::size_t slash = path.rfind(u'/');
+  const auto withLength = [&](std::size_t length) {
+    return path.substr(0, slash) + std::u16string(length - path.size(), u'/') + path.substr(slash);
+  };
+  EXPECT_EQ(AddWavFile(withLength(1024).c_str(), &head_, mxf_.base), kWavNotFound);
+  ASSERT_EQ(AddWavFile(withLength(1023).c_str(), &head_, mxf_.base), kWavOk);
+  EXPECT_EQ(std::u16string(head_.next->filePath), withLength(1023));
+}
+
+TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
+  WavSpec spec;
+  spec.timeReference = 48000ull * 3600 + 500;
+  spec.sampleFrames = 24000;
+  ASSERT_EQ(Add("take.wav", spec), kWavOk);
+  EXPECT_EQ(Column(kNameColumn), u"take.wav");
+  EXPECT_EQ(Column(kChannelsColumn), u" 1");
+  EXPECT_EQ(Column(kBitsColumn), u"24");
+  EXPECT_EQ(Column(kSampleRateColumn), u"48000");
+  EXPECT_EQ(Column(kStartColumn), u"01:00:00:00 *0500");
+  EXPECT_EQ(Column(kEndColumn), u"01:00:00:12 *1460");
+  EXPECT_EQ(Column(kDurationColumn), u"00:00:00:12 *0960");
+  EXPECT_EQ(Column(kUpdatedColumn).size(), 19u);
+  EXPECT_EQ(Column(kSizeColumn), u"70.95 KB");
+  const std::uint64_t* const key = head_.next->sortKey;
+  EXPECT_EQ(key[SortKeyOf(kStartColumn)], 90000u);
+  EXPECT_EQ(key[SortKeyOf(kDurationColumn)], 12u);
+  EXPECT_EQ(key[SortKeyOf(kSizeColumn)], head_.next->findData.size);
+  EXPECT_EQ(key[SortKeyOf(kUpdatedColumn)], head_.next->findData.times.lastWrite);
+
+  mxf_.timecode.dropFrame = 255;  // shows as drop frame, counts as none
+  ASSERT_EQ(Add("drop.wav", spec), kWavOk);
+  EXPECT_EQ(Column(kStartColumn), u"01:00:00.00 *0500");
+}
+
+TEST_F(WavLibrary, SortsALengthAcrossMidnightAsNegative) {
+  WavSpec spec;
+  spec.timeReference = 48000ull * (24 * 3600 - 1) + 1;
+  spec.sampleFrames = 96000;
+  ASSERT_EQ(Add("a", spec), kWavOk);
+  EXPECT_EQ(head_.next->durationFrames, 50u);
+  EXPECT_EQ(static_cast<std::int64_t>(head_.next->sortKey[SortKeyOf(kDurationColumn)]),
+            50 - 24 * 3600 * 25);
+}
+
+TEST_F(WavLibrary, IndexFollowsTheList) {
+  EXPECT_EQ(BuildWavIndex(&head_, nullptr), nullptr);
+  for (const char* name : {"a", "b", "c"})
+    ASSERT_EQ(Add(name), kWavOk);
+  WavIndex index = BuildWavIndex(&head_, nullptr);
+  ASSERT_NE(index, nullptr);
+  EXPECT_EQ(index[2], head_.prev);
+  EXPECT_EQ(index[1]->listIndex, 1u);
+
+  EXPECT_EQ(RemoveWavEntry(index[1]), index[2]);
+  EXPECT_EQ(Names(), "ac");
+  EXPECT_EQ(RemoveWavEntry(index[2]), nullptr);
+  ASSERT_EQ(Add("d"), kWavOk);
+  EXPECT_EQ(Names(), "ad");
+  index = BuildWavIndex(&head_, std::move(index), 2);
+  EXPECT_EQ(index[1]->listIndex, 1u);
+  EXPECT_EQ(index[3], nullptr);
+
+  EXPECT_EQ(FreeWavList(&head_), 1);
+  EXPECT_EQ(FreeWavList(&head_), 0);
+  EXPECT_EQ(FreeWavList(nullptr), 0);
+  EXPECT_EQ(head_.entryCount, 0);
+  EXPECT_EQ(BuildWavIndex(&head_, std::move(index)), nullptr);
+}
+
+TEST(WavFailureText, FillsInPathAndCodeOnce) {
+  EXPECT_EQ(WavFailureText(kWavNoPath, u"p"), u"ファイルパスが無効です。\nERR: 1");
+  EXPECT_EQ(WavFailureText(kWavHeaderIncomplete, u"p"),
+            u"p\n\n最低限のヘッダー情報が見つかりません。");
+  EXPECT_EQ(WavFailureText(kWavAlreadyAdded, u"/%d/%s"),
+            u"/%d/%s\n\nすでに追加されています。\nERR: 91");
+  EXPECT_EQ(WavFailureText(kWavOk, u"p"), u"");
+}
+
+}  // namespace
+}  // namespace quorvan
