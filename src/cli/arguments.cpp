@@ -29,15 +29,21 @@ bool HasTimecodeForm(std::string_view text) {
 
 }  // namespace
 
-std::optional<TrackArgument> ParseTrackArgument(std::string_view text) {
-  const std::size_t equals = text.find('=');
-  if (equals == std::string_view::npos || equals + 1 == text.size()) return std::nullopt;
+std::optional<std::uint32_t> ParseTrackNumber(std::string_view text) {
   std::uint32_t number = 0;
-  const char* end = text.data() + equals;
+  const char* end = text.data() + text.size();
   const auto parsed = std::from_chars(text.data(), end, number);
   if (parsed.ec != std::errc() || parsed.ptr != end) return std::nullopt;
   if (number < 1 || number > kMaxTracks) return std::nullopt;
-  return TrackArgument{number - 1, std::string(text.substr(equals + 1))};
+  return number - 1;
+}
+
+std::optional<TrackArgument> ParseTrackArgument(std::string_view text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string_view::npos || equals + 1 == text.size()) return std::nullopt;
+  const auto track = ParseTrackNumber(text.substr(0, equals));
+  if (!track) return std::nullopt;
+  return TrackArgument{*track, std::string(text.substr(equals + 1))};
 }
 
 std::optional<std::int32_t> ParseTimecode(std::string_view text,

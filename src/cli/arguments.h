@@ -16,6 +16,9 @@ struct TrackArgument {
   std::string path;
 };
 
+// "N" with N from 1 to kMaxTracks as a track from 0; nothing for anything else.
+std::optional<std::uint32_t> ParseTrackNumber(std::string_view text);
+
 // "N=WAV" with N from 1 to kMaxTracks; nothing for anything else.
 std::optional<TrackArgument> ParseTrackArgument(std::string_view text);
 

@@ -1,8 +1,6 @@
 #include "cli/clip_session.h"
 
-#include <fmt/format.h>
-
-#include <cstdio>
+#include <utility>
 
 #include "job/process_table.h"
 #include "mxf/analysis.h"
@@ -46,14 +44,6 @@ bool LoadClip(const std::string& path, bool fileIo, ClipSession* session) {
   }
   EnterLoadedState(&app);
   return true;
-}
-
-void PrintError(std::u16string_view message) {
-  fmt::print(stderr, "{}\n", platform::ToUtf8(message));
-}
-
-void PrintError(std::string_view line) {
-  fmt::print(stderr, "mxf-quorvan-cli: {}\n", line);
 }
 
 }  // namespace quorvan::cli

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "state/app_state_info.h"
 
@@ -19,9 +18,5 @@ struct ClipSession {
 // Opens the clip at `path` (UTF-8), analyses it and closes it again. True when it is accepted and
 // `session` holds it as loaded; else `session->result` and `session->message` say why.
 bool LoadClip(const std::string& path, bool fileIo, ClipSession* session);
-
-// Writes a message, or an English line with the program's name in front, to standard error.
-void PrintError(std::u16string_view message);
-void PrintError(std::string_view line);
 
 }  // namespace quorvan::cli

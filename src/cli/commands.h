@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,10 +24,10 @@ struct InfoArguments {
 
 struct RewrapArguments {
   std::string file;
-  std::vector<std::string> tracks;  // "N=WAV", N from 1
-  std::vector<int> silence;         // tracks from 1
-  std::string in;                   // timecode text, empty for the first frame
-  std::string out;                  // timecode text, empty for the last frame
+  std::vector<std::string> tracks;   // "N=WAV", N from 1
+  std::vector<std::string> silence;  // tracks from 1
+  std::optional<std::string> in;     // timecode text; the first frame when absent
+  std::optional<std::string> out;    // timecode text; the last frame when absent
   bool yes = false;
 };
 

@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
-#include "cli/clip_session.h"
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/progress_bar.h"
 #include "conform/conform.h"
 #include "job/process_table.h"
@@ -14,6 +14,7 @@ namespace quorvan::cli {
 int RunConform(const ConformArguments& arguments) {
   const std::u16string in = platform::AbsolutePath(platform::ToUtf16(arguments.in));
   const std::u16string out = platform::AbsolutePath(platform::ToUtf16(arguments.out));
+  WatchForInterrupts();
   ConformProgress counters;
   const JobProgress progress{[&] { return counters.bytesDone.load(); },
                              [&] { return counters.bytesTotal.load(); },

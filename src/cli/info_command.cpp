@@ -1,7 +1,6 @@
-#include <fmt/format.h>
-
 #include "cli/clip_session.h"
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/info_views.h"
 
 namespace quorvan::cli {
@@ -9,14 +8,15 @@ namespace quorvan::cli {
 int RunInfo(const InfoArguments& arguments) {
   ClipSession session;
   const bool accepted = LoadClip(arguments.file, arguments.fileIo, &session);
+  bool printed = true;
   if (arguments.json) {
-    fmt::print("{}\n", InfoJson(session, arguments.index && accepted));
+    printed = PrintLine(InfoJson(session, arguments.index && accepted));
   } else if (accepted) {
-    fmt::print("{}", InfoText(session, arguments.index));
+    printed = PrintLine(InfoText(session, arguments.index));
   }
-  if (accepted) return kDone;
-  PrintError(session.message);
-  return kFailed;
+  if (!accepted) PrintError(session.message);
+  if (!printed) PrintError("the output could not be written");
+  return accepted && printed ? kDone : kFailed;
 }
 
 }  // namespace quorvan::cli

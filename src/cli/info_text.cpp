@@ -2,6 +2,7 @@
 
 #include <array>
 #include <iterator>
+#include <utility>
 
 #include "cli/info_views.h"
 #include "platform/path.h"
@@ -23,6 +24,12 @@ class Page {
   }
   void Heading(std::string_view text) { fmt::format_to(std::back_inserter(text_), "\n{}\n", text); }
   std::string& text() { return text_; }
+
+  // All lines, without the last line end.
+  std::string Finished() {
+    if (!text_.empty()) text_.pop_back();
+    return std::move(text_);
+  }
 
  private:
   std::string text_;
@@ -141,7 +148,7 @@ std::string InfoText(const ClipSession& session, bool index) {
   AddVideo(*app.mxf->video, &page);
   AddPartitions(*app.mxf, &page);
   if (index) AddIndex(*app.mxf, &page);
-  return std::move(page.text());
+  return page.Finished();
 }
 
 }  // namespace quorvan::cli

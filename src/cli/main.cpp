@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/commands.h"
+#include "platform/console.h"
 
 namespace {
 
@@ -23,10 +24,12 @@ void AddRewrap(CLI::App* app, RewrapArguments* arguments) {
   app->add_option("--track", arguments->tracks,
                   "N=WAV: this file on audio track N (from 1); a file of several channels takes "
                   "the tracks behind it too. May be given again")
-      ->take_all();
+      ->take_all()
+      ->allow_extra_args(false);
   app->add_option("--silence", arguments->silence,
                   "N: silence on audio track N. May be given again")
-      ->take_all();
+      ->take_all()
+      ->allow_extra_args(false);
   app->add_option("--in", arguments->in,
                   "First timecode to rewrite, 01:02:03:04 or 01020304; the clip's first frame "
                   "when absent");
@@ -43,6 +46,7 @@ void AddConform(CLI::App* app, ConformArguments* arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  quorvan::platform::PrepareStandardStreams();
   CLI::App app("MXF Quorvan: new sound for finished MXF clips, in place", "mxf-quorvan-cli");
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage, 3 cancelled.");

@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdio>
+#include <cmath>
 #include <string>
 #include <thread>
 
+#include "cli/console.h"
 #include "platform/clock.h"
 #include "platform/console.h"
 
@@ -23,7 +24,7 @@ constexpr int kWidestBar = 40;
 
 std::string TimeLeft(double elapsed, double share) {
   if (share <= 0.0) return "--:--";
-  const auto seconds = static_cast<long>(elapsed * (1.0 - share) / share + 0.5);
+  const auto seconds = std::lround(elapsed * (1.0 - share) / share);
   return fmt::format("{:02}:{:02}", seconds / 60, seconds % 60);
 }
 
@@ -41,37 +42,31 @@ void Draw(const JobProgress& progress, double started) {
   const int columns = platform::TerminalColumns();
   std::string line = BarLine(progress, platform::MonotonicSeconds() - started, columns);
   if (columns > 1) line.resize(std::min(line.size(), static_cast<std::size_t>(columns) - 1));
-  fmt::print(stderr, "\r{}\x1b[K", line);
-  std::fflush(stderr);
+  PrintRaw("\r" + line + "\x1b[K");
 }
 
 }  // namespace
 
 std::int32_t RunWithProgress(const std::function<std::int32_t()>& job,
                              const JobProgress& progress) {
-  static std::atomic<std::uint32_t> interrupted;
-  interrupted = 0;
-  platform::SetFlagOnInterrupt(&interrupted);
-
   std::atomic<bool> ended = false;
   std::int32_t result = 0;
   std::thread worker([&] {
     result = job();
     ended = true;
   });
-  const bool shows = platform::OutputIsTerminal();
+  const bool shows = platform::ErrorIsTerminal();
   const double started = platform::MonotonicSeconds();
   for (int poll = 0; !ended; ++poll) {
     std::this_thread::sleep_for(kPollInterval);
-    if (interrupted == 1) progress.requestCancel();
+    if (Interrupted()) progress.requestCancel();
     if (shows && poll % kPollsPerRedraw == 0) Draw(progress, started);
   }
   worker.join();
   if (shows) {
     Draw(progress, started);
-    fmt::print(stderr, "\n");
+    PrintRaw("\n");
   }
-  platform::SetFlagOnInterrupt(nullptr);
   return result;
 }
 

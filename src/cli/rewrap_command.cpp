@@ -8,6 +8,7 @@
 #include "cli/arguments.h"
 #include "cli/clip_session.h"
 #include "cli/commands.h"
+#include "cli/console.h"
 #include "cli/progress_bar.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
@@ -72,37 +73,37 @@ int PlaceFile(const TrackArgument& argument, APP_STATE_INFO* app, TakenTracks* t
   return kDone;
 }
 
-int PlaceSilence(int number, APP_STATE_INFO* app, TakenTracks* taken) {
+int PlaceSilence(const std::string& text, APP_STATE_INFO* app, TakenTracks* taken) {
   const std::uint32_t tracks = UsableTracks(*app->mxf->audio);
-  if (number < 1 || static_cast<std::uint32_t>(number) > tracks) {
-    PrintError(fmt::format("the clip has no track {}; it has {}", number, tracks));
+  const auto track = ParseTrackNumber(text);
+  if (!track || *track >= tracks) {
+    PrintError(fmt::format("--silence {}: the clip has tracks 1 to {}", text, tracks));
     return kWrongUsage;
   }
-  const auto track = static_cast<std::uint32_t>(number) - 1;
-  if (!Take(track, 1, taken)) return kWrongUsage;
-  app->tracks->rewrapSwitch[track] = kSwitchOn;
+  if (!Take(*track, 1, taken)) return kWrongUsage;
+  app->tracks->rewrapSwitch[*track] = kSwitchOn;
   return kDone;
 }
 
-int PlaceAll(const std::vector<TrackArgument>& files, const std::vector<int>& silence,
+int PlaceAll(const std::vector<TrackArgument>& files, const std::vector<std::string>& silence,
              APP_STATE_INFO* app) {
   TakenTracks taken{};
   for (const TrackArgument& file : files) {
     if (const int status = PlaceFile(file, app, &taken)) return status;
   }
-  for (const int number : silence) {
-    if (const int status = PlaceSilence(number, app, &taken)) return status;
+  for (const std::string& text : silence) {
+    if (const int status = PlaceSilence(text, app, &taken)) return status;
   }
   return kDone;
 }
 
-bool SetPoint(const std::string& text, const FramePoint& absent, const MXF_TIMECODE_INFO& timecode,
-              FramePoint* point) {
+bool SetPoint(const std::optional<std::string>& text, const FramePoint& absent,
+              const MXF_TIMECODE_INFO& timecode, FramePoint* point) {
   *point = absent;
-  if (text.empty()) return true;
-  const auto frames = ParseTimecode(text, timecode);
+  if (!text) return true;
+  const auto frames = ParseTimecode(*text, timecode);
   if (!frames) {
-    PrintError(fmt::format("{} is no timecode of this clip", text));
+    PrintError(fmt::format("\"{}\" is no timecode of this clip", *text));
     return false;
   }
   *point = MakeFramePoint(timecode, *frames);
@@ -117,7 +118,8 @@ int SetRange(const RewrapArguments& arguments, APP_STATE_INFO* app) {
     return kWrongUsage;
   }
   RewrapPlan plan{};
-  if (PlanRewrap(&tracks, app->mxf, &plan) == PlanResult::kBadRange) {
+  // No frame at all is what the engine allows and no operator means.
+  if (PlanRewrap(&tracks, app->mxf, &plan) != PlanResult::kReady || plan.total == 0) {
     PrintError(JobFailureMessage(app->mxfPath, kRewriteJob, kStageRewrapMapped, kRewrapBadRange,
                                  app->useFileIo));
     return kFailed;
@@ -125,17 +127,21 @@ int SetRange(const RewrapArguments& arguments, APP_STATE_INFO* app) {
   return kDone;
 }
 
+bool IsYes(std::string_view answer) {
+  return answer == "y" || answer == "Y" || answer == "yes" || answer == "YES";
+}
+
 int ConfirmBackup(bool yes) {
   if (yes) return kDone;
-  if (!platform::InputIsTerminal()) {
+  if (!platform::InputIsTerminal() || !platform::ErrorIsTerminal()) {
     PrintError("without a terminal to ask for a backup, --yes is needed; nothing was written");
     return kFailed;
   }
-  fmt::print("{} [y/N] ", platform::ToUtf8(BackupQuestion()));
-  std::fflush(stdout);
+  PrintRaw(platform::ToUtf8(BackupQuestion()) + " [y/N] ");
   std::string answer;
-  const bool agreed = platform::ReadLine(&answer) && (answer == "y" || answer == "Y");
-  return agreed ? kDone : kInterrupted;
+  if (platform::ReadLine(&answer) && IsYes(answer)) return kDone;
+  PrintError("not confirmed; nothing was written");
+  return kInterrupted;
 }
 
 std::int32_t Rewrite(APP_STATE_INFO* app) {
@@ -150,8 +156,7 @@ std::int32_t Rewrite(APP_STATE_INFO* app) {
 
 int Report(const APP_STATE_INFO& app, std::int32_t result) {
   if (result == kSuccess) {
-    const std::u16string done = JobDoneMessage(app.mxfPath, kRewriteJob, app.useFileIo);
-    fmt::print("{}\n", platform::ToUtf8(done));
+    PrintLine(platform::ToUtf8(JobDoneMessage(app.mxfPath, kRewriteJob, app.useFileIo)));
     return kDone;
   }
   if (result == kCancelled) {
@@ -180,6 +185,7 @@ int RunRewrap(const RewrapArguments& arguments) {
     return kWrongUsage;
   }
 
+  WatchForInterrupts();
   ClipSession session;
   if (!LoadClip(arguments.file, false, &session)) {
     PrintError(session.message);
@@ -189,6 +195,10 @@ int RunRewrap(const RewrapArguments& arguments) {
   if (const int status = PlaceAll(files, arguments.silence, &app)) return status;
   if (const int status = SetRange(arguments, &app)) return status;
   if (const int status = ConfirmBackup(arguments.yes)) return status;
+  if (Interrupted()) {
+    PrintError("cancelled; nothing was written");
+    return kInterrupted;
+  }
   return Report(app, Rewrite(&app));
 }
 

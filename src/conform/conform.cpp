@@ -262,7 +262,9 @@ ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
     return Refused("the copy would replace the clip itself");
   }
-  if (platform::QueryFileInfo(out)) return Refused("the copy's name is taken");
+  if (platform::QueryFileInfo(out)) {
+    return Refused(fmt::format("{} exists already", platform::ToUtf8(out)));
+  }
   const platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
   if (!file.IsOpen()) return Refused("the clip cannot be opened");
   const std::optional<std::uint64_t> size = file.Size();

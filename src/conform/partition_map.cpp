@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_map>
 #include <utility>
 
 namespace quorvan {
@@ -227,23 +228,32 @@ bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bo
 
 // Fill in front of the first element counts as essence only when the BodyOffset of the next
 // partition of the same essence says so.
-void PlaceEssence(const MapReader& reader, std::size_t index, std::uint64_t behindCounted,
-                  std::vector<SourcePartition>* map) {
-  SourcePartition& partition = (*map)[index];
-  const std::uint32_t bodySid = partition.pack.U32(pack_field::kBodySid);
-  const std::uint64_t bodyOffset = partition.pack.U64(pack_field::kBodyOffset);
-  const auto next = std::find_if(map->begin() + static_cast<std::ptrdiff_t>(index) + 1, map->end(),
-                                 [bodySid](const SourcePartition& other) {
-                                   return other.pack.U32(pack_field::kBodySid) == bodySid;
-                                 });
-  std::uint64_t stop = partition.end;
-  if (bodySid != 0 && next != map->end()) {
+// `next` is that partition, null when there is none.
+void PlaceEssence(const MapReader& reader, std::uint64_t behindCounted, const SourcePartition* next,
+                  SourcePartition* partition) {
+  const std::uint64_t bodyOffset = partition->pack.U64(pack_field::kBodyOffset);
+  std::uint64_t stop = partition->end;
+  if (next != nullptr) {
     const std::uint64_t nextOffset = next->pack.U64(pack_field::kBodyOffset);
-    if (nextOffset >= bodyOffset && nextOffset - bodyOffset <= partition.end - behindCounted) {
-      stop = partition.end - (nextOffset - bodyOffset);
+    if (nextOffset >= bodyOffset && nextOffset - bodyOffset <= partition->end - behindCounted) {
+      stop = partition->end - (nextOffset - bodyOffset);
     }
   }
-  partition.essenceStart = SkipFill(reader, behindCounted, partition.end, stop);
+  partition->essenceStart = SkipFill(reader, behindCounted, partition->end, stop);
+}
+
+// From the last partition to the first, so that the next one of the same essence is always known.
+void PlaceEssences(const MapReader& reader, const std::vector<std::uint64_t>& behindCounted,
+                   std::vector<SourcePartition>* map) {
+  std::unordered_map<std::uint32_t, const SourcePartition*> nextOf;
+  for (std::size_t i = map->size(); i-- > 0;) {
+    SourcePartition& partition = (*map)[i];
+    const std::uint32_t bodySid = partition.pack.U32(pack_field::kBodySid);
+    const auto next = nextOf.find(bodySid);
+    const bool isKnown = bodySid != 0 && next != nextOf.end();
+    PlaceEssence(reader, behindCounted[i], isKnown ? next->second : nullptr, &partition);
+    nextOf[bodySid] = &partition;
+  }
 }
 
 }  // namespace
@@ -274,8 +284,7 @@ bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
     if (!ReadPartition(&reader, &(*map)[i], i == 0, i + 1 == count, &behindCounted[i]))
       return false;
   }
-  for (std::size_t i = 0; i < count; ++i)
-    PlaceEssence(reader, i, behindCounted[i], map);
+  PlaceEssences(reader, behindCounted, map);
   return true;
 }
 

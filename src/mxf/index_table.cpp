@@ -34,6 +34,7 @@ constexpr std::uint64_t kElementSearchBytes = 28;
 // be larger is damaged.
 constexpr std::uint64_t kMostFrames = 1u << 24;
 constexpr std::uint64_t kLargestIndexBlock = std::uint64_t{1} << 30;
+constexpr std::size_t kMostSegments = std::size_t{1} << 18;
 
 // Samples that the first frame of a clip may hold.
 constexpr std::array<std::uint64_t, 8> kFirstFrameSamples = {2000, 1920, 1600, 960,
@@ -137,6 +138,7 @@ struct SegmentList {
 
 std::int32_t AppendSegment(std::span<const std::uint8_t> set, const MXF_PARTITION_INFO& partition,
                            SegmentList* list) {
+  if (list->segments.size() == kMostSegments) return kNoIndexTable;
   Segment& segment = list->segments.emplace_back();
   segment.foundIn = &partition;
   segment.partition = &partition;
@@ -150,25 +152,22 @@ std::int32_t AppendSegment(std::span<const std::uint8_t> set, const MXF_PARTITIO
 
 std::int32_t ReadSegmentsOfBlock(std::span<const std::uint8_t> block,
                                  const MXF_PARTITION_INFO& partition, SegmentList* list) {
+  // Fill between the segments is followed by its length like any other KLV, so a search that finds
+  // no segment has seen all of the block.
   std::uint64_t position = 0;
   while (position < block.size()) {
     const auto rest = block.subspan(static_cast<std::size_t>(position));
     std::uint64_t value = 0;
     std::uint64_t length = 0;
-    if (FindKlvKeyInBuffer(keys::kIndexTableSegment, rest.data(), rest.size(), &value, &length)) {
-      const auto set = rest.subspan(static_cast<std::size_t>(value));
-      const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(length, set.size()));
-      if (const std::int32_t refused = AppendSegment(set.first(held), partition, list)) {
-        return refused;
-      }
-      position += value + length;
-      continue;
+    if (!FindKlvKeyInBuffer(keys::kIndexTableSegment, rest.data(), rest.size(), &value, &length)) {
+      break;
     }
-    const std::uint64_t scanEnd = value;
-    const bool fill = FindKlvKeyInBuffer(keys::kFill, rest.data(), rest.size(), &value, &length);
-    const std::uint64_t advance = fill ? value + length : scanEnd;
-    if (advance == 0) break;
-    position += advance;
+    const auto set = rest.subspan(static_cast<std::size_t>(value));
+    const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(length, set.size()));
+    if (const std::int32_t refused = AppendSegment(set.first(held), partition, list)) {
+      return refused;
+    }
+    position += value + length;
   }
   return kSuccess;
 }
@@ -319,6 +318,7 @@ AudioElementKind FindAudioElement(platform::File* file, std::uint64_t start, std
 std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
   const INDEX_ENTRY_ARRAY& first = (*mxf->indexEntries)[0];
   MXF_AUDIO_INFO* audio = mxf->audio;
+  if (audio->blockAlign == 0) return kUnknownSamplePattern;
   const std::uint64_t slice = first.fileOffset + first.sliceOffset;
   std::uint64_t length = 0;
   audio->elementKind = FindAudioElement(file, slice, slice + kElementSearchBytes, &length);
@@ -330,7 +330,6 @@ std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
     audio->elementKind = FindAudioElement(file, element, element + 1, &length);
     return kSuccess;
   }
-  if (audio->blockAlign == 0) return kUnknownSamplePattern;
   const std::uint64_t samples = (length & 0xFFFFFFFF) / audio->blockAlign;
   if (std::find(kFirstFrameSamples.begin(), kFirstFrameSamples.end(), samples) ==
       kFirstFrameSamples.end()) {

@@ -153,7 +153,7 @@ std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kMaterialNoFile;
   if (mxf == nullptr) return kMaterialNoBaseInfo;
   if (mxf->partitionTable == nullptr || *mxf->partitionTable == nullptr) return kMaterialNoCell;
-  if (mxf->audio == nullptr) return kMaterialNoAudioInfo;
+  if (mxf->audio == nullptr || mxf->timecode == nullptr) return kMaterialNoAudioInfo;
 
   const MXF_PARTITION_INFO& first = (*mxf->partitionTable)[0];
   TrackWalk walk{file, mxf, first.headerByteCount, 0};

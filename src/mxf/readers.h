@@ -45,8 +45,9 @@ bool LookupPrimerTag(platform::File* file, const KlvKey* label, std::uint16_t* o
                      std::uint64_t startOffset, std::uint64_t limitOffset);
 
 // The index table as one entry a frame, the sample pattern over it, and the size of the elements as
-// the first frame shows it. 601 to 609. Entries that lead behind the end of the file, counts that
-// their set cannot hold and a table without entries all end with 608.
+// the first frame shows it. 601 to 609. More than 26 delta entries end with 607; entries that lead
+// behind the end of the file, counts that their set cannot hold and a table without entries with
+// 608.
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

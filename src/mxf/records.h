@@ -129,7 +129,7 @@ struct INDEX_ENTRY_ARRAY {
   std::int8_t temporalOffset;
   std::int8_t keyFrameOffset;
   std::uint8_t flags;
-  std::uint64_t fileOffset;    // of the frame's first byte; behind the file's end when it has none
+  std::uint64_t fileOffset;    // of the frame's first byte
   std::uint32_t sliceOffset;   // bytes from the frame's first byte to the slice behind the picture
   std::uint32_t deltaCount;    // valid entries of delta
   std::uint32_t audioSamples;  // per track, by the 5-frame pattern

@@ -6,8 +6,9 @@
 
 namespace quorvan {
 
-inline constexpr std::uint32_t kRateCount = 8;      // rows by rateIndex
-inline constexpr std::uint32_t kPatternFrames = 5;  // frames of the ring
+inline constexpr std::uint32_t kSampleRate = 48000;  // Hz
+inline constexpr std::uint32_t kRateCount = 8;       // rows by rateIndex
+inline constexpr std::uint32_t kPatternFrames = 5;   // frames of the ring
 
 // Samples of one track at 48 kHz: row rateIndex, place frame number modulo 5.
 inline constexpr std::uint32_t kSamplePattern[kRateCount][kPatternFrames] = {

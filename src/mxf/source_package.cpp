@@ -6,6 +6,7 @@
 #include "mxf/metadata_set.h"
 #include "mxf/package_uid.h"
 #include "mxf/readers.h"
+#include "mxf/sample_pattern.h"
 #include "platform/text.h"
 
 namespace quorvan {
@@ -19,7 +20,6 @@ constexpr std::uint16_t kTagAvgBps = 0x3D09;
 constexpr std::uint16_t kTagBlockAlign = 0x3D0A;
 constexpr std::uint16_t kCdciBitRateTag = 0x800F;
 
-constexpr std::uint32_t kAcceptedSampleRate = 48000;
 constexpr std::uint32_t kUhdWidth = 3840;
 
 constexpr KlvKey kMultipleWrappings = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x03,
@@ -283,7 +283,7 @@ std::int32_t StoreAudioItem(const LocalItem& item, MXF_AUDIO_INFO* audio) {
                                                                             : kAudioDescriptorUnfit;
     case kTagAudioSamplingRate:
       audio->sampleRate = size >= 4 ? ReadBe32(p) : 0;
-      return audio->sampleRate == kAcceptedSampleRate ? kSuccess : kSamplingRateUnfit;
+      return audio->sampleRate == kSampleRate ? kSuccess : kSamplingRateUnfit;
     case kTagAvgBps:
       if (size >= 4) audio->avgBytesPerSecond = ReadBe32(p);
       return kSuccess;
@@ -338,7 +338,9 @@ std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kSourceNoFile;
   if (mxf == nullptr) return kSourceNoBaseInfo;
   if (mxf->partitionTable == nullptr || *mxf->partitionTable == nullptr) return kSourceNoCell;
-  if (mxf->audio == nullptr) return kSourceNoAudioInfo;
+  if (mxf->audio == nullptr || mxf->video == nullptr || mxf->timecode == nullptr) {
+    return kSourceNoAudioInfo;
+  }
 
   const MXF_PARTITION_INFO& first = (*mxf->partitionTable)[0];
   const SearchRange range{file, first.kagSize, first.headerByteCount};

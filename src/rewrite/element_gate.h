@@ -1,9 +1,10 @@
 // The one way into the essence of a clip: the value of an audio element, found through the index
-// and proven by the key and length in front of it. Nothing else of a clip can be written through
-// here.
+// and proven by a walk over the frame's own keys and lengths. Nothing else of a clip can be written
+// through here.
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -34,23 +35,37 @@ class ElementValue {
 };
 
 // Where the audio of `track` (from 0) lies in the frame of `entry`: blockAlign x audioSamples
-// bytes. Nothing when the frame has no element for the track, the value would reach behind the file
-// or into the element of a neighbouring track.
+// bytes. Nothing when the index has no element for the track or the value would reach behind the
+// file.
 std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
                                                const INDEX_ENTRY_ARRAY& entry, std::uint32_t track);
 
-// True when the 20 bytes at `header` are the key of an audio element of the kind that the analysis
-// found and a four-byte length of at least `bytes`.
-bool IsAudioElementHeader(std::span<const std::uint8_t, kElementHeaderBytes> header,
-                          AudioElementKind kind, std::uint32_t bytes);
+enum class GateResult { kDone, kRefused, kClipFault, kSourceFault };
 
-enum class GateResult { kDone, kOutsideView, kClipFault, kSourceFault };
+// An audio element as the frame itself shows it.
+struct AudioElement {
+  std::uint64_t keyOffset;   // in the file
+  std::uint64_t valueBytes;  // 0 unless its length field has four bytes
+  AudioElementKind kind;
+};
 
-// Checks, through `view`, the key and length in front of `value`: kDone when they are those of an
-// audio element, kOutsideView when not or when they do not lie in the view, kClipFault when the
-// storage of the clip fails.
-GateResult CheckElement(const platform::MappedView& view, const ElementValue& value,
-                        AudioElementKind kind);
+// The first audio elements of a frame, in the order in which they stand in it: the n-th belongs to
+// track n.
+struct FrameElements {
+  std::uint32_t count;
+  std::array<AudioElement, kMaxTracks> element;
+};
+
+// Goes from key to key through the frame in [start, end) of the file and collects its first
+// `wanted` audio elements. kRefused when `view` does not cover the frame that far, or what stands
+// there is no row of KLVs with so many; kClipFault when the storage fails.
+GateResult WalkFrame(const platform::MappedView& view, std::uint64_t start, std::uint64_t end,
+                     std::uint32_t wanted, FrameElements* elements);
+
+// True when `element` is of the kind that the analysis found, starts where the index says, and its
+// value holds the bytes of `value` and at most one sample of `blockAlign` bytes more.
+bool IsElementOf(const AudioElement& element, const ElementValue& value, AudioElementKind kind,
+                 std::uint32_t blockAlign);
 
 // Writes `samples`, exactly value.bytes() of them, over the value through `view`. A kSourceFault is
 // one of the storage behind `samples`. After a fault part of the value may be written.

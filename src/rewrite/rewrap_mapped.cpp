@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "mxf/analysis.h"
 #include "platform/clock.h"
@@ -41,7 +42,7 @@ std::int32_t CodeOf(GateResult result) {
   switch (result) {
     case GateResult::kDone:
       return kSuccess;
-    case GateResult::kOutsideView:
+    case GateResult::kRefused:
       return kRewrapUnfit;
     case GateResult::kClipFault:
       return kRewrapClipFault;
@@ -70,6 +71,7 @@ class MappedRewrite {
   std::int32_t Run(const std::u16string& path) {
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = ProveValues()) return failed;
+    if (tracks_.cancel == 1) return Cancel();
     if (const std::int32_t failed = WriteAll()) return failed;
     return Finish();
   }
@@ -128,52 +130,61 @@ class MappedRewrite {
   }
 
   // Nothing is written before all of this holds: the clip is the one that was analysed, every value
-  // is one, in ascending order, and every source holds what it claims, as far as it is needed.
+  // is the one of its track in its frame, and every source is what it was and holds what it claims.
   std::int32_t ProveValues() {
-    if (clipMapping_.size() != mxf_.fileSize || !CanBeWritten(plan_, mxf_)) return kRewrapUnfit;
-    std::uint64_t writtenUpTo = 0;
+    if (clipMapping_.size() != mxf_.fileSize || !CanBeWritten(plan_, mxf_) ||
+        !HoldsUmids(clip_, mxf_)) {
+      return kRewrapUnfit;
+    }
+    if (const std::int32_t failed = ProveSources()) return failed;
     for (std::uint32_t done = 0; done < plan_.total;) {
       const SegmentRun run = NextRun(plan_, mxf_, done);
-      platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
+      const platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
       if (!view.IsMapped()) return kRewrapClipFault;
       for (std::uint32_t i = 0; i < run.frames; ++i) {
-        if (const std::int32_t failed = ProveFrame(view, run.firstEntry + i, &writtenUpTo)) {
-          return failed;
-        }
+        if (tracks_.cancel == 1) return Cancel();
+        if (const std::int32_t failed = ProveFrame(view, run.firstEntry + i)) return failed;
       }
       done += run.frames;
     }
-    return ProveSources();
+    return kSuccess;
   }
 
-  std::int32_t ProveFrame(const platform::MappedView& view, std::uint32_t entryIndex,
-                          std::uint64_t* writtenUpTo) const {
-    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+  std::int32_t ProveFrame(const platform::MappedView& view, std::uint32_t entryIndex) const {
+    const MXF_AUDIO_INFO& audio = *mxf_.audio;
+    const INDEX_ENTRY_ARRAY* entries = mxf_.indexEntries->get();
+    const INDEX_ENTRY_ARRAY& entry = entries[entryIndex];
+    const bool isLast = entryIndex + 1 == mxf_.timecode->frameCount;
+    const std::uint64_t end = isLast ? mxf_.fileSize : entries[entryIndex + 1].fileOffset;
+    FrameElements elements;
+    const GateResult walked =
+        WalkFrame(view, entry.fileOffset, end, TracksUpToLast(plan_), &elements);
+    if (walked != GateResult::kDone) return CodeOf(walked);
     for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
       const TrackSource& source = plan_.sources[s];
-      for (std::uint32_t c = 0; c < source.trackCount; ++c) {
-        const auto value = LocateElementValue(mxf_, entry, source.firstTrack + c);
-        if (!value || value->keyOffset() < *writtenUpTo) return kRewrapUnfit;
-        const GateResult checked = CheckElement(view, *value, mxf_.audio->elementKind);
-        if (checked != GateResult::kDone) return CodeOf(checked);
-        *writtenUpTo = value->fileOffset() + value->bytes();
+      for (std::uint32_t track = source.firstTrack; track < source.firstTrack + source.trackCount;
+           ++track) {
+        const auto value = LocateElementValue(mxf_, entry, track);
+        if (!value ||
+            !IsElementOf(elements.element[track], *value, audio.elementKind, audio.blockAlign)) {
+          return kRewrapUnfit;
+        }
       }
     }
     return kSuccess;
   }
 
   std::int32_t ProveSources() const {
-    std::uint64_t samples = 0;
-    for (std::uint32_t i = 0; i < plan_.total; ++i) {
-      samples += (*mxf_.indexEntries)[plan_.firstEntry + i].audioSamples;
-    }
     for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
       const WAV_FILE_INFO* wav = plan_.sources[i].wav;
       if (wav == nullptr) continue;
-      const std::uint64_t wanted = std::min(samples, wav->dataSize / wav->blockAlign);
-      const std::uint64_t size = sources_[i].mapping.size();
-      if (wav->dataOffset > size || wanted * wav->blockAlign > size - wav->dataOffset) {
-        return kRewrapWavFault;
+      switch (CheckSource(tracks_.wavHandle[plan_.sources[i].firstTrack], *wav)) {
+        case SourceState::kSound:
+          break;
+        case SourceState::kChanged:
+          return kRewrapNoWav;
+        case SourceState::kCutShort:
+          return kRewrapWavFault;
       }
     }
     return kSuccess;
@@ -264,13 +275,23 @@ class MappedRewrite {
   }
 
   std::int32_t Finish() {
-    if (auto times = clip_.Times()) {
+    const auto times = StampTimes();
+    clipMapping_ = {};
+    ReleaseSources();
+    if (!RenewUmids(&clip_, &mxf_)) return kRewrapLongUmid;
+    // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
+    if (times) clip_.SetTimes(*times);
+    return kSuccess;
+  }
+
+  // Sets last access and last write to now; the creation stays.
+  std::optional<platform::FileTimes> StampTimes() {
+    auto times = clip_.Times();
+    if (times) {
       times->lastAccess = times->lastWrite = platform::FileTimeNow();
       clip_.SetTimes(*times);
     }
-    clipMapping_ = {};
-    ReleaseSources();
-    return RenewUmids(&clip_, &mxf_) ? kSuccess : kRewrapLongUmid;
+    return times;
   }
 
   void ReleaseSources() {

@@ -32,11 +32,13 @@ enum RewrapMappedCode : std::int32_t {
 // `mxf` holds the analysis of that clip; the UMIDs and dates in it are renewed with those in the
 // file.
 //
-// Before the first byte is written, every value that is going to be is proven to lie in the file
-// behind the key and length of an audio element. Writes `totalFrames` and `currentFrame` for those
-// who watch, and stops behind the frame during which `cancel` becomes 1.
+// Before the first byte is written, every value that is going to be is proven to be the one of its
+// track in its frame: the index ascends from frame to frame without a gap, and a walk over the
+// frame's keys and lengths comes to the same audio elements. The sources must be the files that
+// were added, and hold what they claim. Writes `totalFrames` and `currentFrame` for those who
+// watch, and stops behind the frame during which `cancel` becomes 1, or before the first one.
 //
-// Returns 0; kCancelled, with all frames up to the stop rewritten and the old UMIDs; or a
+// Returns 0; kCancelled, with the frames up to the stop rewritten, if any, and the old UMIDs; or a
 // RewrapMappedCode: up to 2011 nothing was written, with 2012 and 2013 frames from IN on may be,
 // with 2014 all audio is written and the UMIDs, which are not 32 bytes long, are the old ones.
 std::int32_t RewrapMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);

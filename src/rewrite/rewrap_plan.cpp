@@ -62,8 +62,21 @@ bool FitsSampleWidth(const TrackSource& source, const MXF_AUDIO_INFO& audio) {
   const WAV_FILE_INFO* wav = source.wav;
   if (wav == nullptr) return true;
   const std::uint32_t held = std::uint32_t{wav->bytesPerChannelSample} * wav->channels;
-  if (wav->blockAlign == 0 || wav->channels == 0 || held > wav->blockAlign) return false;
+  if (wav->blockAlign == 0 || wav->channels == 0 || held != wav->blockAlign) return false;
   return source.widen || wav->bytesPerChannelSample == audio.blockAlign;
+}
+
+// A table with a gap, a frame twice or frames out of order would put the sound into other frames
+// than those that were asked for.
+bool CountsEveryFrame(const MXF_BASE_INFO& mxf) {
+  const INDEX_ENTRY_ARRAY* entries = mxf.indexEntries->get();
+  if (entries[0].segmentStart != 0) return false;
+  for (std::uint32_t i = 1; i < mxf.timecode->frameCount; ++i) {
+    const bool sameSegment = entries[i].segmentStart == entries[i - 1].segmentStart;
+    if (!sameSegment && entries[i].segmentStart != i) return false;
+    if (entries[i].fileOffset <= entries[i - 1].fileOffset) return false;
+  }
+  return true;
 }
 
 // Bytes of a frame from its first byte, with the last element's audio at the least, as far as the
@@ -95,9 +108,19 @@ PlanResult PlanRewrap(const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf
 bool CanBeWritten(const RewrapPlan& plan, const MXF_BASE_INFO& mxf) {
   const std::uint32_t frames = mxf.timecode->frameCount;
   if (plan.firstEntry > frames || plan.total > frames - plan.firstEntry) return false;
-  if (mxf.audio->quantizationBits != mxf.audio->blockAlign * 8u) return false;
+  if (!CountsEveryFrame(mxf)) return false;
+  if (mxf.audio->sampleRate != kSampleRate ||
+      mxf.audio->quantizationBits != mxf.audio->blockAlign * 8u) {
+    return false;
+  }
   return std::all_of(plan.sources.begin(), plan.sources.begin() + plan.sourceCount,
                      [&](const TrackSource& s) { return FitsSampleWidth(s, *mxf.audio); });
+}
+
+std::uint32_t TracksUpToLast(const RewrapPlan& plan) {
+  if (plan.sourceCount == 0) return 0;
+  const TrackSource& last = plan.sources[plan.sourceCount - 1];
+  return last.firstTrack + last.trackCount;
 }
 
 SegmentRun NextRun(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, std::uint32_t done) {
@@ -111,9 +134,8 @@ SegmentRun NextRun(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, std::uint32
   std::uint32_t frames = 1;
   std::uint64_t end = entries->fileOffset + FrameBytes(mxf, *entries);
   while (frames < most && entries[frames].segmentStart == entries->segmentStart &&
-         entries[frames].partition == entries->partition &&
-         entries[frames].fileOffset >= entries[frames - 1].fileOffset) {
-    end = std::max(end, entries[frames].fileOffset + FrameBytes(mxf, entries[frames]));
+         entries[frames].partition == entries->partition) {
+    end = entries[frames].fileOffset + FrameBytes(mxf, entries[frames]);
     ++frames;
   }
   return {plan.firstEntry + done, frames, entries->fileOffset, end - entries->fileOffset};

@@ -45,9 +45,13 @@ enum class PlanResult {
 // it are not looked at, and each track gets the channel that the assignment gave it.
 PlanResult PlanRewrap(const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf, RewrapPlan* plan);
 
-// True when every frame of the plan has its index entry and every sample width is one that can be
-// written: bytes are copied, or 16 bits widened to 24, and nothing else.
+// True when the index counts every frame from 0 on, in ascending places, the plan lies within it,
+// and every sample width is one that can be written: bytes are copied, or 16 bits widened to 24,
+// and nothing else.
 bool CanBeWritten(const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
+
+// Number of tracks up to and with the last one that the plan writes.
+std::uint32_t TracksUpToLast(const RewrapPlan& plan);
 
 // A stretch of frames that can be reached through one view.
 struct SegmentRun {
@@ -57,8 +61,8 @@ struct SegmentRun {
   std::uint64_t length;  // bytes up to the end of the last frame, within the file
 };
 
-// The run that starts `done` frames into the plan: to the end of its index table segment, of the
-// plan, or of the frames in ascending order, whichever comes first. At least one frame.
+// The run that starts `done` frames into the plan: to the end of its index table segment or of
+// the plan. At least one frame. Only for a plan that CanBeWritten.
 SegmentRun NextRun(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, std::uint32_t done);
 
 }  // namespace quorvan

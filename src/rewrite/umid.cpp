@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <span>
 
 #include "mxf/klv.h"
 #include "mxf/metadata_set.h"
@@ -38,6 +39,34 @@ std::array<std::uint8_t, kStampBytes> StampNow() {
           now.minute,
           now.second,
           now.dayOfWeek};
+}
+
+// Where the header metadata ends at the latest: before the next partition and the first frame,
+// whatever the header partition claims. UMID bytes in essence are no UMIDs.
+std::uint64_t MetadataEnd(const MXF_BASE_INFO& mxf) {
+  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
+  std::uint64_t end = (*mxf.indexEntries)[0].fileOffset;
+  for (std::uint32_t i = 1; i < table[0].partitionCount; ++i) {
+    if (table[i].thisPartition > 0) end = std::min(end, table[i].thisPartition);
+  }
+  return end;
+}
+
+// True when `umid` stands anywhere below `end`.
+bool HoldsBytes(const platform::File& file, std::span<const std::uint8_t> umid, std::uint64_t end) {
+  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[kSearchBlock]);
+  if (block == nullptr) return false;
+  for (std::uint64_t position = 0; position < end;) {
+    const auto wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(end - position, kSearchBlock));
+    const std::size_t held = file.ReadAt(position, block.get(), wanted);
+    const std::uint8_t* const blockEnd = block.get() + held;
+    const std::uint8_t* const begin = block.get();
+    if (std::search(begin, blockEnd, umid.begin(), umid.end()) != blockEnd) return true;
+    if (held < kSearchBlock) return false;
+    position += held - (umid.size() - 1);
+  }
+  return false;
 }
 
 // Replaces every `old` that starts in [0, limit) by `fresh`. False when a write fails.
@@ -125,9 +154,22 @@ std::int32_t RegenerateUmid(platform::File* file, PackageKind kind, Umid* umid,
   return 0;
 }
 
+bool HoldsUmids(const platform::File& file, const MXF_BASE_INFO& mxf) {
+  // A package set may reach behind the limit of its key, by no more than an item can.
+  constexpr std::uint64_t reach = 0x10000;
+  const std::uint64_t headerBytes = (*mxf.partitionTable)[0].headerByteCount;
+  const std::uint64_t end = std::min(MetadataEnd(mxf), headerBytes + reach);
+  const auto kept = [](const Umid& umid, std::uint32_t size) {
+    return std::span<const std::uint8_t>(umid).first(std::min<std::size_t>(size, umid.size()));
+  };
+  return HoldsBytes(file, kept(mxf.materialUmid, mxf.materialUmidSize), end) &&
+         HoldsBytes(file, kept(mxf.sourceUmid, mxf.sourceUmidSize), end);
+}
+
 bool RenewUmids(platform::File* file, MXF_BASE_INFO* mxf) {
   if (mxf->materialUmidSize != kUmidBytes || mxf->sourceUmidSize != kUmidBytes) return false;
-  const std::uint64_t limit = (*mxf->partitionTable)[0].headerByteCount;
+  const std::uint64_t limit =
+      std::min((*mxf->partitionTable)[0].headerByteCount, MetadataEnd(*mxf));
   RegenerateUmid(file, PackageKind::kMaterial, &mxf->materialUmid, limit);
   RegenerateUmid(file, PackageKind::kSource, &mxf->sourceUmid, limit);
   // The file is the truth from here on; what it says of its tracks and timecode has not changed.

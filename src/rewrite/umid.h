@@ -29,6 +29,10 @@ int UmidToHexText(const std::uint8_t* umid, char16_t* text);
 std::int32_t RegenerateUmid(platform::File* file, PackageKind kind,
                             std::array<std::uint8_t, kUmidBytes>* umid, std::uint64_t limit);
 
+// True when both UMIDs of `mxf` stand in the header metadata of `file`, as they do in the clip that
+// was analysed and in no other.
+bool HoldsUmids(const platform::File& file, const MXF_BASE_INFO& mxf);
+
 // The last step of a rewrite: both UMIDs of the clip in `file` and in `mxf`, which then also has
 // the dates that stand in the file. Returns false, and changes nothing, when a UMID of the clip is
 // not 32 bytes long.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace quorvan {
 namespace {
@@ -19,7 +20,43 @@ void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t block
   }
 }
 
+constexpr std::uint64_t kRiffHeaderBytes = 12;  // form, size, "WAVE"
+constexpr std::uint64_t kChunkHeaderBytes = 8;
+
+std::uint32_t ReadLe32(const std::uint8_t* p) {
+  return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
+         std::uint32_t{p[3]} << 24;
+}
+
+// Where the audio begins by the sizes of the chunks in front of it; nothing when they lead nowhere.
+std::optional<std::uint64_t> DataOffsetByChunks(const platform::File& file) {
+  std::uint8_t header[kChunkHeaderBytes];
+  std::uint64_t at = kRiffHeaderBytes;
+  while (file.ReadAt(at, header, kChunkHeaderBytes) == kChunkHeaderBytes) {
+    if (std::memcmp(header, "data", 4) == 0) return at + kChunkHeaderBytes;
+    const std::uint64_t size = ReadLe32(header + 4);
+    at += kChunkHeaderBytes + size + size % 2;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
+
+SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav) {
+  const auto size = file.Size();
+  const auto times = file.Times();
+  if (!size || *size != wav.findData.size || !times ||
+      times->lastWrite != wav.findData.times.lastWrite) {
+    return SourceState::kChanged;
+  }
+  const auto chained = DataOffsetByChunks(file);
+  if (chained && *chained != wav.dataOffset) return SourceState::kChanged;
+  if (wav.dataOffset > *size) return SourceState::kCutShort;
+  const std::uint64_t rest = *size - wav.dataOffset;
+  const bool unfinished = wav.dataSize < wav.blockAlign && rest >= wav.blockAlign;
+  if (wav.dataSize > rest || unfinished) return SourceState::kCutShort;
+  return SourceState::kSound;
+}
 
 void SplitChannel(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
                   std::uint32_t sampleBytes, std::uint8_t* target, std::uint32_t targetBytes) {

@@ -5,10 +5,20 @@
 #include <cstdint>
 #include <span>
 
-#include "platform/mapping.h"
+#include "platform/file.h"
 #include "rewrite/rewrap_plan.h"
 
 namespace quorvan {
+
+enum class SourceState {
+  kSound,
+  kChanged,   // not the file that was added, or its chunks lead to audio elsewhere
+  kCutShort,  // the file ends before its audio does, or claims none though it has some
+};
+
+// Compares the open `file` with what the library knows of it as `wav`. Where its chunks, followed
+// by their sizes, lead to a data chunk, that must be the one that was found.
+SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav);
 
 // Splits one channel out of `frames` interleaved sample frames of `blockAlign` bytes at `source`:
 // copies `sampleBytes` of each sample to every `targetBytes` bytes of `target`, into their upper

@@ -188,8 +188,10 @@ bool RemoveSelectedEntries(APP_STATE_INFO* app,
   if (!IsWired(app) || app->wavList == nullptr) return false;
   for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr;) {
     const bool remove = entry->selected != 0 && (entry->assigned == 0 || mayRemove(*entry));
+    entry->selected = 0;
     entry = remove ? RemoveFromLibrary(app, entry) : entry->next;
   }
+  app->selectedWavCount = 0;
   return RenewWavIndex(app);
 }
 

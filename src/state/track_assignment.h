@@ -58,7 +58,8 @@ WAV_FILE_INFO* RemoveFromLibrary(APP_STATE_INFO* app, WAV_FILE_INFO* entry);
 bool RenewWavIndex(APP_STATE_INFO* app);
 
 // Removes every selected entry from the library and renews the index. `mayRemove` is asked for each
-// one that stands on a track; false keeps it. Returns what RenewWavIndex does.
+// one that stands on a track; false keeps it. No entry is selected
+// afterwards. Returns what RenewWavIndex does.
 bool RemoveSelectedEntries(APP_STATE_INFO* app,
                            const std::function<bool(const WAV_FILE_INFO&)>& mayRemove);
 

@@ -1,10 +1,10 @@
 #include "platform/console.h"
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <iostream>
 
 namespace quorvan::platform {
 namespace {
@@ -25,7 +25,7 @@ bool InputIsTerminal() {
   return isatty(STDIN_FILENO) == 1;
 }
 
-bool OutputIsTerminal() {
+bool ErrorIsTerminal() {
   return isatty(STDERR_FILENO) == 1;
 }
 
@@ -36,17 +36,37 @@ int TerminalColumns() {
 }
 
 bool ReadLine(std::string* line) {
-  return static_cast<bool>(std::getline(std::cin, *line));
+  line->clear();
+  char c = 0;
+  while (read(STDIN_FILENO, &c, 1) == 1) {
+    if (c == '\n') return true;
+    line->push_back(c);
+  }
+  return false;
 }
 
 void SetFlagOnInterrupt(std::atomic<std::uint32_t>* flag) {
   interruptFlag = flag;
   struct sigaction action {};
-  action.sa_handler = flag != nullptr ? RaiseFlag : SIG_DFL;
-  action.sa_flags = SA_RESTART;
+  action.sa_handler = RaiseFlag;  // without SA_RESTART, so that a wait for input ends too
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction inherited {};
+    sigaction(signal, nullptr, &inherited);
+    if (inherited.sa_handler != SIG_IGN) sigaction(signal, &action, nullptr);
+  }
+}
+
+void PrepareStandardStreams() {
+  for (int handle = open("/dev/null", O_RDWR); handle >= 0; handle = open("/dev/null", O_RDWR)) {
+    if (handle <= STDERR_FILENO) continue;
+    close(handle);
+    break;
+  }
+  struct sigaction action {};
+  action.sa_handler = SIG_IGN;
+  for (const int signal : {SIGPIPE, SIGXFSZ})
+    sigaction(signal, &action, nullptr);
 }
 
 }  // namespace quorvan::platform

@@ -1,0 +1,48 @@
+#include "cli/console.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "platform/console.h"
+#include "platform/text.h"
+
+namespace quorvan::cli {
+namespace {
+
+std::atomic<std::uint32_t> interrupted = 0;
+
+// Output that cannot be written ends no job: a terminal may go away in the middle of one.
+bool Put(std::FILE* file, std::string_view text) {
+  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  return std::fflush(file) == 0 && written;
+}
+
+}  // namespace
+
+bool PrintLine(std::string_view text) {
+  return Put(stdout, std::string(text) + "\n");
+}
+
+void PrintError(std::u16string_view message) {
+  PrintRaw(platform::ToUtf8(message) + "\n");
+}
+
+void PrintError(std::string_view line) {
+  PrintRaw("mxf-quorvan-cli: " + std::string(line) + "\n");
+}
+
+void PrintRaw(std::string_view text) {
+  Put(stderr, text);
+}
+
+void WatchForInterrupts() {
+  platform::SetFlagOnInterrupt(&interrupted);
+}
+
+bool Interrupted() {
+  return interrupted == 1;
+}
+
+}  // namespace quorvan::cli

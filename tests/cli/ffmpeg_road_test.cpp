@@ -1,0 +1,204 @@
+// The whole road on clips that ffmpeg makes: conform, analyse, rewrite; every place and every
+// sample against what ffmpeg's own demuxer and decoder find.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "support/clip_builder.h"
+#include "support/command.h"
+#include "support/temp_folder.h"
+
+namespace quorvan::test {
+namespace {
+
+struct Road {
+  const char* name;
+  FfmpegClip clip;
+  // What the analysis has to say of it.
+  std::uint32_t fpsIndex, rateIndex, dropFrame, startFrames, codecIndex;
+};
+void PrintTo(const Road& road, std::ostream* out) {
+  *out << road.name;
+}
+
+constexpr std::uint32_t kHour23At25 = (23 * 3600 + 59 * 60 + 58) * 25;
+const Road kRoads[] = {
+    {"OneTrackAt24", {"24", 2, 1, 16}, 0, 0, 0, 864000, 1},
+    {"TwoTracksAt25", {"25", 22, 2, 24}, 1, 1, 0, 900000, 1},
+    {"FourTracksAt30", {"30", 2, 4, 16}, 2, 2, 0, 1080000, 1},
+    {"EightTracksAt2398", {"24000/1001", 2.002, 8, 24}, 0, 5, 0, 864000, 1},
+    {"SixteenTracksAt2997Drop",
+     {"30000/1001", 4.004, 16, 24, false, "23:59:58;00"},
+     2,
+     6,
+     1,
+     2589348,
+     3},
+    {"TwentyFourTracksAt5994Drop",
+     {"60000/1001", 2.002, 24, 24, false, "00:00:59;00"},
+     4,
+     7,
+     1,
+     3540,
+     3},
+    {"AvcIntraAcrossMidnight", {"25", 4, 4, 24, true, "23:59:58:00"}, 1, 1, 0, kHour23At25, 5},
+    {"TenMinutes",
+     {"25", 600, 2, 16, false, "10:00:00:00", "color=c=gray:s=64x64"},
+     1,
+     1,
+     0,
+     900000,
+     3},
+};
+
+class FfmpegRoad : public ::testing::TestWithParam<Road> {
+ protected:
+  std::string Path(const std::string& name) const { return (folder_.Path() / name).string(); }
+
+  void SetUp() override {
+    ASSERT_EQ(MakeFfmpegClip(Path("made.mxf"), GetParam().clip), "");
+    const CommandResult conformed =
+        RunCommand(COMPANION " conform " + Path("made.mxf") + " " + Path("clip.mxf"));
+    ASSERT_EQ(conformed.status, 0) << conformed.error;
+  }
+
+  nlohmann::json Info() const {
+    const CommandResult info = RunCommand(COMPANION " info --json --index " + Path("clip.mxf"));
+    EXPECT_EQ(info.status, 0) << info.error;
+    return nlohmann::json::parse(info.output);
+  }
+
+  // Raw little-endian samples of one audio stream, as ffmpeg decodes them.
+  Bytes Decode(const std::string& file, int track) const {
+    const std::string raw = Path("raw");
+    const std::string format = "s" + std::to_string(GetParam().clip.bits) + "le";
+    const CommandResult decoded =
+        RunCommand("ffmpeg -v error -y -i " + file + " -map 0:a:" + std::to_string(track) + " -f " +
+                   format + " " + raw);
+    EXPECT_EQ(decoded.status, 0) << decoded.error;
+    return ReadAll(raw);
+  }
+
+  std::string PictureChecksum() const {
+    return RunCommand("ffmpeg -v error -i " + Path("clip.mxf") + " -map 0:v -c copy -f md5 -")
+        .output;
+  }
+
+  TempFolder folder_;
+};
+
+TEST_P(FfmpegRoad, FindsEveryElementWhereFfmpegFindsIt) {
+  const Road& road = GetParam();
+  const nlohmann::json info = Info();
+  EXPECT_EQ(info["result"], 0);
+  EXPECT_EQ(info["MXF_TIMECODE_INFO"]["fpsIndex"], road.fpsIndex);
+  EXPECT_EQ(info["MXF_TIMECODE_INFO"]["rateIndex"], road.rateIndex);
+  EXPECT_EQ(info["MXF_TIMECODE_INFO"]["dropFrame"], road.dropFrame);
+  EXPECT_EQ(info["MXF_TIMECODE_INFO"]["startFrames"], road.startFrames);
+  EXPECT_EQ(info["MXF_AUDIO_INFO"]["trackCount"], road.clip.tracks);
+  EXPECT_EQ(info["MXF_AUDIO_INFO"]["quantizationBits"], road.clip.bits);
+  EXPECT_EQ(info["MXF_VIDEO_INFO"]["codecIndex"], road.codecIndex);
+  EXPECT_EQ(info["MXF_BASE_INFO"]["materialUmid"].get<std::string>().size(), 64u);
+
+  const auto& entries = info["INDEX_ENTRY_ARRAY"];
+  const CommandResult packets =
+      RunCommand("ffprobe -v error -of csv=p=0 -show_entries packet=stream_index,size,pos " +
+                 Path("clip.mxf"));
+  ASSERT_EQ(packets.status, 0) << packets.error;
+  std::vector<std::size_t> seen(static_cast<std::size_t>(road.clip.tracks) + 1);
+  std::istringstream lines(packets.output);
+  std::size_t stream = 0, size = 0;
+  std::uint64_t pos = 0;
+  char comma = 0;
+  while (lines >> stream >> comma >> size >> comma >> pos) {
+    ASSERT_LT(stream, seen.size());
+    const std::size_t frame = seen[stream]++;
+    ASSERT_LT(frame, entries.size());
+    const auto& e = entries[frame];
+    const std::uint64_t start = e["fileOffset"];
+    if (stream == 0) {
+      ASSERT_EQ(start + e["delta"][1]["elementDelta"].get<std::uint64_t>(), pos) << frame;
+      continue;
+    }
+    const std::uint64_t slice = e["sliceOffset"];
+    ASSERT_EQ(start + slice + e["delta"][stream + 1]["elementDelta"].get<std::uint64_t>(), pos)
+        << "frame " << frame << " of stream " << stream;
+    ASSERT_EQ(e["audioSamples"].get<std::size_t>() * static_cast<std::size_t>(road.clip.bits) / 8,
+              size);
+    lines.ignore(1000, '\n');
+  }
+  for (const std::size_t frames : seen)
+    EXPECT_EQ(frames, entries.size());
+  EXPECT_EQ(info["MXF_TIMECODE_INFO"]["duration"], entries.size());
+}
+
+TEST_P(FfmpegRoad, WritesTheSamplesThatFfmpegDecodes) {
+  const Road& road = GetParam();
+  const auto entries = Info()["INDEX_ENTRY_ARRAY"];
+  const std::size_t frames = entries.size();
+  const std::size_t in = frames / 4;
+  const std::size_t out = frames / 2;
+  const std::uint32_t start = road.startFrames;
+  const std::string picture = PictureChecksum();
+  std::vector<Bytes> before;
+  std::string tracks;
+  for (int t = 0; t < road.clip.tracks; ++t) {
+    before.push_back(Decode(Path("clip.mxf"), t));
+    const std::string wav = Path("new" + std::to_string(t) + ".wav");
+    RunCommand("ffmpeg -v error -y -f lavfi -i anoisesrc=r=48000:a=0.5:d=20:seed=" +
+               std::to_string(t) + " -c:a pcm_s" + std::to_string(road.clip.bits) + "le " + wav);
+    // The last track of several stays as it is.
+    if (t == 0 || t + 1 < road.clip.tracks) {
+      tracks += " --track " + std::to_string(t + 1) + "=" + wav;
+    }
+  }
+  // The points as the companion shows them, so that drop frame and midnight are written as the
+  // operator would.
+  const auto timecode = [&](std::size_t frame) {
+    const std::uint32_t base[] = {24, 25, 30, 50, 60};
+    std::uint32_t label = start + static_cast<std::uint32_t>(frame);
+    if (road.dropFrame == 1) {
+      const std::uint32_t scale = road.fpsIndex == 4 ? 2 : 1;
+      const std::uint32_t tens = label / (17982 * scale);
+      const std::uint32_t rest = label % (17982 * scale);
+      const std::uint32_t minutes =
+          rest < 1800 * scale ? 0 : 1 + (rest - 1800 * scale) / (1798 * scale);
+      label += scale * (18 * tens + 2 * minutes);
+    }
+    const std::uint32_t seconds = label / base[road.fpsIndex];
+    char text[32];
+    std::snprintf(text, sizeof text, "%02u:%02u:%02u:%02u", seconds / 3600 % 24, seconds / 60 % 60,
+                  seconds % 60, label % base[road.fpsIndex]);
+    return std::string(text);
+  };
+  const CommandResult rewrapped =
+      RunCommand(COMPANION " rewrap " + Path("clip.mxf") + tracks + " --in " + timecode(in) +
+                 " --out " + timecode(out) + " --yes");
+  ASSERT_EQ(rewrapped.status, 0) << rewrapped.error;
+
+  std::size_t samplesBefore = 0, samples = 0;
+  for (std::size_t f = 0; f <= out; ++f) {
+    (f < in ? samplesBefore : samples) += entries[f]["audioSamples"].get<std::size_t>();
+  }
+  const std::size_t width = static_cast<std::size_t>(road.clip.bits) / 8;
+  for (int t = 0; t < road.clip.tracks; ++t) {
+    Bytes expected = before[static_cast<std::size_t>(t)];
+    if (t == 0 || t + 1 < road.clip.tracks) {
+      Bytes wanted = Decode(Path("new" + std::to_string(t) + ".wav"), 0);
+      wanted.resize(samples * width);  // silence behind its end
+      std::copy(wanted.begin(), wanted.end(),
+                expected.begin() + static_cast<long>(samplesBefore * width));
+    }
+    ASSERT_TRUE(Decode(Path("clip.mxf"), t) == expected) << "track " << t + 1;
+  }
+  EXPECT_EQ(PictureChecksum(), picture);
+}
+
+INSTANTIATE_TEST_SUITE_P(Clips, FfmpegRoad, ::testing::ValuesIn(kRoads),
+                         [](const auto& road) { return std::string(road.param.name); });
+
+}  // namespace
+}  // namespace quorvan::test

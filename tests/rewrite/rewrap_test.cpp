@@ -1,0 +1,461 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "platform/text.h"
+#include "rewrap_job.h"
+#include "support/mxf_tags.h"
+
+namespace quorvan {
+namespace {
+
+using namespace test;
+
+WavSpec Wav(std::uint16_t channels, std::uint16_t bits, std::uint64_t sampleFrames) {
+  WavSpec wav;
+  wav.channels = channels;
+  wav.bits = bits;
+  wav.sampleFrames = sampleFrames;
+  return wav;
+}
+
+constexpr std::uint64_t kPlenty = 100000;
+
+// Runs the job and compares every byte of the file.
+void ExpectExactly(RewrapJob& job) {
+  ASSERT_EQ(job.Run(), 0);
+  EXPECT_TRUE(job.Now() == job.Expected());
+  EXPECT_EQ(job.app.tracks.currentFrame, job.app.tracks.totalFrames);
+  platform::File file = platform::File::Open(job.path, platform::OpenMode::kReadAlone);
+  MxfRecords again;
+  ASSERT_EQ(AnalyzeMxfFile(&file, &again.base), 0);
+  EXPECT_EQ(again.base.materialUmid, job.app.mxf.base.materialUmid);
+  EXPECT_EQ(again.base.sourceUmid, job.app.mxf.base.sourceUmid);
+}
+
+// The result, with a file in which nothing changed.
+void ExpectUntouched(RewrapJob& job, std::int32_t code) {
+  EXPECT_EQ(job.Run(), code);
+  EXPECT_TRUE(job.Now() == job.clip.bytes);
+  for (const platform::File& file : job.app.tracks.wavHandle)
+    EXPECT_FALSE(file.IsOpen());
+  EXPECT_TRUE(platform::File::Open(job.path, platform::OpenMode::kRewrite).IsOpen());
+}
+
+TEST(RewrapMapped, WritesMonoStereoAndEightChannelsAtEveryRate) {
+  for (const Rate rate : {Rate::k24, Rate::k25, Rate::k30, Rate::k50, Rate::k60, Rate::k23_98,
+                          Rate::k29_97, Rate::k59_94}) {
+    ClipSpec spec;
+    spec.rate = rate;
+    spec.dropFrame = true;
+    spec.tracks = 12;
+    spec.frames = 17;
+    RewrapJob job(spec);
+    job.Put(0, Wav(1, 24, kPlenty));
+    job.Put(2, Wav(8, 24, kPlenty));
+    job.Put(10, Wav(2, 24, kPlenty));
+    job.Range(2, 14);
+    SCOPED_TRACE(static_cast<int>(rate));
+    ExpectExactly(job);
+  }
+}
+
+TEST(RewrapMapped, LiftsSixteenBitsIntoTheUpperBytes) {
+  for (const std::uint32_t bits : {16u, 24u}) {
+    ClipSpec spec;
+    spec.bits = bits;
+    spec.waveAudio = true;
+    RewrapJob job(spec);
+    job.Put(0, Wav(1, 16, kPlenty));
+    job.Put(2, Wav(2, 16, kPlenty));
+    ExpectExactly(job);
+  }
+}
+
+TEST(RewrapMapped, FillsUpWithSilenceBehindTheEndOfAFile) {
+  for (const std::uint64_t samples : {0u, 1u, 1919u, 1920u, 1921u, 9599u, 9600u, 19199u}) {
+    RewrapJob job{ClipSpec()};
+    job.Put(0, Wav(1, 24, samples));
+    job.Put(2, Wav(2, 16, samples));
+    SCOPED_TRACE(samples);
+    ExpectExactly(job);
+  }
+}
+
+TEST(RewrapMapped, WritesAnyRangeOverTheSegments) {
+  const std::pair<std::uint32_t, std::uint32_t> ranges[] = {{0, 0}, {9, 9}, {4, 5},  {5, 5},
+                                                            {0, 9}, {3, 7}, {4, 22}, {22, 22}};
+  for (const auto placement : {IndexPlacement::kFollowingPartition, IndexPlacement::kFooter}) {
+    for (const auto& [in, out] : ranges) {
+      ClipSpec spec;
+      spec.frames = 23;
+      spec.indexPlacement = placement;
+      RewrapJob job(spec);
+      job.Put(1, Wav(1, 24, kPlenty));
+      job.Silence(3);
+      job.Range(in, out);
+      SCOPED_TRACE(in * 100 + out);
+      ExpectExactly(job);
+    }
+  }
+}
+
+TEST(RewrapMapped, WritesEveryShapeOfFrame) {
+  std::vector<ClipSpec> shapes(8);
+  shapes[0].tracks = 1;
+  shapes[1].tracks = 24;
+  shapes[1].frames = 3;
+  shapes[2].dataTrack = shapes[2].dataElement = true;
+  shapes[3].dataTrack = true;  // announced, but in no frame
+  shapes[4].elementKag = 0;
+  shapes[5].sliceCount = 0;
+  shapes[6].start = {23, 59, 59, 20};
+  shapes[6].rate = Rate::k29_97;
+  shapes[6].dropFrame = true;
+  shapes[7].indexEdits.push_back(
+      [](std::vector<IndexSegment>& all) { all[0].duration = 0x7FFFFFFFFFFFFFFF; });
+  for (std::size_t i = 0; i < shapes.size(); ++i) {
+    RewrapJob job(shapes[i]);
+    // A duration that does not fit the buffers' limit is refused with a file, not with silence.
+    i == 7 ? job.Silence(0) : job.Put(0, Wav(1, 24, kPlenty));
+    if (shapes[i].tracks > 1) job.Silence(1);
+    SCOPED_TRACE(i);
+    ExpectExactly(job);
+  }
+}
+
+TEST(RewrapMapped, GivesEachTrackItsOwnChannelWhenTheFirstIsOff) {
+  RewrapJob job{ClipSpec()};
+  job.Put(0, Wav(2, 24, kPlenty));
+  job.app.tracks.rewrapSwitch[0] = kSwitchOff;
+  ASSERT_EQ(job.Run(), 0);
+  const Bytes expected = job.Expected();
+  const Bytes now = job.Now();
+  for (const FramePlace& frame : job.clip.layout.frames) {
+    const auto slice = [&](const Bytes& bytes, std::uint32_t track) {
+      const auto from = bytes.begin() + static_cast<long>(frame.audio[track].value);
+      return Bytes(from, from + static_cast<long>(frame.audio[track].valueBytes));
+    };
+    ASSERT_TRUE(slice(now, 0) == slice(job.clip.bytes, 0));
+    ASSERT_TRUE(slice(now, 1) == slice(expected, 1));
+    ASSERT_TRUE(slice(now, 2) == slice(job.clip.bytes, 2));
+  }
+}
+
+TEST(RewrapMapped, RefusesArgumentsAndRangesBeforeItOpensAnything) {
+  RewrapJob job{ClipSpec()};
+  job.Silence(0);
+  EXPECT_EQ(RewrapMapped(nullptr, &job.app.tracks, job.app.info.mxf), 2001);
+  EXPECT_EQ(RewrapMapped(job.path.c_str(), nullptr, job.app.info.mxf), 2002);
+  EXPECT_EQ(RewrapMapped(job.path.c_str(), &job.app.tracks, nullptr), 2003);
+  EXPECT_EQ(RewrapMapped(job.folder.PathOf("none").c_str(), &job.app.tracks, job.app.info.mxf),
+            2006);
+  const std::pair<std::uint32_t, std::uint32_t> ranges[] = {{5, 4}, {0, 10}, {~0u, 3}};
+  for (const auto& [in, out] : ranges) {
+    job.Range(in, out);
+    ExpectUntouched(job, 2005);
+  }
+  job.Range(0, 9);
+  job.app.mxf.timecode.rateIndex = 8;
+  ExpectUntouched(job, 2004);
+}
+
+TEST(RewrapMapped, IsRefusedWhileAnotherHoldsTheClip) {
+  RewrapJob job{ClipSpec()};
+  job.Silence(0);
+  const auto other = platform::File::Open(job.path, platform::OpenMode::kReadShared);
+  EXPECT_EQ(job.Run(), 2006);
+  EXPECT_TRUE(job.Now() == job.clip.bytes);
+}
+
+// What stands where audio should be, in frame 6 of 10 on track 1.
+TEST(RewrapMapped, TouchesNothingUnlessEveryValueIsAnAudioElement) {
+  const std::function<void(Bytes&, const KlvPlace&)> damages[] = {
+      [](Bytes& b, const KlvPlace& e) { b[e.key] ^= 1; },
+      [](Bytes& b, const KlvPlace& e) { b[e.key + 12] = 0x15; },
+      [](Bytes& b, const KlvPlace& e) { b[e.key + 14] = 0x01; },
+      [](Bytes& b, const KlvPlace& e) { b[e.key + 16] = 0x87; },
+      [](Bytes& b, const KlvPlace& e) {
+        Patch(b, e.key + 17, {0, 0x16, 0x7F});
+      },
+      [](Bytes& b, const KlvPlace& e) { b.resize(e.value + 100); },
+      [](Bytes& b, const KlvPlace&) { b.push_back(0); },
+  };
+  for (std::size_t i = 0; i < std::size(damages); ++i) {
+    RewrapJob job{ClipSpec()};
+    job.Put(1, Wav(1, 24, kPlenty));
+    damages[i](job.clip.bytes, job.clip.layout.frames[6].audio[1]);
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(job.path), job.clip.bytes));
+    SCOPED_TRACE(i);
+    ExpectUntouched(job, 2002);
+  }
+}
+
+TEST(RewrapMapped, TouchesNothingWhenTheIndexLeadsAstray) {
+  using Segments = std::vector<IndexSegment>;
+  const std::function<void(Segments&)> edits[] = {
+      [](Segments& s) { s[1].deltas[3] = s[1].deltas[2]; },     // a neighbour's element
+      [](Segments& s) { s[1].deltas[3].elementDelta += 512; },  // behind its key
+      [](Segments& s) { s[1].deltas.resize(3); },               // no entry for the track
+      [](Segments& s) { s[1].entries[3] = s[1].entries[2]; },   // one frame twice
+      [](Segments& s) { std::swap(s[1].entries[3], s[1].entries[1]); },
+      [](Segments& s) { s[1].entries[2].sliceOffset -= 512; },
+      [](Segments& s) { s[1].entries.pop_back(); },  // fewer frames than the clip lasts
+      [](Segments& s) { s[0].startPosition = 5; },   // the first frames are missing
+      [](Segments& s) { s[1].startPosition = 6; },   // a gap
+      // No entry for the system element, so that each delta leads to the next track.
+      [](Segments& s) {
+        for (IndexSegment& segment : s)
+          segment.deltas.erase(segment.deltas.begin());
+      },
+      // Other frames than the ones they stand for.
+      [](Segments& s) {
+        for (std::size_t i = 0; i < 5; ++i) {
+          s[0].entries[i].streamOffset = s[1].entries[i].streamOffset;
+        }
+      },
+  };
+  for (std::size_t i = 0; i < std::size(edits); ++i) {
+    ClipSpec spec;
+    spec.indexEdits.push_back(edits[i]);
+    RewrapJob job(spec);
+    job.Silence(1);
+    SCOPED_TRACE(i);
+    ExpectUntouched(job, 2002);
+  }
+}
+
+// Bytes in a picture that look like what may be written.
+TEST(RewrapMapped, IsNotTakenInByAPicture) {
+  ClipSpec spec;
+  spec.sliceCount = 0;
+  spec.pictureSize = 9000;
+  std::uint32_t delta = 0;
+  {
+    const Clip probe = BuildClip(spec);
+    const FramePlace& frame = probe.layout.frames[0];
+    delta = static_cast<std::uint32_t>(frame.picture.value + 100 - frame.offset);
+  }
+  spec.indexEdits.push_back([&](std::vector<IndexSegment>& all) {
+    for (IndexSegment& segment : all)
+      segment.deltas[2].elementDelta = delta;
+  });
+  RewrapJob job(spec);
+  for (const FramePlace& frame : job.clip.layout.frames) {
+    const auto header = job.clip.bytes.begin() + static_cast<long>(frame.audio[0].key);
+    Patch(job.clip.bytes, frame.offset + delta, Bytes(header, header + kElementHeaderBytes));
+  }
+  ASSERT_TRUE(WriteBytes(platform::ToUtf8(job.path), job.clip.bytes));
+  job.Silence(0);
+  ExpectUntouched(job, 2002);
+
+  ClipSpec umids;
+  RewrapJob lookalike(umids);
+  Bytes& bytes = lookalike.clip.bytes;
+  const FramePlace& frame = lookalike.clip.layout.frames[3];
+  Patch(bytes, frame.picture.value, {kSourceUmid.begin(), kSourceUmid.end()});
+  Patch(bytes, pack::kHeaderByteCount, Big64(bytes.size() - 1));
+  ASSERT_TRUE(WriteBytes(platform::ToUtf8(lookalike.path), bytes));
+  (*lookalike.app.mxf.base.partitionTable)[0].headerByteCount = bytes.size() - 1;
+  lookalike.Silence(1);
+  ExpectExactly(lookalike);
+}
+
+TEST(RewrapMapped, TouchesNothingWhenTheElementsAreOfAnotherWidthOrRate) {
+  ClipSpec narrow;  // elements of 24 bits under a descriptor of 16
+  narrow.sliceCount = 0;
+  narrow.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(16));
+  narrow.SetTag(SetKind::kAes3Descriptor, 0, tag::kBlockAlign, Big16(2));
+  ClipSpec slow;  // frames of 1602 and 1601 samples under a picture of 30/1
+  slow.rate = Rate::k29_97;
+  slow.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kSampleRate, {0, 0, 0, 30, 0, 0, 0, 1});
+  for (const ClipSpec& spec : {narrow, slow}) {
+    RewrapJob job(spec);
+    job.Silence(1);
+    ExpectUntouched(job, 2002);
+  }
+}
+
+TEST(RewrapMapped, TouchesNothingWhenTheClipIsNoLongerTheOneThatWasAnalysed) {
+  RewrapJob job{ClipSpec()};
+  job.Silence(0);
+  ASSERT_EQ(job.Run(), 0);
+  job.app.mxf.base.materialUmid = kMaterialUmid;
+  job.clip.bytes = job.Now();
+  ExpectUntouched(job, 2002);
+}
+
+TEST(RewrapMapped, TouchesNothingWhenASourceIsNotWhatItClaims) {
+  const auto file = [](const RewrapJob& job) { return job.folder.PathOf("track0.wav"); };
+  {
+    RewrapJob job{ClipSpec()};
+    job.Put(0, Wav(1, 24, kPlenty));
+    platform::RemoveFile(file(job));
+    ExpectUntouched(job, 2008);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    job.Put(0, Wav(1, 24, kPlenty));
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(file(job)), {}));
+    ExpectUntouched(job, 2009);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    job.Put(0, Wav(1, 24, kPlenty));
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(file(job)), BuildWav(Wav(1, 24, kPlenty + 1)).bytes));
+    ExpectUntouched(job, 2008);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    WavSpec lettered = Wav(1, 24, kPlenty);
+    lettered.chunksBeforeData = {
+        {"_PMX", {'M', 'e', 't', 'a', 'd', 'a', 't', 'a', 'D', 'a', 't', 'e'}}};
+    job.Put(0, lettered);
+    ExpectUntouched(job, 2008);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    WavSpec unfinished = Wav(1, 24, kPlenty);
+    unfinished.dataSize = 0;
+    job.Put(0, unfinished);
+    ExpectUntouched(job, 2013);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    WavSpec cut = Wav(1, 24, kPlenty);
+    cut.truncateAt = 20000;
+    job.Put(0, cut);
+    ExpectUntouched(job, 2013);
+  }
+  const std::pair<std::uint16_t, std::uint16_t> unfit[] = {{8, 1}, {24, 4}, {24, 2}};
+  for (const auto& [bits, blockAlign] : unfit) {
+    RewrapJob job{ClipSpec()};
+    WavSpec wav = Wav(1, 24, kPlenty);
+    wav.bits = bits;
+    wav.blockAlign = blockAlign;
+    job.Put(0, wav);
+    SCOPED_TRACE(blockAlign);
+    ExpectUntouched(job, 2002);
+  }
+  ClipSpec huge;
+  huge.indexEdits.push_back([](auto& all) { all[0].duration = 0x7FFFFFFFFFFFFFFF; });
+  RewrapJob job(huge);
+  job.Put(0, Wav(1, 24, kPlenty));
+  ExpectUntouched(job, 2011);
+}
+
+TEST(RewrapMapped, WritesTheAudioButKeepsUmidsThatAreNotThirtyTwoBytes) {
+  ClipSpec spec;
+  spec.umidSize = 64;
+  RewrapJob job(spec);
+  job.Put(0, Wav(1, 24, kPlenty));
+  EXPECT_EQ(job.Run(), 2014);
+  EXPECT_TRUE(job.Now() == job.Expected(false));
+}
+
+TEST(RewrapMapped, SetsTheTimesAndKeepsTheCreation) {
+  RewrapJob job{ClipSpec()};
+  job.Silence(0);
+  {
+    platform::File file = platform::File::Open(job.path, platform::OpenMode::kRewrite);
+    platform::FileTimes old = *file.Times();
+    old.lastWrite = old.lastAccess = 130000000000000000;
+    ASSERT_TRUE(file.SetTimes(old));
+  }
+  const auto before = platform::QueryFileInfo(job.path);
+  ASSERT_EQ(job.Run(), 0);
+  const auto after = platform::QueryFileInfo(job.path);
+  EXPECT_GT(after->times.lastWrite, before->times.lastWrite);
+  EXPECT_EQ(after->times.creation, before->times.creation);
+}
+
+// A clip long enough for another thread to step in while it is written.
+ClipSpec LongClip() {
+  ClipSpec spec;
+  spec.rate = Rate::k60;
+  spec.bits = 16;
+  spec.tracks = 1;
+  spec.frames = 20000;
+  spec.framesPerPartition = 4000;
+  spec.pictureSize = 32;
+  spec.pictureStep = 0;
+  spec.kagSize = spec.elementKag = 256;
+  return spec;
+}
+
+TEST(RewrapMapped, StopsBehindTheFrameOfACancelAndKeepsTheOldIdentity) {
+  for (int attempt = 0;; ++attempt) {
+    ASSERT_LT(attempt, 20) << "never caught it at work";
+    RewrapJob job(LongClip());
+    job.Silence(0);
+    job.app.tracks.cancel = 1;  // left over from before: no effect
+    std::int32_t result = -1;
+    std::thread worker([&] { result = job.Run(); });
+    while (job.app.tracks.currentFrame < 10) {
+    }
+    job.app.tracks.cancel = 1;
+    worker.join();
+    if (result == 0) continue;
+    ASSERT_EQ(result, kCancelled);
+    const std::uint32_t done = job.app.tracks.currentFrame + 1;
+    EXPECT_EQ(job.app.tracks.cancel, 0u);
+    job.Range(0, done - 1);
+    EXPECT_TRUE(job.Now() == job.Expected(false));
+    break;
+  }
+}
+
+TEST(RewrapMapped, TouchesNothingWhenItIsCancelledBeforeItWrites) {
+  RewrapJob job(LongClip());
+  job.Silence(0);
+  std::atomic<bool> ended = false;
+  std::thread operatorThread([&] {
+    while (!ended)
+      job.app.tracks.cancel = 1;
+  });
+  EXPECT_EQ(job.Run(), kCancelled);
+  ended = true;
+  operatorThread.join();
+  EXPECT_TRUE(job.Now() == job.clip.bytes);
+}
+
+TEST(RewrapMapped, SurvivesAFileThatIsCutShortWhileItIsWritten) {
+  for (int attempt = 0;; ++attempt) {
+    ASSERT_LT(attempt, 20) << "never caught it at work";
+    RewrapJob job(LongClip());
+    job.Silence(0);
+    std::int32_t result = -1;
+    std::thread worker([&] { result = job.Run(); });
+    while (job.app.tracks.currentFrame < 10) {
+    }
+    std::filesystem::resize_file(platform::ToUtf8(job.path), 4096);
+    worker.join();
+    if (result == 0) continue;
+    EXPECT_EQ(result, 2012);
+    EXPECT_TRUE(platform::File::Open(job.path, platform::OpenMode::kRewrite).IsOpen());
+    break;
+  }
+}
+
+TEST(RewrapMapped, SurvivesASourceThatIsCutShortWhileItIsRead) {
+  for (int attempt = 0;; ++attempt) {
+    ASSERT_LT(attempt, 20) << "never caught it at work";
+    RewrapJob job(LongClip());
+    job.Put(0, Wav(1, 16, 20000 * 800));
+    std::int32_t result = -1;
+    std::thread worker([&] { result = job.Run(); });
+    while (job.app.tracks.currentFrame < 10) {
+    }
+    std::filesystem::resize_file(platform::ToUtf8(job.folder.PathOf("track0.wav")), 4096);
+    worker.join();
+    if (result == 0) continue;
+    EXPECT_EQ(result, 2013);
+    EXPECT_TRUE(platform::File::Open(job.path, platform::OpenMode::kRewrite).IsOpen());
+    break;
+  }
+}
+
+}  // namespace
+}  // namespace quorvan
