@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building and testing need, and says nothing when all are there.
+#
+#   tools/setup.sh            what ./run and ./test need
+#   tools/setup.sh --checks   also clang, clang-format and clang-tidy
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build pkg-config
+  libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev uuid-dev
+  libgtest-dev ffmpeg
+)
+case "${1-}" in
+  '') ;;
+  --checks) packages+=(clang libclang-rt-dev clang-format clang-tidy) ;;
+  *)
+    echo "usage: tools/setup.sh [--checks]" >&2
+    exit 2
+    ;;
+esac
+
+if ! command -v dpkg-query >/dev/null; then
+  echo "setup: no Debian system; please install by hand what is missing of: ${packages[*]}" >&2
+  exit 0
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+  [[ $status == installed ]] || missing+=("$package")
+done
+[[ ${#missing[@]} -gt 0 ]] || exit 0
+
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+  if ! command -v sudo >/dev/null; then
+    echo "setup: missing packages: ${missing[*]}" >&2
+    echo "setup: install them as root: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+
+echo "setup: installing ${missing[*]}" >&2
+{
+  "${as_root[@]}" apt-get update -qq
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"
+} >&2
