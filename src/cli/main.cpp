@@ -2,6 +2,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
+#include <exception>
+
 #include "cli/commands.h"
 #include "platform/console.h"
 
@@ -43,10 +46,7 @@ void AddConform(CLI::App* app, ConformArguments* arguments) {
   app->add_option("OUT", arguments->out, "Copy to be made; must not exist")->required();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  quorvan::platform::PrepareStandardStreams();
+int RunCompanion(int argc, char** argv) {
   CLI::App app("MXF Quorvan: new sound for finished MXF clips, in place", "mxf-quorvan-cli");
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage, 3 cancelled.");
@@ -72,4 +72,16 @@ int main(int argc, char** argv) {
   if (infoCommand->parsed()) return RunInfo(info);
   if (rewrapCommand->parsed()) return RunRewrap(rewrap);
   return RunConform(conform);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  quorvan::platform::PrepareStandardStreams();
+  try {
+    return RunCompanion(argc, argv);
+  } catch (const std::exception& error) {  // memory is out: every other failure is a status
+    std::fputs(error.what(), stderr);
+    return kFailed;
+  }
 }

@@ -223,7 +223,7 @@ ConformResult CheckSkeleton(platform::File* file) {
 
 ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
   MxfRecords records;
-  const ConformResult result = AnalyzeCopy(file, &records);
+  ConformResult result = AnalyzeCopy(file, &records);
   if (!result.done || IndexLeadsToFrames(*file, layout, records)) return result;
   return Refused("the index table does not lead to the frames");
 }
@@ -245,7 +245,7 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
     return CancelWanted(*progress) ? Cancelled() : Refused(writer.reason);
   };
   if (!WriteSkeleton(map, layout, &writer)) return writeFault();
-  if (const ConformResult result = CheckSkeleton(&copy.file()); !result.done) return result;
+  if (ConformResult result = CheckSkeleton(&copy.file()); !result.done) return result;
   if (!WriteEssence(map, layout, &writer)) return writeFault();
   if (!copy.file().Flush()) return Refused("the copy cannot be brought onto the medium");
   ConformResult result = CheckCopy(&copy.file(), layout);

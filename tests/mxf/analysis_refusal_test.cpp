@@ -39,15 +39,15 @@ Bytes Batch(std::uint32_t count, std::uint32_t size, std::size_t payload) {
 std::function<void(ClipSpec&)> Drop(SetKind kind, std::size_t occurrence = 0) {
   return [=](ClipSpec& spec) { spec.DropSet(kind, occurrence); };
 }
-std::function<void(ClipSpec&)> Set(SetKind kind, std::uint16_t tag, Bytes value) {
+std::function<void(ClipSpec&)> Set(SetKind kind, std::uint16_t tag, const Bytes& value) {
   return [=](ClipSpec& spec) { spec.SetTag(kind, 0, tag, value); };
 }
-std::function<void(ClipSpec&)> EditIndex(std::function<void(IndexSegment&)> edit) {
+std::function<void(ClipSpec&)> EditIndex(const std::function<void(IndexSegment&)>& edit) {
   return [=](ClipSpec& spec) {
     spec.indexEdits.push_back([=](std::vector<IndexSegment>& segments) { edit(segments[0]); });
   };
 }
-std::function<void(Clip&)> PackField(std::size_t partition, std::size_t place, Bytes value) {
+std::function<void(Clip&)> PackField(std::size_t partition, std::size_t place, const Bytes& value) {
   return [=](Clip& clip) { PatchPack(clip, partition, place, value); };
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -109,13 +108,15 @@ TEST(FaultGuard, ReportsAFileThatWasCutShortUnderItsView) {
     ASSERT_TRUE(file.Resize(MappingGranularity()));
     std::uint8_t byte = 1;
     std::uint8_t* place = view.data() + size / 2;
-    auto body = [&] { writes ? std::memcpy(place, &byte, 1) : std::memcpy(&byte, place, 1); };
+    auto body = [&] {
+      writes ? * place = byte : byte = *static_cast<volatile std::uint8_t*>(place);
+    };
     for (int again = 0; again < 3; ++again) {
       const GuardResult result = RunGuarded(body);
       EXPECT_FALSE(result.completed);
       EXPECT_EQ(result.address, place);
     }
-    auto good = [&] { std::memcpy(&byte, view.data(), 1); };
+    auto good = [&] { byte = *view.data(); };
     EXPECT_TRUE(RunGuarded(good).completed);
     EXPECT_EQ(byte, 7);
   };

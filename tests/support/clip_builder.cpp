@@ -433,7 +433,8 @@ ClipSpec& ClipSpec::DropSet(SetKind kind, std::size_t occurrence) {
   return *this;
 }
 
-ClipSpec& ClipSpec::SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, Bytes value) {
+ClipSpec& ClipSpec::SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag,
+                           const Bytes& value) {
   headerEdits.push_back(
       [=](HeaderSets& sets) { SetOf(sets, kind, occurrence).SetTag(tag, value); });
   return *this;

@@ -172,7 +172,7 @@ struct ClipSpec {
 
   // Short forms of header edits; `occurrence` counts the sets of a kind from 0.
   ClipSpec& DropSet(SetKind kind, std::size_t occurrence = 0);
-  ClipSpec& SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, Bytes value);
+  ClipSpec& SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, const Bytes& value);
   ClipSpec& RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag);
   ClipSpec& SetKey(SetKind kind, std::size_t occurrence, const Label& key);
 };
