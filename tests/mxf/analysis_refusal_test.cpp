@@ -2,6 +2,7 @@
 
 #include "analysed.h"
 #include "mxf/readers.h"
+#include "support/failing_memory.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {
@@ -278,6 +279,43 @@ TEST(AnalysisGuards, NameTheMissingPiece) {
   r.base.partitionTable = nullptr;
   EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 3);
   EXPECT_EQ(ReadRandomIndexAndPartitions(&file, 9, &r.base), 203);
+}
+
+TEST(AnalysisWithoutMemory, EndsWithTheCodeOfItsStage) {
+  const TempFolder folder;
+  const auto path = folder.Write("clip.mxf", BuildClip(ClipSpec()).bytes);
+  std::vector<std::int32_t> results;
+  do {
+    auto file = platform::File::Open(path, platform::OpenMode::kReadAlone);
+    MxfRecords records;
+    FailAllocation(static_cast<int>(results.size()) + 1);
+    results.push_back(AnalyzeMxfFile(&file, &records.base));
+  } while (AllocationFailed());
+  FailAllocation(0);
+  // Raw entries, table, preface, identification, content storage, essence container data, ...
+  ASSERT_GT(results.size(), 8u);
+  EXPECT_EQ(std::vector(results.begin(), results.begin() + 7),
+            (std::vector<std::int32_t>{205, 206, 305, 0, 702, 802, 405}));
+  EXPECT_EQ(results[results.size() - 2], 608);
+  EXPECT_EQ(results.back(), 0);
+}
+
+// More than a damaged length should make the program ask the system for.
+TEST(AnalysisOfAHugeSet, IsRefusedLikeOneWithoutMemory) {
+  ClipSpec spec;
+  spec.headerEdits.push_back(
+      [](HeaderSets& sets) { SetOf(sets, SetKind::kPreface).longLength = true; });
+  Clip clip = BuildClip(spec);
+  constexpr std::uint64_t hole = 300u << 20;
+  Patch(clip.bytes, clip.layout.Set(SetKind::kPreface).klv.value - 7, {0, 0, 0, 0x12, 0, 0, 0});
+  const auto pack = clip.bytes.begin() + static_cast<long>(clip.layout.randomIndex.key);
+  const Bytes randomIndex(pack, clip.bytes.end());
+  const TempFolder folder;
+  const std::u16string path = folder.Write("clip.mxf", clip.bytes);
+  auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
+  ASSERT_TRUE(file.WriteAt(hole, randomIndex.data(), randomIndex.size()));
+  MxfRecords records;
+  EXPECT_EQ(AnalyzeMxfFile(&file, &records.base), 305);
 }
 
 TEST(AnalysisOfATruncatedClip, NeverCrashesAndNeverAccepts) {

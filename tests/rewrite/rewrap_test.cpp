@@ -6,6 +6,7 @@
 
 #include "platform/text.h"
 #include "rewrap_job.h"
+#include "support/failing_memory.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {
@@ -160,6 +161,19 @@ TEST(RewrapMapped, RefusesArgumentsAndRangesBeforeItOpensAnything) {
   job.Range(0, 9);
   job.app.mxf.timecode.rateIndex = 8;
   ExpectUntouched(job, 2004);
+}
+
+TEST(RewrapMapped, TouchesNothingWithoutMemory) {
+  const std::int32_t codes[] = {2010, 2011, 2002, 2002};
+  for (int nth = 1; nth <= 4; ++nth) {
+    RewrapJob job{ClipSpec()};
+    job.Put(0, Wav(1, 24, kPlenty));
+    FailAllocation(nth);
+    const std::int32_t result = job.Run();
+    FailAllocation(0);
+    EXPECT_EQ(result, codes[nth - 1]);
+    EXPECT_TRUE(job.Now() == job.clip.bytes);
+  }
 }
 
 TEST(RewrapMapped, IsRefusedWhileAnotherHoldsTheClip) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "support/failing_memory.h"
 #include "support/temp_folder.h"
 #include "support/wav_builder.h"
 
@@ -61,6 +62,9 @@ TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
   EXPECT_EQ(AddWavFile(folder_.PathOf("none").c_str(), &head_, mxf_.base), kWavCannotOpen);
   EXPECT_EQ(AddWavFile(nullptr, &head_, mxf_.base), kWavNoPath);
   EXPECT_EQ(AddWavFile(u"a", nullptr, mxf_.base), kWavNoLibrary);
+  test::FailAllocation(1);
+  EXPECT_EQ(Add("b"), kWavNoMemory);
+  test::FailAllocation(0);
   EXPECT_EQ(Add("b", widest), kWavOk);
   EXPECT_EQ(Names(), "ab");
   EXPECT_EQ(head_.entryCount, 2);
