@@ -184,7 +184,8 @@ TEST_F(TrackAssignment, RemovalAsksForAssignedEntriesOnlyAndGoesOnAfterANo) {
   app_.currentWavItem = 2;
   EXPECT_EQ(CurrentWavEntry(app_), nullptr);
 
-  unselected->selected = 1;
+  EXPECT_EQ(kept->selected, 0U);
+  kept->selected = unselected->selected = 1;
   EXPECT_TRUE(RemoveSelectedEntries(&app_, [](const WAV_FILE_INFO&) { return true; }));
   EXPECT_EQ(app_.wavIndex, nullptr);
   EXPECT_EQ(Tracks(), "--------");
