@@ -262,7 +262,7 @@ ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
     return Refused("the copy would replace the clip itself");
   }
-  if (platform::QueryFileInfo(out)) {
+  if (platform::IsNameTaken(out)) {
     return Refused(fmt::format("{} exists already", platform::ToUtf8(out)));
   }
   const platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);

@@ -111,6 +111,9 @@ class File {
 // Size and times of the file at `path`; nothing when there is no such file.
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
 
+// True when anything stands under that name: a file, a folder, a link that leads nowhere.
+bool IsNameTaken(const std::u16string& path);
+
 // Removes the file at `path`. True when it is gone.
 bool RemoveFile(const std::u16string& path);
 

@@ -275,6 +275,7 @@ class MappedRewrite {
   }
 
   std::int32_t Finish() {
+    if (clip_.Size() != mxf_.fileSize) return kRewrapClipFault;
     const auto times = StampTimes();
     clipMapping_ = {};
     ReleaseSources();

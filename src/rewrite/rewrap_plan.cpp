@@ -70,6 +70,8 @@ bool FitsSampleWidth(const TrackSource& source, const MXF_AUDIO_INFO& audio) {
 // than those that were asked for.
 bool CountsEveryFrame(const MXF_BASE_INFO& mxf) {
   const INDEX_ENTRY_ARRAY* entries = mxf.indexEntries->get();
+  // Fewer entries than the clip lasts: nobody can tell which frame has lost its own.
+  if (mxf.timecode->frameCount < mxf.timecode->duration) return false;
   if (entries[0].segmentStart != 0) return false;
   for (std::uint32_t i = 1; i < mxf.timecode->frameCount; ++i) {
     const bool sameSegment = entries[i].segmentStart == entries[i - 1].segmentStart;

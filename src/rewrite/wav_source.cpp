@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 
 namespace quorvan {
 namespace {
@@ -23,21 +22,42 @@ void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t block
 constexpr std::uint64_t kRiffHeaderBytes = 12;  // form, size, "WAVE"
 constexpr std::uint64_t kChunkHeaderBytes = 8;
 
+constexpr std::size_t kFormatBytes = 16;
+
+std::uint16_t ReadLe16(const std::uint8_t* p) {
+  return static_cast<std::uint16_t>(p[0] | p[1] << 8);
+}
+
 std::uint32_t ReadLe32(const std::uint8_t* p) {
   return std::uint32_t{p[0]} | std::uint32_t{p[1]} << 8 | std::uint32_t{p[2]} << 16 |
          std::uint32_t{p[3]} << 24;
 }
 
-// Where the audio begins by the sizes of the chunks in front of it; nothing when they lead nowhere.
-std::optional<std::uint64_t> DataOffsetByChunks(const platform::File& file) {
-  std::uint8_t header[kChunkHeaderBytes];
+// True when these first bytes of a fmt chunk say what the library holds.
+bool IsFormatOf(const std::uint8_t* fmt, const WAV_FILE_INFO& wav) {
+  return ReadLe16(fmt) == wav.formatTag && ReadLe16(fmt + 2) == wav.channels &&
+         ReadLe32(fmt + 4) == wav.sampleRate && ReadLe16(fmt + 12) == wav.blockAlign &&
+         ReadLe16(fmt + 14) == wav.bitsPerSample;
+}
+
+// The file by the sizes of its chunks, where the reader goes by their letters, which may stand
+// anywhere: false when the chunks lead to another format or to audio elsewhere, true when they
+// agree or lead nowhere.
+bool AgreesWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
+  std::uint8_t chunk[kChunkHeaderBytes + kFormatBytes];
+  bool sameFormat = true;
   std::uint64_t at = kRiffHeaderBytes;
-  while (file.ReadAt(at, header, kChunkHeaderBytes) == kChunkHeaderBytes) {
-    if (std::memcmp(header, "data", 4) == 0) return at + kChunkHeaderBytes;
-    const std::uint64_t size = ReadLe32(header + 4);
-    at += kChunkHeaderBytes + size + size % 2;
+  for (;;) {
+    const std::size_t held = file.ReadAt(at, chunk, sizeof chunk);
+    if (held < kChunkHeaderBytes) return true;
+    at += kChunkHeaderBytes;
+    if (std::memcmp(chunk, "data", 4) == 0) return sameFormat && at == wav.dataOffset;
+    if (std::memcmp(chunk, "fmt ", 4) == 0 && held == sizeof chunk) {
+      sameFormat = IsFormatOf(chunk + kChunkHeaderBytes, wav);
+    }
+    const std::uint64_t size = ReadLe32(chunk + 4);
+    at += size + size % 2;
   }
-  return std::nullopt;
 }
 
 }  // namespace
@@ -49,8 +69,7 @@ SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav) {
       times->lastWrite != wav.findData.times.lastWrite) {
     return SourceState::kChanged;
   }
-  const auto chained = DataOffsetByChunks(file);
-  if (chained && *chained != wav.dataOffset) return SourceState::kChanged;
+  if (!AgreesWithChunks(file, wav)) return SourceState::kChanged;
   if (wav.dataOffset > *size) return SourceState::kCutShort;
   const std::uint64_t rest = *size - wav.dataOffset;
   const bool unfinished = wav.dataSize < wav.blockAlign && rest >= wav.blockAlign;

@@ -17,7 +17,8 @@ enum class SourceState {
 };
 
 // Compares the open `file` with what the library knows of it as `wav`. Where its chunks, followed
-// by their sizes, lead to a data chunk, that must be the one that was found.
+// by their sizes, lead to a data chunk, format and place of the audio must be those that were
+// found.
 SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav);
 
 // Splits one channel out of `frames` interleaved sample frames of `blockAlign` bytes at `source`:

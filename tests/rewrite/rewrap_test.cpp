@@ -217,8 +217,12 @@ TEST(RewrapMapped, TouchesNothingWhenTheIndexLeadsAstray) {
       [](Segments& s) { std::swap(s[1].entries[3], s[1].entries[1]); },
       [](Segments& s) { s[1].entries[2].sliceOffset -= 512; },
       [](Segments& s) { s[1].entries.pop_back(); },  // fewer frames than the clip lasts
-      [](Segments& s) { s[0].startPosition = 5; },   // the first frames are missing
-      [](Segments& s) { s[1].startPosition = 6; },   // a gap
+      [](Segments& s) {                              // one frame lost, the rest closed up
+        s[0].entries.erase(s[0].entries.begin());
+        s[1].startPosition = 4;
+      },
+      [](Segments& s) { s[0].startPosition = 5; },  // the first frames are missing
+      [](Segments& s) { s[1].startPosition = 6; },  // a gap
       // No entry for the system element, so that each delta leads to the next track.
       [](Segments& s) {
         for (IndexSegment& segment : s)
@@ -326,6 +330,14 @@ TEST(RewrapMapped, TouchesNothingWhenASourceIsNotWhatItClaims) {
     WavSpec lettered = Wav(1, 24, kPlenty);
     lettered.chunksBeforeData = {
         {"_PMX", {'M', 'e', 't', 'a', 'd', 'a', 't', 'a', 'D', 'a', 't', 'e'}}};
+    job.Put(0, lettered);
+    ExpectUntouched(job, 2008);
+  }
+  {
+    RewrapJob job{ClipSpec()};
+    WavSpec lettered = Wav(1, 24, kPlenty);
+    lettered.chunksBeforeData = {{"LIST", {'f',  'm',  't', ' ', 16, 0, 0,    0, 1, 0, 2,  0,
+                                           0x80, 0xBB, 0,   0,   0,  0, 0xEE, 2, 4, 0, 16, 0}}};
     job.Put(0, lettered);
     ExpectUntouched(job, 2008);
   }

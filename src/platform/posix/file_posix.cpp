@@ -213,6 +213,11 @@ std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
   return FileInfo{status.stx_size, TimesOf(status)};
 }
 
+bool IsNameTaken(const std::u16string& path) {
+  struct stat status {};
+  return lstat(ToUtf8(path).c_str(), &status) == 0;
+}
+
 bool RemoveFile(const std::u16string& path) {
   return unlink(ToUtf8(path).c_str()) == 0;
 }
