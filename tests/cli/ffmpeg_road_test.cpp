@@ -85,6 +85,7 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
     const CommandResult decoded = RunCommand("ffmpeg -v error -y -i " + Path("clip.mxf") + outputs);
     EXPECT_EQ(decoded.status, 0) << decoded.error;
     std::vector<Bytes> samples;
+    samples.reserve(static_cast<std::size_t>(tracks));
     for (int t = 0; t < tracks; ++t)
       samples.push_back(ReadAll(Path("raw" + std::to_string(t))));
     return samples;
