@@ -8,14 +8,13 @@ namespace quorvan {
 namespace {
 
 constexpr std::size_t kKeyBytes = 16;
-constexpr std::uint8_t kBer4 = 0x83;
-constexpr std::uint8_t kBer8 = 0x87;
+constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr std::size_t kLongestHeader = kKeyBytes + 8;
 
 // Bytes of the length field that starts with `first`; 0 when the searches do not follow it.
 std::size_t LengthFieldBytes(std::uint8_t first) {
-  if (first == kBer4) return 4;
-  if (first == kBer8) return 8;
+  if (first == kFourByteLength) return 4;
+  if (first == kEightByteLength) return 8;
   return 0;
 }
 

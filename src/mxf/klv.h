@@ -17,6 +17,9 @@ using KlvKey = std::array<std::uint8_t, 16>;
 // Bytes 0 to 3 of every SMPTE universal label.
 inline constexpr std::array<std::uint8_t, 4> kUlPrefix = {0x06, 0x0E, 0x2B, 0x34};
 
+// First byte of a length field of four bytes, the usual one.
+inline constexpr std::uint8_t kFourByteLength = 0x83;
+
 // A byte 0xFF in a wanted key matches any byte.
 namespace keys {
 constexpr KlvKey Set(std::uint8_t kind) {

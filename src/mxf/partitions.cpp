@@ -16,7 +16,6 @@ constexpr std::uint32_t kIndexPackHeader = 20;  // key and length of the Random 
 constexpr std::uint32_t kRawEntryBytes = 12;    // BodySID, ByteOffset
 constexpr std::uint32_t kMostPartitions = 1u << 20;
 constexpr std::size_t kPackBytes = 100;
-constexpr std::uint8_t kFourByteLength = 0x83;
 
 // Places in a partition pack with a length field of four bytes.
 namespace pack {

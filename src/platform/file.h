@@ -34,13 +34,6 @@ struct FileInfo {
   FileTimes times;
 };
 
-// Identifies the file behind a path or a handle, so that two names of one file are known as such.
-struct FileIdentity {
-  std::uint64_t volume;
-  std::uint64_t index;
-  bool operator==(const FileIdentity&) const = default;
-};
-
 // An open file, closed on destruction. Not safe for use by two threads at once, since the file
 // pointer belongs to all sequential calls; ReadAt and WriteAt do not touch it.
 class File {
@@ -65,10 +58,6 @@ class File {
   // Moves the file pointer to an absolute offset. Offsets above 2^63 - 1 are refused: returns false
   // and leaves the pointer where it was.
   bool Seek(std::uint64_t offset);
-
-  // Moves the file pointer by `distance` bytes; refused like Seek when the target is negative or
-  // above 2^63 - 1.
-  bool SeekBy(std::int64_t distance);
 
   // The file pointer.
   std::uint64_t Position() const { return position_; }
@@ -95,8 +84,6 @@ class File {
 
   // Sets last access and last write. The creation time stays what it is.
   bool SetTimes(const FileTimes& times);
-
-  std::optional<FileIdentity> Identity() const;
 
   // The system's own handle, for the other services of this folder only.
   int NativeHandle() const { return handle_; }

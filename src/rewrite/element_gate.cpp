@@ -10,7 +10,6 @@ namespace quorvan {
 namespace {
 
 constexpr std::size_t kKeyBytes = 16;
-constexpr std::uint8_t kFourByteLength = 0x83;
 constexpr std::uint8_t kLongForm = 0x80;
 constexpr std::size_t kMostLengthBytes = 8;
 

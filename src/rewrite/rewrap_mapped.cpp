@@ -16,6 +16,7 @@
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/umid.h"
 #include "rewrite/wav_source.h"
+#include "wav/wav_check.h"
 
 namespace quorvan {
 namespace {
@@ -59,7 +60,7 @@ std::u16string WavMappingName(std::uint32_t track) {
 }
 
 // One rewrite from its arguments to its end. Everything it opens is its own and goes with it,
-// except the source files, which stand in AUDIOTRACK_IO_INFO and are closed by Release.
+// except the source files, which stand in AUDIOTRACK_IO_INFO and are closed by ReleaseSources.
 class MappedRewrite {
  public:
   MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
@@ -221,9 +222,7 @@ class MappedRewrite {
       if (wav == nullptr) continue;
       OpenSource& source = sources_[i];
       source.view.Unmap();
-      const std::uint64_t held = wav->dataSize / wav->blockAlign;
-      const std::uint64_t wanted =
-          std::min(samples, held > source.consumed ? held - source.consumed : 0);
+      const std::uint64_t wanted = SamplesLeft(*wav, source.consumed, samples);
       if (wanted == 0) continue;
       source.view = source.mapping.ViewCovering(wav->dataOffset + source.consumed * wav->blockAlign,
                                                 wanted * wav->blockAlign);
@@ -257,7 +256,7 @@ class MappedRewrite {
                                      std::uint32_t channel, std::uint32_t wanted) {
     if (source.wav == nullptr) return silence_.get();
     const WAV_FILE_INFO& wav = *source.wav;
-    const std::uint32_t held = SamplesLeft(wav, open.consumed, wanted);
+    const auto held = static_cast<std::uint32_t>(SamplesLeft(wav, open.consumed, wanted));
     if (held == 0) return silence_.get();
     const std::uint32_t width = mxf_.audio->blockAlign;
     const std::uint64_t place = wav.dataOffset + open.consumed * wav.blockAlign;

@@ -9,6 +9,7 @@
 #include "mxf/sample_pattern.h"
 #include "platform/file.h"
 #include "timecode/timecode.h"
+#include "wav/little_endian.h"
 
 namespace quorvan {
 namespace {
@@ -26,14 +27,6 @@ constexpr std::size_t kBextBytes = 346;  // up to and with the time reference
 enum Tag : std::uint32_t { kRiff, kRf64, kWave, kDs64, kFmt, kBext, kData, kForm, kNoTag };
 
 using Bytes = std::span<const std::uint8_t>;
-
-template <typename Word>
-constexpr Word LoadLittleEndian(Bytes bytes) {
-  std::uint64_t value = 0;
-  for (std::size_t i = 0; i < sizeof(Word); ++i)
-    value |= static_cast<std::uint64_t>(bytes[i]) << (8 * i);
-  return static_cast<Word>(value);
-}
 
 constexpr char kTagLetters[kNoTag][kTagBytes + 1] = {"RIFF", "RF64", "WAVE", "ds64",
                                                      "fmt ", "bext", "data", "FORM"};
@@ -99,7 +92,7 @@ struct Scan {
 
 template <typename Word>
 void TakeField(Bytes body, std::size_t offset, Word* field) {
-  if (body.size() >= offset + sizeof(Word)) *field = LoadLittleEndian<Word>(body.subspan(offset));
+  if (body.size() >= offset + sizeof(Word)) *field = LoadLittleEndian<Word>(body.data() + offset);
 }
 
 void TakeDs64(Bytes body, WAV_HEADER_INFO* header) {
@@ -190,7 +183,8 @@ WavResult ScanTags(Scan* scan) {
     if (tag != kNoTag) {
       const Bytes size = scan->window.At(position, kSizeBytes);
       if (size.size() < kSizeBytes) return kWavHeaderIncomplete;
-      position = EnterTag(scan, tag, LoadLittleEndian<std::uint32_t>(size), position + kSizeBytes);
+      position =
+          EnterTag(scan, tag, LoadLittleEndian<std::uint32_t>(size.data()), position + kSizeBytes);
     }
     if (scan->marks == 0) break;
     position = NextTagLetter(scan, position - kStepBack);

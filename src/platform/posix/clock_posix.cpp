@@ -2,11 +2,10 @@
 
 #include <ctime>
 
+#include "platform/posix/file_time.h"
+
 namespace quorvan::platform {
 namespace {
-
-constexpr std::int64_t kUnixEpochAsFileTime = 116444736000000000;
-constexpr std::int64_t kTicksPerSecond = 10000000;
 
 CalendarTime LocalTimeOf(std::time_t seconds) {
   std::tm fields{};

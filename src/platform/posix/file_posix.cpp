@@ -11,6 +11,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/posix/file_time.h"
 #include "platform/text.h"
 
 namespace quorvan::platform {
@@ -18,10 +19,6 @@ namespace {
 
 constexpr std::uint64_t kMaxOffset = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
-
-// 1601-01-01 to 1970-01-01 in units of 100 ns.
-constexpr std::int64_t kUnixEpochAsFileTime = 116444736000000000;
-constexpr std::int64_t kTicksPerSecond = 10000000;
 
 FileTime ToFileTime(std::int64_t seconds, std::int64_t nanoseconds) {
   return static_cast<FileTime>(seconds * kTicksPerSecond + nanoseconds / 100 +
@@ -144,11 +141,6 @@ bool File::Seek(std::uint64_t offset) {
   return true;
 }
 
-bool File::SeekBy(std::int64_t distance) {
-  const std::uint64_t target = position_ + static_cast<std::uint64_t>(distance);
-  return Seek(target);
-}
-
 std::size_t File::Read(void* buffer, std::size_t length) {
   const std::size_t done = ReadAt(position_, buffer, length);
   position_ += done;
@@ -194,13 +186,6 @@ std::optional<FileTimes> File::Times() const {
 bool File::SetTimes(const FileTimes& times) {
   const timespec values[2] = {ToTimespec(times.lastAccess), ToTimespec(times.lastWrite)};
   return futimens(handle_, values) == 0;
-}
-
-std::optional<FileIdentity> File::Identity() const {
-  struct stat status {};
-  if (fstat(handle_, &status) != 0) return std::nullopt;
-  return FileIdentity{static_cast<std::uint64_t>(status.st_dev),
-                      static_cast<std::uint64_t>(status.st_ino)};
 }
 
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
