@@ -7,8 +7,8 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build pkg-config
-  libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev uuid-dev
-  libgtest-dev ffmpeg
+  libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev uuid-dev libebur128-dev
+  libgtest-dev ffmpeg sox mediainfo sndfile-programs
 )
 case "${1-}" in
   '') ;;

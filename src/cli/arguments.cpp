@@ -1,5 +1,7 @@
 #include "cli/arguments.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 
 #include "timecode/timecode.h"
@@ -44,6 +46,27 @@ std::optional<TrackArgument> ParseTrackArgument(std::string_view text) {
   const auto track = ParseTrackNumber(text.substr(0, equals));
   if (!track) return std::nullopt;
   return TrackArgument{*track, std::string(text.substr(equals + 1))};
+}
+
+std::optional<std::vector<std::uint32_t>> ParseTrackList(std::string_view text) {
+  std::array<bool, kMaxTracks> named{};
+  for (bool more = true; more;) {
+    const std::size_t comma = text.find(',');
+    more = comma != std::string_view::npos;
+    const std::string_view part = text.substr(0, comma);
+    if (more) text.remove_prefix(comma + 1);
+    const std::size_t dash = part.find('-');
+    const auto first = ParseTrackNumber(part.substr(0, dash));
+    const auto last =
+        dash == std::string_view::npos ? first : ParseTrackNumber(part.substr(dash + 1));
+    if (!first || !last || *first > *last) return std::nullopt;
+    std::fill(named.begin() + *first, named.begin() + *last + 1, true);
+  }
+  std::vector<std::uint32_t> tracks;
+  for (std::uint32_t t = 0; t < kMaxTracks; ++t) {
+    if (named[t]) tracks.push_back(t);
+  }
+  return tracks;
 }
 
 std::optional<std::int32_t> ParseTimecode(std::string_view text,

@@ -2,9 +2,11 @@
 
 #include <utility>
 
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/job_runner.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
-#include "platform/file.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_state.h"
@@ -12,38 +14,40 @@
 namespace quorvan::cli {
 namespace {
 
-void Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
+bool Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
   session->result = result;
   session->message = std::move(message);
+  return false;
 }
 
 }  // namespace
 
-bool LoadClip(const std::string& path, bool fileIo, ClipSession* session) {
+bool LoadClip(const std::string& path, const LoadOptions& options, ClipSession* session) {
   APP_STATE_INFO& app = session->app.info;
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
   if (fullPath.size() >= kMxfPathChars) {
-    Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, kNoFileHandle), session);
-    return false;
+    return Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, kNoFileHandle), session);
+  }
+  app.mxfFile = platform::File::Open(fullPath, platform::OpenMode::kReadAlone);
+  if (!app.mxfFile.IsOpen()) {
+    const std::uint32_t reason = platform::LastSystemError();
+    return Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, reason), session);
   }
   platform::CopyText(app.mxfPath, kMxfPathChars, fullPath);
   app.jobKind = kAnalysisJob;
-  app.useFileIo = fileIo ? 1 : 0;
-  app.mxf->timecode->useFileIo = app.useFileIo;
-
-  platform::File file = platform::File::Open(fullPath, platform::OpenMode::kReadAlone);
-  if (!file.IsOpen()) {
-    Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, kNoFileHandle), session);
-    return false;
-  }
-  const std::int32_t result = AnalyzeMxfFile(&file, app.mxf);
-  if (result != kSuccess) {
-    Refuse(result, LoadFailureMessage(fullPath, app.mxf->processCode, result, app.useFileIo),
-           session);
-    return false;
-  }
+  app.useFileIo = options.fileIo ? 1 : 0;
+  app.noTimecodeCheck = options.timecodeCheck ? 0 : 1;
+  JobOutcome outcome = RunJob(&app);
+  app.mxfFile.Close();
+  if (outcome.result != kSuccess) return Refuse(outcome.result, std::move(outcome.text), session);
   EnterLoadedState(&app);
   return true;
+}
+
+int LoadClipOrSay(const std::string& path, const LoadOptions& options, ClipSession* session) {
+  if (LoadClip(path, options, session)) return kDone;
+  PrintError(session->message);
+  return session->result == kCancelled ? kInterrupted : kFailed;
 }
 
 }  // namespace quorvan::cli

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,15 +21,52 @@ struct InfoArguments {
   bool json = false;
   bool index = false;
   bool fileIo = false;
+  bool noTimecodeCheck = false;
+  std::optional<std::string> timecodeLog;  // where the breaks are written to
+};
+
+// First and last frame as timecode texts; the clip's own when absent.
+struct RangeArguments {
+  std::optional<std::string> in;
+  std::optional<std::string> out;
+};
+
+// What is to stand on the tracks of the clip.
+struct PlacementArguments {
+  std::vector<std::string> tracks;   // "N=WAV", N from 1
+  std::vector<std::string> silence;  // tracks from 1
 };
 
 struct RewrapArguments {
   std::string file;
-  std::vector<std::string> tracks;   // "N=WAV", N from 1
-  std::vector<std::string> silence;  // tracks from 1
-  std::optional<std::string> in;     // timecode text; the first frame when absent
-  std::optional<std::string> out;    // timecode text; the last frame when absent
+  PlacementArguments placement;
+  RangeArguments range;
+  bool fileIo = false;
+  std::optional<std::uint32_t> buffer;  // row of the buffer durations
+  bool noLog = false;
   bool yes = false;
+};
+
+struct ExportArguments {
+  std::string file;
+  std::string tracks;  // "1,3-5"
+  std::string folder;
+  std::optional<std::string> prefix;
+  RangeArguments range;
+  bool fileIo = false;
+};
+
+struct LoudnessArguments {
+  std::string file;
+  std::string tracks;  // "A,B" or "A"
+  RangeArguments range;
+  bool json = false;
+};
+
+struct VerifyArguments {
+  std::string file;
+  PlacementArguments placement;
+  RangeArguments range;
 };
 
 struct ConformArguments {
@@ -41,6 +79,15 @@ int RunInfo(const InfoArguments& arguments);
 
 // Gives a clip new sound.
 int RunRewrap(const RewrapArguments& arguments);
+
+// Writes tracks of a clip into BWF files.
+int RunExport(const ExportArguments& arguments);
+
+// Measures two tracks of a clip.
+int RunLoudness(const LoudnessArguments& arguments);
+
+// Compares the sound of a clip with its sources.
+int RunVerify(const VerifyArguments& arguments);
 
 // Copies a clip into the form that the readers follow.
 int RunConform(const ConformArguments& arguments);

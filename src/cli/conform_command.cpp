@@ -18,14 +18,11 @@ int RunConform(const ConformArguments& arguments) {
   ConformProgress counters;
   const JobProgress progress{[&] { return counters.bytesDone.load(); },
                              [&] { return counters.bytesTotal.load(); },
-                             [&] { counters.cancel = 1; }, "bytes"};
+                             [&] { counters.cancel = 1; },
+                             "bytes",
+                             {}};
   ConformResult result;
-  RunWithProgress(
-      [&] {
-        result = ConformClip(in, out, &counters);
-        return kSuccess;
-      },
-      progress);
+  RunWithProgress([&] { result = ConformClip(in, out, &counters); }, progress);
 
   if (result.done) return kDone;
   if (result.cancelled) {

@@ -2,12 +2,32 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/info_views.h"
+#include "mxf/analysis.h"
+#include "platform/file.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "report/timecode_log.h"
 
 namespace quorvan::cli {
+namespace {
+
+// False when the log is wanted and cannot be written.
+bool WriteLog(const InfoArguments& arguments, const ClipSession& session) {
+  if (!arguments.timecodeLog || session.app.mxf.timecode.errorCount == 0) return true;
+  const std::u16string path = platform::AbsolutePath(platform::ToUtf16(*arguments.timecodeLog));
+  std::uint32_t error = 0;
+  if (WriteTimecodeLog(path, session.app.info, &error)) return true;
+  PrintError(TimecodeLogFailureMessage(session.app.info.mxfPath, error));
+  return false;
+}
+
+}  // namespace
 
 int RunInfo(const InfoArguments& arguments) {
+  WatchForInterrupts();
   ClipSession session;
-  const bool accepted = LoadClip(arguments.file, arguments.fileIo, &session);
+  const bool accepted =
+      LoadClip(arguments.file, {arguments.fileIo, !arguments.noTimecodeCheck}, &session);
   bool printed = true;
   if (arguments.json) {
     printed = PrintLine(InfoJson(session, arguments.index && accepted));
@@ -16,7 +36,9 @@ int RunInfo(const InfoArguments& arguments) {
   }
   if (!accepted) PrintError(session.message);
   if (!printed) PrintError("the output could not be written");
-  return accepted && printed ? kDone : kFailed;
+  const bool logged = WriteLog(arguments, session);
+  if (session.result == kCancelled) return kInterrupted;
+  return accepted && printed && logged ? kDone : kFailed;
 }
 
 }  // namespace quorvan::cli

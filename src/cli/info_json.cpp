@@ -140,6 +140,17 @@ Json IndexEntries(const MXF_BASE_INFO& mxf) {
   return entries;
 }
 
+Json TimecodeErrors(const MXF_TIMECODE_INFO& timecode) {
+  Json errors = Json::array();
+  for (const TIMECODE_ERROR_INFO* e = timecode.errorList->next; e != nullptr; e = e->next) {
+    errors.push_back({{"previousTimecode", e->previousTimecode},
+                      {"nextTimecode", e->nextTimecode},
+                      {"kind", e->kind},
+                      {"frameNumber", e->frameNumber}});
+  }
+  return errors;
+}
+
 }  // namespace
 
 std::string InfoJson(const ClipSession& session, bool index) {
@@ -153,6 +164,7 @@ std::string InfoJson(const ClipSession& session, bool index) {
   root["MXF_TIMECODE_INFO"] = TimecodeInfo(*mxf.timecode);
   root["MXF_AUDIO_INFO"] = AudioInfo(*mxf.audio);
   root["MXF_VIDEO_INFO"] = VideoInfo(*mxf.video);
+  if (mxf.timecode->errorCount > 0) root["TIMECODE_ERROR_INFO"] = TimecodeErrors(*mxf.timecode);
   if (index) root["INDEX_ENTRY_ARRAY"] = IndexEntries(mxf);
   // A name that is no UTF-8 shows with replacement characters.
   return root.dump(2, ' ', false, Json::error_handler_t::replace);

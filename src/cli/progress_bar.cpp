@@ -38,21 +38,28 @@ std::string BarLine(const JobProgress& progress, double elapsed, int columns) {
                      done, total, progress.unit, 100.0 * share, TimeLeft(elapsed, share));
 }
 
+// The stage's name while there is nothing to count.
+std::string StageLine(const JobProgress& progress, int columns) {
+  std::string line = progress.stage();
+  if (line.size() >= static_cast<std::size_t>(columns)) line.clear();
+  return line;
+}
+
 void Draw(const JobProgress& progress, double started) {
   const int columns = platform::TerminalColumns();
-  std::string line = BarLine(progress, platform::MonotonicSeconds() - started, columns);
+  std::string line = progress.stage && progress.total() == 0
+                         ? StageLine(progress, columns)
+                         : BarLine(progress, platform::MonotonicSeconds() - started, columns);
   if (columns > 1) line.resize(std::min(line.size(), static_cast<std::size_t>(columns) - 1));
   PrintRaw("\r" + line + "\x1b[K");
 }
 
 }  // namespace
 
-std::int32_t RunWithProgress(const std::function<std::int32_t()>& job,
-                             const JobProgress& progress) {
+void RunWithProgress(const std::function<void()>& job, const JobProgress& progress) {
   std::atomic<bool> ended = false;
-  std::int32_t result = 0;
   std::thread worker([&] {
-    result = job();
+    job();
     ended = true;
   });
   const bool shows = platform::ErrorIsTerminal();
@@ -67,7 +74,6 @@ std::int32_t RunWithProgress(const std::function<std::int32_t()>& job,
     Draw(progress, started);
     PrintRaw("\n");
   }
-  return result;
 }
 
 }  // namespace quorvan::cli

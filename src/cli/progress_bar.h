@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 #include <string_view>
 
 namespace quorvan::cli {
@@ -14,11 +15,12 @@ struct JobProgress {
   std::function<std::uint64_t()> total;  // 0 while it is not known
   std::function<void()> requestCancel;   // called while the job runs, as often as needed
   std::string_view unit;                 // what is counted, for the display
+  std::function<std::string()> stage;    // what is being done while there is no total; may be empty
 };
 
-// Runs `job` and returns its result. With a terminal on standard error a bar shows the count, the
+// Runs `job` to its end. With a terminal on standard error a bar shows the count, the
 // percentage and the time left. From the interrupt key on `requestCancel` is called until the job
 // ends.
-std::int32_t RunWithProgress(const std::function<std::int32_t()>& job, const JobProgress& progress);
+void RunWithProgress(const std::function<void()>& job, const JobProgress& progress);
 
 }  // namespace quorvan::cli

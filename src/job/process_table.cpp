@@ -196,6 +196,20 @@ constexpr FailureRow kExportFileIoFailures = {{
     u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。",
 }};
 
+// A measurement uses the numbers of the export from 4001 on, in a meaning of its own from 4006 on.
+constexpr FailureRow kMeasurementFailures = {{
+    {},
+    kExportMappedFailures[1],
+    kExportMappedFailures[2],
+    kExportMappedFailures[3],
+    kExportMappedFailures[4],
+    kExportMappedFailures[5],
+    kExportFileIoFailures[6],
+    kExportMappedFailures[6],
+    kExportMappedFailures[7],
+    kExportMappedFailures[9],
+}};
+
 struct Stage {
   std::uint32_t code;
   std::u16string_view name;
@@ -249,6 +263,7 @@ constexpr std::u16string_view kAnalysisStoppedForm = u"%s\n\n解析を中断し�
 constexpr std::u16string_view kJobDoneForm = u"%s\n\n%sが完了しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobCancelledForm = u"MXFファイル\n%s\n\n%sを中断しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobFailureForm = u"%s\n\n%s中にエラーが発生しました。\n%s\n\n\tERR: %s  process: %s";
+constexpr std::u16string_view kJobNoticeForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了していますので、同時に作成されたログテキストをご覧ください。";
 // clang-format on
 
 // A rewrite by plain file access ends with the mapped one's result when it cannot renew the UMIDs.
@@ -257,7 +272,15 @@ constexpr std::int32_t kUmidSizeResult = 2014;
 constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures.back();
 static_assert(!kUmidSizeText.empty());
 
+constexpr std::uint32_t kExportMappedCode = 4000;
+constexpr std::uint32_t kMeasurementCode = 6000;
+
 constexpr std::u16string_view kPlace = u"%s";
+
+std::u16string_view TextOf(const FailureRow& row, std::int64_t column) {
+  if (column < 0 || column >= static_cast<std::int64_t>(kResultColumns)) return {};
+  return row[static_cast<std::size_t>(column)];
+}
 
 const Stage* FindStage(std::uint32_t processCode) {
   const auto* found =
@@ -319,9 +342,10 @@ std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result) 
   if (processCode == kRewrapFileIoCode && result == kUmidSizeResult) return kUmidSizeText;
   const Stage* stage = FindStage(processCode);
   if (stage == nullptr) return kFillerText;
-  const std::int64_t column = std::int64_t{result} - stage->code;
-  if (column < 0 || column >= static_cast<std::int64_t>(kResultColumns)) return kFillerText;
-  const std::u16string_view text = stage->failures[static_cast<std::size_t>(column)];
+  std::u16string_view text = TextOf(stage->failures, std::int64_t{result} - stage->code);
+  if (processCode == kMeasurementCode && text.empty()) {
+    text = TextOf(kMeasurementFailures, std::int64_t{result} - kExportMappedCode);
+  }
   return text.empty() ? kFillerText : text;
 }
 
@@ -356,6 +380,10 @@ std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind
                               std::uint32_t useFileIo) {
   return Fill(kJobDoneForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
+}
+
+std::u16string JobNoticeMessage(std::u16string_view mxfPath) {
+  return Fill(kJobNoticeForm, {platform::LastComponent(mxfPath)});
 }
 
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,

@@ -34,11 +34,12 @@ std::u16string_view StageName(std::uint32_t processCode);
 std::u16string_view StageText(std::uint32_t processCode);
 
 // Why `result` came out of the stage with `processCode`; a filler text when the stage knows no such
-// result or there is no such stage. At most 255 characters.
+// result or there is no such stage. A measurement knows its results from 4001 on. At most 255
+// characters.
 std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
 
-// The messages. `mxfPath` is the path of the clip, of which its last component shows. Their length
-// follows the name's; platform::CopyText cuts one to fit a buffer without splitting a character.
+// The messages. `mxfPath` is the path of the clip, of which its last component shows, however long
+// it is.
 
 // The clip cannot be opened: it is missing, not readable or in use. `code` is shown in hexadecimal.
 std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code);
@@ -60,6 +61,7 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 // A rewrite, an export or a measurement has ended well, was cancelled, or failed with `result`.
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                               std::uint32_t useFileIo);
+std::u16string JobNoticeMessage(std::u16string_view mxfPath);  // done, but for its UMIDs
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                    std::uint32_t useFileIo);
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,

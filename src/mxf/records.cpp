@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "mxf/continuity.h"
+
 namespace quorvan {
 
 MxfRecords::MxfRecords() {
@@ -13,7 +15,9 @@ MxfRecords::MxfRecords() {
   timecode.errorList = &errorListHead;
 }
 
-MxfRecords::~MxfRecords() = default;
+MxfRecords::~MxfRecords() {
+  FreeTimecodeErrors(&timecode);
+}
 
 void UnloadMxf(MXF_BASE_INFO* mxf) {
   mxf->partitionTable->reset();

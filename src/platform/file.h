@@ -50,7 +50,10 @@ class File {
   static File Open(const std::u16string& path, OpenMode mode);
 
   bool IsOpen() const { return handle_ >= 0; }
-  void Close();
+
+  // Closes the file. False when the system reports only now that what was written is lost; true for
+  // a file that is not open.
+  bool Close();
 
   // Size in bytes, or nothing when the system cannot tell.
   std::optional<std::uint64_t> Size() const;
@@ -107,5 +110,12 @@ bool RemoveFile(const std::u16string& path);
 // Gives the file at `from` the name `to` in the same folder tree. Fails, and changes nothing, when
 // `to` exists already.
 bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to);
+
+// The same, but a file that has the name `to` gives way, in one step: there is no moment without a
+// file of that name.
+bool RenameReplacing(const std::u16string& from, const std::u16string& to);
+
+// The system's own number for why the last call of this header failed on this thread.
+std::uint32_t LastSystemError();
 
 }  // namespace quorvan::platform

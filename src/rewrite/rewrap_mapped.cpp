@@ -8,36 +8,21 @@
 #include <optional>
 
 #include "mxf/analysis.h"
+#include "mxf/segment_run.h"
 #include "platform/clock.h"
 #include "platform/fault_guard.h"
 #include "platform/mapping.h"
 #include "platform/text.h"
 #include "rewrite/element_gate.h"
 #include "rewrite/rewrap_plan.h"
+#include "rewrite/rewrap_proof.h"
 #include "rewrite/umid.h"
 #include "rewrite/wav_source.h"
-#include "wav/wav_check.h"
 
 namespace quorvan {
 namespace {
 
 constexpr char16_t kClipMappingName[] = u"fmMXF";
-
-std::int32_t CodeOf(PlanResult result) {
-  switch (result) {
-    case PlanResult::kReady:
-      return kSuccess;
-    case PlanResult::kNoTracks:
-      return kRewrapUnfit;
-    case PlanResult::kNoRecords:
-      return kRewrapNoRecords;
-    case PlanResult::kUnknownRate:
-      return kRewrapUnknownRate;
-    case PlanResult::kBadRange:
-      return kRewrapBadRange;
-  }
-  return kRewrapUnfit;
-}
 
 std::int32_t CodeOf(GateResult result) {
   switch (result) {
@@ -53,21 +38,43 @@ std::int32_t CodeOf(GateResult result) {
   return kRewrapUnfit;
 }
 
+std::int32_t CodeOf(ElementState state) {
+  switch (state) {
+    case ElementState::kSound:
+      return kSuccess;
+    case ElementState::kMisplaced:
+      return kRewrapUnfit;
+    case ElementState::kFault:
+      return kRewrapClipFault;
+  }
+  return kRewrapUnfit;
+}
+
+std::int32_t CodeOf(SourceState state) {
+  switch (state) {
+    case SourceState::kSound:
+      return kSuccess;
+    case SourceState::kChanged:
+      return kRewrapNoWav;
+    case SourceState::kCutShort:
+      return kRewrapWavFault;
+  }
+  return kRewrapNoWav;
+}
+
 std::u16string WavMappingName(std::uint32_t track) {
   char name[16];
   std::snprintf(name, sizeof name, "IDWAVTRK%02u", track + 1);
   return platform::ToUtf16(name);
 }
 
-// One rewrite from its arguments to its end. Everything it opens is its own and goes with it,
-// except the source files, which stand in AUDIOTRACK_IO_INFO and are closed by ReleaseSources.
+// One rewrite from its plan to its end. Everything it opens goes with it.
 class MappedRewrite {
  public:
   MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
-      : plan_(plan), tracks_(*tracks), mxf_(*mxf) {}
+      : plan_(plan), tracks_(*tracks), mxf_(*mxf), files_(plan, tracks) {}
   MappedRewrite(const MappedRewrite&) = delete;
   MappedRewrite& operator=(const MappedRewrite&) = delete;
-  ~MappedRewrite() { ReleaseSources(); }
 
   std::int32_t Run(const std::u16string& path) {
     if (const std::int32_t failed = Prepare(path)) return failed;
@@ -92,7 +99,7 @@ class MappedRewrite {
         platform::FileMapping::Create(clip_, platform::MapAccess::kReadWrite, kClipMappingName);
     if (!clipMapping_.IsOpen()) return kRewrapNoClipMapping;
     if (const std::int32_t failed = OpenSources()) return failed;
-    tracks_.totalFrames = plan_.total;
+    tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
@@ -100,14 +107,12 @@ class MappedRewrite {
   }
 
   std::int32_t OpenSources() {
+    if (!files_.Open()) return kRewrapNoWav;
     for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
       const TrackSource& source = plan_.sources[i];
       if (source.wav == nullptr) continue;
-      platform::File& file = tracks_.wavHandle[source.firstTrack];
-      file = platform::File::Open(source.wav->filePath, platform::OpenMode::kReadShared);
-      if (!file.IsOpen()) return kRewrapNoWav;
-      sources_[i].mapping = platform::FileMapping::Create(file, platform::MapAccess::kRead,
-                                                          WavMappingName(source.firstTrack));
+      sources_[i].mapping = platform::FileMapping::Create(
+          files_.Of(source), platform::MapAccess::kRead, WavMappingName(source.firstTrack));
       if (!sources_[i].mapping.IsOpen()) return kRewrapNoWavMapping;
     }
     return kSuccess;
@@ -133,13 +138,12 @@ class MappedRewrite {
   // Nothing is written before all of this holds: the clip is the one that was analysed, every value
   // is the one of its track in its frame, and every source is what it was and holds what it claims.
   std::int32_t ProveValues() {
-    if (clipMapping_.size() != mxf_.fileSize || !CanBeWritten(plan_, mxf_) ||
-        !HoldsUmids(clip_, mxf_)) {
+    if (clipMapping_.size() != mxf_.fileSize || !IsPlannedClip(clip_, plan_, mxf_)) {
       return kRewrapUnfit;
     }
-    if (const std::int32_t failed = ProveSources()) return failed;
-    for (std::uint32_t done = 0; done < plan_.total;) {
-      const SegmentRun run = NextRun(plan_, mxf_, done);
+    if (const std::int32_t failed = CodeOf(files_.Check())) return failed;
+    for (std::uint32_t done = 0; done < plan_.range.total;) {
+      const SegmentRun run = RunBehind(done);
       const platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
       if (!view.IsMapped()) return kRewrapClipFault;
       for (std::uint32_t i = 0; i < run.frames; ++i) {
@@ -152,48 +156,21 @@ class MappedRewrite {
   }
 
   std::int32_t ProveFrame(const platform::MappedView& view, std::uint32_t entryIndex) const {
-    const MXF_AUDIO_INFO& audio = *mxf_.audio;
-    const INDEX_ENTRY_ARRAY* entries = mxf_.indexEntries->get();
-    const INDEX_ENTRY_ARRAY& entry = entries[entryIndex];
-    const bool isLast = entryIndex + 1 == mxf_.timecode->frameCount;
-    const std::uint64_t end = isLast ? mxf_.fileSize : entries[entryIndex + 1].fileOffset;
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     FrameElements elements;
-    const GateResult walked =
-        WalkFrame(view, entry.fileOffset, end, TracksUpToLast(plan_), &elements);
-    if (walked != GateResult::kDone) return CodeOf(walked);
-    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
-      const TrackSource& source = plan_.sources[s];
-      for (std::uint32_t track = source.firstTrack; track < source.firstTrack + source.trackCount;
-           ++track) {
-        const auto value = LocateElementValue(mxf_, entry, track);
-        if (!value ||
-            !IsElementOf(elements.element[track], *value, audio.elementKind, audio.blockAlign)) {
-          return kRewrapUnfit;
-        }
-      }
-    }
-    return kSuccess;
+    const ElementState walked = WalkFrame(view, entry.fileOffset, FrameEnd(mxf_, entryIndex),
+                                          TracksUpToLast(plan_), &elements);
+    if (walked != ElementState::kSound) return CodeOf(walked);
+    return AreElementsOf(elements, entry, plan_, mxf_) ? kSuccess : kRewrapUnfit;
   }
 
-  std::int32_t ProveSources() const {
-    for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
-      const WAV_FILE_INFO* wav = plan_.sources[i].wav;
-      if (wav == nullptr) continue;
-      switch (CheckSource(tracks_.wavHandle[plan_.sources[i].firstTrack], *wav)) {
-        case SourceState::kSound:
-          break;
-        case SourceState::kChanged:
-          return kRewrapNoWav;
-        case SourceState::kCutShort:
-          return kRewrapWavFault;
-      }
-    }
-    return kSuccess;
+  SegmentRun RunBehind(std::uint32_t done) const {
+    return NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
   }
 
   std::int32_t WriteAll() {
-    for (std::uint32_t done = 0; done < plan_.total;) {
-      const SegmentRun run = NextRun(plan_, mxf_, done);
+    for (std::uint32_t done = 0; done < plan_.range.total;) {
+      const SegmentRun run = RunBehind(done);
       platform::MappedView view = clipMapping_.ViewCovering(run.start, run.length);
       if (!view.IsMapped()) return kRewrapClipFault;
       if (const std::int32_t failed = MapSources(run)) return failed;
@@ -264,12 +241,8 @@ class MappedRewrite {
     if (held == wanted && wav.blockAlign == width) return interleaved;
 
     std::uint8_t* target = trackBuffer_.get();
-    auto split = [&] {
-      SplitChannel(interleaved + channel * wav.bytesPerChannelSample, held, wav.blockAlign,
-                   wav.bytesPerChannelSample, target, width);
-    };
-    if (!platform::RunGuarded(split).completed) return nullptr;
-    std::fill(target + held * width, target + wanted * width, std::uint8_t{0});
+    auto fill = [&] { FillChannel(wav, channel, interleaved, held, wanted, width, target); };
+    if (!platform::RunGuarded(fill).completed) return nullptr;
     return target;
   }
 
@@ -277,7 +250,9 @@ class MappedRewrite {
     if (clip_.Size() != mxf_.fileSize) return kRewrapClipFault;
     const auto times = StampTimes();
     clipMapping_ = {};
-    ReleaseSources();
+    for (OpenSource& source : sources_)
+      source = {};
+    files_.Close();
     if (!RenewUmids(&clip_, &mxf_)) return kRewrapLongUmid;
     // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
     if (times) clip_.SetTimes(*times);
@@ -294,16 +269,10 @@ class MappedRewrite {
     return times;
   }
 
-  void ReleaseSources() {
-    for (OpenSource& source : sources_)
-      source = {};
-    for (platform::File& file : tracks_.wavHandle)
-      file.Close();
-  }
-
   const RewrapPlan& plan_;
   AUDIOTRACK_IO_INFO& tracks_;
   MXF_BASE_INFO& mxf_;
+  SourceFiles files_;
   platform::File clip_;
   platform::FileMapping clipMapping_;
   std::array<OpenSource, kMaxTracks> sources_;
@@ -314,9 +283,10 @@ class MappedRewrite {
 }  // namespace
 
 std::int32_t RewrapMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
-  if (path == nullptr || *path == 0) return kRewrapNoPath;
   RewrapPlan plan{};
-  if (const std::int32_t refused = CodeOf(PlanRewrap(tracks, mxf, &plan))) return refused;
+  if (const ArgumentFault fault = PlanRewrap(path, tracks, mxf, &plan)) {
+    return static_cast<std::int32_t>(kStageRewrapMapped) + fault;
+  }
   return MappedRewrite(plan, tracks, mxf).Run(path);
 }
 

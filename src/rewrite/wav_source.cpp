@@ -21,11 +21,15 @@ void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t block
 
 }  // namespace
 
-void SplitChannel(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
-                  std::uint32_t sampleBytes, std::uint8_t* target, std::uint32_t targetBytes) {
-  if (sampleBytes == 3 && targetBytes == 3) return Split<3, 3>(source, frames, blockAlign, target);
-  if (sampleBytes == 2 && targetBytes == 3) return Split<2, 3>(source, frames, blockAlign, target);
-  if (sampleBytes == 2 && targetBytes == 2) return Split<2, 2>(source, frames, blockAlign, target);
+void FillChannel(const WAV_FILE_INFO& wav, std::uint32_t channel, const std::uint8_t* interleaved,
+                 std::uint32_t held, std::uint32_t wanted, std::uint32_t width,
+                 std::uint8_t* target) {
+  const std::uint32_t sampleBytes = wav.bytesPerChannelSample;
+  const std::uint8_t* source = interleaved + channel * sampleBytes;
+  if (sampleBytes == 3 && width == 3) Split<3, 3>(source, held, wav.blockAlign, target);
+  if (sampleBytes == 2 && width == 3) Split<2, 3>(source, held, wav.blockAlign, target);
+  if (sampleBytes == 2 && width == 2) Split<2, 2>(source, held, wav.blockAlign, target);
+  std::memset(target + held * width, 0, (wanted - held) * width);
 }
 
 std::uint64_t SamplesLeft(const WAV_FILE_INFO& wav, std::uint64_t consumed, std::uint64_t wanted) {

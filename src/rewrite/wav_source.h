@@ -3,17 +3,17 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
-#include "rewrite/rewrap_plan.h"
+#include "wav/wav_library.h"
 
 namespace quorvan {
 
-// Splits one channel out of `frames` interleaved sample frames of `blockAlign` bytes at `source`:
-// copies `sampleBytes` of each sample to every `targetBytes` bytes of `target`, into their upper
-// bytes, and zeroes the lower ones.
-void SplitChannel(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
-                  std::uint32_t sampleBytes, std::uint8_t* target, std::uint32_t targetBytes);
+// One channel of the interleaved sample frames of `wav` at `interleaved`, of which there are
+// `held`, as `wanted` samples of `width` bytes at `target`: bytes as they are, or 16 bits in the
+// upper ones of 24, and silence behind the last one held.
+void FillChannel(const WAV_FILE_INFO& wav, std::uint32_t channel, const std::uint8_t* interleaved,
+                 std::uint32_t held, std::uint32_t wanted, std::uint32_t width,
+                 std::uint8_t* target);
 
 // Whole sample frames that the data chunk of `wav` still holds behind its first `consumed` ones, at
 // most `wanted`.

@@ -1,5 +1,6 @@
 #include "state/clip_state.h"
 
+#include "mxf/continuity.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -15,6 +16,40 @@ void EnterLoadedState(APP_STATE_INFO* app) {
   app->focusTrack = 0;
   app->analysisOk = 1;
   app->mxfLoaded = 1;
+}
+
+void ClearMxfState(APP_STATE_INFO* app) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  FreeWavList(app->wavList);
+  app->wavIndex.reset();
+  app->rewrapPointSet = {};
+  app->exportPointSet = {};
+  app->upArrowState = kArrowHidden;
+  app->downArrowState = kArrowShown;
+  app->mxfPath[0] = 0;
+  app->mxfLoaded = 0;
+  app->libraryView = 0;
+  app->useFileIo = 0;
+  app->analysisOk = 0;
+  app->selectedWavCount = 0;
+  app->currentWavItem = 0;
+  app->scrollTop = 0;
+  tracks.wav.fill(nullptr);
+  tracks.wavGroup.fill(0);
+  tracks.wavChannel.fill(0);
+  tracks.rewrapSwitch.fill(kNoSuchTrack);
+  tracks.exportSwitch.fill(kNoSuchTrack);
+  app->trackSelected.fill(0);
+  app->trackChannelMark.fill(0);
+  app->trackSelected[0] = 1;
+  app->focusTrack = 0;
+  app->rowRemainder = 0;
+  app->visibleRows = 0;
+  app->rowAlign = kWholeRows;
+  tracks.inFrame = {};
+  tracks.outFrame = {};
+  UnloadMxf(app->mxf);
+  FreeTimecodeErrors(app->mxf->timecode);
 }
 
 FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames) {

@@ -12,6 +12,12 @@ namespace quorvan {
 // are OFF, switches of tracks that it has not stay at kNoSuchTrack, the first track is selected.
 void EnterLoadedState(APP_STATE_INFO* app);
 
+// The way back: nothing is loaded, the library is empty, and every choice made for the clip is
+// undone, among them the method of file access. What outlives a clip stays: noAutoTrackSwitch,
+// wavBufferIndex, the range of the measurement with its flags, and the values, without their flags,
+// of the export range.
+void ClearMxfState(APP_STATE_INFO* app);
+
 // Both slots of the point with the real count `frames`: the second one hour on when the clip starts
 // in hour 23, else the same.
 FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);

@@ -45,6 +45,7 @@ const Road kRoads[] = {
      1,
      3540,
      1},
+    {"TwoTracksAt50", {"50", 3, 2, 24, false, "10:00:59:00"}, 3, 3, 0, 1802950, 1},
     {"AvcIntraAcrossMidnight", {"25", 4, 4, 24, true, "23:59:58:00"}, 1, 1, 0, kHour23At25, 5},
     {"TenMinutes",
      {"25", 600, 2, 16, false, "10:00:00:00", "color=c=gray:s=64x64"},
@@ -112,6 +113,8 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
 
   void ExpectPlaces(const Road& road);
   void ExpectSamples(const Road& road);
+  void ExpectReadableBwf(const std::string& file, std::size_t samples);
+  void ExpectExports(const std::string& range, std::size_t samplesBefore, std::size_t samples);
 
   TempFolder folder_;
 };
@@ -221,10 +224,15 @@ void FfmpegRoad::ExpectSamples(const Road& road) {
                   seconds % 60, label % base[road.fpsIndex]);
     return std::string(text);
   };
-  const CommandResult rewrapped =
-      RunCommand(COMPANION " rewrap " + Path("clip.mxf") + tracks + " --in " + timecode(in) +
-                 " --out " + timecode(out) + " --yes");
+  const std::string range = " --in '" + timecode(in) + "' --out '" + timecode(out) + "'";
+  const std::string method = road.clip.tracks % 3 == 1 ? "file --buffer 0" : "mapped";
+  const CommandResult rewrapped = RunCommand(COMPANION " rewrap " + Path("clip.mxf") + tracks +
+                                             range + " --yes --method " + method);
   ASSERT_EQ(rewrapped.status, 0) << rewrapped.error;
+  EXPECT_FALSE(ReadAll(Path("clip_LOG.txt")).empty());
+  const CommandResult verified =
+      RunCommand(COMPANION " verify " + Path("clip.mxf") + tracks + range);
+  EXPECT_EQ(verified.status, 0) << verified.error;
 
   std::size_t samplesBefore = 0, samples = 0;
   for (std::size_t f = 0; f <= out; ++f) {
@@ -243,6 +251,66 @@ void FfmpegRoad::ExpectSamples(const Road& road) {
     ASSERT_TRUE(after[static_cast<std::size_t>(t)] == expected) << "track " << t + 1;
   }
   EXPECT_EQ(PictureChecksum(), picture);
+  ExpectExports(range, samplesBefore, samples);
+}
+
+// BWF files of all tracks as other programs read them.
+void FfmpegRoad::ExpectExports(const std::string& range, std::size_t samplesBefore,
+                               std::size_t samples) {
+  const FfmpegClip& clip = GetParam().clip;
+  std::filesystem::create_directory(Path("out"));
+  const CommandResult exported =
+      RunCommand(COMPANION " export " + Path("clip.mxf") + " --tracks 1-" +
+                 std::to_string(clip.tracks) + " --folder " + Path("out") + range + " --method " +
+                 (clip.tracks % 2 == 1 ? "file" : "mapped"));
+  ASSERT_EQ(exported.status, 0) << exported.error;
+  const std::size_t width = static_cast<std::size_t>(clip.bits) / 8;
+  const std::vector<Bytes> decoded = DecodeTracks();
+  for (std::size_t t = 0; t < decoded.size(); ++t) {
+    const std::string file = Path("out/Track-" + std::to_string(t + 1) + ".wav");
+    const std::string raw = Path("exported.raw");
+    ASSERT_EQ(RunCommand("ffmpeg -v error -y -i " + file + " -f " + RawFormat() + " " + raw).status,
+              0);
+    const auto from = decoded[t].begin() + static_cast<long>(samplesBefore * width);
+    ASSERT_TRUE(ReadAll(raw) == Bytes(from, from + static_cast<long>(samples * width)))
+        << "track " << t + 1;
+  }
+  ExpectReadableBwf(Path("out/Track-1.wav"), samples);
+}
+
+void FfmpegRoad::ExpectReadableBwf(const std::string& file, std::size_t samples) {
+  const auto probe = nlohmann::json::parse(
+      RunCommand("ffprobe -v error -of json -show_streams -show_format " + file).output);
+  const auto& stream = probe["streams"][0];
+  const std::string bits = std::to_string(GetParam().clip.bits);
+  EXPECT_EQ(stream["codec_name"], "pcm_s" + bits + "le");
+  EXPECT_EQ(stream["sample_rate"], "48000");
+  EXPECT_EQ(stream["channels"], 1);
+  EXPECT_EQ(stream["duration_ts"], samples);
+  const std::string reference = probe["format"]["tags"]["time_reference"];
+
+  const auto soxi = [&](const std::string& what) {
+    const std::string text = RunCommand("soxi -" + what + " " + file).output;
+    return text.substr(0, text.find('\n'));
+  };
+  EXPECT_EQ(soxi("r") + " " + soxi("c") + " " + soxi("b") + " " + soxi("s"),
+            "48000 1 " + bits + " " + std::to_string(samples));
+
+  char sndfileReference[48];
+  const std::uint64_t position = std::stoull(reference);
+  std::snprintf(sndfileReference, sizeof sndfileReference, "Time ref                 : 0x%x%08x ",
+                static_cast<unsigned>(position >> 32), static_cast<unsigned>(position));
+  const std::string sndfile = RunCommand("sndfile-info --broadcast " + file).output +
+                              RunCommand("sndfile-info " + file).output;
+  EXPECT_NE(sndfile.find(sndfileReference), std::string::npos) << sndfile;
+  EXPECT_NE(sndfile.find("Frames      : " + std::to_string(samples)), std::string::npos) << sndfile;
+
+  const CommandResult media = RunCommand(
+      "mediainfo '--Output=Audio;%SamplingRate% %BitDepth% %Channels% %SamplingCount% "
+      "%Delay/String4%' " +
+      file);
+  EXPECT_EQ(media.output.find("48000 " + bits + " 1 " + std::to_string(samples)), 0u)
+      << media.output;
 }
 
 TEST_P(FfmpegRoad, HoldsFromConformToRewrite) {

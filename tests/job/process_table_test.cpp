@@ -67,12 +67,23 @@ TEST(FailureText, FallsBackOutsideTheRows) {
   EXPECT_EQ(FailureText(3000, 2014), FailureText(2000, 2014));
   EXPECT_EQ(FailureText(3000, 2013), kFiller);
   EXPECT_EQ(FailureText(4000, 2014), kFiller);
-  EXPECT_EQ(FailureText(6000, 4003), kFiller);
+  EXPECT_EQ(FailureText(6000, 4010), kFiller);
+  EXPECT_EQ(FailureText(6000, 4000), kFiller);
   EXPECT_EQ(FailureText(2000, 2015), kFiller);
   EXPECT_EQ(FailureText(2000, 1999), kFiller);
   EXPECT_EQ(FailureText(150, 151), kFiller);
   EXPECT_EQ(FailureText(100, std::numeric_limits<std::int32_t>::min()), kFiller);
   EXPECT_EQ(FailureText(std::numeric_limits<std::uint32_t>::max(), -1), kFiller);
+}
+
+// A measurement that cannot open the clip must not speak of a mapping, nor of a BWF file.
+TEST(FailureText, TellsWhyAMeasurementHasFailed) {
+  for (const std::int32_t same : {4001, 4002, 4003, 4004, 4005, 4009})
+    EXPECT_EQ(FailureText(6000, same), FailureText(4000, same)) << same;
+  EXPECT_EQ(FailureText(6000, 4006), FailureText(5000, 5006));
+  EXPECT_EQ(FailureText(6000, 4007), FailureText(4000, 4006));
+  EXPECT_EQ(FailureText(6000, 4008), FailureText(4000, 4007));
+  EXPECT_EQ(FailureText(6000, 6007), FailureText(5000, 5007));
 }
 
 TEST(Stages, ShowAGeneralTextWhereTheyHaveNone) {

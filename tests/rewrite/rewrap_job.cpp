@@ -34,19 +34,6 @@ void TakeOver(const Bytes& now, std::uint64_t place, std::size_t count, bool ren
 
 }  // namespace
 
-RewrapJob::RewrapJob(const ClipSpec& description)
-    : clip(BuildClip(description)), spec(description), path(folder.Write("clip.mxf", clip.bytes)) {
-  platform::File file = platform::File::Open(path, platform::OpenMode::kReadAlone);
-  analysis = AnalyzeMxfFile(&file, app.info.mxf);
-  file.Close();
-  EXPECT_EQ(analysis, 0);
-  if (analysis != 0) return;
-  EnterLoadedState(&app.info);
-  app.tracks.inFrame = FirstFramePoint(app.mxf.timecode);
-  app.tracks.outFrame = LastFramePoint(app.mxf.timecode);
-  out_ = spec.frames - 1;
-}
-
 void RewrapJob::Put(std::uint32_t track, const WavSpec& wav) {
   const std::string name = "track" + std::to_string(track) + ".wav";
   const std::u16string file = folder.Write(name, BuildWav(wav).bytes);
@@ -64,9 +51,7 @@ void RewrapJob::Silence(std::uint32_t track) {
 }
 
 void RewrapJob::Range(std::uint32_t in, std::uint32_t out) {
-  const std::uint32_t start = app.mxf.timecode.startFrames;
-  app.tracks.inFrame = MakeFramePoint(app.mxf.timecode, static_cast<std::int32_t>(start + in));
-  app.tracks.outFrame = MakeFramePoint(app.mxf.timecode, static_cast<std::int32_t>(start + out));
+  SetRange(kRewrapRange, in, out);
   in_ = in;
   out_ = out;
 }

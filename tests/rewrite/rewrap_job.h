@@ -6,12 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "mxf/analysis.h"
+#include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_mapped.h"
-#include "state/clip_state.h"
 #include "state/track_assignment.h"
-#include "support/clip_builder.h"
-#include "support/temp_folder.h"
+#include "support/loaded_clip.h"
 #include "support/wav_builder.h"
 
 namespace quorvan::test {
@@ -21,9 +19,10 @@ struct Source {
   WavSpec wav{};
 };
 
-class RewrapJob {
+class RewrapJob : public LoadedClip {
  public:
-  explicit RewrapJob(const ClipSpec& spec);
+  explicit RewrapJob(const ClipSpec& description)
+      : LoadedClip(description), out_(description.frames - 1) {}
 
   // Adds a file, puts it on its tracks and switches them ON.
   void Put(std::uint32_t track, const WavSpec& wav);
@@ -31,19 +30,15 @@ class RewrapJob {
   // Frames from 0, both included; the whole clip when not called.
   void Range(std::uint32_t in, std::uint32_t out);
 
-  std::int32_t Run() { return RewrapMapped(path.c_str(), &app.tracks, app.info.mxf); }
+  // The engine of all jobs.
+  static inline bool fileIo = false;
+  static auto Engine() { return fileIo ? RewrapFileIo : RewrapMapped; }
+
+  std::int32_t Run() { return Engine()(path.c_str(), &app.tracks, app.info.mxf); }
 
   // The original with the wanted audio in the wanted frames. UMIDs and stamps are taken over from
   // the file as it is now, after a check that each is renewed or, with `renewed` false, not.
   Bytes Expected(bool renewed = true) const;
-  Bytes Now() const { return ReadAll(path); }
-
-  TempFolder folder;
-  Clip clip;
-  ClipSpec spec;
-  std::u16string path;
-  AppState app;
-  std::int32_t analysis = 0;
 
  private:
   void FillTrack(std::uint32_t track, const WavSpec* wav, std::uint32_t channel,
@@ -52,7 +47,7 @@ class RewrapJob {
   std::vector<Source> sources_;
   std::vector<std::uint32_t> silent_;
   std::uint32_t in_ = 0;
-  std::uint32_t out_ = 0;
+  std::uint32_t out_;
 };
 
 }  // namespace quorvan::test

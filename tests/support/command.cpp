@@ -30,7 +30,10 @@ std::string MakeFfmpegClip(const std::string& path, const FfmpegClip& clip) {
   std::string inputs = " -f lavfi -i " + clip.picture + ":r=" + clip.rate + duration;
   std::string maps = " -map 0";
   for (int track = 1; track <= clip.tracks; ++track) {
-    inputs += " -f lavfi -i sine=f=" + std::to_string(300 * track) + ":r=48000" + duration;
+    const std::string tone = "sine=f=" + std::to_string(300 * track) + ":r=48000";
+    const bool named = static_cast<std::size_t>(track) <= clip.audio.size();
+    inputs += " -t " + std::to_string(clip.seconds) + " -f lavfi -i \"" +
+              (named ? clip.audio[static_cast<std::size_t>(track) - 1] : tone) + "\"";
     maps += " -map " + std::to_string(track);
   }
   const std::string coding =

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quorvan::test {
 
@@ -23,6 +24,7 @@ struct FfmpegClip {
   bool avcIntra = false;  // all-intra H.264 instead of MPEG-2
   std::string start = "10:00:00:00";
   std::string picture = "testsrc2=s=320x180";  // a source of ffmpeg's, without rate and duration
+  std::vector<std::string> audio{};  // sources of ffmpeg's at 48 kHz by track; tones where absent
 };
 
 // Has ffmpeg write an MXF clip with a tone of another pitch on each track; what it said, empty when

@@ -123,10 +123,11 @@ File File::Open(const std::u16string& path, OpenMode mode) {
   return file;
 }
 
-void File::Close() {
-  if (handle_ >= 0) close(handle_);
+bool File::Close() {
+  const bool closed = handle_ < 0 || close(handle_) == 0 || errno == EINTR;
   handle_ = -1;
   position_ = 0;
+  return closed;
 }
 
 std::optional<std::uint64_t> File::Size() const {
@@ -216,6 +217,14 @@ bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to
   if (errno != EINVAL && errno != ENOSYS) return false;
   // A file system without that operation: a second name, which fails where the target exists.
   return link(source.c_str(), target.c_str()) == 0 && unlink(source.c_str()) == 0;
+}
+
+bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
+  return rename(ToUtf8(from).c_str(), ToUtf8(to).c_str()) == 0;
+}
+
+std::uint32_t LastSystemError() {
+  return static_cast<std::uint32_t>(errno);
 }
 
 }  // namespace quorvan::platform

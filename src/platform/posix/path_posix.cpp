@@ -1,5 +1,6 @@
 #include "platform/path.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -20,6 +21,23 @@ std::u16string_view LastComponent(std::u16string_view path) {
   return path.find(kSeparator) == std::u16string_view::npos ? path : NameBehindSeparator(path);
 }
 
+std::u16string_view FolderOf(std::u16string_view path) {
+  const std::size_t separator = path.rfind(kSeparator);
+  return path.substr(0, separator == std::u16string_view::npos ? 0 : separator);
+}
+
+std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {
+  std::u16string path(folder);
+  if (!path.empty() && path.back() != kSeparator) path += kSeparator;
+  return path.append(name);
+}
+
+std::u16string_view WithoutExtension(std::u16string_view path) {
+  const std::size_t dot = LastComponent(path).rfind(u'.');
+  if (dot == std::u16string_view::npos) return path;
+  return path.substr(0, path.size() - LastComponent(path).size() + dot);
+}
+
 std::u16string LowerCaseExtension(std::u16string_view path) {
   const std::u16string_view name = LastComponent(path);
   const std::size_t dot = name.rfind(u'.');
@@ -29,6 +47,14 @@ std::u16string LowerCaseExtension(std::u16string_view path) {
     if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
   }
   return extension;
+}
+
+std::u16string DesktopFolder() {
+  const char* home = std::getenv("HOME");
+  if (home == nullptr || *home == 0) return {};
+  const std::filesystem::path desktop = std::filesystem::path(home) / "Desktop";
+  std::error_code error;
+  return ToUtf16(std::filesystem::is_directory(desktop, error) ? desktop.native() : home);
 }
 
 std::u16string AbsolutePath(std::u16string_view path) {

@@ -1,0 +1,159 @@
+#include "cli/job_setup.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+
+#include "cli/arguments.h"
+#include "cli/console.h"
+#include "job/process_table.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "state/clip_state.h"
+#include "state/track_assignment.h"
+
+namespace quorvan::cli {
+namespace {
+
+// Tracks that the arguments have spoken for, so that none is given twice.
+using TakenTracks = std::array<bool, kMaxTracks>;
+
+bool Take(std::uint32_t first, std::uint32_t count, TakenTracks* taken) {
+  for (std::uint32_t t = first; t < std::min(first + count, kMaxTracks); ++t) {
+    if ((*taken)[t]) {
+      PrintError(fmt::format("track {} is given twice", t + 1));
+      return false;
+    }
+    (*taken)[t] = true;
+  }
+  return true;
+}
+
+WAV_FILE_INFO* FindInLibrary(const APP_STATE_INFO& app, std::u16string_view path) {
+  for (WAV_FILE_INFO* entry = app.wavList->next; entry != nullptr; entry = entry->next) {
+    if (path == entry->filePath) return entry;
+  }
+  return nullptr;
+}
+
+// The library entry of the file, added when it is not there yet; null when it is refused.
+WAV_FILE_INFO* AddToLibrary(const std::string& path, APP_STATE_INFO* app) {
+  const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
+  if (WAV_FILE_INFO* known = FindInLibrary(*app, fullPath)) return known;
+  const int refused = AddWavFile(fullPath.c_str(), app->wavList, *app->mxf);
+  if (refused != kWavOk) {
+    PrintError(WavFailureText(refused, fullPath));
+    return nullptr;
+  }
+  return app->wavList->prev;
+}
+
+int PlaceFile(const TrackArgument& argument, APP_STATE_INFO* app, TakenTracks* taken) {
+  WAV_FILE_INFO* entry = AddToLibrary(argument.path, app);
+  if (entry == nullptr) return kFailed;
+  if (!Take(argument.track, entry->channels, taken)) return kWrongUsage;
+  const AssignResult assigned =
+      AssignWavFile(app, entry, static_cast<std::int32_t>(argument.track));
+  if (assigned != AssignResult::kAssigned) {
+    PrintError(platform::ToUtf16(argument.path + "\n") +
+               std::u16string(AssignRefusal(assigned).text));
+    return kFailed;
+  }
+  for (std::uint32_t c = 0; c < entry->channels; ++c) {
+    app->tracks->rewrapSwitch[argument.track + c] = kSwitchOn;
+  }
+  return kDone;
+}
+
+int PlaceSilence(const std::string& text, APP_STATE_INFO* app, TakenTracks* taken) {
+  const std::uint32_t tracks = UsableTracks(*app->mxf->audio);
+  const auto track = ParseTrackNumber(text);
+  if (!track || *track >= tracks) {
+    PrintError(fmt::format("--silence {}: the clip has tracks 1 to {}", text, tracks));
+    return kWrongUsage;
+  }
+  if (!Take(*track, 1, taken)) return kWrongUsage;
+  app->tracks->rewrapSwitch[*track] = kSwitchOn;
+  return kDone;
+}
+
+bool ReadTracks(const PlacementArguments& arguments, std::vector<TrackArgument>* files) {
+  for (const std::string& text : arguments.tracks) {
+    const auto file = ParseTrackArgument(text);
+    if (!file) {
+      PrintError(fmt::format("--track {}: expected N=WAV with N from 1 to {}", text, kMaxTracks));
+      return false;
+    }
+    files->push_back(*file);
+  }
+  if (!files->empty() || !arguments.silence.empty()) return true;
+  PrintError("no track is named: give --track or --silence");
+  return false;
+}
+
+}  // namespace
+
+int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app) {
+  std::vector<TrackArgument> files;
+  if (!ReadTracks(arguments, &files)) return kWrongUsage;
+  TakenTracks taken{};
+  for (const TrackArgument& file : files) {
+    if (const int status = PlaceFile(file, app, &taken)) return status;
+  }
+  for (const std::string& text : arguments.silence) {
+    if (const int status = PlaceSilence(text, app, &taken)) return status;
+  }
+  return kDone;
+}
+
+namespace {
+
+bool SetPoint(const std::optional<std::string>& text, const FramePoint& absent,
+              const MXF_TIMECODE_INFO& timecode, FramePoint* point) {
+  *point = absent;
+  if (!text) return true;
+  const auto frames = ParseTimecode(*text, timecode);
+  if (!frames) {
+    PrintError(fmt::format("\"{}\" is no timecode of this clip", *text));
+    return false;
+  }
+  *point = MakeFramePoint(timecode, *frames);
+  return true;
+}
+
+}  // namespace
+
+int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STATE_INFO* app) {
+  const MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  if (!SetPoint(arguments.in, FirstFramePoint(timecode), timecode, &(tracks.*fields.in)) ||
+      !SetPoint(arguments.out, LastFramePoint(timecode), timecode, &(tracks.*fields.out))) {
+    return kWrongUsage;
+  }
+  FrameRange range{};
+  const ArgumentFault fault = CheckArguments(app->mxfPath, &tracks, app->mxf, fields, &range);
+  // No frame at all is what the engines allow and no operator means.
+  if (fault == kArgumentsSound && range.total > 0) return kDone;
+  const std::uint32_t stage = JobProcessCode(app->jobKind, app->useFileIo);
+  PrintError(JobFailureMessage(app->mxfPath, app->jobKind, stage,
+                               static_cast<std::int32_t>(stage) + kBadRange, app->useFileIo));
+  return kFailed;
+}
+
+int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,
+                  std::vector<std::uint32_t>* tracks) {
+  const std::uint32_t usable = UsableTracks(*app.mxf->audio);
+  const auto parsed = ParseTrackList(text);
+  if (!parsed || parsed->back() >= usable) {
+    PrintError(fmt::format("--tracks {}: the clip has tracks 1 to {}; give them as in 1,3-5", text,
+                           usable));
+    return kWrongUsage;
+  }
+  *tracks = *parsed;
+  return kDone;
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,59 @@
+#include <fmt/format.h>
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "cli/clip_session.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/job_runner.h"
+#include "cli/job_setup.h"
+#include "mxf/analysis.h"
+
+namespace quorvan::cli {
+namespace {
+
+constexpr std::size_t kMostTracks = 2;  // left and right
+
+std::string ResultText(const MXF_AUDIO_INFO& audio) {
+  return fmt::format(
+      "Integrated Loudness  {:6.1f} LKFS\n"
+      "True Peak            {:6.1f} dBTP\n"
+      "Loudness Range(LRA)  {:6.1f} LU",
+      audio.integratedLoudness, audio.truePeak, audio.loudnessRange);
+}
+
+// A loudness below every measure, that of silence, shows as null.
+std::string ResultJson(const MXF_AUDIO_INFO& audio) {
+  const nlohmann::ordered_json root = {{"integratedLoudness", audio.integratedLoudness},
+                                       {"truePeak", audio.truePeak},
+                                       {"loudnessRange", audio.loudnessRange}};
+  return root.dump(2);
+}
+
+}  // namespace
+
+int RunLoudness(const LoudnessArguments& arguments) {
+  WatchForInterrupts();
+  ClipSession session;
+  if (const int status = LoadClipOrSay(arguments.file, {}, &session)) return status;
+  APP_STATE_INFO& app = session.app.info;
+  app.jobKind = kLoudnessJob;
+  std::vector<std::uint32_t> tracks;
+  if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
+  if (tracks.size() > kMostTracks) {
+    PrintError(fmt::format("--tracks {}: one or two tracks are measured", arguments.tracks));
+    return kWrongUsage;
+  }
+  if (const int status = SetRange(arguments.range, kLoudnessRange, &app)) return status;
+  app.trackSelected.fill(0);
+  for (const std::uint32_t t : tracks)
+    app.trackSelected[t] = 1;
+
+  const JobOutcome outcome = RunJob(&app);
+  if (outcome.result != kSuccess) return ReportJob(outcome);
+  const MXF_AUDIO_INFO& audio = *app.mxf->audio;
+  return PrintLine(arguments.json ? ResultJson(audio) : ResultText(audio)) ? kDone : kFailed;
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,73 @@
+#include <fmt/format.h>
+
+#include <iterator>
+
+#include "cli/clip_session.h"
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "cli/job_setup.h"
+#include "cli/progress_bar.h"
+#include "job/process_table.h"
+#include "mxf/analysis.h"
+#include "platform/text.h"
+#include "rewrite/verify.h"
+#include "timecode/timecode.h"
+
+namespace quorvan::cli {
+namespace {
+
+std::string TimecodeOf(const MXF_TIMECODE_INFO& timecode, std::uint32_t entry) {
+  char16_t text[16] = {};
+  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame,
+                 timecode.startFrames + entry, kSeparated);
+  return platform::ToUtf8(text);
+}
+
+int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::string& file) {
+  const SampleDifference& d = result.difference;
+  switch (result.state) {
+    case VerifyState::kSame:
+      return PrintLine(fmt::format("{}: the sources' samples in all of {} frames", file,
+                                   app.tracks->totalFrames.load()))
+                 ? kDone
+                 : kFailed;
+    case VerifyState::kDiffers:
+      PrintError(fmt::format(
+          "{}: differs first at {}, frame {} of the clip from 0, track {}, sample {} of the frame: "
+          "{} in the clip, {} in the source, at byte {} of the file",
+          file, TimecodeOf(*app.mxf->timecode, d.entry), d.entry, d.track + 1, d.sample, d.found,
+          d.wanted, d.fileOffset));
+      return kFailed;
+    case VerifyState::kStopped:
+      PrintError(fmt::format("{}: cancelled", file));
+      return kInterrupted;
+    case VerifyState::kFailed:
+      break;
+  }
+  PrintError(fmt::format("{}: {} ERR: {}", file,
+                         platform::ToUtf8(FailureText(kStageRewrapFileIo, result.code)),
+                         result.code));
+  return kFailed;
+}
+
+}  // namespace
+
+int RunVerify(const VerifyArguments& arguments) {
+  WatchForInterrupts();
+  ClipSession session;
+  if (const int status = LoadClipOrSay(arguments.file, {}, &session)) return status;
+  APP_STATE_INFO& app = session.app.info;
+  app.jobKind = kRewriteJob;
+  if (const int status = PlaceAll(arguments.placement, &app)) return status;
+  if (const int status = SetRange(arguments.range, kRewrapRange, &app)) return status;
+  VerifyResult result{};
+  const JobProgress progress{[&] { return std::uint64_t{app.tracks->currentFrame}; },
+                             [&] { return std::uint64_t{app.tracks->totalFrames}; },
+                             [&] { app.tracks->cancel = 1; },
+                             "frames",
+                             {}};
+  RunWithProgress([&] { result = VerifyRewrap(app.mxfPath, app.tracks, app.mxf); }, progress);
+  return Report(app, result, arguments.file);
+}
+
+}  // namespace quorvan::cli

@@ -1,0 +1,50 @@
+#include "export/export_files.h"
+
+#include <iterator>
+
+#include "platform/path.h"
+#include "platform/text.h"
+
+namespace quorvan {
+namespace {
+
+constexpr std::size_t kMostPathChars = 1023;
+constexpr std::uint32_t kMostNumbers = 100000;
+constexpr std::u16string_view kExtension = u".wav";
+
+std::u16string Digits(std::uint64_t number) {
+  return platform::ToUtf16(std::to_string(number));
+}
+
+}  // namespace
+
+platform::File CreateExportFile(const AUDIOTRACK_IO_INFO& tracks, std::uint32_t track) {
+  if (tracks.exportFolder[0] == 0) return {};
+  const std::u16string stem =
+      platform::JoinPath(tracks.exportFolder, tracks.exportName + Digits(std::uint64_t{track} + 1));
+  std::u16string path = stem + std::u16string(kExtension);
+  for (std::uint64_t n = 0; n < kMostNumbers && path.size() <= kMostPathChars; ++n) {
+    platform::File file = platform::File::Open(path, platform::OpenMode::kCreateNew);
+    if (file.IsOpen() || !platform::IsNameTaken(path)) return file;
+    path = stem + u" " + Digits(tracks.exportCount + n) + std::u16string(kExtension);
+  }
+  return {};
+}
+
+bool ExportFiles::Create(const ExportPlan& plan, const AUDIOTRACK_IO_INFO& tracks,
+                         const BwfHeader& header) {
+  for (std::uint32_t n = 0; n < plan.trackCount; ++n) {
+    files_[n] = CreateExportFile(tracks, plan.track[n]);
+    if (!files_[n].IsOpen() || !Append(n, header)) return false;
+  }
+  return true;
+}
+
+bool ExportFiles::Close() {
+  bool whole = true;
+  for (platform::File& file : files_)
+    whole = file.Close() && whole;
+  return whole;
+}
+
+}  // namespace quorvan

@@ -1,0 +1,123 @@
+#include "export/export_mapped.h"
+
+#include <span>
+#include <string>
+
+#include "export/export_files.h"
+#include "export/export_plan.h"
+#include "mxf/analysis.h"
+#include "mxf/audio_element.h"
+#include "mxf/segment_run.h"
+#include "platform/fault_guard.h"
+#include "platform/mapping.h"
+
+namespace quorvan {
+namespace {
+
+constexpr char16_t kMappingName[] = u"fmMXF_2";
+constexpr std::uint16_t kExtensionSize = 22;
+constexpr std::size_t kTouchStep = 1024;  // below every system's page
+
+std::int32_t CodeOf(ElementState state) {
+  switch (state) {
+    case ElementState::kSound:
+      return kSuccess;
+    case ElementState::kMisplaced:
+      return kExportUnfit;
+    case ElementState::kFault:
+      return kExportClipFault;
+  }
+  return kExportUnfit;
+}
+
+// True when every page of `bytes` can be read.
+bool CanBeRead(std::span<const std::uint8_t> bytes) {
+  volatile std::uint8_t sink = 0;
+  auto touch = [&] {
+    for (std::size_t at = 0; at < bytes.size(); at += kTouchStep)
+      sink = bytes[at];
+    if (!bytes.empty()) sink = bytes.back();
+  };
+  return platform::RunGuarded(touch).completed;
+}
+
+// One export from its plan to its end. Everything it opens goes with it.
+class MappedExport {
+ public:
+  MappedExport(const ExportPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
+      : plan_(plan), tracks_(*tracks), mxf_(mxf) {}
+  MappedExport(const MappedExport&) = delete;
+  MappedExport& operator=(const MappedExport&) = delete;
+
+  std::int32_t Run(const std::u16string& path) {
+    tracks_.totalFrames = plan_.range.total;
+    if (const std::int32_t failed = Prepare(path)) return failed;
+    if (const std::int32_t failed = WriteAll()) return failed;
+    return files_.Close() ? kSuccess : static_cast<std::int32_t>(kExportNoFile);
+  }
+
+ private:
+  std::int32_t Prepare(const std::u16string& path) {
+    if (!CanBeExported(plan_, mxf_)) return kExportUnfit;
+    clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
+    if (!clip_.IsOpen()) return kExportNoClip;
+    mapping_ = platform::FileMapping::Create(clip_, platform::MapAccess::kRead, kMappingName);
+    if (!mapping_.IsOpen()) return kExportNoClipMapping;
+    if (mapping_.size() != mxf_.fileSize) return kExportUnfit;
+    tracks_.currentFrame = 0;
+    tracks_.cancel = 0;
+    const BwfHeader header = HeaderOf(plan_, mxf_, kExtensionSize);
+    return files_.Create(plan_, tracks_, header) ? kSuccess
+                                                 : static_cast<std::int32_t>(kExportNoFile);
+  }
+
+  std::int32_t WriteAll() {
+    for (std::uint32_t done = 0; done < plan_.range.total;) {
+      const SegmentRun run = NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
+      const platform::MappedView view = mapping_.ViewCovering(run.start, run.length);
+      if (!view.IsMapped()) return kExportClipFault;
+      for (std::uint32_t i = 0; i < run.frames; ++i) {
+        if (const std::int32_t failed = WriteFrame(view, run.firstEntry + i)) return failed;
+        if (tracks_.cancel == 1) {
+          tracks_.cancel = 0;
+          return kCancelled;
+        }
+        tracks_.currentFrame = done++;
+      }
+    }
+    return kSuccess;
+  }
+
+  std::int32_t WriteFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
+      const auto value = LocateElementValue(mxf_, entry, plan_.track[n]);
+      if (!value) return kExportUnfit;
+      const ElementState state = CheckElement(view, *value, *mxf_.audio);
+      if (state != ElementState::kSound) return CodeOf(state);
+      const std::uint8_t* samples = view.data() + (value->fileOffset() - view.fileOffset());
+      if (files_.Append(n, {samples, value->bytes()})) continue;
+      return CanBeRead({samples, value->bytes()}) ? kExportNoFile : kExportClipFault;
+    }
+    return kSuccess;
+  }
+
+  const ExportPlan& plan_;
+  AUDIOTRACK_IO_INFO& tracks_;
+  const MXF_BASE_INFO& mxf_;
+  platform::File clip_;
+  platform::FileMapping mapping_;
+  ExportFiles files_;
+};
+
+}  // namespace
+
+std::int32_t ExportMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
+  ExportPlan plan{};
+  if (const ArgumentFault fault = PlanExport(path, tracks, mxf, &plan)) {
+    return static_cast<std::int32_t>(kStageExportMapped) + fault;
+  }
+  return MappedExport(plan, tracks, *mxf).Run(path);
+}
+
+}  // namespace quorvan

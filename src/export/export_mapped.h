@@ -1,0 +1,34 @@
+// The export engine for the method "Memory Mapping".
+
+#pragma once
+
+#include <cstdint>
+
+#include "mxf/records.h"
+#include "state/audiotrack_io_info.h"
+
+namespace quorvan {
+
+enum ExportMappedCode : std::int32_t {
+  kExportNoPath = 4001,
+  kExportNoTracks = 4002,
+  kExportUnfit = 4003,  // no records, or records that do not fit the clip
+  kExportUnknownRate = 4004,
+  kExportBadRange = 4005,
+  kExportNoClip = 4006,
+  kExportNoClipMapping = 4007,
+  kExportNoFile = 4008,     // a new file cannot be made or written
+  kExportClipFault = 4009,  // no view, or its storage has failed
+};
+
+// Writes each track of the clip at `path` whose exportSwitch is ON, from the exportIn to the
+// exportOut frame of `tracks`, both included, into a new mono BWF file in exportFolder, RF64 where
+// it has to be. `mxf` holds the analysis of that clip, which is only read. A name that is taken
+// gets a number; no file that exists is changed. Writes `totalFrames` and, from 0 on, the number of
+// the frame at work to `currentFrame`, and stops behind the frame during which `cancel` becomes 1.
+//
+// Returns 0; kCancelled; or an ExportMappedCode. Up to 4007 no file was made. New files stay
+// afterwards, as far as they were written: shorter than their headers say when the result is not 0.
+std::int32_t ExportMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
+
+}  // namespace quorvan

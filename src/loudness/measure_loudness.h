@@ -1,0 +1,38 @@
+// Loudness of a stretch of a clip's audio (EBU R128, ITU-R BS.1770).
+
+#pragma once
+
+#include <cstdint>
+
+#include "mxf/records.h"
+#include "state/audiotrack_io_info.h"
+
+namespace quorvan {
+
+enum LoudnessCode : std::int32_t {
+  kLoudnessNoPath = 4001,
+  kLoudnessNoTracks = 4002,
+  kLoudnessUnfit = 4003,  // no records, or records that do not fit the clip
+  kLoudnessUnknownRate = 4004,
+  kLoudnessBadRange = 4005,
+  kLoudnessNoMemory = 4006,
+  kLoudnessNoClip = 4007,
+  kLoudnessNoMapping = 4008,
+  kLoudnessNoView = 4009,  // or its storage has failed
+};
+
+// True peak, in dBTP, of a stretch of digital silence.
+inline constexpr double kSilentTruePeak = -99.9;
+
+// Measures the clip at `path` from the loudnessIn to the loudnessOut frame of `tracks`, both
+// included, with five seconds of silence in front and behind. Of the kMaxTracks flags at
+// `trackSelected` the first that is 1 names the left channel and the second the right one; a
+// channel that none names is silent. The clip is only read. Writes `totalFrames` and
+// `currentFrame` for those who watch, and stops at the frame during which `cancel` becomes 1.
+//
+// Returns 0, with integratedLoudness (LUFS), truePeak (dBTP) and loudnessRange (LU) in the audio
+// record of `mxf`; kCancelled; or a LoudnessCode. Without success the results stay what they were.
+std::int32_t MeasureLoudness(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf,
+                             const std::uint8_t* trackSelected);
+
+}  // namespace quorvan

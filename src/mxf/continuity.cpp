@@ -1,0 +1,265 @@
+#include "mxf/continuity.h"
+
+#include <array>
+#include <memory>
+#include <new>
+#include <span>
+
+#include "mxf/analysis.h"
+#include "mxf/segment_run.h"
+#include "platform/fault_guard.h"
+#include "platform/mapping.h"
+#include "timecode/timecode.h"
+
+namespace quorvan {
+namespace {
+
+constexpr char16_t kMappingName[] = u"fmMXF";
+
+// Place of the word in a frame: key and length of the system element, then what stands in front of
+// the timecode in its value.
+constexpr std::uint64_t kWordOffset = kElementHeaderBytes + 41;
+constexpr std::size_t kWordBytes = 4;
+
+// Every digit beyond the decimal range.
+constexpr std::uint32_t kNoWord = 0xFFFFFFFF;
+
+constexpr std::uint32_t kJumpForward = 2;
+constexpr std::uint32_t kGoingBack = 3;
+constexpr std::uint32_t kStandingStill = 4;
+
+// Flags within a word: drop frame in the frames byte, the field marks of the systems whose values
+// stand in two frames in the seconds byte (60) and in the hours byte (50).
+constexpr std::uint32_t kDropFrameFlag = 0x00000040;
+constexpr std::uint32_t kFieldMark60 = 0x00008000;
+constexpr std::uint32_t kFieldMark50 = 0x80000000;
+
+// One way to read the words of a clip.
+struct WordReading {
+  std::uint32_t cleared;  // flags taken out
+  std::uint32_t base;     // fpsIndex on which the words count
+  std::uint32_t scale;    // counts are multiplied by this
+  std::uint32_t step;     // frames from one value to the next
+};
+
+constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1}};
+constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1}};
+constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1}};
+// The frames byte has room for tens up to 3: writers either use the flag's place for the 4, or
+// count 25 values that stand in two frames each.
+constexpr WordReading kReadings50[] = {
+    {kDropFrameFlag, 3, 1, 1}, {0, 3, 1, 1}, {kDropFrameFlag | kFieldMark50, 1, 2, 2}};
+constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2}};
+
+// By fpsIndex. The one with the fewest breaks counts.
+constexpr std::array<std::span<const WordReading>, kTimecodeBases> kReadings = {
+    kReadings24, kReadings25, kReadings30, kReadings50, kReadings60};
+
+// The base of the counts of a reading, to which they are scaled.
+std::uint32_t CountBase(const MXF_TIMECODE_INFO& timecode, const WordReading& reading) {
+  return reading.scale == 1 ? reading.base : timecode.fpsIndex;
+}
+
+std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
+                      const WordReading& reading) {
+  word &= ~reading.cleared;
+  TimeFields fields;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const std::uint32_t digits = word >> (8 * (fields.size() - 1 - i)) & 0xFF;
+    fields[i] = (digits >> 4) * 10 + (digits & 0x0F);
+  }
+  const std::int32_t frames = TimecodeToFrames(reading.base, timecode.dropFrame, fields);
+  if (frames < 0) return static_cast<std::uint32_t>(frames);
+  const std::uint32_t count = static_cast<std::uint32_t>(frames) * reading.scale;
+  if (timecode.startHour23 != 1) return count;
+  return static_cast<std::uint32_t>(
+      ShiftHours(CountBase(timecode, reading), timecode.dropFrame, count, 1, '+'));
+}
+
+// 0 when `next` follows `previous`.
+std::uint32_t KindOfBreak(std::uint32_t previous, std::uint32_t next, std::uint32_t scale) {
+  if (previous > next) return kGoingBack;
+  if (next == previous) return kStandingStill;
+  return next - previous > scale ? kJumpForward : 0;
+}
+
+std::uint32_t WordAt(const std::uint8_t* bytes) {
+  return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
+         std::uint32_t{bytes[3]} << 24;
+}
+
+class ContinuityCheck {
+ public:
+  ContinuityCheck(const platform::File& file, const MXF_BASE_INFO& mxf)
+      : file_(file), mxf_(mxf), timecode_(*mxf.timecode) {}
+  ContinuityCheck(const ContinuityCheck&) = delete;
+  ContinuityCheck& operator=(const ContinuityCheck&) = delete;
+  ~ContinuityCheck() { timecode_.timecodeWords = timecode_.timecodeFrames = nullptr; }
+
+  std::int32_t Run() {
+    timecode_.progressTotal = timecode_.frameCount;
+    words_.reset(new (std::nothrow) std::uint32_t[timecode_.frameCount]);
+    if (words_ == nullptr) return kContinuityNoMemory;
+    timecode_.timecodeWords = words_.get();
+    timecode_.progressFrame = 0;
+    timecode_.stopRequest = 0;
+    const std::int32_t read = timecode_.useFileIo != 0 ? ReadWords() : ReadWordsMapped();
+    if (read != kSuccess) return read;
+    counts_.reset(new (std::nothrow) std::uint32_t[timecode_.frameCount]);
+    if (counts_ == nullptr) return kContinuityNoCounts;
+    timecode_.timecodeFrames = counts_.get();
+    const WordReading& reading = BestReading();
+    if (!ListBreaks(reading)) return kContinuityNoCounts;
+    return timecode_.errorCount > 0 ? static_cast<std::int32_t>(kContinuityBreaks) : kSuccess;
+  }
+
+ private:
+  std::uint64_t WordPlace(std::uint32_t entry) const {
+    return (*mxf_.indexEntries)[entry].fileOffset + kWordOffset;
+  }
+
+  bool Stopped() {
+    if (timecode_.stopRequest != 1) return false;
+    timecode_.stopRequest = 0;
+    return true;
+  }
+
+  std::int32_t ReadWords() {
+    for (std::uint32_t i = 0; i < timecode_.frameCount; ++i) {
+      if (Stopped()) return kCancelled;
+      std::array<std::uint8_t, kWordBytes> bytes;
+      const bool held = file_.ReadAt(WordPlace(i), bytes.data(), bytes.size()) == bytes.size();
+      words_[i] = held ? WordAt(bytes.data()) : kNoWord;
+      timecode_.progressFrame = i;
+    }
+    return kSuccess;
+  }
+
+  std::int32_t ReadWordsMapped() {
+    const auto mapping =
+        platform::FileMapping::Create(file_, platform::MapAccess::kRead, kMappingName);
+    if (!mapping.IsOpen()) return kContinuityNoMapping;
+    for (std::uint32_t i = 0; i < timecode_.frameCount;) {
+      const SegmentRun run = NextRun(mxf_, i, timecode_.frameCount - i);
+      const platform::MappedView view = mapping.ViewCovering(run.start, run.length);
+      if (!view.IsMapped()) return kContinuityNoView;
+      bool stopped = false;
+      auto read = [&] { stopped = !ReadRun(view, run); };
+      if (!platform::RunGuarded(read).completed) return kContinuityNoView;
+      if (stopped) return kCancelled;
+      i += run.frames;
+    }
+    return kSuccess;
+  }
+
+  // Runs inside a guard, so it owns nothing. False when it was stopped.
+  bool ReadRun(const platform::MappedView& view, const SegmentRun& run) {
+    for (std::uint32_t i = run.firstEntry; i < run.firstEntry + run.frames; ++i) {
+      if (Stopped()) return false;
+      const std::uint64_t place = WordPlace(i);
+      words_[i] = view.Covers(place, kWordBytes) ? WordAt(view.data() + (place - view.fileOffset()))
+                                                 : kNoWord;
+      timecode_.progressFrame = i;
+    }
+    return true;
+  }
+
+  // Calls `visit` with each pair of positions that is compared and the kind of its break, 0 for
+  // none.
+  template <typename Visit>
+  bool CompareAll(const WordReading& reading, Visit visit) const {
+    for (std::uint64_t i = 0; i + reading.step < timecode_.frameCount; i += reading.step) {
+      const auto previous = static_cast<std::uint32_t>(i);
+      const std::uint32_t next = previous + reading.step;
+      if (!visit(previous, next, KindOfBreak(counts_[previous], counts_[next], reading.scale))) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void Count(const WordReading& reading) {
+    for (std::uint32_t i = 0; i < timecode_.frameCount; ++i)
+      counts_[i] = CountOf(words_[i], timecode_, reading);
+  }
+
+  // The reading with the fewest breaks, whose counts stand in `counts_` afterwards.
+  const WordReading& BestReading() {
+    const std::span<const WordReading> readings = kReadings[timecode_.fpsIndex];
+    const WordReading* best = nullptr;
+    std::uint32_t fewest = 0;
+    for (const WordReading& reading : readings) {
+      Count(reading);
+      std::uint32_t breaks = 0;
+      CompareAll(reading, [&](std::uint32_t, std::uint32_t, std::uint32_t kind) {
+        breaks += kind != 0;
+        return true;
+      });
+      if (best != nullptr && breaks >= fewest) continue;
+      best = &reading;
+      fewest = breaks;
+    }
+    if (readings.size() > 1) Count(*best);
+    return *best;
+  }
+
+  // False when memory is out.
+  bool ListBreaks(const WordReading& reading) {
+    TIMECODE_ERROR_INFO* last = timecode_.errorList;
+    return CompareAll(reading, [&](std::uint32_t previous, std::uint32_t next, std::uint32_t kind) {
+      if (kind == 0) return true;
+      auto* node = new (std::nothrow) TIMECODE_ERROR_INFO{Plain(counts_[previous], reading),
+                                                          Plain(counts_[next], reading),
+                                                          kind,
+                                                          previous,
+                                                          last,
+                                                          nullptr};
+      if (node == nullptr) return false;
+      last->next = node;
+      last = node;
+      ++timecode_.errorCount;
+      return true;
+    });
+  }
+
+  // The count as it was written, before the shift that keeps midnight ascending.
+  std::uint32_t Plain(std::uint32_t count, const WordReading& reading) const {
+    const bool isCount = static_cast<std::int32_t>(count) >= 0;
+    if (timecode_.startHour23 != 1 || !isCount) return count;
+    return static_cast<std::uint32_t>(
+        ShiftHours(CountBase(timecode_, reading), timecode_.dropFrame, count, 1, '-'));
+  }
+
+  const platform::File& file_;
+  const MXF_BASE_INFO& mxf_;
+  MXF_TIMECODE_INFO& timecode_;
+  std::unique_ptr<std::uint32_t[]> words_;
+  std::unique_ptr<std::uint32_t[]> counts_;
+};
+
+}  // namespace
+
+std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf) {
+  if (file == nullptr || !file->IsOpen()) return kContinuityNoFile;
+  if (mxf == nullptr) return kContinuityNoBaseInfo;
+  if (mxf->timecode == nullptr || mxf->timecode->fpsIndex >= kTimecodeBases) {
+    return kContinuityNoTimecodeInfo;
+  }
+  if (mxf->audio == nullptr) return kContinuityNoAudioInfo;
+  if (mxf->indexEntries == nullptr || *mxf->indexEntries == nullptr) return kContinuityNoMemory;
+  FreeTimecodeErrors(mxf->timecode);
+  return ContinuityCheck(*file, *mxf).Run();
+}
+
+void FreeTimecodeErrors(MXF_TIMECODE_INFO* timecode) {
+  TIMECODE_ERROR_INFO* node = timecode->errorList->next;
+  while (node != nullptr) {
+    TIMECODE_ERROR_INFO* next = node->next;
+    delete node;
+    node = next;
+  }
+  timecode->errorList->next = nullptr;
+  timecode->errorCount = 0;
+}
+
+}  // namespace quorvan

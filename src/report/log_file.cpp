@@ -1,0 +1,56 @@
+#include "report/log_file.h"
+
+#include <utility>
+
+namespace quorvan {
+namespace {
+
+constexpr std::size_t kMostPending = std::size_t{64} << 10;
+constexpr int kMostNames = 1000;
+
+}  // namespace
+
+LogFile::LogFile(std::u16string path) : path_(std::move(path)) {
+  for (int n = 0; n < kMostNames; ++n) {
+    temporaryPath_ = path_ + u".part";
+    for (const char digit : std::to_string(n))
+      temporaryPath_ += static_cast<char16_t>(digit);
+    file_ = platform::File::Open(temporaryPath_, platform::OpenMode::kCreateNew);
+    if (file_.IsOpen()) return;
+    error_ = platform::LastSystemError();
+    if (!platform::IsNameTaken(temporaryPath_)) break;
+  }
+  failed_ = true;
+}
+
+LogFile::~LogFile() {
+  if (!file_.IsOpen()) return;
+  file_.Close();
+  platform::RemoveFile(temporaryPath_);
+}
+
+void LogFile::Write(std::string_view text) {
+  pending_ += text;
+  if (pending_.size() >= kMostPending) Flush();
+}
+
+bool LogFile::Finish() {
+  Flush();
+  if (failed_) return false;
+  if (file_.Close() && platform::RenameReplacing(temporaryPath_, path_)) return true;
+  Fail();
+  platform::RemoveFile(temporaryPath_);
+  return false;
+}
+
+void LogFile::Fail() {
+  if (!failed_) error_ = platform::LastSystemError();
+  failed_ = true;
+}
+
+void LogFile::Flush() {
+  if (!failed_ && !file_.Write(pending_.data(), pending_.size())) Fail();
+  pending_.clear();
+}
+
+}  // namespace quorvan

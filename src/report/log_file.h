@@ -1,0 +1,44 @@
+// A text file that appears whole or not at all.
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/file.h"
+
+namespace quorvan {
+
+// Collects text under a name of its own in the folder of its path, and gets its name at the end. A
+// file that has the name gives way then; one that it only leads to, as a link, stays what it is.
+class LogFile {
+ public:
+  // `path` is where the log is to stand.
+  explicit LogFile(std::u16string path);
+  LogFile(const LogFile&) = delete;
+  LogFile& operator=(const LogFile&) = delete;
+  ~LogFile();
+
+  // Appends UTF-8 text.
+  void Write(std::string_view text);
+
+  // Brings the log to its place. False when anything went wrong since the start, and then nothing
+  // is left behind.
+  bool Finish();
+
+  // The system's number of what went wrong.
+  std::uint32_t error() const { return error_; }
+
+ private:
+  void Fail();
+  void Flush();
+
+  std::u16string path_;
+  std::u16string temporaryPath_;
+  platform::File file_;
+  std::string pending_;
+  bool failed_ = false;
+  std::uint32_t error_ = 0;
+};
+
+}  // namespace quorvan

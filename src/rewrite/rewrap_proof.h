@@ -1,0 +1,50 @@
+// What has to hold before the first byte of a rewrite is written.
+
+#pragma once
+
+#include "mxf/audio_element.h"
+#include "mxf/records.h"
+#include "platform/file.h"
+#include "rewrite/rewrap_plan.h"
+#include "state/audiotrack_io_info.h"
+#include "wav/wav_check.h"
+
+namespace quorvan {
+
+// True when the open `clip` is the one that was analysed, and the plan can be written into it.
+bool IsPlannedClip(const platform::File& clip, const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
+
+// True when `elements`, found by a walk over the frame of `entry`, are at the places where the
+// index leads for every track of the plan.
+bool AreElementsOf(const FrameElements& elements, const INDEX_ENTRY_ARRAY& entry,
+                   const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
+
+// Where the frame `entryIndex` ends at the latest: at the next one, or at the end of the file.
+std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex);
+
+// The source files of a running rewrite, in AUDIOTRACK_IO_INFO.wavHandle. Closed on destruction.
+class SourceFiles {
+ public:
+  SourceFiles(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks)
+      : plan_(plan), handles_(tracks->wavHandle) {}
+  SourceFiles(const SourceFiles&) = delete;
+  SourceFiles& operator=(const SourceFiles&) = delete;
+  ~SourceFiles() { Close(); }
+
+  // Opens every file of the plan. False when one cannot be opened.
+  bool Open();
+
+  // kSound when each is the file that was added and holds the audio that it claims; else what is
+  // wrong with the first that is not.
+  SourceState Check() const;
+
+  const platform::File& Of(const TrackSource& source) const { return handles_[source.firstTrack]; }
+
+  void Close();
+
+ private:
+  const RewrapPlan& plan_;
+  std::array<platform::File, kMaxTracks>& handles_;
+};
+
+}  // namespace quorvan

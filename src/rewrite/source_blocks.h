@@ -1,0 +1,63 @@
+// The samples of all sources of a rewrite, read in long runs by plain file access and handed out
+// frame by frame.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+
+#include "mxf/records.h"
+#include "rewrite/rewrap_plan.h"
+#include "rewrite/rewrap_proof.h"
+
+namespace quorvan {
+
+class SourceBlocks {
+ public:
+  SourceBlocks(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, const SourceFiles& files)
+      : plan_(plan), mxf_(mxf), files_(files) {}
+
+  // Takes memory for `blockFrames` frames of every file, or for fewer where they need more than a
+  // job may take or the plan has fewer. False when there is none, or `blockFrames` is 0 or more
+  // than the clip's tracks can have.
+  bool AllocateBlock(std::uint32_t blockFrames);
+
+  // Takes memory for one frame of one channel. False when there is none.
+  bool AllocateTrackBuffer();
+
+  // Frames of a full block.
+  std::uint32_t frames() const { return blockFrames_; }
+
+  // Reads what each file gives to the `frames` frames from `firstEntry` on, in one go; blocks
+  // follow each other from the plan's first frame on. False when it does not come.
+  bool Read(std::uint32_t firstEntry, std::uint32_t frames);
+
+  // The audio that channel `c`, counted from the first one of source `s` that is used, gives to the
+  // block's current frame, which is the one of `entry`, in the clip's sample width. Silence where
+  // the file has ended. Valid until the next call.
+  const std::uint8_t* Samples(std::uint32_t s, std::uint32_t c, const INDEX_ENTRY_ARRAY& entry);
+
+  // Goes on to the frame behind that of `entry`.
+  void Advance(const INDEX_ENTRY_ARRAY& entry);
+
+ private:
+  // What the block holds of one source.
+  struct Region {
+    std::uint8_t* start = nullptr;
+    const std::uint8_t* readPos = nullptr;
+    std::uint32_t held = 0;      // sample frames from readPos on
+    std::uint64_t consumed = 0;  // sample frames read from the file up to now
+  };
+
+  const RewrapPlan& plan_;
+  const MXF_BASE_INFO& mxf_;
+  const SourceFiles& files_;
+  std::array<Region, kMaxTracks> regions_;
+  std::uint32_t blockFrames_ = 0;
+  std::unique_ptr<std::uint8_t[]> wavBlock_;
+  std::unique_ptr<std::uint8_t[]> silence_;
+  std::unique_ptr<std::uint8_t[]> trackBuffer_;
+};
+
+}  // namespace quorvan

@@ -1,0 +1,141 @@
+#include "rewrite/verify.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "mxf/analysis.h"
+#include "mxf/audio_element.h"
+#include "rewrite/rewrap_file_io.h"
+#include "rewrite/rewrap_plan.h"
+#include "rewrite/rewrap_proof.h"
+#include "rewrite/source_blocks.h"
+#include "state/wav_buffer.h"
+
+namespace quorvan {
+namespace {
+
+constexpr std::uint32_t kMostSampleBytes = 4;
+
+VerifyResult Same() {
+  return {VerifyState::kSame, {}, kSuccess};
+}
+VerifyResult Failed(std::int32_t code) {
+  return {VerifyState::kFailed, {}, code};
+}
+
+// A little-endian signed sample of `width` bytes.
+std::int32_t SampleAt(const std::uint8_t* bytes, std::uint32_t width) {
+  std::uint32_t word = 0;
+  for (std::uint32_t b = 0; b < width; ++b)
+    word |= std::uint32_t{bytes[b]} << (8 * (kMostSampleBytes - width + b));
+  return static_cast<std::int32_t>(word) >> (8 * (kMostSampleBytes - width));
+}
+
+class Verification {
+ public:
+  Verification(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
+      : plan_(plan),
+        tracks_(*tracks),
+        mxf_(mxf),
+        files_(plan, tracks),
+        blocks_(plan, mxf, files_) {}
+  Verification(const Verification&) = delete;
+  Verification& operator=(const Verification&) = delete;
+
+  VerifyResult Run(const std::u16string& path) {
+    tracks_.totalFrames = plan_.range.total;
+    tracks_.currentFrame = 0;
+    tracks_.cancel = 0;
+    if (const std::int32_t failed = Prepare(path)) return Failed(failed);
+    for (std::uint32_t done = 0; done < plan_.range.total;) {
+      const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
+      const std::uint32_t firstEntry = plan_.range.firstEntry + done;
+      if (!blocks_.Read(firstEntry, frames)) return Failed(kFileRewrapWavFault);
+      for (std::uint32_t i = 0; i < frames; ++i) {
+        const VerifyResult compared = CompareFrame(firstEntry + i);
+        if (compared.state != VerifyState::kSame) return compared;
+        if (tracks_.cancel == 1) return {VerifyState::kStopped, {}, kCancelled};
+        tracks_.currentFrame = ++done;
+      }
+    }
+    return Same();
+  }
+
+ private:
+  std::int32_t Prepare(const std::u16string& path) {
+    clip_ = platform::File::Open(path, platform::OpenMode::kReadShared);
+    if (!clip_.IsOpen()) return kFileRewrapNoClip;
+    found_.reset(new (std::nothrow) std::uint8_t[kLargestFrameSamples * kMostSampleBytes]);
+    if (found_ == nullptr ||
+        !blocks_.AllocateBlock(BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode))) {
+      return kFileRewrapNoBlock;
+    }
+    if (!files_.Open()) return kFileRewrapNoWav;
+    if (!blocks_.AllocateTrackBuffer()) return kFileRewrapNoTrackBuffer;
+    if (!IsPlannedClip(clip_, plan_, mxf_)) return kFileRewrapUnfit;
+    return files_.Check() == SourceState::kSound ? kSuccess
+                                                 : static_cast<std::int32_t>(kFileRewrapNoWav);
+  }
+
+  VerifyResult CompareFrame(std::uint32_t entryIndex) {
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    FrameElements elements;
+    const ElementState walked = WalkFrame(clip_, entry.fileOffset, FrameEnd(mxf_, entryIndex),
+                                          TracksUpToLast(plan_), &elements);
+    if (walked == ElementState::kFault) return Failed(kFileRewrapClipFault);
+    if (walked != ElementState::kSound || !AreElementsOf(elements, entry, plan_, mxf_)) {
+      return Failed(kFileRewrapUnfit);
+    }
+    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
+      for (std::uint32_t c = 0; c < plan_.sources[s].trackCount; ++c) {
+        const std::uint32_t track = plan_.sources[s].firstTrack + c;
+        const VerifyResult compared = CompareValue(track, entryIndex, blocks_.Samples(s, c, entry));
+        if (compared.state != VerifyState::kSame) return compared;
+      }
+    }
+    blocks_.Advance(entry);
+    return Same();
+  }
+
+  VerifyResult CompareValue(std::uint32_t track, std::uint32_t entryIndex,
+                            const std::uint8_t* wanted) const {
+    const auto value = LocateElementValue(mxf_, (*mxf_.indexEntries)[entryIndex], track);
+    if (!value) return Failed(kFileRewrapUnfit);
+    if (clip_.ReadAt(value->fileOffset(), found_.get(), value->bytes()) != value->bytes()) {
+      return Failed(kFileRewrapClipFault);
+    }
+    const std::uint8_t* end = wanted + value->bytes();
+    const std::uint8_t* place = std::mismatch(wanted, end, found_.get()).first;
+    if (place == end) return Same();
+    const std::uint32_t width = mxf_.audio->blockAlign;
+    const auto sample = static_cast<std::uint32_t>(place - wanted) / width;
+    const std::uint32_t at = sample * width;
+    return {VerifyState::kDiffers,
+            {track, entryIndex, sample, value->fileOffset() + at, SampleAt(wanted + at, width),
+             SampleAt(found_.get() + at, width)},
+            kSuccess};
+  }
+
+  const RewrapPlan& plan_;
+  AUDIOTRACK_IO_INFO& tracks_;
+  const MXF_BASE_INFO& mxf_;
+  SourceFiles files_;
+  SourceBlocks blocks_;
+  platform::File clip_;
+  std::unique_ptr<std::uint8_t[]> found_;
+};
+
+}  // namespace
+
+VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
+                          const MXF_BASE_INFO* mxf) {
+  RewrapPlan plan{};
+  if (const ArgumentFault fault = PlanRewrap(path, tracks, mxf, &plan)) {
+    return Failed(static_cast<std::int32_t>(kStageRewrapFileIo) + fault);
+  }
+  return Verification(plan, tracks, *mxf).Run(path);
+}
+
+}  // namespace quorvan

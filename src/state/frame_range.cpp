@@ -1,0 +1,44 @@
+#include "state/frame_range.h"
+
+#include "mxf/sample_pattern.h"
+#include "mxf/segment_run.h"
+
+namespace quorvan {
+namespace {
+
+bool HasRecords(const MXF_BASE_INFO* mxf) {
+  return mxf != nullptr && mxf->timecode != nullptr && mxf->audio != nullptr &&
+         mxf->partitionTable != nullptr && *mxf->partitionTable != nullptr &&
+         mxf->indexEntries != nullptr && *mxf->indexEntries != nullptr;
+}
+
+}  // namespace
+
+ArgumentFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
+                             const MXF_BASE_INFO* mxf, const RangeFields& fields,
+                             FrameRange* range) {
+  if (path == nullptr || *path == 0) return kNoPath;
+  if (tracks == nullptr) return kNoTracks;
+  if (!HasRecords(mxf)) return kNoRecords;
+  const MXF_TIMECODE_INFO& timecode = *mxf->timecode;
+  if (timecode.rateIndex >= kRateCount) return kUnknownRate;
+
+  const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
+  const std::int64_t in = (tracks->*fields.in)[slot];
+  const std::int64_t out = (tracks->*fields.out)[slot];
+  const std::int64_t start = WorkingStart(timecode);
+  const std::int64_t last = WorkingLast(timecode);
+  const std::int64_t total = out - in + 1;
+  if (total < (slot == 0 ? 1 : 0) || in < start || out > last) return kBadRange;
+  range->firstEntry = static_cast<std::uint32_t>(in - start);
+  range->total = static_cast<std::uint32_t>(total);
+  return kArgumentsSound;
+}
+
+bool IndexHolds(const FrameRange& range, const MXF_BASE_INFO& mxf) {
+  const std::uint32_t frames = mxf.timecode->frameCount;
+  return range.firstEntry <= frames && range.total <= frames - range.firstEntry &&
+         CountsEveryFrame(mxf);
+}
+
+}  // namespace quorvan

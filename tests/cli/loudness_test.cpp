@@ -1,0 +1,73 @@
+// Loudness as the companion measures it, against ffmpeg's own filter.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "support/command.h"
+#include "support/temp_folder.h"
+
+namespace quorvan::test {
+namespace {
+
+struct Material {
+  const char* name;
+  const char* left;
+  const char* right;
+};
+
+// Speech-like: pink noise in syllables, with a pause every four seconds.
+const Material kMaterials[] = {
+    {"Tone", "sine=f=997:r=48000,volume=-6dB", "sine=f=1501:r=48000,volume=-9dB"},
+    {"Noise", "anoisesrc=c=pink:a=0.4:seed=1:r=48000", "anoisesrc=c=white:a=0.1:seed=2:r=48000"},
+    {"Speech",
+     "anoisesrc=c=pink:a=0.5:seed=3:r=48000,tremolo=f=3:d=0.9,"
+     "volume='if(lt(mod(t,4),3),0.2+0.1*mod(t,7),0.003)':eval=frame",
+     "anoisesrc=c=pink:a=0.5:seed=4:r=48000,tremolo=f=2.5:d=0.9,"
+     "volume='if(lt(mod(t,4),3),0.3,0.003)':eval=frame"},
+};
+
+// The number behind `label` in the summary.
+double Summary(const std::string& text, const std::string& label) {
+  const std::size_t place = text.rfind(label);
+  return place == std::string::npos ? NAN : std::atof(text.c_str() + place + label.size());
+}
+
+TEST(Loudness, AgreesWithFfmpegsFilter) {
+  for (const Material& material : kMaterials) {
+    const TempFolder folder;
+    const std::string made = (folder.Path() / "made.mxf").string();
+    const std::string clip = (folder.Path() / "clip.mxf").string();
+    FfmpegClip spec;
+    spec.seconds = 21;
+    spec.rate = "30000/1001";
+    spec.start = "01:00:00;00";
+    spec.picture = "color=c=gray:s=64x64";
+    spec.audio = {material.left, material.right};
+    ASSERT_EQ(MakeFfmpegClip(made, spec), "");
+    ASSERT_EQ(RunCommand(COMPANION " conform " + made + " " + clip).status, 0);
+    const CommandResult measured =
+        RunCommand(COMPANION " loudness " + clip + " --tracks 1,2 --json");
+    ASSERT_EQ(measured.status, 0) << measured.error;
+    const auto ours = nlohmann::json::parse(measured.output);
+    const CommandResult filtered = RunCommand(
+        "ffmpeg -hide_banner -i " + clip +
+        " -filter_complex "
+        "'[0:a:0][0:a:1]join=inputs=2:channel_layout=stereo,ebur128=peak=true:framelog=verbose' "
+        "-f null -");
+    ASSERT_EQ(filtered.status, 0) << filtered.error;
+    SCOPED_TRACE(material.name);
+    EXPECT_NEAR(ours["integratedLoudness"], Summary(filtered.error, "I:"), 0.1);
+    EXPECT_NEAR(ours["truePeak"], Summary(filtered.error, "Peak:"), 0.3);
+    EXPECT_NEAR(ours["loudnessRange"], Summary(filtered.error, "LRA:"), 1.0);
+    const CommandResult text = RunCommand(COMPANION " loudness " + clip + " --tracks 1,2");
+    char line[64];
+    std::snprintf(line, sizeof line, "Integrated Loudness  %6.1f LKFS\n",
+                  ours["integratedLoudness"].get<double>());
+    EXPECT_EQ(text.output.find(line), 0u) << text.output;
+  }
+}
+
+}  // namespace
+}  // namespace quorvan::test

@@ -1,0 +1,91 @@
+#include "state/clip_state.h"
+
+#include <gtest/gtest.h>
+
+#include "state/track_assignment.h"
+#include "state/wav_buffer.h"
+#include "support/loaded_clip.h"
+#include "support/wav_builder.h"
+
+namespace quorvan {
+namespace {
+
+using namespace test;
+
+TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
+  LoadedClip clip{ClipSpec()};
+  APP_STATE_INFO& app = clip.app.info;
+  AUDIOTRACK_IO_INFO& tracks = clip.app.tracks;
+  WavSpec stereo;
+  stereo.channels = 2;
+  const std::u16string wav = clip.folder.Write("a.wav", BuildWav(stereo).bytes);
+  ASSERT_EQ(AddWavFile(wav.c_str(), app.wavList, *app.mxf), kWavOk);
+  app.wavIndex = BuildWavIndex(app.wavList, nullptr);
+  ASSERT_EQ(AssignWavFile(&app, app.wavList->prev, 2), AssignResult::kAssigned);
+  app.trackSelected.fill(1);
+  app.rewrapPointSet = app.exportPointSet = app.loudnessPointSet = {1, 1};
+  app.libraryView = app.useFileIo = app.noAutoTrackSwitch = 1;
+  app.selectedWavCount = app.currentWavItem = 7;
+  app.upArrowState = app.downArrowState = kArrowPressed;
+  app.scrollTop = 3;
+  app.focusTrack = app.visibleRows = 3;
+  app.rowRemainder = 9;
+  app.rowAlign = kFlushTop;
+  tracks.wavBufferIndex = 9;
+  clip.app.mxf.audio.truePeak = -3.0;
+  const FramePoint exportIn = tracks.exportIn;
+  const FramePoint loudnessOut = tracks.loudnessOut;
+
+  ClearMxfState(&app);
+
+  EXPECT_EQ(app.wavList->entryCount, 0);
+  EXPECT_EQ(app.wavIndex, nullptr);
+  for (std::uint32_t t = 0; t < kMaxTracks; ++t) {
+    EXPECT_EQ(tracks.wav[t], nullptr);
+    EXPECT_EQ(tracks.wavGroup[t] + tracks.wavChannel[t] + app.trackChannelMark[t], 0u);
+    EXPECT_EQ(tracks.rewrapSwitch[t], kNoSuchTrack);
+    EXPECT_EQ(tracks.exportSwitch[t], kNoSuchTrack);
+    EXPECT_EQ(app.trackSelected[t], t == 0 ? 1 : 0);
+  }
+  EXPECT_EQ(app.rewrapPointSet, PointSet{});
+  EXPECT_EQ(app.exportPointSet, PointSet{});
+  EXPECT_EQ(app.mxfPath[0], 0);
+  EXPECT_EQ(app.mxfLoaded + app.libraryView + app.useFileIo + app.analysisOk, 0);
+  EXPECT_EQ(app.selectedWavCount + app.currentWavItem + app.scrollTop + app.rowRemainder, 0u);
+  EXPECT_EQ(app.focusTrack + app.visibleRows + app.rowAlign, 0);
+  EXPECT_EQ(app.upArrowState, kArrowHidden);
+  EXPECT_EQ(app.downArrowState, kArrowShown);
+  EXPECT_EQ(tracks.inFrame, FramePoint{});
+  EXPECT_EQ(tracks.outFrame, FramePoint{});
+  EXPECT_EQ(*app.mxf->indexEntries, nullptr);
+  EXPECT_EQ(app.mxf->audio->truePeak, 0.0);
+
+  EXPECT_EQ(app.noAutoTrackSwitch, 1);
+  EXPECT_EQ(tracks.wavBufferIndex, 9u);
+  EXPECT_EQ(app.loudnessPointSet, (PointSet{1, 1}));
+  EXPECT_EQ(tracks.exportIn, exportIn);
+  EXPECT_EQ(tracks.loudnessOut, loudnessOut);
+}
+
+TEST(WavBuffer, HoldsTheDurationOfItsRow) {
+  MXF_TIMECODE_INFO timecode{};
+  timecode.fpsIndex = 1;
+  const std::uint32_t minutes[] = {1, 2, 3, 4, 6, 8, 10, 12, 16, 20, 22, 24, 30, 40};
+  for (std::uint32_t row = 0; row < std::size(minutes); ++row)
+    EXPECT_EQ(BlockFrames(row, timecode), minutes[row] * 60 * 25) << row;
+  EXPECT_EQ(BlockFrames(14, timecode), 0u);
+  timecode.fpsIndex = 4;
+  timecode.dropFrame = 1;
+  EXPECT_EQ(BlockFrames(6, timecode), 35964u);
+
+  EXPECT_EQ(FramesInMemory(1500, 1000), 1500u);
+  EXPECT_EQ(FramesInMemory(1500, std::uint64_t{1} << 20), 64u);
+  EXPECT_EQ(FramesInMemory(1500, std::uint64_t{1} << 40), 1u);
+  EXPECT_EQ(FramesInMemory(1500, 0), 1500u);
+  EXPECT_TRUE(FitsBlock(65535, 65537));
+  EXPECT_FALSE(FitsBlock(65536, 65536));
+  EXPECT_FALSE(FitsBlock(std::uint64_t{1} << 60, 16));
+}
+
+}  // namespace
+}  // namespace quorvan
