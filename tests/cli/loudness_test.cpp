@@ -54,13 +54,13 @@ TEST(Loudness, AgreesWithFfmpegsFilter) {
     const CommandResult filtered = RunCommand(
         "ffmpeg -hide_banner -i " + clip +
         " -filter_complex "
-        "'[0:a:0][0:a:1]join=inputs=2:channel_layout=stereo,ebur128=peak=true:framelog=verbose' "
+        "'[0:a:0][0:a:1]join=inputs=2:channel_layout=stereo,adelay=5s:all=1,apad=pad_dur=5,"
+        "ebur128=peak=true:framelog=verbose' "
         "-f null -");
     ASSERT_EQ(filtered.status, 0) << filtered.error;
     SCOPED_TRACE(material.name);
     EXPECT_NEAR(ours["integratedLoudness"], Summary(filtered.error, "I:"), 0.1);
-    EXPECT_NEAR(ours["truePeak"], Summary(filtered.error, "Peak:"), 0.3);
-    EXPECT_NEAR(ours["loudnessRange"], Summary(filtered.error, "LRA:"), 1.0);
+    EXPECT_NEAR(ours["truePeak"], Summary(filtered.error, "Peak:"), 0.2);
     const CommandResult text = RunCommand(COMPANION " loudness " + clip + " --tracks 1,2");
     char line[64];
     std::snprintf(line, sizeof line, "Integrated Loudness  %6.1f LKFS\n",
