@@ -17,8 +17,7 @@ namespace {
 constexpr std::uint16_t kExtensionSize = 0;
 constexpr std::uint64_t kMostRowBytes = std::uint64_t{1} << 24;
 
-// The audio of one frame: from the key of the first track that is wanted to the end of the last
-// one's value.
+// The audio of one frame: from the first value that is wanted to the end of the last one.
 struct Row {
   std::uint64_t start;  // file offset
   std::uint64_t bytes;
@@ -31,8 +30,8 @@ bool LocateRow(const ExportPlan& plan, const MXF_BASE_INFO& mxf, const INDEX_ENT
   std::uint64_t end = 0;
   for (const std::uint32_t track : plan.Tracks()) {
     const auto value = LocateElementValue(mxf, entry, track);
-    if (!value || (end > 0 && value->keyOffset() < end)) return false;
-    if (end == 0) row->start = value->keyOffset();
+    if (!value || (end > 0 && value->fileOffset() < end)) return false;
+    if (end == 0) row->start = value->fileOffset();
     end = value->end();
   }
   row->bytes = end - row->start;
@@ -123,8 +122,13 @@ class FileIoExport {
 
   std::int32_t ReadBlock(std::uint32_t first, std::uint32_t frames) {
     for (std::uint32_t i = 0; i < frames; ++i) {
+      const std::uint32_t entryIndex = plan_.range.firstEntry + first + i;
+      const ElementState state = ProveElements(clip_, mxf_, entryIndex, plan_.Tracks());
+      if (state == ElementState::kFault) return kFileExportNoClip;
       Row row;
-      if (!LocateRow(plan_, mxf_, Entry(first + i), &row)) return kFileExportUnfit;
+      if (state != ElementState::kSound || !LocateRow(plan_, mxf_, Entry(first + i), &row)) {
+        return kFileExportUnfit;
+      }
       const auto bytes = static_cast<std::size_t>(row.bytes);
       if (clip_.ReadAt(row.start, RowInBlock(i), bytes) != bytes) return kFileExportNoClip;
     }
@@ -137,11 +141,8 @@ class FileIoExport {
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const auto value = LocateElementValue(mxf_, entry, plan_.track[n]);
       if (!value) return kFileExportUnfit;
-      const std::uint8_t* header = rowBytes + (value->keyOffset() - row.start);
-      if (!IsHeaderOf(header, *value, *mxf_.audio)) return kFileExportUnfit;
-      if (!files_.Append(n, {header + kElementHeaderBytes, value->bytes()})) {
-        return kFileExportNoFile;
-      }
+      const std::uint8_t* samples = rowBytes + (value->fileOffset() - row.start);
+      if (!files_.Append(n, {samples, value->bytes()})) return kFileExportNoFile;
     }
     return kSuccess;
   }

@@ -89,12 +89,12 @@ class MappedExport {
   }
 
   std::int32_t WriteFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+    const ElementState state = ProveElements(view, mxf_, entryIndex, plan_.Tracks());
+    if (state != ElementState::kSound) return CodeOf(state);
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const auto value = LocateElementValue(mxf_, entry, plan_.track[n]);
-      if (!value) return kExportUnfit;
-      const ElementState state = CheckElement(view, *value, *mxf_.audio);
-      if (state != ElementState::kSound) return CodeOf(state);
+      if (!value || !view.Covers(value->fileOffset(), value->bytes())) return kExportUnfit;
       const std::uint8_t* samples = view.data() + (value->fileOffset() - view.fileOffset());
       if (files_.Append(n, {samples, value->bytes()})) continue;
       return CanBeRead({samples, value->bytes()}) ? kExportNoFile : kExportClipFault;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <span>
 
 #include "mxf/analysis.h"
 #include "mxf/audio_element.h"
@@ -25,7 +26,6 @@ constexpr std::uint32_t kChannels = 2;
 constexpr std::uint32_t kPadSeconds = 5;
 constexpr std::size_t kRawBytes = 9600;  // of one frame and channel
 constexpr std::size_t kSampleFloats = 19200;
-constexpr std::uint32_t kNoTrack = ~std::uint32_t{0};
 constexpr int kMode = EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA |
                       EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_TRUE_PEAK;
 
@@ -99,11 +99,12 @@ class Measurement {
 
  private:
   void SelectTracks(const std::uint8_t* trackSelected) {
-    std::uint32_t found = 0;
-    for (std::uint32_t t = 0; t < UsableTracks(*mxf_.audio) && found < kChannels; ++t) {
-      if (trackSelected[t] == 1) track_[found++] = t;
+    for (std::uint32_t t = 0; t < UsableTracks(*mxf_.audio) && trackCount_ < kChannels; ++t) {
+      if (trackSelected[t] == 1) track_[trackCount_++] = t;
     }
   }
+
+  std::span<const std::uint32_t> Tracks() const { return std::span(track_).first(trackCount_); }
 
   std::int32_t Prepare(const std::u16string& path) {
     const MXF_AUDIO_INFO& audio = *mxf_.audio;
@@ -160,7 +161,9 @@ class Measurement {
 
   std::int32_t FeedFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    for (std::uint32_t c = 0; c < kChannels && track_[c] != kNoTrack; ++c) {
+    const ElementState state = ProveElements(view, mxf_, entryIndex, Tracks());
+    if (state != ElementState::kSound) return CodeOf(state);
+    for (std::uint32_t c = 0; c < trackCount_; ++c) {
       if (const std::int32_t failed = CopyValue(view, entry, c)) return failed;
     }
     if (tracks_.cancel == 1) return Cancel();
@@ -173,9 +176,9 @@ class Measurement {
   std::int32_t CopyValue(const platform::MappedView& view, const INDEX_ENTRY_ARRAY& entry,
                          std::uint32_t channel) {
     const auto value = LocateElementValue(mxf_, entry, track_[channel]);
-    if (!value || value->bytes() > kRawBytes) return kLoudnessUnfit;
-    const ElementState state = CheckElement(view, *value, *mxf_.audio);
-    if (state != ElementState::kSound) return CodeOf(state);
+    if (!value || value->bytes() > kRawBytes || !view.Covers(value->fileOffset(), value->bytes())) {
+      return kLoudnessUnfit;
+    }
     std::uint8_t* target = raw_[channel].get();
     const std::uint8_t* source = view.data() + (value->fileOffset() - view.fileOffset());
     const std::size_t bytes = value->bytes();
@@ -209,7 +212,8 @@ class Measurement {
   const FrameRange& range_;
   AUDIOTRACK_IO_INFO& tracks_;
   MXF_BASE_INFO& mxf_;
-  std::array<std::uint32_t, kChannels> track_ = {kNoTrack, kNoTrack};
+  std::uint32_t trackCount_ = 0;
+  std::array<std::uint32_t, kChannels> track_{};  // left, right
   Converter convert_ = nullptr;
   LibraryState library_;
   platform::File clip_;

@@ -1,6 +1,7 @@
 #include "mxf/audio_element.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include "mxf/klv.h"
@@ -36,6 +37,19 @@ std::size_t ReadHeader(const std::uint8_t* p, std::uint64_t rest, std::uint64_t*
   return header;
 }
 
+// An audio element as the frame itself shows it.
+struct AudioElement {
+  std::uint64_t keyOffset;   // in the file
+  std::uint64_t valueBytes;  // 0 unless its length field has four bytes
+  AudioElementKind kind;
+};
+
+// The first audio elements of a frame.
+struct FrameElements {
+  std::uint32_t count = 0;
+  std::array<AudioElement, kMaxTracks> element;
+};
+
 AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::uint64_t length) {
   const bool followed = key[kKeyBytes] == kFourByteLength;
   return {keyOffset, followed ? length : 0, KindOf(key)};
@@ -63,6 +77,29 @@ bool CollectElements(HeaderAt headerAt, std::uint64_t size, std::uint64_t start,
   return true;
 }
 
+// Where a frame ends at the latest: at the next one, or at the end of the file.
+std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex) {
+  const bool isLast = entryIndex + 1 == mxf.timecode->frameCount;
+  return isLast ? mxf.fileSize : (*mxf.indexEntries)[entryIndex + 1].fileOffset;
+}
+
+bool AreWhereTheIndexSays(const FrameElements& elements, const MXF_BASE_INFO& mxf,
+                          const INDEX_ENTRY_ARRAY& entry, std::span<const std::uint32_t> tracks) {
+  return std::all_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
+    const auto value = LocateElementValue(mxf, entry, track);
+    if (!value || track >= elements.count) return false;
+    const AudioElement& element = elements.element[track];
+    return element.kind == mxf.audio->elementKind && element.keyOffset == value->keyOffset() &&
+           element.valueBytes >= value->bytes() &&
+           element.valueBytes - value->bytes() <= mxf.audio->blockAlign;
+  });
+}
+
+// Tracks up to and with the last one of an ascending list.
+std::uint32_t TracksUpToLast(std::span<const std::uint32_t> tracks) {
+  return tracks.empty() ? 0 : tracks.back() + 1;
+}
+
 }  // namespace
 
 std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
@@ -80,63 +117,47 @@ std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
   return ElementValue(entry.fileOffset + inFrame, static_cast<std::uint32_t>(bytes));
 }
 
-bool IsHeaderOf(const std::uint8_t* header, const ElementValue& value,
-                const MXF_AUDIO_INFO& audio) {
-  std::uint64_t length = 0;
-  if (ReadHeader(header, kElementHeaderBytes, &length) != kElementHeaderBytes) return false;
-  return IsElementOf(ElementAt(header, value.keyOffset(), length), value, audio);
-}
-
-ElementState CheckElement(const platform::MappedView& view, const ElementValue& value,
-                          const MXF_AUDIO_INFO& audio) {
-  if (!view.Covers(value.keyOffset(), value.end() - value.keyOffset())) {
-    return ElementState::kMisplaced;
-  }
-  const std::uint8_t* header = view.data() + (value.keyOffset() - view.fileOffset());
-  bool sound = false;
-  auto check = [&] { sound = IsHeaderOf(header, value, audio); };
-  if (!platform::RunGuarded(check).completed) return ElementState::kFault;
-  return sound ? ElementState::kSound : ElementState::kMisplaced;
-}
-
-ElementState WalkFrame(const platform::MappedView& view, std::uint64_t start, std::uint64_t end,
-                       std::uint32_t wanted, FrameElements* elements) {
-  elements->count = 0;
+ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO& mxf,
+                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks) {
+  const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[entryIndex];
+  const std::uint64_t start = entry.fileOffset;
+  const std::uint64_t end = FrameEnd(mxf, entryIndex);
+  const std::uint32_t wanted = TracksUpToLast(tracks);
   if (wanted > kMaxTracks || end < start || !view.Covers(start, 1)) {
     return ElementState::kMisplaced;
   }
   const std::uint64_t offset = start - view.fileOffset();
   const std::uint8_t* frame = view.data() + offset;
   const std::uint64_t size = std::min(end - start, view.size() - offset);
+  FrameElements elements;
   bool complete = false;
   auto headerAt = [&](std::uint64_t at) { return frame + at; };
-  auto walk = [&] { complete = CollectElements(headerAt, size, start, wanted, elements); };
+  auto walk = [&] { complete = CollectElements(headerAt, size, start, wanted, &elements); };
   if (!platform::RunGuarded(walk).completed) return ElementState::kFault;
-  return complete ? ElementState::kSound : ElementState::kMisplaced;
+  return complete && AreWhereTheIndexSays(elements, mxf, entry, tracks) ? ElementState::kSound
+                                                                        : ElementState::kMisplaced;
 }
 
-ElementState WalkFrame(const platform::File& file, std::uint64_t start, std::uint64_t end,
-                       std::uint32_t wanted, FrameElements* elements) {
-  elements->count = 0;
+ElementState ProveElements(const platform::File& clip, const MXF_BASE_INFO& mxf,
+                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks) {
+  const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[entryIndex];
+  const std::uint64_t start = entry.fileOffset;
+  const std::uint64_t end = FrameEnd(mxf, entryIndex);
+  const std::uint32_t wanted = TracksUpToLast(tracks);
   if (wanted > kMaxTracks || end < start) return ElementState::kMisplaced;
   const std::uint64_t size = end - start;
+  FrameElements elements;
   std::array<std::uint8_t, kMostHeaderBytes> bytes;
   bool failed = false;
   auto headerAt = [&](std::uint64_t at) -> const std::uint8_t* {
     const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(size - at, bytes.size()));
-    failed = file.ReadAt(start + at, bytes.data(), held) != held;
+    failed = clip.ReadAt(start + at, bytes.data(), held) != held;
     return failed ? nullptr : bytes.data();
   };
-  const bool complete = CollectElements(headerAt, size, start, wanted, elements);
+  const bool complete = CollectElements(headerAt, size, start, wanted, &elements);
   if (failed) return ElementState::kFault;
-  return complete ? ElementState::kSound : ElementState::kMisplaced;
-}
-
-bool IsElementOf(const AudioElement& element, const ElementValue& value,
-                 const MXF_AUDIO_INFO& audio) {
-  return element.kind != kNoAudioElement && element.kind == audio.elementKind &&
-         element.keyOffset == value.keyOffset() && element.valueBytes >= value.bytes() &&
-         element.valueBytes - value.bytes() <= audio.blockAlign;
+  return complete && AreWhereTheIndexSays(elements, mxf, entry, tracks) ? ElementState::kSound
+                                                                        : ElementState::kMisplaced;
 }
 
 }  // namespace quorvan

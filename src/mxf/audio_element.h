@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 #include "mxf/records.h"
 #include "platform/file.h"
@@ -51,39 +51,14 @@ enum class ElementState {
   kFault,      // the storage failed
 };
 
-// True when the kElementHeaderBytes at `header` are the key and the four-byte length of an element
-// of the kind that the analysis found, whose value holds the bytes of `value` and at most one
-// sample more.
-bool IsHeaderOf(const std::uint8_t* header, const ElementValue& value, const MXF_AUDIO_INFO& audio);
-
-// The same of the header in front of `value` in the clip behind `view`, which must cover both.
-ElementState CheckElement(const platform::MappedView& view, const ElementValue& value,
-                          const MXF_AUDIO_INFO& audio);
-
-// An audio element as the frame itself shows it.
-struct AudioElement {
-  std::uint64_t keyOffset;   // in the file
-  std::uint64_t valueBytes;  // 0 unless its length field has four bytes
-  AudioElementKind kind;
-};
-
-// The first audio elements of a frame, in the order in which they stand in it: the n-th belongs to
-// track n.
-struct FrameElements {
-  std::uint32_t count;
-  std::array<AudioElement, kMaxTracks> element;
-};
-
-// Goes from key to key through the frame in [start, end) of the clip and collects its first
-// `wanted` audio elements. kMisplaced when what stands there is no row of KLVs with so many, or
-// `view` does not cover the frame that far.
-ElementState WalkFrame(const platform::MappedView& view, std::uint64_t start, std::uint64_t end,
-                       std::uint32_t wanted, FrameElements* elements);
-ElementState WalkFrame(const platform::File& file, std::uint64_t start, std::uint64_t end,
-                       std::uint32_t wanted, FrameElements* elements);
-
-// True when `element` is the one that IsHeaderOf describes and starts where the index says.
-bool IsElementOf(const AudioElement& element, const ElementValue& value,
-                 const MXF_AUDIO_INFO& audio);
+// Proves the values of `tracks`, from 0 and ascending, in the frame of entry `entryIndex`: goes
+// from key to key through the frame, whose n-th audio element is that of track n, and compares what
+// it finds with what the index says: the place, the kind that the analysis found, and a four-byte
+// length that holds the value and at most one sample more. kMisplaced when they differ, what stands
+// there is no row of KLVs, or `view` does not cover the frame that far.
+ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO& mxf,
+                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
+ElementState ProveElements(const platform::File& clip, const MXF_BASE_INFO& mxf,
+                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
 
 }  // namespace quorvan

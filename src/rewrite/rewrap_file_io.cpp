@@ -20,6 +20,11 @@ std::int32_t CodeOf(GateResult result) {
   return result == GateResult::kRefused ? kFileRewrapUnfit : kFileRewrapClipFault;
 }
 
+std::int32_t CodeOf(ElementState state) {
+  if (state == ElementState::kSound) return kSuccess;
+  return state == ElementState::kMisplaced ? kFileRewrapUnfit : kFileRewrapClipFault;
+}
+
 // One rewrite from its plan to its end. Everything it opens goes with it.
 class FileIoRewrite {
  public:
@@ -61,20 +66,11 @@ class FileIoRewrite {
     if (files_.Check() != SourceState::kSound) return kFileRewrapNoWav;
     for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       if (tracks_.cancel == 1) return Cancel();
-      if (const std::int32_t failed = ProveFrame(plan_.range.firstEntry + i)) return failed;
+      const std::int32_t failed =
+          CodeOf(ProveElements(clip_, mxf_, plan_.range.firstEntry + i, plan_.Tracks()));
+      if (failed != kSuccess) return failed;
     }
     return kSuccess;
-  }
-
-  std::int32_t ProveFrame(std::uint32_t entryIndex) const {
-    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    FrameElements elements;
-    const ElementState walked = WalkFrame(clip_, entry.fileOffset, FrameEnd(mxf_, entryIndex),
-                                          TracksUpToLast(plan_), &elements);
-    if (walked == ElementState::kFault) return kFileRewrapClipFault;
-    const bool proven =
-        walked == ElementState::kSound && AreElementsOf(elements, entry, plan_, mxf_);
-    return proven ? kSuccess : kFileRewrapUnfit;
   }
 
   std::int32_t WriteAll() {

@@ -148,20 +148,13 @@ class MappedRewrite {
       if (!view.IsMapped()) return kRewrapClipFault;
       for (std::uint32_t i = 0; i < run.frames; ++i) {
         if (tracks_.cancel == 1) return Cancel();
-        if (const std::int32_t failed = ProveFrame(view, run.firstEntry + i)) return failed;
+        const std::int32_t failed =
+            CodeOf(ProveElements(view, mxf_, run.firstEntry + i, plan_.Tracks()));
+        if (failed != kSuccess) return failed;
       }
       done += run.frames;
     }
     return kSuccess;
-  }
-
-  std::int32_t ProveFrame(const platform::MappedView& view, std::uint32_t entryIndex) const {
-    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    FrameElements elements;
-    const ElementState walked = WalkFrame(view, entry.fileOffset, FrameEnd(mxf_, entryIndex),
-                                          TracksUpToLast(plan_), &elements);
-    if (walked != ElementState::kSound) return CodeOf(walked);
-    return AreElementsOf(elements, entry, plan_, mxf_) ? kSuccess : kRewrapUnfit;
   }
 
   SegmentRun RunBehind(std::uint32_t done) const {

@@ -26,6 +26,7 @@ TrackSource SourceOf(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& aud
 
 void WalkTracks(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio, RewrapPlan* plan) {
   plan->sourceCount = 0;
+  plan->trackCount = 0;
   for (std::uint32_t track = 0; track < UsableTracks(audio);) {
     if (tracks.rewrapSwitch[track] != kSwitchOn) {
       ++track;
@@ -33,7 +34,8 @@ void WalkTracks(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio, R
     }
     const TrackSource source = SourceOf(tracks, audio, track);
     plan->sources[plan->sourceCount++] = source;
-    track += source.trackCount;
+    for (std::uint32_t c = 0; c < source.trackCount; ++c)
+      plan->track[plan->trackCount++] = track++;
   }
 }
 
@@ -61,12 +63,6 @@ bool CanBeWritten(const RewrapPlan& plan, const MXF_BASE_INFO& mxf) {
   }
   return std::all_of(plan.sources.begin(), plan.sources.begin() + plan.sourceCount,
                      [&](const TrackSource& s) { return FitsSampleWidth(s, *mxf.audio); });
-}
-
-std::uint32_t TracksUpToLast(const RewrapPlan& plan) {
-  if (plan.sourceCount == 0) return 0;
-  const TrackSource& last = plan.sources[plan.sourceCount - 1];
-  return last.firstTrack + last.trackCount;
 }
 
 }  // namespace quorvan

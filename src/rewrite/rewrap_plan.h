@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "mxf/records.h"
 #include "state/audiotrack_io_info.h"
@@ -26,6 +27,10 @@ struct RewrapPlan {
   FrameRange range;
   std::uint32_t sourceCount;
   std::array<TrackSource, kMaxTracks> sources;
+  std::uint32_t trackCount;
+  std::array<std::uint32_t, kMaxTracks> track;  // those of all sources, from 0, ascending
+
+  std::span<const std::uint32_t> Tracks() const { return std::span(track).first(trackCount); }
 };
 
 // Checks the arguments and the range of a rewrite and walks the tracks that are ON. A file counts
@@ -37,8 +42,5 @@ ArgumentFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
 // True when the index holds every frame of the plan and every sample width is one that can be
 // written: bytes are copied, or 16 bits widened to 24, and nothing else.
 bool CanBeWritten(const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
-
-// Number of tracks up to and with the last one that the plan writes.
-std::uint32_t TracksUpToLast(const RewrapPlan& plan);
 
 }  // namespace quorvan

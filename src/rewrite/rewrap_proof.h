@@ -2,7 +2,6 @@
 
 #pragma once
 
-#include "mxf/audio_element.h"
 #include "mxf/records.h"
 #include "platform/file.h"
 #include "rewrite/rewrap_plan.h"
@@ -13,14 +12,6 @@ namespace quorvan {
 
 // True when the open `clip` is the one that was analysed, and the plan can be written into it.
 bool IsPlannedClip(const platform::File& clip, const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
-
-// True when `elements`, found by a walk over the frame of `entry`, are at the places where the
-// index leads for every track of the plan.
-bool AreElementsOf(const FrameElements& elements, const INDEX_ENTRY_ARRAY& entry,
-                   const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
-
-// Where the frame `entryIndex` ends at the latest: at the next one, or at the end of the file.
-std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex);
 
 // The source files of a running rewrite, in AUDIOTRACK_IO_INFO.wavHandle. Closed on destruction.
 class SourceFiles {

@@ -81,13 +81,9 @@ class Verification {
 
   VerifyResult CompareFrame(std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    FrameElements elements;
-    const ElementState walked = WalkFrame(clip_, entry.fileOffset, FrameEnd(mxf_, entryIndex),
-                                          TracksUpToLast(plan_), &elements);
-    if (walked == ElementState::kFault) return Failed(kFileRewrapClipFault);
-    if (walked != ElementState::kSound || !AreElementsOf(elements, entry, plan_, mxf_)) {
-      return Failed(kFileRewrapUnfit);
-    }
+    const ElementState state = ProveElements(clip_, mxf_, entryIndex, plan_.Tracks());
+    if (state == ElementState::kFault) return Failed(kFileRewrapClipFault);
+    if (state != ElementState::kSound) return Failed(kFileRewrapUnfit);
     for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
       for (std::uint32_t c = 0; c < plan_.sources[s].trackCount; ++c) {
         const std::uint32_t track = plan_.sources[s].firstTrack + c;
