@@ -1,0 +1,203 @@
+#include "loudness/measure_loudness.h"
+
+#include <ebur128.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+#include "mxf/analysis.h"
+#include "platform/text.h"
+#include "support/failing_memory.h"
+#include "support/loaded_clip.h"
+
+namespace quorvan {
+namespace {
+
+using namespace test;
+
+struct Results {
+  double integrated;
+  double truePeak;
+  double range;
+};
+bool operator==(const Results& a, const Results& b) {
+  return a.integrated == b.integrated && a.truePeak == b.truePeak && a.range == b.range;
+}
+
+Results ResultsOf(const LoadedClip& clip) {
+  const MXF_AUDIO_INFO& audio = clip.app.mxf.audio;
+  return {audio.integratedLoudness, audio.truePeak, audio.loudnessRange};
+}
+
+std::int32_t Measure(LoadedClip& clip, std::initializer_list<std::uint32_t> tracks) {
+  std::array<std::uint8_t, kMaxTracks> selected{};
+  for (const std::uint32_t t : tracks)
+    selected[t] = 1;
+  return MeasureLoudness(clip.path.c_str(), &clip.app.tracks, clip.app.info.mxf, selected.data());
+}
+
+// A tone that swells from frame to frame, another one on each track; low byte first.
+std::function<std::uint8_t(std::uint32_t, std::uint32_t, std::uint32_t)> Swell(
+    std::uint32_t width) {
+  return [width](std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
+    const double phase = i / width * 0.05 * (track + 1);
+    const double level = 0.02 + 0.9 * ((frame + 3 * track) % 40) / 40.0;
+    const auto full = static_cast<double>(std::int64_t{1} << (8 * width - 1));
+    const auto value = static_cast<std::int64_t>(std::sin(phase) * level * full);
+    return static_cast<std::uint8_t>(value >> (8 * (i % width)));
+  };
+}
+
+float SampleAt(const Bytes& bytes, std::uint64_t place, std::uint32_t width) {
+  std::int64_t value = static_cast<std::int8_t>(bytes[place + width - 1]);
+  for (std::uint32_t b = width - 1; b-- > 0;)
+    value = value * 256 + bytes[place + b];
+  return static_cast<float>(static_cast<double>(value) /
+                            static_cast<double>(std::int64_t{1} << (8 * width - 1)));
+}
+
+// The library fed in one go with the two tracks of the range, null for silence, between five
+// seconds of silence.
+Results Reference(const LoadedClip& clip, const std::uint32_t* left, const std::uint32_t* right,
+                  std::uint32_t in, std::uint32_t out) {
+  std::vector<float> samples(5 * 48000 * 2);
+  const std::uint32_t width = clip.spec.bits / 8;
+  for (std::uint32_t f = in; f <= out; ++f) {
+    const FramePlace& frame = clip.clip.layout.frames[f];
+    for (std::uint32_t s = 0; s < frame.samples; ++s) {
+      for (const std::uint32_t* track : {left, right}) {
+        samples.push_back(
+            track == nullptr
+                ? 0.0F
+                : SampleAt(clip.clip.bytes, frame.audio[*track].value + s * width, width));
+      }
+    }
+  }
+  samples.resize(samples.size() + 5 * 48000 * 2);
+  ebur128_state* state =
+      ebur128_init(2, 48000, EBUR128_MODE_I | EBUR128_MODE_LRA | EBUR128_MODE_TRUE_PEAK);
+  EXPECT_EQ(ebur128_add_frames_float(state, samples.data(), samples.size() / 2), 0);
+  Results results{};
+  double peaks[2] = {};
+  EXPECT_EQ(ebur128_loudness_global(state, &results.integrated), 0);
+  EXPECT_EQ(ebur128_loudness_range(state, &results.range), 0);
+  EXPECT_EQ(ebur128_true_peak(state, 0, &peaks[0]) + ebur128_true_peak(state, 1, &peaks[1]), 0);
+  const double peak = std::max(peaks[0], peaks[1]);
+  results.truePeak = peak > 0 ? 20 * std::log10(peak) : -99.9;
+  ebur128_destroy(&state);
+  return results;
+}
+
+TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
+  struct Case {
+    Rate rate;
+    std::uint32_t bits, frames, in, out;
+  };
+  const Case cases[] = {{Rate::k25, 24, 150, 0, 149},
+                        {Rate::k25, 16, 150, 7, 131},
+                        {Rate::k29_97, 24, 150, 3, 99},
+                        {Rate::k59_94, 16, 150, 1, 148},
+                        {Rate::k25, 24, 20, 9, 9}};
+  constexpr std::uint32_t track1 = 1, track3 = 3;
+  for (const Case& c : cases) {
+    ClipSpec spec;
+    spec.rate = c.rate;
+    spec.bits = c.bits;
+    spec.frames = c.frames;
+    spec.framesPerPartition = 40;
+    spec.audio = Swell(c.bits / 8);
+    LoadedClip clip(spec);
+    clip.SetRange(kLoudnessRange, c.in, c.out);
+    SCOPED_TRACE(c.out);
+    ASSERT_EQ(Measure(clip, {1, 3}), 0);
+    EXPECT_EQ(ResultsOf(clip), Reference(clip, &track1, &track3, c.in, c.out));
+    EXPECT_EQ(clip.app.tracks.currentFrame, c.out - c.in + 1);
+    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
+    ASSERT_EQ(Measure(clip, {3}), 0);
+    EXPECT_EQ(ResultsOf(clip), Reference(clip, &track3, nullptr, c.in, c.out));
+  }
+}
+
+TEST(MeasureLoudness, MeasuresTheTwoLowestOfTheSelectedTracksOrSilence) {
+  ClipSpec spec;
+  spec.frames = 50;
+  spec.audio = Swell(3);
+  LoadedClip clip(spec);
+  constexpr std::uint32_t track0 = 0, track2 = 2;
+  ASSERT_EQ(Measure(clip, {0, 2, 3}), 0);
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track0, &track2, 0, 49));
+  ASSERT_EQ(Measure(clip, {4, 23}), 0);  // tracks that the clip has not
+  EXPECT_EQ(clip.app.mxf.audio.truePeak, kSilentTruePeak);
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, nullptr, nullptr, 0, 49));
+}
+
+TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
+  LoadedClip clip{ClipSpec()};
+  clip.app.mxf.audio.integratedLoudness = -23.5;
+  const auto expect = [&](std::int32_t result, std::int32_t code) {
+    EXPECT_EQ(result, code);
+    EXPECT_EQ(clip.app.mxf.audio.integratedLoudness, -23.5);
+    EXPECT_TRUE(platform::File::Open(clip.path, platform::OpenMode::kRewrite).IsOpen());
+  };
+  AUDIOTRACK_IO_INFO* tracks = &clip.app.tracks;
+  MXF_BASE_INFO* mxf = &clip.app.mxf.base;
+  const std::uint8_t none[kMaxTracks] = {};
+  expect(MeasureLoudness(nullptr, tracks, mxf, none), 4001);
+  expect(MeasureLoudness(clip.path.c_str(), nullptr, mxf, none), 4002);
+  expect(MeasureLoudness(clip.path.c_str(), tracks, mxf, nullptr), 4002);
+  expect(MeasureLoudness(clip.path.c_str(), tracks, nullptr, none), 4003);
+  expect(MeasureLoudness(clip.folder.PathOf("none").c_str(), tracks, mxf, none), 4007);
+  for (const auto& [in, out] : {std::pair{5u, 4u}, {0u, 10u}, {~0u, 3u}}) {
+    clip.SetRange(kLoudnessRange, in, out);
+    expect(Measure(clip, {0}), 4005);
+  }
+  clip.SetRange(kLoudnessRange, 0, 9);
+  for (int nth = 1; nth <= 4; ++nth) {
+    FailAllocation(nth);
+    const std::int32_t result = Measure(clip, {0});
+    FailAllocation(0);
+    expect(result, 4006);
+  }
+  Bytes damaged = clip.clip.bytes;
+  damaged[clip.clip.layout.frames[6].audio[1].key + 12] ^= 1;
+  ASSERT_TRUE(WriteBytes(platform::ToUtf8(clip.path), damaged));
+  expect(Measure(clip, {1}), 4003);
+  std::filesystem::resize_file(platform::ToUtf8(clip.path), clip.clip.bytes.size() / 2);
+  expect(Measure(clip, {0}), 4003);
+  std::filesystem::resize_file(platform::ToUtf8(clip.path), 0);
+  expect(Measure(clip, {0}), 4008);
+  clip.app.mxf.timecode.rateIndex = 8;
+  expect(Measure(clip, {0}), 4004);
+}
+
+TEST(MeasureLoudness, StopsWhenItIsCancelledAndSurvivesALostClip) {
+  ClipSpec spec;
+  spec.frames = 3000;
+  spec.framesPerPartition = 1000;
+  spec.tracks = 2;
+  LoadedClip clip(spec);
+  AUDIOTRACK_IO_INFO& tracks = clip.app.tracks;
+  for (const bool lost : {false, true}) {
+    std::int32_t result = -1;
+    tracks.currentFrame = 0;
+    std::thread worker([&] { result = Measure(clip, {0, 1}); });
+    while (tracks.currentFrame < 10) {
+    }
+    if (lost) {
+      std::filesystem::resize_file(platform::ToUtf8(clip.path), 4096);
+    } else {
+      tracks.cancel = 1;
+    }
+    worker.join();
+    EXPECT_EQ(result, lost ? static_cast<std::int32_t>(kLoudnessNoView) : kCancelled);
+    EXPECT_EQ(tracks.cancel, 0u);
+    EXPECT_EQ(tracks.totalFrames, lost ? 3000u : 0u);
+    EXPECT_EQ(clip.app.mxf.audio.integratedLoudness, 0.0);
+  }
+}
+
+}  // namespace
+}  // namespace quorvan

@@ -1,0 +1,238 @@
+#include <gtest/gtest.h>
+
+#include "mxf/continuity.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "report/rewrap_log.h"
+#include "report/timecode_log.h"
+#include "state/track_assignment.h"
+#include "support/loaded_clip.h"
+#include "support/wav_builder.h"
+
+namespace quorvan {
+namespace {
+
+using namespace test;
+
+constexpr platform::CalendarTime kNow = {2026, 3, 4, 5, 6, 7, 3};
+
+void PutPath(std::u16string_view path, LoadedClip* clip) {
+  char16_t* field = clip->app.info.mxfPath;
+  field[path.copy(field, kMxfPathChars - 1)] = 0;
+}
+
+WAV_FILE_INFO* Add(LoadedClip* clip, const std::string& name, const WavSpec& spec) {
+  const std::u16string path = clip->folder.Write(name, BuildWav(spec).bytes);
+  EXPECT_EQ(AddWavFile(path.c_str(), clip->app.info.wavList, clip->app.mxf.base), kWavOk);
+  return clip->app.info.wavList->prev;
+}
+
+std::string Text(const std::filesystem::path& path) {
+  const Bytes bytes = ReadAll(path);
+  return {bytes.begin(), bytes.end()};
+}
+
+TEST(RewrapLog, TellsWhatWasDoneToEachTrack) {
+  LoadedClip clip{ClipSpec()};
+  PutPath(u"/clips/テスト.mxf", &clip);
+  WavSpec mono;
+  mono.bits = 16;
+  mono.timeReference = 36000ull * 48000 + 3 * 1920 + 7;
+  WavSpec stereo;
+  stereo.channels = 2;
+  stereo.sampleFrames = 4800;
+  APP_STATE_INFO& app = clip.app.info;
+  ASSERT_EQ(AssignWavFile(&app, Add(&clip, "mono.wav", mono), 1), AssignResult::kAssigned);
+  ASSERT_EQ(AssignWavFile(&app, Add(&clip, "stereo.wav", stereo), 2), AssignResult::kAssigned);
+  clip.app.tracks.rewrapSwitch = {kSwitchOn, kSwitchOn, kSwitchOff, kSwitchOn};
+  clip.SetRange(kRewrapRange, 2, 7);
+  const std::string folder = clip.folder.Path().string();
+  EXPECT_EQ(
+      RewrapLogText(app, kNow),
+      "再ラップ処理ログ [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07\r\n\r\n"
+      "[ 書込み方式 ]\r\nメモリマッピング\r\n\r\n"
+      "[ 対象ファイル ]\r\nテスト.mxf\r\n/clips/テスト.mxf\r\n" +
+          [&] {
+            char text[32];
+            std::snprintf(text, sizeof text, "%.2f KB",
+                          static_cast<double>(clip.clip.bytes.size()) / 1024);
+            return std::string(text);
+          }() +
+          "\r\n作成日: " + platform::ToUtf8(clip.app.mxf.base.creationDateText) +
+          "\r\n更新日: 2026/03/04  05:06:07\r\n\r\n"
+          "[ ファイルクリエーター ]\r\n製品名: Bench Writer 1.2.3\r\n    OS: Bench\r\n"
+          "会社名: Northlight\r\n\r\n"
+          "[ MXFファイルメタ情報 ]\r\nMXF version\r\n1.3\r\nメディア固有UMID\r\n" +
+          [&] {
+            std::string hex;
+            for (const auto& umid : {kMaterialUmid, kSourceUmid}) {
+              for (const std::uint8_t byte : umid) {
+                char digits[3];
+                std::snprintf(digits, sizeof digits, "%02X", byte);
+                hex += digits;
+              }
+              hex += umid == kMaterialUmid ? "\r\n\r\n素材UMID\r\n" : "\r\n\r\n";
+            }
+            return hex;
+          }() +
+          "VIDEO\r\n" + platform::ToUtf8(clip.app.mxf.video.codecName) +
+          "\r\n50.00Mb/s\r\n25i\r\n\r\n"
+          "AUDIO\r\nAES3/BWF LPCM\r\n48000Hz\r\n24bit\r\n\r\nTRACKS\r\n4\r\n\r\n"
+          "NDE = 6\r\nAudio Element Size = 6144\r\nData Element size  = 0\r\n"
+          "Segment Max frame  = 5\r\n\r\nタイムコード\r\n25 NDF\r\n"
+          "開始 = 10:00:00:00   900000 frames\r\n終了 = 10:00:00:09   900009 frames\r\n"
+          "長さ = 00:00:00:10       10 frames\r\n\r\n"
+          "[ 処理範囲 ]\r\nIN  10:00:00:02\r\nOUT 10:00:00:07\r\nDUR 00:00:00:06\r\n\r\n"
+          "[ トラック割当てファイル詳細 ]\r\n"
+          "Track 1\r\n\t無音を書込みました。\r\n\r\n"
+          "Track 2\r\n\tmono.wav\r\n\t" +
+          folder +
+          "\r\n\t1/1ch  16bit  48000Hz\r\n"
+          "\t開始 = 10:00:00:03 *0007  1728005767 samples\r\n"
+          "\t終了 = 10:00:01:03 *0007  1728053767 samples\r\n"
+          "\t長さ = 00:00:01:00 *0000       48000 samples\r\n\r\n"
+          "Track 3\r\n\t未処理\r\n\r\n"
+          "Track 4\r\n\tstereo.wav\r\n\t" +
+          folder +
+          "\r\n\t2/2ch  24bit  48000Hz\r\n"
+          "\t開始 = 00:00:00:00 *0000           0 samples\r\n"
+          "\t終了 = 00:00:00:02 *0960        4800 samples\r\n"
+          "\t長さ = 00:00:00:02 *0960        4800 samples\r\n\r\n");
+  app.jobStartTime = {2026, 3, 4, 1, 2, 3, 3};
+  app.jobEndTime = kNow;
+  EXPECT_EQ(RewrapLogEnd(app),
+            "\r\n-------------------------------------------------\r\n"
+            "処理開始: 01:02;03\r\n処理終了: 05:06:07\r\n");
+}
+
+TEST(RewrapLog, CountsDropFrameAcrossMidnight) {
+  ClipSpec spec;
+  spec.rate = Rate::k59_94;
+  spec.dropFrame = true;
+  spec.start = {23, 59, 59, 0};
+  spec.frames = 4000;
+  spec.framesPerPartition = 2000;
+  spec.tracks = 1;
+  spec.bits = 16;
+  spec.elementKag = 0;
+  spec.frameLayout = 0;
+  LoadedClip clip(spec);
+  clip.app.info.useFileIo = 1;
+  const std::string log = RewrapLogText(clip.app.info, kNow);
+  for (const char* part :
+       {"[ 書込み方式 ]\r\n標準ファイル入出力\r\n", "Mb/s\r\n59.94p\r\n", "\r\n59.94 DF\r\n",
+        "開始 = 23:59:59.00  5178756 frames\r\n", "終了 = 00:01:05.43     3939 frames\r\n",
+        "長さ = 00:01:06.44     4000 frames\r\n",
+        "IN  23:59:59.00\r\nOUT 00:01:05.43\r\nDUR 00:01:06.44\r\n"})
+    EXPECT_NE(log.find(part), std::string::npos) << part << "\n" << log;
+}
+
+TEST(RewrapLog, StandsBesideTheClipAndReplacesOnlyItsPredecessor) {
+  LoadedClip clip{ClipSpec()};
+  APP_STATE_INFO& app = clip.app.info;
+  const auto log = clip.folder.Path() / "clip_LOG.txt";
+  std::u16string path;
+  std::uint32_t error = 0;
+  // A link of the log's name that leads to the clip.
+  std::filesystem::create_symlink(clip.folder.Path() / "clip.mxf", log);
+  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
+  EXPECT_EQ(platform::ToUtf8(path), log.string());
+  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
+  EXPECT_FALSE(std::filesystem::is_symlink(log));
+  EXPECT_GT(app.jobEndTime.year, 2000);
+  const std::string first = Text(log);
+  EXPECT_EQ(first.find("再ラップ処理ログ"), 0u);
+  EXPECT_NE(first.find("\r\n処理終了: "), std::string::npos);
+  std::filesystem::remove(log);
+  std::filesystem::create_hard_link(clip.folder.Path() / "clip.mxf", log);
+  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
+  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
+  EXPECT_EQ(Text(log).size(), first.size());
+  const std::filesystem::directory_iterator files(clip.folder.Path());
+  EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "something was left behind";
+
+  PutPath(clip.folder.PathOf("a.b/clip"), &clip);
+  EXPECT_FALSE(WriteRewrapLog(&app, &path, &error));
+  EXPECT_EQ(RewrapLogFailureMessage(app.mxfPath, error),
+            u"clip\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\n"
+            u"ERR: 2");
+  std::filesystem::create_directory(clip.folder.Path() / "a.b");
+  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
+  EXPECT_EQ(path, clip.folder.PathOf("a.b/clip_LOG.txt"));
+  EXPECT_EQ(RewrapCompletionMessage(app.mxfPath, path),
+            u"再ラップ処理が完了しました。\n詳細ログをMXFファイルと同じ場所に作成しましたのでご確"
+            u"認ください。\n\nファイル名\nclip\n場所\n" +
+                clip.folder.PathOf("a.b"));
+}
+
+TEST(TimecodeLog, ListsEveryBreak) {
+  ClipSpec spec;
+  spec.rate = Rate::k59_94;
+  spec.dropFrame = true;
+  spec.frameLayout = 2;
+  LoadedClip clip(spec);
+  APP_STATE_INFO& app = clip.app.info;
+  PutPath(u"/clips/a.mxf", &clip);
+  TIMECODE_ERROR_INFO breaks[4] = {{1078920, 1078925, 2, 0, nullptr, nullptr},
+                                   {9, 7, 3, 4, nullptr, nullptr},
+                                   {7, 7, 4, 70000, nullptr, nullptr},
+                                   {7, 0xFFFFFFFE, 1, 6, nullptr, nullptr}};
+  clip.app.mxf.timecode.errorCount = 4;
+  TIMECODE_ERROR_INFO* last = clip.app.mxf.timecode.errorList;
+  for (TIMECODE_ERROR_INFO& node : breaks) {
+    last->next = &node;
+    last = &node;
+  }
+  const auto path = clip.folder.Path() / "log.txt";
+  std::uint32_t error = 0;
+  ASSERT_TRUE(WriteTimecodeLog(clip.folder.PathOf("log.txt"), app, &error));
+  EXPECT_FALSE(WriteTimecodeLog(clip.folder.PathOf("none/log.txt"), app, &error));
+  EXPECT_EQ(error, 2u);
+  clip.app.mxf.timecode.errorList->next = nullptr;
+  const std::string log = Text(path);
+  EXPECT_EQ(log.find("LTCエラーログ作成日 [MXF Quorvan 1.7.8.3]\r\n作成日: "), 0u);
+  const std::string tail = log.substr(log.find("想定フレーム数"));
+  EXPECT_EQ(tail,
+            "想定フレーム数   = 10\r\n実際のフレーム数 = 10\r\n\r\n\r\nLTCエラー数: 4\r\n"
+            "この数値が全フレームと同じかそれに近い場合、エレメントが壊れている可能性があります。"
+            "\r\n\r\n#       発生場所     再開ＴＣ     積算         状態\r\n"
+            "     0  10:00:00.00  10:00:00.10  00:00:00.00  inc\r\n"
+            "     1  00:00:00.18  00:00:00.14  00:00:00.04  dec\r\n"
+            "     2  00:00:00.14  00:00:00.14  00:19:27.52  still\r\n"
+            "     3  00:00:00.14  --:--:--.--  00:00:00.06  **\r\n");
+}
+
+TEST(TimecodeLog, StatesTheClip) {
+  LoadedClip clip{ClipSpec()};
+  PutPath(u"/clips/a.mxf", &clip);
+  const std::string head = TimecodeLogHead(clip.app.info, kNow);
+  const std::string created = platform::ToUtf8(clip.app.mxf.base.creationDateText);
+  EXPECT_EQ(head.find("LTCエラーログ作成日 [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07"
+                      "\r\n\r\n< MXF情報 >\r\na.mxf\r\n/clips\r\n"),
+            0u);
+  EXPECT_NE(head.find("KB\r\n\r\n作成日: " + created +
+                      "\r\n更新日: 2026/03/04  05:06:07\r\n\r\n製品名: Bench Writer 1.2.3\r\n"
+                      "    OS: Bench\r\n会社名: Northlight\r\n\r\nMXF version = 1.3\r\n\r\n"
+                      "Video Codec        = " +
+                      platform::ToUtf8(clip.app.mxf.video.codecName) +
+                      "\r\nBit Rate           = 50.00 Mb/s\r\nFPS                = 25p\r\n"
+                      "Audio Sample       = 48000\r\nAudio Bit Depth    = 24\r\n"
+                      "Tracks             = 4\r\nDelta Entry        = 6\r\n"
+                      "Audio Element size = 6144\r\nData Element size  = 0\r\n"
+                      "Segment Max frame  = 5\r\n\r\nフレームレート = 25NDF\r\n"
+                      "開始(フレーム) = 10:00:00:00 (900000)\r\n"
+                      "終了(フレーム) = 10:00:00:09 (900009)\r\n"
+                      "長さ(フレーム) = 00:00:00:10 (10)\r\n\r\n想定フレーム数   = 10\r\n"),
+            std::string::npos)
+      << head;
+  // The scan letter: none, where the picture tells nothing.
+  clip.app.mxf.video.frameLayout = 0;
+  EXPECT_NE(TimecodeLogHead(clip.app.info, kNow).find("FPS                = 25\r\n"),
+            std::string::npos);
+  clip.app.mxf.video.codecIndex = 6;
+  EXPECT_NE(TimecodeLogHead(clip.app.info, kNow).find("FPS                = 25p\r\n"),
+            std::string::npos);
+}
+
+}  // namespace
+}  // namespace quorvan
