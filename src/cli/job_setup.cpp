@@ -10,6 +10,7 @@
 #include "cli/arguments.h"
 #include "cli/console.h"
 #include "job/process_table.h"
+#include "mxf/analysis.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_state.h"
@@ -138,8 +139,10 @@ int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STA
   // No frame at all is what the engines allow and no operator means.
   if (fault == kArgumentsSound && range.total > 0) return kDone;
   const std::uint32_t stage = JobProcessCode(app->jobKind, app->useFileIo);
+  // A measurement has the numbers of the export.
+  const std::uint32_t first = stage == kStageLoudness ? kStageExportMapped : stage;
   PrintError(JobFailureMessage(app->mxfPath, app->jobKind, stage,
-                               static_cast<std::int32_t>(stage) + kBadRange, app->useFileIo));
+                               static_cast<std::int32_t>(first) + kBadRange, app->useFileIo));
   return kFailed;
 }
 
