@@ -33,6 +33,17 @@ JobProgress ProgressOfJob(APP_STATE_INFO* app) {
           {}};
 }
 
+void RunAnalysis(APP_STATE_INFO* app) {
+  // Each stage's text lives as long as the program, so that a pointer to it can be handed on.
+  std::atomic<const char16_t*> stage = nullptr;
+  app->ui.stageTextControl = [&](std::u16string_view text) { stage = text.data(); };
+  app->stageThreadStop = 0;
+  app->stageThread = std::thread(StageTextThread, app);
+  RunWithProgress([app] { WorkerThread(app); }, ProgressOfAnalysis(app, &stage));
+  app->stageThreadStop = 1;
+  app->stageThread.join();
+}
+
 }  // namespace
 
 JobOutcome RunJob(APP_STATE_INFO* app) {
@@ -43,20 +54,12 @@ JobOutcome RunJob(APP_STATE_INFO* app) {
     if (report.text != nullptr) outcome.text = report.text;
   };
   app->jobStartTime = platform::LocalTimeNow();
-  const auto worker = [app] { WorkerThread(app); };
-  if (app->jobKind != kAnalysisJob) {
-    RunWithProgress(worker, ProgressOfJob(app));
-    return outcome;
+  if (app->jobKind == kAnalysisJob) {
+    RunAnalysis(app);
+  } else {
+    RunWithProgress([app] { WorkerThread(app); }, ProgressOfJob(app));
   }
-
-  // Each stage's text lives as long as the program, so that a pointer to it can be handed on.
-  std::atomic<const char16_t*> stage = nullptr;
-  app->ui.stageTextControl = [&](std::u16string_view text) { stage = text.data(); };
-  app->stageThreadStop = 0;
-  app->stageThread = std::thread(StageTextThread, app);
-  RunWithProgress(worker, ProgressOfAnalysis(app, &stage));
-  app->stageThreadStop = 1;
-  app->stageThread.join();
+  app->ui = {};
   return outcome;
 }
 

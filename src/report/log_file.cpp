@@ -8,9 +8,22 @@ namespace {
 constexpr std::size_t kMostPending = std::size_t{64} << 10;
 constexpr int kMostNames = 1000;
 
+// True when `path` names the clip or one of its sources.
+bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
+  if (platform::IsSameFile(path, app.mxfPath)) return true;
+  for (const auto* entry = app.wavList->next; entry != nullptr; entry = entry->next) {
+    if (platform::IsSameFile(path, entry->filePath)) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
-LogFile::LogFile(std::u16string path) : path_(std::move(path)) {
+LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::move(path)) {
+  if (IsMaterial(path_, app)) {
+    failed_ = true;
+    return;
+  }
   for (int n = 0; n < kMostNames; ++n) {
     temporaryPath_ = path_ + u".part";
     for (const char digit : std::to_string(n))

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/file.h"
+#include "state/app_state_info.h"
 
 namespace quorvan {
 
@@ -13,8 +14,9 @@ namespace quorvan {
 // file that has the name gives way then; one that it only leads to, as a link, stays what it is.
 class LogFile {
  public:
-  // `path` is where the log is to stand.
-  explicit LogFile(std::u16string path);
+  // `path` is where the log is to stand. A log that would take the place of the clip of `app` or of
+  // a file of its library cannot be made.
+  LogFile(std::u16string path, const APP_STATE_INFO& app);
   LogFile(const LogFile&) = delete;
   LogFile& operator=(const LogFile&) = delete;
   ~LogFile();

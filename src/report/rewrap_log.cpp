@@ -131,7 +131,7 @@ std::string RewrapLogEnd(const APP_STATE_INFO& app) {
 
 bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string* logPath, std::uint32_t* error) {
   *logPath = std::u16string(platform::WithoutExtension(app->mxfPath)).append(kLogSuffix);
-  LogFile log(*logPath);
+  LogFile log(*logPath, *app);
   log.Write(RewrapLogText(*app, platform::LocalTimeNow()));
   app->jobEndTime = platform::LocalTimeNow();
   log.Write(RewrapLogEnd(*app));

@@ -86,7 +86,7 @@ std::string TimecodeLogLine(const APP_STATE_INFO& app, std::uint32_t number,
 }
 
 bool WriteTimecodeLog(const std::u16string& path, const APP_STATE_INFO& app, std::uint32_t* error) {
-  LogFile log(path);
+  LogFile log(path, app);
   log.Write(TimecodeLogHead(app, platform::LocalTimeNow()));
   std::uint32_t number = 0;
   const TIMECODE_ERROR_INFO* head = app.mxf->timecode->errorList;

@@ -231,19 +231,6 @@ TEST_P(Export, TellsOfAMediumThatTakesNoMore) {
   EXPECT_LT(file.size(), Little(file, 710, 4));
 }
 
-ClipSpec LongClip() {
-  ClipSpec spec;
-  spec.rate = Rate::k60;
-  spec.bits = 16;
-  spec.tracks = 1;
-  spec.frames = 20000;
-  spec.framesPerPartition = 4000;
-  spec.pictureSize = 32;
-  spec.pictureStep = 0;
-  spec.kagSize = spec.elementKag = 256;
-  return spec;
-}
-
 TEST_P(Export, StopsBehindTheFrameOfACancel) {
   for (int attempt = 0;; ++attempt) {
     ASSERT_LT(attempt, 20) << "never caught it at work";

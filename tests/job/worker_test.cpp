@@ -57,18 +57,6 @@ class Face {
   APP_STATE_INFO& app_;
 };
 
-ClipSpec LongClip() {
-  ClipSpec spec;
-  spec.bits = 16;
-  spec.tracks = 1;
-  spec.frames = 6000;
-  spec.framesPerPartition = 2000;
-  spec.pictureSize = 32;
-  spec.pictureStep = 0;
-  spec.kagSize = spec.elementKag = 256;
-  return spec;
-}
-
 void PrepareEveryJob(LoadedClip* clip) {
   AUDIOTRACK_IO_INFO& tracks = clip->app.tracks;
   tracks.rewrapSwitch[0] = tracks.exportSwitch[0] = kSwitchOn;
@@ -137,7 +125,7 @@ TEST(Worker, TellsWhyAJobHasFailed) {
 }
 
 TEST(Worker, TellsOfACancel) {
-  LoadedClip clip(LongClip());
+  LoadedClip clip(LongClip(6000));
   PrepareEveryJob(&clip);
   Face face(&clip);
   for (const JobKind kind : {kRewriteJob, kExportJob, kLoudnessJob}) {
@@ -197,7 +185,7 @@ TEST(Worker, TellsWhyAClipIsNotLoaded) {
 }
 
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
-  LoadedClip clip(LongClip());
+  LoadedClip clip(LongClip(6000));
   Face face(&clip);
   std::atomic<bool> ended = false;
   face.whenTold = [&](const JobReport& report) { ended = report.message != JOB_MSG_PHASE; };

@@ -143,10 +143,7 @@ TEST(RewrapLog, StandsBesideTheClipAndReplacesOnlyItsPredecessor) {
   const std::string first = Text(log);
   EXPECT_EQ(first.find("再ラップ処理ログ"), 0u);
   EXPECT_NE(first.find("\r\n処理終了: "), std::string::npos);
-  std::filesystem::remove(log);
-  std::filesystem::create_hard_link(clip.folder.Path() / "clip.mxf", log);
   ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
-  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   EXPECT_EQ(Text(log).size(), first.size());
   const std::filesystem::directory_iterator files(clip.folder.Path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "something was left behind";
@@ -163,6 +160,20 @@ TEST(RewrapLog, StandsBesideTheClipAndReplacesOnlyItsPredecessor) {
             u"再ラップ処理が完了しました。\n詳細ログをMXFファイルと同じ場所に作成しましたのでご確"
             u"認ください。\n\nファイル名\nclip\n場所\n" +
                 clip.folder.PathOf("a.b"));
+}
+
+TEST(Logs, NeverTakeThePlaceOfTheClipOrASource) {
+  LoadedClip clip{ClipSpec()};
+  std::uint32_t error = 0;
+  EXPECT_FALSE(WriteTimecodeLog(clip.path, clip.app.info, &error));
+  std::filesystem::create_hard_link(clip.folder.Path() / "clip.mxf", clip.folder.Path() / "b.txt");
+  EXPECT_FALSE(WriteTimecodeLog(clip.folder.PathOf("b.txt"), clip.app.info, &error));
+  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
+  Add(&clip, "clip_LOG.txt", WavSpec());
+  const std::string source = Text(clip.folder.Path() / "clip_LOG.txt");
+  std::u16string path;
+  EXPECT_FALSE(WriteRewrapLog(&clip.app.info, &path, &error));
+  EXPECT_EQ(Text(clip.folder.Path() / "clip_LOG.txt"), source);
 }
 
 TEST(TimecodeLog, ListsEveryBreak) {

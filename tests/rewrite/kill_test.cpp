@@ -54,15 +54,9 @@ Clock::duration RunInProcess(RewrapJob* job, std::optional<Clock::duration> dela
 }
 
 TEST(Rewrap, LeavesASoundClipWhereverItIsKilled) {
-  ClipSpec spec;
-  spec.rate = Rate::k60;
-  spec.bits = 16;
-  spec.tracks = 2;
-  spec.frames = 2000;
+  ClipSpec spec = LongClip(2000);
   spec.framesPerPartition = 500;
-  spec.pictureSize = 32;
-  spec.pictureStep = 0;
-  spec.kagSize = spec.elementKag = 256;
+  spec.tracks = 2;
   constexpr std::uint32_t in = 100, out = 1899;
   RewrapJob job(spec);
   job.Silence(0);

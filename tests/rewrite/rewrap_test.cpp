@@ -429,20 +429,6 @@ TEST_P(Rewrap, SetsTheTimesAndKeepsTheCreation) {
   EXPECT_EQ(after->times.creation, before->times.creation);
 }
 
-// A clip long enough for another thread to step in while it is written.
-ClipSpec LongClip() {
-  ClipSpec spec;
-  spec.rate = Rate::k60;
-  spec.bits = 16;
-  spec.tracks = 1;
-  spec.frames = 20000;
-  spec.framesPerPartition = 4000;
-  spec.pictureSize = 32;
-  spec.pictureStep = 0;
-  spec.kagSize = spec.elementKag = 256;
-  return spec;
-}
-
 // Blocks of the shortest row, a minute: ranges below, at and above its multiples.
 TEST(RewrapFileIo, WritesTheSameWhateverTheBlock) {
   RewrapJob::fileIo = true;

@@ -14,6 +14,20 @@
 
 namespace quorvan::test {
 
+// A clip of small frames, long enough for another thread to step in while it is worked on.
+inline ClipSpec LongClip(std::uint32_t frames = 20000) {
+  ClipSpec spec;
+  spec.rate = Rate::k60;
+  spec.bits = 16;
+  spec.tracks = 1;
+  spec.frames = frames;
+  spec.framesPerPartition = 4000;
+  spec.pictureSize = 32;
+  spec.pictureStep = 0;
+  spec.kagSize = spec.elementKag = 256;
+  return spec;
+}
+
 struct LoadedClip {
   explicit LoadedClip(const ClipSpec& description)
       : clip(BuildClip(description)),

@@ -204,6 +204,13 @@ bool IsNameTaken(const std::u16string& path) {
   return lstat(ToUtf8(path).c_str(), &status) == 0;
 }
 
+bool IsSameFile(const std::u16string& a, const std::u16string& b) {
+  struct stat first {};
+  struct stat second {};
+  return lstat(ToUtf8(a).c_str(), &first) == 0 && lstat(ToUtf8(b).c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 bool RemoveFile(const std::u16string& path) {
   return unlink(ToUtf8(path).c_str()) == 0;
 }

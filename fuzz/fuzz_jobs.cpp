@@ -1,0 +1,170 @@
+// Runs every job over an input that the analysis accepts. Both ways of file access have to come to
+// the same end; a job that fails leaves what it must not touch as it was.
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "export/export_file_io.h"
+#include "export/export_mapped.h"
+#include "loudness/measure_loudness.h"
+#include "memory_file.h"
+#include "mxf/analysis.h"
+#include "mxf/continuity.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "report/timecode_log.h"
+#include "rewrite/rewrap_file_io.h"
+#include "rewrite/rewrap_mapped.h"
+#include "rewrite/verify.h"
+#include "state/clip_state.h"
+#include "state/frame_range.h"
+#include "support/temp_folder.h"
+
+namespace quorvan {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::size_t kExtensionSizePlace = 72;  // of cbSize in a BWF header
+constexpr std::uint32_t kMeasuredInputs = 16;    // one in so many, since it takes long
+constexpr std::uint32_t kUntouchedResults = 11;  // of a rewrite, behind its process code
+
+void Require(bool holds) {
+  if (!holds) std::abort();
+}
+
+// One clip of the input's bytes.
+class Clip {
+ public:
+  Clip(fuzz::MemoryFile* memory, const std::uint8_t* data, std::size_t size)
+      : memory_(*memory), original_(data, data + size) {
+    memory_.Replace(data, size);
+    platform::File file = Open();
+    accepted_ = AnalyzeMxfFile(&file, app.info.mxf) == kSuccess;
+    if (!accepted_) return;
+    EnterLoadedState(&app.info);
+    for (std::uint32_t t = 0; t < UsableTracks(app.mxf.audio); ++t)
+      app.tracks.rewrapSwitch[t] = app.tracks.exportSwitch[t] = kSwitchOn;
+    for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange}) {
+      app.tracks.*range.in = FirstFramePoint(app.mxf.timecode);
+      app.tracks.*range.out = LastFramePoint(app.mxf.timecode);
+    }
+    app.tracks.wavBufferIndex = 0;
+  }
+
+  bool accepted() const { return accepted_; }
+  const std::u16string& path() const { return memory_.Path(); }
+  bool IsUntouched() const { return Now() == original_; }
+
+  platform::File Open() const {
+    return platform::File::Open(memory_.Path(), platform::OpenMode::kReadAlone);
+  }
+
+  Bytes Now() const {
+    const platform::File file = Open();
+    Bytes bytes(file.Size().value_or(0));
+    Require(file.ReadAt(0, bytes.data(), bytes.size()) == bytes.size());
+    return bytes;
+  }
+
+  AppState app;
+
+ private:
+  fuzz::MemoryFile& memory_;
+  Bytes original_;
+  bool accepted_ = false;
+};
+
+void CheckContinuity(Clip* clip, const std::u16string& logPath) {
+  std::int32_t results[2];
+  std::uint32_t counts[2];
+  for (std::uint32_t fileIo = 0; fileIo < 2; ++fileIo) {
+    clip->app.mxf.timecode.useFileIo = fileIo;
+    platform::File file = clip->Open();
+    results[fileIo] = CheckTimecodeContinuity(&file, clip->app.info.mxf);
+    counts[fileIo] = clip->app.mxf.timecode.errorCount;
+  }
+  Require(results[0] == results[1] && counts[0] == counts[1]);
+  Require(results[0] == kSuccess || results[0] == kContinuityBreaks);
+  std::uint32_t error = 0;
+  Require(WriteTimecodeLog(logPath, clip->app.info, &error));
+}
+
+std::vector<Bytes> TakeFiles(const std::filesystem::path& folder) {
+  std::vector<std::filesystem::path> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    names.push_back(entry.path());
+  std::sort(names.begin(), names.end());
+  std::vector<Bytes> files;
+  for (const auto& name : names) {
+    files.push_back(test::ReadAll(name));
+    Require(files.back().size() > kExtensionSizePlace);
+    files.back()[kExtensionSizePlace] = 0;
+    std::filesystem::remove(name);
+  }
+  return files;
+}
+
+void ExportBothWays(Clip* clip, const std::filesystem::path& folder) {
+  const std::u16string out = platform::ToUtf16(folder.string());
+  platform::CopyText(clip->app.tracks.exportFolder, 1024, out);
+  const std::int32_t mapped =
+      ExportMapped(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
+  const std::vector<Bytes> mappedFiles = TakeFiles(folder);
+  const std::int32_t fileIo =
+      ExportFileIo(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
+  const std::vector<Bytes> fileIoFiles = TakeFiles(folder);
+  Require((mapped == kSuccess) == (fileIo == kSuccess));
+  if (mapped == kSuccess) Require(mappedFiles == fileIoFiles);
+  Require(clip->IsUntouched());
+}
+
+void Measure(Clip* clip) {
+  const std::uint8_t selected[kMaxTracks] = {1, 1};
+  MeasureLoudness(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf, selected);
+  Require(clip->IsUntouched());
+}
+
+// The result without the number of its engine.
+std::int32_t Rewrite(Clip* clip, bool fileIo) {
+  const auto engine = fileIo ? RewrapFileIo : RewrapMapped;
+  const std::int32_t result = engine(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
+  if (result == kSuccess || result == kRewrapLongUmid) {
+    const VerifyResult verified =
+        VerifyRewrap(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
+    // With long UMIDs the clip does not count as the analysed one's equal by them alone.
+    Require(verified.state == VerifyState::kSame);
+    return result;
+  }
+  const std::int32_t stage = fileIo ? kStageRewrapFileIo : kStageRewrapMapped;
+  Require(result > stage && result - stage <= static_cast<std::int32_t>(kUntouchedResults));
+  Require(clip->IsUntouched());
+  return result - stage;
+}
+
+}  // namespace
+}  // namespace quorvan
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace quorvan;
+  static fuzz::MemoryFile memory;
+  static const test::TempFolder folder;
+  static const std::filesystem::path out = folder.Path() / "out";
+  std::filesystem::create_directory(out);
+  std::int32_t results[2] = {};
+  for (const bool fileIo : {false, true}) {
+    Clip clip(&memory, data, size);
+    if (!clip.accepted()) return 0;
+    if (!fileIo) {
+      CheckContinuity(&clip, folder.PathOf("breaks.txt"));
+      ExportBothWays(&clip, out);
+      if (size % kMeasuredInputs == 0) Measure(&clip);
+    }
+    results[fileIo ? 1 : 0] = Rewrite(&clip, fileIo);
+  }
+  Require((results[0] == kSuccess) == (results[1] == kSuccess));
+  return 0;
+}
