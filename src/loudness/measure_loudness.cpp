@@ -161,6 +161,8 @@ class Measurement {
 
   std::int32_t FeedFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    // Without a selected track no element speaks for the count.
+    if (entry.audioSamples > kLargestFrameSamples) return kLoudnessUnfit;
     const ElementState state = ProveElements(view, mxf_, entryIndex, Tracks());
     if (state != ElementState::kSound) return CodeOf(state);
     for (std::uint32_t c = 0; c < trackCount_; ++c) {

@@ -9,6 +9,8 @@
 #include <thread>
 
 #include "mxf/analysis.h"
+#include "mxf/audio_element.h"
+#include "platform/mapping.h"
 #include "platform/text.h"
 #include "support/failing_memory.h"
 #include "support/loaded_clip.h"
@@ -150,6 +152,10 @@ TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
   expect(MeasureLoudness(clip.path.c_str(), tracks, mxf, nullptr), 4002);
   expect(MeasureLoudness(clip.path.c_str(), tracks, nullptr, none), 4003);
   expect(MeasureLoudness(clip.folder.PathOf("none").c_str(), tracks, mxf, none), 4007);
+  {
+    const auto reader = platform::File::Open(clip.path, platform::OpenMode::kReadShared);
+    EXPECT_EQ(Measure(clip, {0}), 4007);
+  }
   for (const auto& [in, out] : {std::pair{5u, 4u}, {0u, 10u}, {~0u, 3u}}) {
     clip.SetRange(kLoudnessRange, in, out);
     expect(Measure(clip, {0}), 4005);
@@ -161,6 +167,17 @@ TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
     FailAllocation(0);
     expect(result, 4006);
   }
+  INDEX_ENTRY_ARRAY& entry = (*clip.app.info.mxf->indexEntries)[6];
+  const INDEX_ENTRY_ARRAY honest = entry;
+  for (const std::uint32_t samples : {kLargestFrameSamples + 1, 100000u}) {
+    entry.audioSamples = samples;
+    expect(Measure(clip, {}), 4003);
+    expect(Measure(clip, {0, 1}), 4003);
+  }
+  entry = honest;
+  entry.delta[kDeltasBeforeAudio + 1].elementDelta += 16;
+  expect(Measure(clip, {1}), 4003);
+  entry = honest;
   Bytes damaged = clip.clip.bytes;
   damaged[clip.clip.layout.frames[6].audio[1].key + 12] ^= 1;
   ASSERT_TRUE(WriteBytes(platform::ToUtf8(clip.path), damaged));
@@ -180,14 +197,21 @@ TEST(MeasureLoudness, StopsWhenItIsCancelledAndSurvivesALostClip) {
   spec.tracks = 2;
   LoadedClip clip(spec);
   AUDIOTRACK_IO_INFO& tracks = clip.app.tracks;
-  for (const bool lost : {false, true}) {
+  // Lost where the frame is walked, and where only the audio behind its key is gone.
+  const std::uint64_t page = platform::MappingGranularity();
+  const std::uint64_t value = clip.clip.layout.frames[900].audio[1].value;
+  const std::uint64_t inside = (value / page + 1) * page;
+  ASSERT_LT(inside, value + 1920 * 3);
+  for (const std::uint64_t keep : {std::uint64_t{0}, inside, page}) {
+    const bool lost = keep != 0;
     std::int32_t result = -1;
     tracks.currentFrame = 0;
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(clip.path), clip.clip.bytes));
     std::thread worker([&] { result = Measure(clip, {0, 1}); });
     while (tracks.currentFrame < 10) {
     }
     if (lost) {
-      std::filesystem::resize_file(platform::ToUtf8(clip.path), 4096);
+      std::filesystem::resize_file(platform::ToUtf8(clip.path), keep);
     } else {
       tracks.cancel = 1;
     }

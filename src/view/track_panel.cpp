@@ -1,0 +1,348 @@
+#include "view/track_panel.h"
+
+#include <algorithm>
+
+namespace quorvan {
+namespace {
+
+constexpr std::int32_t kRowsMargin = 13;    // from the top band to the first row
+constexpr std::int32_t kRowsOutside = 340;  // both bands and the margins of the rows
+constexpr std::int32_t kTrackAreaTop = 163;
+constexpr std::int32_t kChannelMarkWidth = 25;
+constexpr std::int32_t kChannelMarkGap = 45;  // left of the lamp's place
+constexpr double kLampShare = 85;             // hundredths of half the width, from the middle
+constexpr double kNameShare = 75;
+constexpr std::int32_t kArrowMargin = 10;  // from the track area's edge
+
+std::int32_t TrackCount(const APP_STATE_INFO& app) {
+  return static_cast<std::int32_t>(UsableTracks(*app.mxf->audio));
+}
+
+bool Contains(const RECTANGLE& r, std::int32_t x, std::int32_t y) {
+  return x >= r.left && x < r.right && y >= r.top && y < r.bottom;
+}
+
+std::uint32_t Repainted(APP_STATE_INFO* app, std::uint32_t mask, std::uint32_t refresh = 0) {
+  app->repaintMask = mask;
+  return refresh | kRepaint;
+}
+
+void MoveRows(APP_STATE_INFO* app, std::int32_t distance) {
+  for (std::int32_t i = 0; i < app->visibleRows; ++i) {
+    const auto row = static_cast<std::size_t>(i);
+    for (RECTANGLE* r : {&app->nameRect[row], &app->channelMarkRect[row], &app->lampRect[row]}) {
+      r->top += distance;
+      r->bottom += distance;
+    }
+  }
+}
+
+// How many rows fit, and which of them is the first, with what is left for a partial one.
+void CountRows(APP_STATE_INFO* app, std::int32_t height) {
+  const std::int32_t room = std::max(height - kRowsOutside, 0);
+  const std::int32_t tracks = TrackCount(*app);
+  std::int32_t rows = room / kRowHeight;
+  app->rowRemainder = 0;
+  app->rowAlign = kWholeRows;
+  if (tracks > rows && room % kRowHeight != 0) {
+    app->rowRemainder = static_cast<std::uint32_t>(room % kRowHeight);
+    app->rowAlign = kFlushTop;
+    ++rows;
+  }
+  std::int32_t first = 0;
+  if (rows < app->visibleRows) first = app->visibleRows - rows;
+  if (tracks < first + rows) {
+    app->rowRemainder = 0;
+    app->rowAlign = kWholeRows;
+    first = 0;
+    rows = tracks;
+  }
+  app->scrollTop = static_cast<std::uint8_t>(first);
+  app->visibleRows = rows;
+  if (rows == 0) return;
+  app->firstVisibleTrack = first;
+  app->lastVisibleTrack = first + rows - 1;
+}
+
+void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
+  const double middle = width / 2;
+  const double hundredth = middle / 100;
+  const double lamp = middle - kLampShare * hundredth;
+  const double name = middle - kNameShare * hundredth;
+  const auto whole = [](double place) { return static_cast<std::int32_t>(place); };
+  for (std::int32_t i = 0; i < app->visibleRows; ++i) {
+    const auto row = static_cast<std::size_t>(i);
+    const std::int32_t top = static_cast<std::int32_t>(kBandHeight) + kRowsMargin + kRowHeight * i;
+    const std::int32_t bottom = top + kRowHeight;
+    const std::int32_t mark = whole(lamp - kChannelMarkGap);
+    app->channelMarkRect[row] = {mark, top, mark + kChannelMarkWidth, bottom};
+    app->lampRect[row] = {whole(lamp), top, whole(lamp) + kRowHeight, bottom};
+    app->nameRect[row] = {whole(name), top, whole(width - name), bottom};
+  }
+  const std::int32_t arrow = whole(width - name + kRowHeight);
+  const auto band = static_cast<std::int32_t>(app->trackBandHeight);
+  app->trackAreaRect = {0, kTrackAreaTop, width, kTrackAreaTop + band};
+  const std::int32_t up = kTrackAreaTop + kArrowMargin;
+  const std::int32_t down = kTrackAreaTop + band - kArrowMargin - kRowHeight;
+  app->upArrowRect = {arrow, up, arrow + kRowHeight, up + kRowHeight};
+  app->downArrowRect = {arrow, down, arrow + kRowHeight, down + kRowHeight};
+}
+
+void BringFocusOntoScreen(APP_STATE_INFO* app) {
+  const auto scroll = [app](std::int32_t distance) {
+    app->scrollTop = static_cast<std::uint8_t>(app->scrollTop + distance);
+  };
+  if (app->visibleRows == 0) return;
+  if (app->focusTrack < app->firstVisibleTrack) {
+    scroll(app->focusTrack - app->firstVisibleTrack);
+    app->firstVisibleTrack = app->focusTrack;
+    if (app->rowAlign == kFlushBottom) FlipRowAlignment(app);
+  } else if (app->focusTrack >= app->lastVisibleTrack) {
+    const std::int32_t distance = app->focusTrack - app->lastVisibleTrack;
+    scroll(distance);
+    app->firstVisibleTrack += distance;
+    app->lastVisibleTrack = app->focusTrack;
+    if (app->rowAlign == kFlushTop) FlipRowAlignment(app);
+  }
+}
+
+void FlipIfAligned(APP_STATE_INFO* app, RowAlign align) {
+  if (app->rowRemainder != 0 && app->rowAlign == align) FlipRowAlignment(app);
+}
+
+void ScrollUp(APP_STATE_INFO* app) {
+  if (app->scrollTop != 0) --app->scrollTop;
+  FlipIfAligned(app, kFlushBottom);
+}
+
+void ScrollDown(APP_STATE_INFO* app) {
+  if (app->scrollTop + app->visibleRows < TrackCount(*app)) ++app->scrollTop;
+  FlipIfAligned(app, kFlushTop);
+}
+
+// After the wheel or the arrows have moved the rows alone, a key first brings the focus row back.
+void ReturnToFocus(APP_STATE_INFO* app, bool down) {
+  if (app->viewScrolled != 1) return;
+  app->viewScrolled = 0;
+  if (app->visibleRows == 0) return;
+  const std::int32_t first = app->scrollTop;
+  const std::int32_t last = first + app->visibleRows - 1;
+  const std::int32_t focus = app->focusTrack;
+  std::int32_t distance = 0;
+  if (focus < first) distance = focus - first;
+  if (focus > last) distance = focus - last;
+  app->scrollTop = static_cast<std::uint8_t>(first + distance);
+  const bool inFirstRow = focus == app->scrollTop;
+  const bool inLastRow = focus == app->scrollTop + app->visibleRows - 1;
+  if (inFirstRow && (!down || distance < 0)) FlipIfAligned(app, kFlushBottom);
+  if (inLastRow && down) FlipIfAligned(app, kFlushTop);
+}
+
+std::uint32_t SelectRow(APP_STATE_INFO* app, std::int32_t row) {
+  app->focusTrack = app->scrollTop + row;
+  app->trackSelected[static_cast<std::size_t>(app->focusTrack)] = 1;
+  UpdateArrowStates(app);
+  return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
+}
+
+std::uint32_t StayOnRow(APP_STATE_INFO* app) {
+  UpdateArrowStates(app);
+  return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
+}
+
+ScrollArrowState Inverted(ScrollArrowState state) {
+  return state == kArrowShown ? kArrowPressed : kArrowShown;
+}
+
+}  // namespace
+
+void LayoutTrackArea(APP_STATE_INFO* app, std::int32_t width, std::int32_t height) {
+  const auto bands = static_cast<std::int32_t>(2 * kBandHeight);
+  app->viewRect = {0, 0, width, height};
+  app->topBandHeight = kBandHeight;
+  app->bottomBandHeight = kBandHeight;
+  app->trackBandHeight = static_cast<std::uint32_t>(std::max(height - bands, 0));
+  app->viewScrolled = 0;
+  CountRows(app, height);
+  PlaceRows(app, width);
+  BringFocusOntoScreen(app);
+}
+
+void FlipRowAlignment(APP_STATE_INFO* app) {
+  if (app->visibleRows == 0 || app->rowAlign == kWholeRows) return;
+  const std::int32_t distance = kRowHeight - static_cast<std::int32_t>(app->rowRemainder);
+  if (app->rowAlign == kFlushBottom) {
+    MoveRows(app, distance);
+    app->rowAlign = kFlushTop;
+  } else {
+    MoveRows(app, -distance);
+    app->rowAlign = kFlushBottom;
+  }
+}
+
+void UpdateArrowStates(APP_STATE_INFO* app) {
+  if (app->visibleRows >= 1) {
+    app->firstVisibleTrack = app->scrollTop;
+    app->lastVisibleTrack = app->scrollTop + app->visibleRows - 1;
+  }
+  if (app->upArrowState == kArrowHidden) app->upArrowState = kArrowShown;
+  if (app->downArrowState == kArrowHidden) app->downArrowState = kArrowShown;
+  if (app->firstVisibleTrack == 0 && app->rowAlign != kFlushBottom) {
+    app->upArrowState = kArrowHidden;
+  }
+  if (app->lastVisibleTrack == TrackCount(*app) - 1 && app->rowAlign != kFlushTop) {
+    app->downArrowState = kArrowHidden;
+  }
+}
+
+PressTarget HitTest(const APP_STATE_INFO& app, std::int32_t x, std::int32_t y) {
+  PressTarget target{kNoZone, 0};
+  for (std::int32_t i = 0; i < app.visibleRows && i < TrackCount(app); ++i) {
+    const auto row = static_cast<std::size_t>(i);
+    const bool onName = Contains(app.nameRect[row], x, y);
+    if (onName || Contains(app.lampRect[row], x, y)) {
+      target = {onName ? kNameZone : kLampZone, app.scrollTop + i};
+    }
+  }
+  if (Contains(app.upArrowRect, x, y) && app.upArrowState != kArrowHidden) {
+    target.zone = kUpArrowZone;
+  }
+  if (Contains(app.downArrowRect, x, y) && app.downArrowState != kArrowHidden) {
+    target.zone = kDownArrowZone;
+  }
+  return target;
+}
+
+std::uint32_t PressName(APP_STATE_INFO* app, std::int32_t track, SelectMode mode) {
+  if (track == app->scrollTop) FlipIfAligned(app, kFlushBottom);
+  if (track == app->scrollTop + app->visibleRows - 1) FlipIfAligned(app, kFlushTop);
+  auto& selected = app->trackSelected;
+  const auto place = static_cast<std::size_t>(track);
+  switch (mode) {
+    case SelectMode::kExtend: {
+      const auto [first, last] = std::minmax(track, app->focusTrack);
+      std::fill(selected.begin() + first, selected.begin() + last + 1, std::uint8_t{1});
+      app->focusTrack = track;
+      break;
+    }
+    case SelectMode::kToggle:
+      if (track != app->focusTrack) selected[place] = selected[place] == 0 ? 1 : 0;
+      break;
+    case SelectMode::kReplace:
+      selected.fill(0);
+      selected[place] = 1;
+      app->focusTrack = track;
+      break;
+  }
+  return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
+}
+
+std::uint32_t ToggleTrackSwitch(APP_STATE_INFO* app, std::int32_t track) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  const auto t = static_cast<std::size_t>(track);
+  const std::uint8_t value = tracks.rewrapSwitch[t] == kSwitchOff ? kSwitchOn : kSwitchOff;
+  tracks.rewrapSwitch[t] = value;
+  if (app->noAutoTrackSwitch == 0 && tracks.wavGroup[t] != 0) {
+    for (std::size_t i = 0; i < UsableTracks(*app->mxf->audio); ++i) {
+      if (tracks.wav[i] != nullptr && tracks.wavGroup[i] == tracks.wavGroup[t]) {
+        tracks.rewrapSwitch[i] = value;
+      }
+    }
+  }
+  return Repainted(app, kRepaintAll);
+}
+
+std::uint32_t ToggleAllTrackSwitches(APP_STATE_INFO* app) {
+  auto& switches = app->tracks->rewrapSwitch;
+  const std::uint8_t value = switches[0] == kSwitchOn ? kSwitchOff : kSwitchOn;
+  std::fill(switches.begin(), switches.begin() + TrackCount(*app), value);
+  return Repainted(app, kRepaintBandAndRows);
+}
+
+std::uint32_t ToggleSelectedTrackSwitches(APP_STATE_INFO* app) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  const std::size_t count = UsableTracks(*app->mxf->audio);
+  if (count == 0) return Repainted(app, kRepaintBandAndRows);
+  const auto focus = static_cast<std::size_t>(app->focusTrack);
+  const std::uint8_t value = tracks.rewrapSwitch[focus] == kSwitchOff ? kSwitchOn : kSwitchOff;
+  for (std::size_t t = 0; t < count && app->noAutoTrackSwitch == 0; ++t) {
+    if (app->trackSelected[t] != 1 || tracks.wav[t] == nullptr || tracks.wavGroup[t] == 0) continue;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (tracks.wavGroup[i] == tracks.wavGroup[t]) app->trackSelected[i] = 1;
+    }
+  }
+  for (std::size_t t = 0; t < count; ++t) {
+    if (app->trackSelected[t] == 1) tracks.rewrapSwitch[t] = value;
+  }
+  return Repainted(app, kRepaintBandAndRows);
+}
+
+std::uint32_t SelectAllTracks(APP_STATE_INFO* app) {
+  std::fill_n(app->trackSelected.begin(), TrackCount(*app), std::uint8_t{1});
+  return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
+}
+
+std::uint32_t PressArrow(APP_STATE_INFO* app, PressZone zone) {
+  if (TrackCount(*app) == 0) return kRefreshNothing;
+  ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
+  state = Inverted(state);
+  UpdateArrowStates(app);
+  app->viewScrolled = 1;
+  zone == kUpArrowZone ? ScrollUp(app) : ScrollDown(app);
+  return Repainted(app, app->repaintMask);
+}
+
+std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
+  if (zone != kUpArrowZone && zone != kDownArrowZone) return kRefreshNothing;
+  ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
+  if (state != kArrowHidden) state = Inverted(state);
+  return Repainted(app, kRepaintRows);
+}
+
+std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t notches) {
+  if (notches == 0 || TrackCount(*app) == 0) return kRefreshNothing;
+  notches > 0 ? ScrollUp(app) : ScrollDown(app);
+  app->viewScrolled = 1;
+  return Repainted(app, kRepaintBandAndRows);
+}
+
+std::uint32_t MoveUp(APP_STATE_INFO* app, bool extend) {
+  if (TrackCount(*app) == 0) return kRefreshNothing;
+  ReturnToFocus(app, false);
+  std::int32_t row = app->focusTrack - app->scrollTop - 1;
+  if (row < 0 && app->scrollTop == 0) return StayOnRow(app);
+  if (!extend) app->trackSelected.fill(0);
+  if (row < 0) {
+    --app->scrollTop;
+    row = 0;
+  } else if (row == 0) {
+    FlipIfAligned(app, kFlushBottom);
+  }
+  return SelectRow(app, row);
+}
+
+std::uint32_t MoveDown(APP_STATE_INFO* app, bool extend) {
+  const std::int32_t tracks = TrackCount(*app);
+  if (tracks == 0) return kRefreshNothing;
+  ReturnToFocus(app, true);
+  std::int32_t row = app->focusTrack - app->scrollTop + 1;
+  const bool atEnd = app->scrollTop + app->visibleRows >= tracks;
+  if (row > app->visibleRows || (row == app->visibleRows && atEnd)) return StayOnRow(app);
+  if (!extend) app->trackSelected.fill(0);
+  if (row == app->visibleRows) {
+    ++app->scrollTop;
+    row = app->visibleRows - 1;
+  } else if (row == app->visibleRows - 1) {
+    FlipIfAligned(app, kFlushTop);
+  }
+  return SelectRow(app, row);
+}
+
+std::uint32_t CountSelectedTracks(const APP_STATE_INFO& app) {
+  if (app.mxfLoaded != 1) return 0;
+  const auto& selected = app.trackSelected;
+  return static_cast<std::uint32_t>(
+      std::count(selected.begin(), selected.begin() + TrackCount(app), std::uint8_t{1}));
+}
+
+}  // namespace quorvan
