@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 
 #include "mxf/klv.h"
@@ -69,13 +70,16 @@ bool HoldsBytes(const platform::File& file, std::span<const std::uint8_t> umid, 
   return false;
 }
 
-// Replaces every `old` that starts in [0, limit) by `fresh`. False when a write fails.
-bool ReplaceAll(platform::File* file, const Umid& old, const Umid& fresh, std::uint64_t limit) {
-  if (!std::equal(kUmidPrefix.begin(), kUmidPrefix.end(), old.begin())) return true;
+// Replaces every `old` that starts in [0, limit) by `fresh`. How many there were; nothing when a
+// write fails. Bytes that do not begin as a UMID are none.
+std::optional<std::size_t> ReplaceAll(platform::File* file, const Umid& old, const Umid& fresh,
+                                      std::uint64_t limit) {
+  std::size_t replaced = 0;
+  if (!std::equal(kUmidPrefix.begin(), kUmidPrefix.end(), old.begin())) return replaced;
   constexpr std::size_t overlap = kUmidBytes - 1;
   const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
                                                   std::uint8_t[kSearchBlock + overlap]);
-  if (block == nullptr) return false;
+  if (block == nullptr) return std::nullopt;
 
   std::uint64_t position = 0;
   while (position < limit) {
@@ -88,13 +92,14 @@ bool ReplaceAll(platform::File* file, const Umid& old, const Umid& fresh, std::u
       const std::uint8_t* hit = std::search(from, end, old.begin(), old.end());
       if (hit == end) break;
       const auto place = static_cast<std::uint64_t>(hit - block.get());
-      if (!file->WriteAt(position + place, fresh.data(), fresh.size())) return false;
+      if (!file->WriteAt(position + place, fresh.data(), fresh.size())) return std::nullopt;
+      ++replaced;
       from = hit + fresh.size();
     }
     if (held < starts + overlap) break;
     position += std::max<std::uint64_t>(starts, static_cast<std::uint64_t>(from - block.get()));
   }
-  return true;
+  return replaced;
 }
 
 // Overwrites the modification date of the set whose value the file pointer stands on.
@@ -143,14 +148,15 @@ std::int32_t RegenerateUmid(platform::File* file, PackageKind kind, Umid* umid,
                             std::uint64_t limit) {
   if (file == nullptr || umid == nullptr) return kBadArgumentOrWrite;
   const Umid fresh = MakeUmid(*umid);
-  if (!ReplaceAll(file, *umid, fresh, limit)) return kBadArgumentOrWrite;
+  const auto replaced = ReplaceAll(file, *umid, fresh, limit);
+  if (!replaced) return kBadArgumentOrWrite;
 
   const KlvKey& key =
       kind == PackageKind::kMaterial ? keys::kMaterialPackage : keys::kSourcePackage;
   std::uint64_t length = 0;
   if (FindKlvKey(file, key, 0, limit, &length) == 0) return kSetNotFound;
   if (!StampSet(file, length)) return kBadArgumentOrWrite;
-  *umid = fresh;
+  if (*replaced > 0) *umid = fresh;
   return 0;
 }
 

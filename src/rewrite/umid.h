@@ -24,8 +24,9 @@ int UmidToHexText(const std::uint8_t* umid, char16_t* text);
 
 // Replaces the 32 bytes at `umid` by a new UMID wherever they stand in `file`, open for writing, at
 // an offset below `limit`, and stamps the first package set of `kind` that starts below `limit`
-// with the local time. Returns 0, and `umid` holds the new bytes; -1 for a null argument or a write
-// that failed; 405 when there is no such set. `umid` keeps its bytes unless the result is 0.
+// with the local time. Returns 0, and `umid` holds what now stands in the file: the new bytes, or
+// the old ones where they were nowhere found; -1 for a null argument or a write that failed; 405
+// when there is no such set. `umid` keeps its bytes unless the result is 0.
 std::int32_t RegenerateUmid(platform::File* file, PackageKind kind,
                             std::array<std::uint8_t, kUmidBytes>* umid, std::uint64_t limit);
 

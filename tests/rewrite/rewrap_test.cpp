@@ -413,6 +413,20 @@ TEST_P(Rewrap, WritesTheAudioButKeepsUmidsThatAreNotThirtyTwoBytes) {
   EXPECT_TRUE(job.Now() == job.Expected(false));
 }
 
+// What the record says of the clip's identity must stand in the file, renewed or not.
+TEST_P(Rewrap, KeepsAUmidThatDoesNotBeginAsOne) {
+  ClipSpec spec;
+  Bytes odd(kSourceUmid.begin(), kSourceUmid.end());
+  odd[3] = 0x33;
+  spec.SetTag(SetKind::kSourcePackage, 0, tag::kPackageUid, odd);
+  RewrapJob job(spec);
+  job.Silence(0);
+  ASSERT_EQ(job.Run(), 0);
+  EXPECT_TRUE(std::equal(odd.begin(), odd.end(), job.app.mxf.base.sourceUmid.begin()));
+  EXPECT_NE(job.app.mxf.base.materialUmid, kMaterialUmid);
+  EXPECT_EQ(job.Run(), 0) << "the clip is still the one that is loaded";
+}
+
 TEST_P(Rewrap, SetsTheTimesAndKeepsTheCreation) {
   RewrapJob job{ClipSpec()};
   job.Silence(0);
