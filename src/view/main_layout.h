@@ -82,7 +82,7 @@ enum ControlId : std::uint32_t {
   kDurTimecodeText = 5059,
 };
 
-enum class HorizontalAlign { kLeft, kCenter };
+enum class HorizontalAlign { kLeft, kCenter, kRight };
 enum class VerticalAlign { kTop, kCenter };
 
 // A text on the window: one line, with an ellipsis where it does not fit.

@@ -1,0 +1,194 @@
+#include "ui/dialogs/analysis_dialog.h"
+
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QHBoxLayout>
+
+#include "job/process_table.h"
+#include "mxf/analysis.h"
+#include "platform/path.h"
+#include "report/timecode_log.h"
+#include "state/clip_state.h"
+#include "ui/dialogs/dialog_place.h"
+#include "ui/main/message_box.h"
+#include "ui/main/qt_text.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr int kTimerMilliseconds = 30;
+constexpr int kShiftRight = 5;
+constexpr int kWidth = 460;
+constexpr std::u16string_view kStoppedTitle = u"MXF Lattice Core";
+constexpr std::u16string_view kAnalysisTitle = u"MXF File Analysis";
+constexpr std::u16string_view kLogTitle = u"エラーログの保存";
+
+QString FrameText(std::uint32_t frames) {
+  return QString("%1").arg(frames, 7);
+}
+
+}  // namespace
+
+AnalysisDialog::AnalysisDialog(APP_STATE_INFO* app,
+                               std::function<void(std::u16string_view)> setStatus, QWidget* parent)
+    : QDialog(parent), app_(*app), setStatus_(std::move(setStatus)), job_(app, nullptr) {
+  setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
+  setModal(true);
+  setMinimumWidth(kWidth);
+  auto* name = new QLabel(ToQString(platform::LastComponent(app_.mxfPath)), this);
+  name->setObjectName("1032");
+  name->setAlignment(Qt::AlignCenter);
+  framesLeft_ = new QLabel("0", this);
+  framesLeft_->setObjectName("1033");
+  framesLeft_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  framesTotal_ = new QLabel("0", this);
+  framesTotal_->setObjectName("1046");
+  framesTotal_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  bar_ = new QProgressBar(this);
+  bar_->setObjectName("1004");
+  bar_->setRange(0, 100);
+  bar_->setTextVisible(false);
+  stage_ = new QLabel(this);
+  stage_->setObjectName("1031");
+  stage_->setAlignment(Qt::AlignCenter);
+  button_ = new QPushButton("スキップまたは中断する", this);
+  button_->setObjectName("2");
+
+  auto* counts = new QHBoxLayout;
+  counts->addStretch();
+  counts->addWidget(new QLabel("残りフレーム", this));
+  counts->addWidget(framesLeft_);
+  counts->addWidget(new QLabel("/", this));
+  counts->addWidget(framesTotal_);
+  counts->addStretch();
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(name);
+  layout->addLayout(counts);
+  layout->addWidget(bar_);
+  layout->addWidget(stage_);
+  layout->addWidget(button_, 0, Qt::AlignCenter);
+
+  connect(button_, &QPushButton::clicked, this, &AnalysisDialog::reject);
+  connect(&timer_, &QTimer::timeout, this, &AnalysisDialog::ShowProgress);
+  connect(&job_, &JobThread::PhaseEntered, this, [this] {
+    checking_ = true;
+    framesTotal_->setText(FrameText(app_.mxf->timecode->progressTotal));
+  });
+  connect(&job_, &JobThread::Done, this, &AnalysisDialog::OnDone);
+  connect(&job_, &JobThread::Failed, this, &AnalysisDialog::OnFailed);
+}
+
+int AnalysisDialog::exec() {
+  app_.jobKind = kAnalysisJob;
+  app_.analysisOk = 0;
+  app_.mxf->timecode->progressTotal = 0;
+  app_.mxf->timecode->progressFrame = 0;
+  running_ = true;
+  CentreOnParent(this, kShiftRight);
+  setStatus_(u"MXFファイルを解析中...");
+  job_.Start();
+  timer_.start(kTimerMilliseconds);
+  return QDialog::exec();
+}
+
+// Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
+void AnalysisDialog::reject() {
+  if (!running_) return;
+  app_.mxf->timecode->stopRequest = 1;
+  stage_->setText("中断処理を行っています。しばらくお待ちください...");
+  setStatus_(u"中断処理中...");
+  ShowProgress();
+}
+
+void AnalysisDialog::ShowProgress() {
+  const MXF_TIMECODE_INFO& timecode = *app_.mxf->timecode;
+  const std::uint32_t total = timecode.progressTotal;
+  const std::uint32_t done = timecode.progressFrame;
+  framesLeft_->setText(FrameText(total - std::min(done, total)));
+  if (checking_ && total > 0) bar_->setValue(static_cast<int>(done / (total * 0.01)));
+  const std::uint32_t code = app_.mxf->processCode;
+  if (code != shownStage_) {
+    shownStage_ = code;
+    stage_->setText(ToQString(StageText(code)));
+  }
+  button_->setFocus();
+}
+
+void AnalysisDialog::Ended() {
+  timer_.stop();
+  running_ = false;
+}
+
+void AnalysisDialog::TellOfHiddenTracks(std::u16string_view form, int first) {
+  const int tracks = app_.mxf->audio->trackCount;
+  if (tracks <= static_cast<int>(kMaxTracks)) return;
+  QString text = ToQString(form);
+  text.replace(text.indexOf("%d"), 2, QString::number(first));
+  text.replace(text.indexOf("%d"), 2, QString::number(tracks));
+  Tell(this, BoxKind::kWarning, FromQString(text));
+}
+
+void AnalysisDialog::OnDone() {
+  bar_->setValue(100);
+  Ended();
+  TellOfHiddenTracks(u"アプリの設計上 %d から %dトラックは認識されません。", kMaxTracks + 1);
+  setStatus_(u"ロード完了");
+  app_.analysisOk = 1;
+  accept();
+}
+
+void AnalysisDialog::OnFailed(qint32 result, const QString& text) {
+  Ended();
+  button_->setText("閉じる");
+  button_->setEnabled(false);
+  if (result == kCancelled) {
+    OnStopped(text);
+  } else {
+    OnError(text);
+  }
+  done(result);
+}
+
+void AnalysisDialog::OnStopped(const QString& text) {
+  setStatus_(u"解析をキャンセル");
+  stage_->setText("解析をキャンセルしました。");
+  app_.analysisOk = 0;
+  if (Ask(this, BoxKind::kWarning, FromQString(text), kStoppedTitle)) {
+    app_.analysisOk = 1;
+    TellOfHiddenTracks(u"アプリの仕様上 %d から %dトラックは認識されません。\nご了承ください。",
+                       kMaxTracks);
+  } else {
+    ClearMxfState(&app_);
+  }
+}
+
+void AnalysisDialog::OnError(const QString& text) {
+  setStatus_(u"MXFファイル解析エラー");
+  stage_->setText("エラーが報告されたため解析を中断しました。");
+  if (app_.mxf->timecode->errorCount == 0) {
+    Tell(this, BoxKind::kWarning, FromQString(text), kAnalysisTitle);
+  } else if (Ask(this, BoxKind::kNotice, FromQString(text), kAnalysisTitle)) {
+    SaveTimecodeLog();
+  }
+  ClearMxfState(&app_);
+}
+
+void AnalysisDialog::SaveTimecodeLog() {
+  hide();
+  for (;;) {
+    QFileDialog chooser(parentWidget(), ToQString(kLogTitle), QString(), "テキスト(*.txt) (*.txt)");
+    chooser.setAcceptMode(QFileDialog::AcceptSave);
+    chooser.setDefaultSuffix("txt");
+    if (chooser.exec() != QDialog::Accepted) return;
+    const std::u16string path = FromQString(chooser.selectedFiles().value(0));
+    setStatus_(u"ログテキストを書き出し中...");
+    std::uint32_t error = 0;
+    if (WriteTimecodeLog(path, app_, &error)) break;
+    Tell(parentWidget(), BoxKind::kError, TimecodeLogFailureMessage(app_.mxfPath, error),
+         kLogTitle);
+  }
+  setStatus_(u"ログテキスト書出し完了");
+  Tell(parentWidget(), BoxKind::kNotice, TimecodeLogDoneMessage(app_.mxfPath), kAnalysisTitle);
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,200 @@
+#include "ui/dialogs/export_dialog.h"
+
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPainter>
+
+#include <iterator>
+
+#include "platform/text.h"
+#include "ui/dialogs/dialog_place.h"
+#include "ui/main/message_box.h"
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr int kLastPage = 2;
+constexpr int kLampSize = 52;
+constexpr int kMostPrefixChars = 32;
+
+// One of the eight switches of a page.
+class LampButton : public QAbstractButton {
+ public:
+  LampButton(const APP_STATE_INFO& app, const ExportDialogMemory& memory, int number,
+             QWidget* parent)
+      : QAbstractButton(parent), app_(app), memory_(memory), number_(number) {
+    setObjectName(QString::number(1016 + number));
+    setFixedSize(kLampSize, kLampSize);
+    setShortcut(QKeySequence(QString("Alt+%1").arg(number + 1)));
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    const int track = memory_.page * 8 + number_;
+    const std::uint8_t state = app_.tracks->exportSwitch[static_cast<std::size_t>(track)];
+    PaintLamp(&painter, rect(), track + 1, isEnabled() ? state : std::uint8_t{kNoSuchTrack});
+    if (!hasFocus()) return;
+    painter.setPen(QPen(QColor(Qt::white), 1, Qt::DotLine));
+    painter.drawRect(rect().adjusted(3, 3, -4, -4));
+  }
+
+ private:
+  const APP_STATE_INFO& app_;
+  const ExportDialogMemory& memory_;
+  int number_;
+};
+
+QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+}  // namespace
+
+ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetStatus setStatus,
+                           QWidget* parent)
+    : RangeDialog(app, kExportRange, &app->exportPointSet, std::move(setStatus), parent),
+      memory_(*memory) {
+  setWindowTitle("WAV(BWF)ファイルの書出し");
+  auto* layout = new QVBoxLayout(this);
+  auto* upper = new QHBoxLayout;
+  upper->addWidget(MakeRangeGroup("書出し範囲"));
+  upper->addWidget(MakeTrackGroup());
+  layout->addLayout(upper);
+  layout->addWidget(MakeTargetRow());
+  auto* start = new QPushButton("書出し(&E)", this);
+  start->setObjectName("1");
+  start->setDefault(true);
+  QPushButton* close = MakeButton("2", "閉じる", this);
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch();
+  buttons->addWidget(start);
+  buttons->addWidget(close);
+  layout->addLayout(buttons);
+  connect(start, &QPushButton::clicked, this, &ExportDialog::Start);
+  connect(close, &QPushButton::clicked, this, &QDialog::reject);
+  RefreshPage();
+  CentreOnParent(this);
+  inButton_->setFocus();
+  prefix_->selectAll();
+}
+
+QWidget* ExportDialog::MakeTrackGroup() {
+  auto* group = new QGroupBox("書出しトラック", this);
+  auto* layout = new QGridLayout(group);
+  for (int k = 0; k < kButtonsOfPage; ++k) {
+    auto* button = new LampButton(app_, memory_, k, group);
+    connect(button, &QAbstractButton::clicked, this, [this, k] {
+      std::uint8_t& state =
+          app_.tracks->exportSwitch[static_cast<std::size_t>(memory_.page * kButtonsOfPage + k)];
+      state = state == kSwitchOff ? kSwitchOn : kSwitchOff;
+      RefreshPage();
+    });
+    layout->addWidget(button, k / 4, k % 4);
+    trackButtons_[static_cast<std::size_t>(k)] = button;
+  }
+  back_ = MakeButton("1034", "<(&-)", group);
+  forward_ = MakeButton("1035", ">(&+)", group);
+  QPushButton* all = MakeButton("1036", "全て選択/解除(&G)", group);
+  layout->addWidget(back_, 2, 0);
+  layout->addWidget(forward_, 2, 1);
+  layout->addWidget(all, 2, 2, 1, 2);
+  connect(back_, &QPushButton::clicked, this, [this] { TurnPage(-1); });
+  connect(forward_, &QPushButton::clicked, this, [this] { TurnPage(1); });
+  connect(all, &QPushButton::clicked, this, &ExportDialog::ToggleAll);
+  return group;
+}
+
+QWidget* ExportDialog::MakeTargetRow() {
+  auto* row = new QWidget(this);
+  auto* layout = new QGridLayout(row);
+  layout->setContentsMargins(0, 0, 0, 0);
+  QPushButton* choose = MakeButton("1014", "保存先(&D)", row);
+  folder_ = new QLineEdit(row);
+  folder_->setObjectName("1015");
+  folder_->setReadOnly(true);
+  const AUDIOTRACK_IO_INFO& tracks = *app_.tracks;
+  folder_->setText(
+      ToQString(tracks.exportFolder[0] != 0 ? tracks.exportFolder : app_.defaultExportFolder));
+  prefix_ = new QLineEdit(row);
+  prefix_->setObjectName("1013");
+  prefix_->setMaxLength(kMostPrefixChars);
+  prefix_->setText(
+      ToQString(tracks.exportName[0] != 0 ? tracks.exportName : app_.defaultExportPrefix));
+  layout->addWidget(choose, 0, 0);
+  layout->addWidget(folder_, 0, 1);
+  layout->addWidget(new QLabel("プレフィックス名", row), 1, 0);
+  layout->addWidget(prefix_, 1, 1);
+  connect(choose, &QPushButton::clicked, this, &ExportDialog::ChooseFolder);
+  connect(prefix_, &QLineEdit::editingFinished, this, [this] {
+    platform::CopyText(app_.tracks->exportName, std::size(app_.tracks->exportName),
+                       FromQString(prefix_->text()));
+  });
+  return row;
+}
+
+void ExportDialog::RefreshPage() {
+  back_->setEnabled(memory_.page != 0);
+  forward_->setEnabled(memory_.page != kLastPage);
+  for (std::size_t k = 0; k < trackButtons_.size(); ++k) {
+    const std::size_t track = static_cast<std::size_t>(memory_.page * kButtonsOfPage) + k;
+    trackButtons_[k]->setEnabled(app_.tracks->exportSwitch[track] != kNoSuchTrack);
+    trackButtons_[k]->update();
+  }
+}
+
+void ExportDialog::TurnPage(int step) {
+  memory_.page = std::clamp(memory_.page + step, 0, kLastPage);
+  RefreshPage();
+  setFocus();
+}
+
+void ExportDialog::ToggleAll() {
+  memory_.allOn = !memory_.allOn;
+  for (std::uint32_t t = 0; t < UsableTracks(*app_.mxf->audio); ++t)
+    app_.tracks->exportSwitch[t] = memory_.allOn ? kSwitchOn : kSwitchOff;
+  RefreshPage();
+}
+
+void ExportDialog::ChooseFolder() {
+  QFileDialog chooser(this, "BWF(WAV)ファイルの保存先を選択してください。", folder_->text());
+  chooser.setFileMode(QFileDialog::Directory);
+  chooser.setOption(QFileDialog::ShowDirsOnly);
+  if (chooser.exec() != QDialog::Accepted) return;
+  folder_->setText(chooser.selectedFiles().value(0));
+  platform::CopyText(app_.tracks->exportFolder, std::size(app_.tracks->exportFolder),
+                     FromQString(folder_->text()));
+}
+
+std::u16string_view ExportDialog::RewrapRangeRefusal() const {
+  return u"再ラップ用のIN/OUT点が正しくありません。";
+}
+
+std::u16string_view ExportDialog::RewrapRangeTitle() const {
+  return u"タイムコード入力";
+}
+
+void ExportDialog::Start() {
+  if (!RequireRange(u"タイムコード入力")) return;
+  AUDIOTRACK_IO_INFO& tracks = *app_.tracks;
+  const auto end = tracks.exportSwitch.begin() + UsableTracks(*app_.mxf->audio);
+  if (std::find(tracks.exportSwitch.begin(), end, kSwitchOn) == end) {
+    Tell(this, BoxKind::kNotice, u"書出しトラックのON/OFFスイッチが全てOFFになっています。",
+         u"書出しトラック");
+    return;
+  }
+  app_.jobKind = kExportJob;
+  ++tracks.exportCount;
+  platform::CopyText(tracks.exportName, std::size(tracks.exportName), FromQString(prefix_->text()));
+  platform::CopyText(tracks.exportFolder, std::size(tracks.exportFolder),
+                     FromQString(folder_->text()));
+  RunJob();
+}
+
+}  // namespace quorvan::ui

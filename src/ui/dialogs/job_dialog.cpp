@@ -1,0 +1,179 @@
+#include "ui/dialogs/job_dialog.h"
+
+#include <QGridLayout>
+
+#include <array>
+
+#include "job/process_table.h"
+#include "platform/path.h"
+#include "report/rewrap_log.h"
+#include "timecode/timecode.h"
+#include "ui/dialogs/dialog_place.h"
+#include "ui/main/message_box.h"
+#include "ui/main/qt_text.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr int kTimerMilliseconds = 200;
+constexpr int kShiftRight = 5;
+constexpr int kWidth = 460;
+constexpr std::u16string_view kFailureTitle = u"MXF Lattice Core";
+
+struct JobTexts {
+  RangeFields range;
+  std::u16string_view statusAtStart;
+  std::u16string_view actionAtStart;
+  std::u16string_view statusAtEnd;
+  std::u16string_view stopped;
+};
+
+// By JobKind; an analysis has a dialog of its own.
+constexpr std::array<JobTexts, 4> kJobTexts = {{
+    {kRewrapRange, u"オーディオトラックを再ラップ中...", u"オーディオトラックを再ラップ中...",
+     u"オーディオエレメントの再ラップ完了", u"再ラップ処理を中断しました。"},
+    {kExportRange, u"BWFファイルを書出し中...", u"BWFファイルを書出し中...",
+     u"BWFファイル書出し完了", u"BWFファイル書出しを中断しました。"},
+    {},
+    {kLoudnessRange, u"ラウドネス情報を計測中...", u"ラウドネス情報を分析中...",
+     u"ラウドネス測定完了", u"ラウドネス測定を中断しました。"},
+}};
+
+}  // namespace
+
+JobDialog::JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view)> setStatus,
+                     QWidget* parent)
+    : QDialog(parent),
+      app_(*app),
+      setStatus_(std::move(setStatus)),
+      range_(kJobTexts[app->jobKind].range),
+      job_(app, nullptr) {
+  setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
+  setModal(true);
+  setMinimumWidth(kWidth);
+  const auto label = [this](const char* name, const QString& text, Qt::Alignment alignment) {
+    auto* made = new QLabel(text, this);
+    made->setObjectName(name);
+    made->setAlignment(alignment);
+    return made;
+  };
+  auto* file = label("1009", ToQString(platform::LastComponent(app_.mxfPath)), Qt::AlignCenter);
+  auto* in = label("1005", Timecode((app_.tracks->*range_.in)[0]), Qt::AlignLeft);
+  auto* out = label("1006", Timecode((app_.tracks->*range_.out)[0]), Qt::AlignRight);
+  progress_ = label("1007", "00:00:00,00", Qt::AlignCenter);
+  action_ = label("1017", "スタティック", Qt::AlignCenter);
+  bar_ = new QProgressBar(this);
+  bar_->setObjectName("1004");
+  bar_->setRange(0, 100);
+  bar_->setTextVisible(false);
+  button_ = new QPushButton("キャンセル", this);
+  button_->setObjectName("2");
+
+  auto* layout = new QGridLayout(this);
+  layout->addWidget(file, 0, 0, 1, 3);
+  layout->addWidget(label("", "IN", Qt::AlignLeft), 1, 0);
+  layout->addWidget(label("", "OUT", Qt::AlignRight), 1, 2);
+  layout->addWidget(in, 2, 0);
+  layout->addWidget(progress_, 2, 1);
+  layout->addWidget(out, 2, 2);
+  layout->addWidget(bar_, 3, 0, 1, 3);
+  layout->addWidget(action_, 4, 0, 1, 3);
+  layout->addWidget(button_, 5, 0, 1, 3, Qt::AlignCenter);
+
+  connect(button_, &QPushButton::clicked, this, &JobDialog::reject);
+  connect(&timer_, &QTimer::timeout, this, &JobDialog::ShowProgress);
+  connect(&job_, &JobThread::Done, this, &JobDialog::OnDone);
+  connect(&job_, &JobThread::Failed, this, &JobDialog::OnFailed);
+}
+
+QString JobDialog::Timecode(std::int32_t frames) const {
+  const MXF_TIMECODE_INFO& timecode = *app_.mxf->timecode;
+  TimeFields f{};
+  FramesToTimecode(
+      FramesToLabelCount(timecode.fpsIndex, timecode.dropFrame, static_cast<std::uint32_t>(frames)),
+      timecode.fpsIndex, &f);
+  return QString::asprintf("%02u:%02u:%02u%c%02u", f[0], f[1], f[2],
+                           timecode.dropFrame != 0 ? ',' : '.', f[3]);
+}
+
+int JobDialog::exec() {
+  const std::size_t slot = app_.mxf->timecode->startHour23 == 1 ? 1 : 0;
+  const std::int32_t frames =
+      (app_.tracks->*range_.out)[slot] - (app_.tracks->*range_.in)[slot] + 1;
+  app_.tracks->totalFrames = static_cast<std::uint32_t>(frames);
+  app_.tracks->currentFrame = 0;
+  percent_ = frames * 0.01;
+  running_ = true;
+  CentreOnParent(this, kShiftRight);
+  job_.Start();
+  setStatus_(kJobTexts[app_.jobKind].statusAtStart);
+  action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));
+  ShowProgress();
+  timer_.start(kTimerMilliseconds);
+  return QDialog::exec();
+}
+
+// Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
+void JobDialog::reject() {
+  if (!running_) return;
+  app_.tracks->cancel = 1;
+  action_->setText("中断処理を行っています、お待ちください...");
+  setStatus_(u"中断処理中...");
+  button_->setEnabled(false);
+  ShowProgress();
+}
+
+void JobDialog::ShowProgress() {
+  const std::size_t slot = app_.mxf->timecode->startHour23 == 1 ? 1 : 0;
+  const std::uint32_t done = app_.tracks->currentFrame;
+  progress_->setText(Timecode((app_.tracks->*range_.in)[slot] + static_cast<std::int32_t>(done)) +
+                     "まで完了");
+  if (percent_ > 0) bar_->setValue(static_cast<int>(done / percent_));
+}
+
+void JobDialog::OnFailed(qint32 result, const QString& text) {
+  timer_.stop();
+  running_ = false;
+  setStatus_(kJobTexts[app_.jobKind].stopped);
+  action_->setText(ToQString(kJobTexts[app_.jobKind].stopped));
+  button_->setText("閉じる");
+  button_->setEnabled(false);
+  Tell(this, BoxKind::kWarning, FromQString(text), kFailureTitle);
+  done(result & 0xFFFF);
+}
+
+void JobDialog::OnDone() {
+  bar_->setValue(100);
+  timer_.stop();
+  running_ = false;
+  setStatus_(kJobTexts[app_.jobKind].statusAtEnd);
+  hide();
+  if (app_.jobKind == kRewriteJob) {
+    ReportRewrite();
+  } else if (app_.jobKind == kExportJob) {
+    setStatus_(u"BWFファイルの書出し完了");
+    Tell(parentWidget(), BoxKind::kNotice,
+         std::u16string(u"BWFファイルの書出し処理が完了しました。\n\n書出し場所\r\n") +
+             app_.tracks->exportFolder);
+  }
+  accept();
+}
+
+void JobDialog::ReportRewrite() {
+  setStatus_(u"再ラップ詳細ログを作成中...");
+  std::u16string logPath;
+  std::uint32_t error = 0;
+  const bool logged = WriteRewrapLog(&app_, &logPath, &error);
+  setStatus_(u"再ラップ処理完了");
+  if (logged) {
+    Tell(parentWidget(), BoxKind::kNotice, RewrapCompletionMessage(app_.mxfPath, logPath));
+  } else {
+    Tell(parentWidget(), BoxKind::kError, RewrapLogFailureMessage(app_.mxfPath, error),
+         u"再ラップ処理詳細ログの保存");
+    // The rewrite stands all the same.
+    Tell(parentWidget(), BoxKind::kNotice,
+         JobDoneMessage(app_.mxfPath, kRewriteJob, app_.useFileIo));
+  }
+}
+
+}  // namespace quorvan::ui

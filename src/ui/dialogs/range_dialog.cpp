@@ -1,0 +1,107 @@
+#include "ui/dialogs/range_dialog.h"
+
+#include <QGroupBox>
+#include <QKeyEvent>
+#include <QLabel>
+
+#include "ui/dialogs/job_dialog.h"
+#include "ui/main/message_box.h"
+#include "ui/main/theme.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr int kDisplayWidth = 200;
+constexpr int kDisplayHeight = 40;
+constexpr int kDisplayIndent = 4;
+constexpr int kEntryDigits = 11;
+constexpr COLOR kBlack = {0, 0, 0};
+
+QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(name);
+  button->setAutoDefault(false);
+  return button;
+}
+
+}  // namespace
+
+RangeDialog::RangeDialog(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
+                         SetStatus setStatus, QWidget* parent)
+    : QDialog(parent),
+      app_(*app),
+      fields_(fields),
+      pointSet_(*pointSet),
+      setStatus_(std::move(setStatus)) {
+  setModal(true);
+}
+
+DrawnLabel* RangeDialog::MakeDisplay(std::uint32_t id, std::size_t font, const COLOR& color,
+                                     int width, int height, HorizontalAlign align) {
+  auto* display = new DrawnLabel(
+      {static_cast<ControlId>(id), font, color, align, VerticalAlign::kCenter, {}}, this);
+  display->SetFill(ToQColor(kBlack), kDisplayIndent);
+  display->setFixedSize(width, height);
+  return display;
+}
+
+QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
+  auto* group = new QGroupBox(title, this);
+  inButton_ = MakeButton("1040", "IN(&I)", group);
+  QPushButton* outButton = MakeButton("1041", "OUT(&O)", group);
+  QPushButton* takeOver = MakeButton("1056", "ラッピング範囲を使用(&P)", group);
+  DrawnLabel* in = MakeDisplay(1066, 4, kFigureColor, kDisplayWidth, kDisplayHeight);
+  DrawnLabel* out = MakeDisplay(1067, 4, kFigureColor, kDisplayWidth, kDisplayHeight);
+  DrawnLabel* duration = MakeDisplay(1068, 4, kWhite, kDisplayWidth, kDisplayHeight);
+  auto* layout = new QGridLayout(group);
+  layout->addWidget(inButton_, 0, 0);
+  layout->addWidget(in, 0, 1);
+  layout->addWidget(outButton, 1, 0);
+  layout->addWidget(out, 1, 1);
+  layout->addWidget(new QLabel("DUR", group), 2, 0, Qt::AlignCenter);
+  layout->addWidget(duration, 2, 1);
+  layout->addWidget(takeOver, 3, 1);
+  // The edit that takes a display's place has to share its parent.
+  entry_ = new TimecodeField(&app_, fields_, &pointSet_, {in, out, duration}, kEntryDigits, group);
+  entry_->Edit()->setObjectName("1065");
+  entry_->Edit()->setFont(FontOf(4));
+  connect(inButton_, &QPushButton::clicked, this, [this] { entry_->Open(kInTarget); });
+  connect(outButton, &QPushButton::clicked, this, [this] { entry_->Open(kOutTarget); });
+  connect(in, &DrawnLabel::DoubleClicked, this, [this] { entry_->Open(kInTarget); });
+  connect(out, &DrawnLabel::DoubleClicked, this, [this] { entry_->Open(kOutTarget); });
+  connect(takeOver, &QPushButton::clicked, this, &RangeDialog::TakeRewrapRange);
+  entry_->Refresh();
+  return group;
+}
+
+void RangeDialog::TakeRewrapRange() {
+  if (app_.rewrapPointSet[0] == 1 && app_.rewrapPointSet[1] == 1) {
+    app_.tracks->*fields_.in = app_.tracks->inFrame;
+    app_.tracks->*fields_.out = app_.tracks->outFrame;
+    pointSet_ = {1, 1};
+    entry_->Refresh();
+    return;
+  }
+  Tell(this, BoxKind::kWarning, RewrapRangeRefusal(), RewrapRangeTitle());
+  entry_->OpenFirstUnset();
+}
+
+bool RangeDialog::RequireRange(std::u16string_view title) {
+  if (pointSet_[0] == 1 && pointSet_[1] == 1) return true;
+  Tell(this, BoxKind::kWarning, u"書出し用IN/OUTポイントが正しく設定されていません。", title);
+  entry_->OpenFirstUnset();
+  return false;
+}
+
+void RangeDialog::RunJob() {
+  JobDialog(&app_, setStatus_, this).exec();
+  inButton_->setFocus();
+}
+
+void RangeDialog::keyPressEvent(QKeyEvent* event) {
+  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isEnter && entry_->Target() != kNoTarget) return;
+  QDialog::keyPressEvent(event);
+}
+
+}  // namespace quorvan::ui

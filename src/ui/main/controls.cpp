@@ -1,0 +1,112 @@
+#include "ui/main/controls.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+#include "ui/main/theme.h"
+
+namespace quorvan::ui {
+namespace {
+
+Qt::Alignment AlignmentOf(const LabelSpec& spec) {
+  const Qt::Alignment vertical =
+      spec.vertical == VerticalAlign::kCenter ? Qt::AlignVCenter : Qt::AlignTop;
+  switch (spec.horizontal) {
+    case HorizontalAlign::kCenter:
+      return vertical | Qt::AlignHCenter;
+    case HorizontalAlign::kRight:
+      return vertical | Qt::AlignRight;
+    case HorizontalAlign::kLeft:
+      break;
+  }
+  return vertical | Qt::AlignLeft;
+}
+
+}  // namespace
+
+DrawnLabel::DrawnLabel(const LabelSpec& spec, QWidget* parent) : QWidget(parent), spec_(spec) {
+  setObjectName(QString::number(spec.id));
+  QFont font = FontOf(spec.font);
+  font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
+  setFont(font);
+}
+
+void DrawnLabel::SetText(const QString& text) {
+  if (text == text_) return;
+  text_ = text;
+  update();
+}
+
+void DrawnLabel::SetFill(const QColor& fill, int indent) {
+  fill_ = fill;
+  indent_ = indent;
+}
+
+void DrawnLabel::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  if (fill_.isValid()) painter.fillRect(rect(), fill_);
+  const int alignment = static_cast<int>(AlignmentOf(spec_));
+  painter.setPen(ToQColor(spec_.color));
+  const QRect field = rect().adjusted(indent_, 0, 0, 0);
+  const QString line = fontMetrics().elidedText(text_, Qt::ElideRight, field.width());
+  painter.drawText(field, alignment | Qt::TextDontClip, line);
+}
+
+void DrawnLabel::mouseDoubleClickEvent(QMouseEvent*) {
+  emit DoubleClicked();
+}
+
+PictureButton::PictureButton(ControlId id, QWidget* parent) : QAbstractButton(parent), id_(id) {
+  setObjectName(QString::number(id));
+  setFocusPolicy(Qt::TabFocus);
+}
+
+void PictureButton::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  const ButtonLook look = !isEnabled() ? ButtonLook::kDisabled
+                          : isDown()   ? ButtonLook::kPressed
+                                       : ButtonLook::kNormal;
+  PaintButton(&painter, rect(), id_, look);
+  if (!hasFocus()) return;
+  painter.setPen(QPen(Qt::white, 1, Qt::DotLine));
+  painter.drawRect(rect().adjusted(3, 3, -4, -4));
+}
+
+TimecodeEdit::TimecodeEdit(QWidget* parent) : QLineEdit(parent) {
+  setObjectName(QString::number(kTimecodeEdit));
+  setAlignment(Qt::AlignRight);
+  setFont(FontOf(3));
+}
+
+bool TimecodeEdit::event(QEvent* event) {
+  // Letters are no input here: they stay the keys of their commands.
+  if (event->type() == QEvent::ShortcutOverride) {
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() >= Qt::Key_A && key->key() <= Qt::Key_Z &&
+        (key->modifiers() & Qt::ControlModifier) == 0) {
+      return false;
+    }
+  }
+  return QLineEdit::event(event);
+}
+
+void TimecodeEdit::keyPressEvent(QKeyEvent* event) {
+  switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      emit Confirmed();
+      return;
+    case Qt::Key_Escape:
+      emit Cancelled();
+      return;
+    default:
+      QLineEdit::keyPressEvent(event);
+  }
+}
+
+void TimecodeEdit::focusOutEvent(QFocusEvent* event) {
+  QLineEdit::focusOutEvent(event);
+  emit FocusLost();
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,72 @@
+// The drawn controls of the main window.
+
+#pragma once
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QWidget>
+
+#include "view/main_layout.h"
+
+namespace quorvan::ui {
+
+// One line of text in the colours of its description.
+class DrawnLabel : public QWidget {
+  Q_OBJECT
+
+ public:
+  DrawnLabel(const LabelSpec& spec, QWidget* parent);
+
+  void SetText(const QString& text);
+
+  // Fills the field in front of its text, which starts `indent` pixels from the left edge.
+  void SetFill(const QColor& fill, int indent);
+  const QString& Text() const { return text_; }
+
+ signals:
+  void DoubleClicked();
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+ private:
+  LabelSpec spec_;
+  QString text_;
+  QColor fill_;
+  int indent_ = 0;
+};
+
+// A button that is a picture. A quick second press is one more press.
+class PictureButton : public QAbstractButton {
+  Q_OBJECT
+
+ public:
+  PictureButton(ControlId id, QWidget* parent);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  ControlId id_;
+};
+
+// The field in which a timecode is typed, over the display of its point.
+class TimecodeEdit : public QLineEdit {
+  Q_OBJECT
+
+ public:
+  explicit TimecodeEdit(QWidget* parent);
+
+ signals:
+  void Confirmed();
+  void Cancelled();
+  void FocusLost();
+
+ protected:
+  bool event(QEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+};
+
+}  // namespace quorvan::ui

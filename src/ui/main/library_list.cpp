@@ -1,0 +1,142 @@
+#include "ui/main/library_list.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+#include "view/library_view.h"
+
+namespace quorvan::ui {
+
+void LibraryModel::Renew() {
+  beginResetModel();
+  endResetModel();
+}
+
+int LibraryModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() || app_.wavIndex == nullptr ? 0 : app_.wavList->entryCount;
+}
+
+int LibraryModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(kWavColumns);
+}
+
+QVariant LibraryModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid() || index.row() >= rowCount({})) return {};
+  const auto row = static_cast<std::size_t>(index.row());
+  const WAV_FILE_INFO& entry = *app_.wavIndex[row];
+  switch (role) {
+    case Qt::DisplayRole:
+      return ToQString(entry.columnText[index.column()]);
+    case Qt::TextAlignmentRole:
+      return static_cast<int>(Qt::AlignCenter);
+    case Qt::BackgroundRole:
+      return ToQColor(ColorsOfRow(row, entry.assigned == 1).background);
+    case Qt::ForegroundRole:
+      return ToQColor(ColorsOfRow(row, entry.assigned == 1).text);
+    default:
+      return {};
+  }
+}
+
+QVariant LibraryModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal) return {};
+  if (role == Qt::TextAlignmentRole) return static_cast<int>(Qt::AlignCenter);
+  if (role != Qt::DisplayRole) return {};
+  return ToQString(kWavColumnSpecs[static_cast<std::size_t>(section)].title);
+}
+
+LibraryList::LibraryList(APP_STATE_INFO* app, QWidget* parent)
+    : QTreeView(parent), app_(*app), model_(new LibraryModel(app, this)) {
+  setObjectName(QString::number(kWavListView));
+  setModel(model_);
+  setRootIsDecorated(false);
+  setUniformRowHeights(true);
+  setItemsExpandable(false);
+  setAllColumnsShowFocus(true);
+  setSelectionMode(QAbstractItemView::ExtendedSelection);
+  setSelectionBehavior(QAbstractItemView::SelectRows);
+  setEditTriggers(QAbstractItemView::NoEditTriggers);
+  setTextElideMode(Qt::ElideRight);
+  header()->setSectionsMovable(true);
+  header()->setFirstSectionMovable(true);
+  header()->setSectionsClickable(true);
+  header()->setStretchLastSection(false);
+  header()->setMinimumSectionSize(0);
+  connect(header(), &QHeaderView::sectionClicked, this, [this](int section) {
+    const Command command = kWavColumnSpecs[static_cast<std::size_t>(section)].sortCommand;
+    if (command != kNoCommand && model_->rowCount({}) > 0) emit SortRequested(command);
+  });
+}
+
+void LibraryList::SelectFirstRow() {
+  if (model_->rowCount({}) == 0) return;
+  setCurrentIndex(model_->index(0, 0));
+}
+
+void LibraryList::RenewRows() {
+  model_->Renew();
+}
+
+void LibraryList::Sort(Command command, bool ascending) {
+  const int focus = FocusRow();
+  const WAV_FILE_INFO* focused =
+      focus < 0 ? nullptr : app_.wavIndex[static_cast<std::size_t>(focus)];
+  SortLibrary(&app_, command, ascending);
+  model_->Renew();
+  QItemSelection rows;
+  QModelIndex current;
+  for (int row = 0; row < model_->rowCount({}); ++row) {
+    const WAV_FILE_INFO* entry = app_.wavIndex[static_cast<std::size_t>(row)];
+    const QModelIndex index = model_->index(row, 0);
+    if (entry->selected == 1) rows.select(index, index);
+    if (entry == focused) current = index;
+  }
+  selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+  selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  setFocus();
+}
+
+void LibraryList::ResetColumnWidths(int viewWidth, int viewHeight) {
+  for (std::size_t column = 0; column < kWavColumns; ++column)
+    setColumnWidth(static_cast<int>(column), ColumnWidth(column, viewWidth, viewHeight));
+}
+
+int LibraryList::FocusRow() const {
+  return currentIndex().isValid() ? currentIndex().row() : -1;
+}
+
+std::vector<std::uint8_t> LibraryList::SelectedRows() const {
+  std::vector<std::uint8_t> flags(static_cast<std::size_t>(model_->rowCount({})));
+  for (const QModelIndex& index : selectionModel()->selectedRows())
+    flags[static_cast<std::size_t>(index.row())] = 1;
+  return flags;
+}
+
+void LibraryList::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) return emit Left();
+  QTreeView::keyPressEvent(event);
+}
+
+void LibraryList::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (indexAt(event->position().toPoint()).isValid()) emit RowActivated();
+}
+
+void LibraryList::contextMenuEvent(QContextMenuEvent* event) {
+  emit PopupRequested(event->globalPos());
+}
+
+void LibraryList::selectionChanged(const QItemSelection& selected,
+                                   const QItemSelection& deselected) {
+  QTreeView::selectionChanged(selected, deselected);
+  emit SelectionChanged();
+}
+
+void LibraryList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTreeView::currentChanged(current, previous);
+  emit SelectionChanged();
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,237 @@
+#include "ui/main/main_view.h"
+
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QToolTip>
+#include <QWheelEvent>
+
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+#include "view/texts.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr ControlId kButtons[] = {kLoadButton, kViewButton, kRewrapButton, kExportButton,
+                                  kInButton,   kOutButton,  kDurButton};
+constexpr int kRowClipMargin = 10;
+constexpr int kWheelNotch = 120;
+constexpr int kTipMilliseconds = 30000;
+constexpr COLOR kTitleColor = {255, 105, 0};
+constexpr COLOR kSubtitleColor = {255, 225, 255};
+constexpr COLOR kRowStateColor = {180, 180, 180};
+
+SelectMode ModeOf(Qt::KeyboardModifiers modifiers) {
+  modifiers &= Qt::ShiftModifier | Qt::ControlModifier;
+  if (modifiers == Qt::ShiftModifier) return SelectMode::kExtend;
+  return modifiers == Qt::ControlModifier ? SelectMode::kToggle : SelectMode::kReplace;
+}
+
+}  // namespace
+
+MainView::MainView(APP_STATE_INFO* app, QWidget* parent) : QWidget(parent), app_(*app) {
+  setFocusPolicy(Qt::StrongFocus);
+  for (const LabelSpec& spec : Labels()) {
+    auto* label = new DrawnLabel(spec, this);
+    label->SetText(ToQString(spec.caption));
+    if (spec.caption.empty()) label->SetFill(ToQColor(kPanelColor), 0);
+    labels_[spec.id] = label;
+  }
+  for (const ControlId id : kButtons)
+    buttons_[id] = new PictureButton(id, this);
+}
+
+void MainView::RefreshInfoPanel() {
+  for (std::uint32_t id = kFileNameText; id <= kSizeText; ++id) {
+    const auto label = labels_.find(static_cast<ControlId>(id));
+    if (label != labels_.end()) {
+      label->second->SetText(ToQString(InfoText(app_, static_cast<ControlId>(id))));
+    }
+  }
+}
+
+void MainView::LayOut() {
+  for (const auto& [id, label] : labels_)
+    label->setGeometry(ToQRect(ControlRect(id, width(), height())));
+  for (const auto& [id, button] : buttons_)
+    button->setGeometry(ToQRect(ControlRect(id, width(), height())));
+  LayoutTrackArea(&app_, width(), height());
+  UpdateArrowStates(&app_);
+  app_.listRect = ListReference(width(), height());
+  update();
+}
+
+void MainView::resizeEvent(QResizeEvent*) {
+  LayOut();
+  emit Resized();
+}
+
+bool MainView::HasTracks() const {
+  return app_.mxfLoaded == 1 && app_.mxf->audio->trackCount > 0;
+}
+
+void MainView::paintEvent(QPaintEvent*) {
+  QPainter painter(this);
+  PaintBands(&painter);
+  if (!HasTracks()) return PaintTitle(&painter);
+  const QRect area = ToQRect(app_.trackAreaRect);
+  painter.setClipRect(area.adjusted(0, kRowClipMargin, 0, -kRowClipMargin));
+  for (std::int32_t row = 0; row < app_.visibleRows; ++row)
+    PaintRow(&painter, row);
+  PaintArrows(&painter);
+}
+
+void MainView::PaintBands(QPainter* painter) {
+  const auto top = static_cast<int>(app_.topBandHeight);
+  const auto track = static_cast<int>(app_.trackBandHeight);
+  painter->fillRect(0, 0, width(), top, ToQColor(kPanelColor));
+  painter->fillRect(0, top, width(), track, ToQColor(kTrackBandColor));
+  painter->fillRect(0, top + track, width(), height() - top - track, ToQColor(kPanelColor));
+}
+
+void MainView::PaintTitle(QPainter* painter) {
+  const int middle = static_cast<int>(app_.topBandHeight + app_.trackBandHeight / 2);
+  painter->setFont(FontOf(7));
+  painter->setPen(ToQColor(kTitleColor));
+  painter->drawText(QRect(0, middle - 20, width(), 20), Qt::AlignCenter | Qt::TextDontClip,
+                    ToQString(kProgramName));
+  painter->setFont(FontOf(6));
+  painter->setPen(ToQColor(kSubtitleColor));
+  painter->drawText(QRect(0, middle + 20, width(), 10), Qt::AlignCenter | Qt::TextDontClip,
+                    ToQString(kProgramSubtitle));
+}
+
+void MainView::PaintRow(QPainter* painter, std::int32_t row) {
+  const std::int32_t track = app_.scrollTop + row;
+  const auto place = static_cast<std::size_t>(row);
+  const auto t = static_cast<std::size_t>(track);
+  const QRect name = ToQRect(app_.nameRect[place]);
+  const TrackRowText text = TextOfTrack(app_, track);
+  if (text.channelMark != 0) {
+    painter->setFont(FontOf(5));
+    painter->setPen(ToQColor(kFigureColor));
+    painter->drawText(ToQRect(app_.channelMarkRect[place]), Qt::AlignCenter | Qt::TextDontClip,
+                      QString(QChar(text.channelMark)));
+  }
+  PaintLamp(painter, ToQRect(app_.lampRect[place]), track + 1, app_.tracks->rewrapSwitch[t]);
+
+  if (app_.trackSelected[t] == 1) painter->fillRect(name, ToQColor(kSelectedVeil));
+  painter->setFont(FontOf(1));
+  if (!text.name.empty()) {
+    painter->setPen(ToQColor(text.nameColor));
+    painter->drawText(
+        name, Qt::AlignLeft | Qt::AlignVCenter,
+        painter->fontMetrics().elidedText(ToQString(text.name), Qt::ElideRight, name.width()));
+  }
+  if (!text.state.empty()) {
+    QRect field = name;
+    if (!text.name.empty()) {
+      field.setLeft(name.left() + name.width() / 2);
+      painter->fillRect(field, ToQColor(kOffVeil));
+    }
+    painter->setPen(text.name.empty() ? ToQColor(kRowStateColor) : QColor(Qt::white));
+    painter->drawText(field, Qt::AlignCenter, ToQString(text.state));
+  }
+  if (track != app_.focusTrack) return;
+  painter->setPen(QPen(QColor(Qt::white), 1, Qt::DotLine));
+  painter->drawRect(name.adjusted(0, 0, -1, -1));
+}
+
+void MainView::PaintArrows(QPainter* painter) {
+  const auto tracks = static_cast<std::int32_t>(UsableTracks(*app_.mxf->audio));
+  const bool allFit =
+      app_.scrollTop == 0 && app_.rowRemainder == 0 && app_.lastVisibleTrack == tracks - 1;
+  if (allFit) return;
+  if (app_.upArrowState != kArrowHidden) {
+    PaintArrow(painter, ToQRect(app_.upArrowRect), true, app_.upArrowState == kArrowPressed);
+  }
+  if (app_.downArrowState != kArrowHidden) {
+    PaintArrow(painter, ToQRect(app_.downArrowRect), false, app_.downArrowState == kArrowPressed);
+  }
+}
+
+void MainView::Apply(std::uint32_t refresh) {
+  if ((refresh & kRepaint) != 0) {
+    if (pressZone_ == kNoZone) UpdateArrowStates(&app_);
+    update();
+  }
+  emit Changed(refresh);
+}
+
+void MainView::mousePressEvent(QMouseEvent* event) {
+  setFocus();
+  if (event->button() != Qt::LeftButton || app_.mxfLoaded != 1) return;
+  if (app_.libraryView == 1) return emit PressedBesideList();
+  const QPoint at = event->position().toPoint();
+  const PressTarget target = HitTest(app_, at.x(), at.y());
+  pressZone_ = target.zone;
+  switch (target.zone) {
+    case kNameZone:
+      return Apply(PressName(&app_, target.track, ModeOf(event->modifiers())));
+    case kLampZone:
+      return Apply(ToggleTrackSwitch(&app_, target.track));
+    case kUpArrowZone:
+    case kDownArrowZone:
+      return Apply(PressArrow(&app_, target.zone));
+    case kNoZone:
+      break;
+  }
+}
+
+void MainView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() == Qt::RightButton && app_.libraryView == 0) {
+    emit PopupRequested(event->globalPosition().toPoint());
+    setFocus();
+    return;
+  }
+  const PressZone zone = pressZone_;
+  pressZone_ = kNoZone;
+  Apply(ReleaseArrow(&app_, zone));
+}
+
+// A second quick press on a name opens the library; anywhere else it is one more press.
+void MainView::mouseDoubleClickEvent(QMouseEvent* event) {
+  const QPoint at = event->position().toPoint();
+  const bool onName = app_.mxfLoaded == 1 && app_.libraryView == 0 &&
+                      HitTest(app_, at.x(), at.y()).zone == kNameZone;
+  if (onName && event->button() == Qt::LeftButton) {
+    emit NameDoubleClicked();
+  } else {
+    mousePressEvent(event);
+  }
+}
+
+void MainView::wheelEvent(QWheelEvent* event) {
+  if (app_.mxfLoaded != 1 || app_.libraryView == 1) return;
+  Apply(TurnWheel(&app_, event->angleDelta().y() / kWheelNotch));
+}
+
+void MainView::keyPressEvent(QKeyEvent* event) {
+  const bool extend = (event->modifiers() & Qt::ShiftModifier) != 0;
+  const bool inRows = app_.mxfLoaded == 1 && app_.libraryView == 0;
+  if (inRows && event->key() == Qt::Key_Up) return Apply(MoveUp(&app_, extend));
+  if (inRows && event->key() == Qt::Key_Down) return Apply(MoveDown(&app_, extend));
+  QWidget::keyPressEvent(event);
+}
+
+bool MainView::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QWidget::event(event);
+  const auto* help = static_cast<QHelpEvent*>(event);
+  const QPoint at = help->pos();
+  if (labels_[kFileNameText]->geometry().contains(at)) {
+    const QString text = ToQString(kFileToolTipTitle) + "\n\n" + ToQString(FileToolTip(app_).text);
+    QToolTip::showText(help->globalPos(), text, this, {}, kTipMilliseconds);
+    return true;
+  }
+  const PressTarget target = HitTest(app_, at.x(), at.y());
+  if (target.zone == kNameZone && app_.libraryView == 0) {
+    QToolTip::showText(help->globalPos(), ToQString(TrackToolTip(app_, target.track).text), this,
+                       {}, kTipMilliseconds);
+  } else {
+    QToolTip::hideText();
+  }
+  return true;
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,491 @@
+#include "ui/main/main_window.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QUrl>
+
+#include "job/process_table.h"
+#include "platform/path.h"
+#include "platform/text.h"
+#include "state/clip_state.h"
+#include "state/track_assignment.h"
+#include "ui/dialogs/analysis_dialog.h"
+#include "ui/dialogs/job_dialog.h"
+#include "ui/dialogs/loudness_dialog.h"
+#include "ui/dialogs/small_dialogs.h"
+#include "ui/main/message_box.h"
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+#include "view/file_drop.h"
+#include "view/library_view.h"
+#include "view/texts.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr int kEntryDigits = 8;
+constexpr std::u16string_view kAlreadyLoaded =
+    u"MXFファイルはすでにロードされています。\n[ファイル]→[MXFファイルをアンロード]"
+    u"を行ってください。";
+constexpr std::u16string_view kDroppedMxfTitle = u"ドロップされたMXFファイル";
+constexpr std::u16string_view kDroppedWavTitle = u"ドロップされたWAVファイル";
+constexpr std::u16string_view kAddTitle = u"BWFファイルを追加";
+constexpr std::u16string_view kNoIndexMemory =
+    u"メモリ確保でエラーが発生したため、ファイルリストに追加できません。\n"
+    u"一度PCを終了させ起動してみてください。";
+constexpr std::u16string_view kCannotLoadText =
+    u"MXFファイルをロードできません。\n"
+    u"接続デバイス、他のアプリで使用していないか確認して下さい。";
+
+constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
+    {MainButton::kLoad, kLoadButton},     {MainButton::kView, kViewButton},
+    {MainButton::kRewrap, kRewrapButton}, {MainButton::kExport, kExportButton},
+    {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
+    {MainButton::kDuration, kDurButton}};
+
+QString KeysOf(Command command) {
+  for (const Accelerator& accelerator : Accelerators()) {
+    if (accelerator.command == command) return QString::fromLatin1(accelerator.keys.data());
+  }
+  return {};
+}
+
+}  // namespace
+
+MainWindow::MainWindow() : app_(state_.info) {
+  setWindowTitle(ToQString(kProgramTitle));
+  setMinimumSize(kMinimumWidth, kMinimumHeight);
+  setAcceptDrops(true);
+  view_ = new MainView(&app_, this);
+  setCentralWidget(view_);
+  list_ = new LibraryList(&app_, view_);
+  list_->hide();
+  entry_ = new TimecodeField(&app_, kRewrapRange, &app_.rewrapPointSet,
+                             {view_->Label(kInTimecodeText), view_->Label(kOutTimecodeText),
+                              view_->Label(kDurTimecodeText)},
+                             kEntryDigits, view_);
+  pathField_ = new QLabel(this);
+  counterField_ = new QLabel(this);
+  for (QLabel* field : {pathField_, counterField_}) {
+    field->setTextFormat(Qt::PlainText);
+    statusBar()->addWidget(field);
+  }
+  pathField_->setObjectName("status0");
+  counterField_->setObjectName("status1");
+  MakeMenuBar();
+  ConnectView();
+  ConnectList();
+  refreshTimer_.setSingleShot(true);
+  connect(&refreshTimer_, &QTimer::timeout, this, &MainWindow::Refresh);
+  RequestRefresh(kRefreshMenus | kRefreshList | kRefreshTracks);
+  view_->RefreshInfoPanel();
+  entry_->Refresh();
+  view_->setFocus();
+}
+
+void MainWindow::MakeMenuBar() {
+  for (const MenuItem& item : MainMenu()) {
+    QMenu* menu = MakeMenu(item.submenu, MenuKind::kMain, this);
+    menu->setTitle(ToQString(item.text));
+    menuBar()->addMenu(menu);
+  }
+}
+
+// Items of the menu bar are kept and carry their keys; those of a popup are as the rules say now.
+QMenu* MainWindow::MakeMenu(std::span<const MenuItem> items, MenuKind kind, QWidget* parent) {
+  auto* menu = new QMenu(parent);
+  const EnableFacts facts = FactsOf(app_);
+  for (const MenuItem& item : items) {
+    if (!item.submenu.empty()) {
+      QMenu* submenu = MakeMenu(item.submenu, kind, menu);
+      submenu->setTitle(ToQString(item.text));
+      menu->addMenu(submenu);
+      continue;
+    }
+    if (item.command == kNoCommand) {
+      menu->addSeparator();
+      continue;
+    }
+    QString text = ToQString(item.text);
+    if (!item.keys.empty()) text += "\t" + ToQString(item.keys);
+    QAction* action = menu->addAction(text);
+    action->setEnabled(IsEnabled(kind, item.command, facts));
+    const Command command = item.command;
+    connect(action, &QAction::triggered, this, [this, command] { Run(command); });
+    if (kind != MenuKind::kMain) continue;
+    action->setShortcut(QKeySequence(KeysOf(command)));
+    action->setObjectName(QString::number(command));
+    actions_[command] = action;
+  }
+  return menu;
+}
+
+void MainWindow::ConnectView() {
+  connect(view_, &MainView::Changed, this, &MainWindow::RequestRefresh);
+  connect(view_, &MainView::NameDoubleClicked, this, [this] { Run(kSwitchView); });
+  connect(view_, &MainView::PressedBesideList, this, [this] { Run(kSwitchView); });
+  connect(view_, &MainView::PopupRequested, this,
+          [this](const QPoint& place) { ShowPopup(TrackPopup(), MenuKind::kTrackPopup, place); });
+  connect(view_, &MainView::Resized, this, [this] {
+    const int width = view_->width();
+    const int height = view_->height();
+    list_->setGeometry(ToQRect(ControlRect(kWavListView, width, height)));
+    list_->ResetColumnWidths(width, height);
+    const auto ends = StatusFieldEnds(width);
+    pathField_->setFixedWidth(ends[0]);
+    counterField_->setFixedWidth(ends[1] - ends[0]);
+  });
+  const std::pair<ControlId, Command> buttons[] = {
+      {kLoadButton, kLoadMxf},     {kViewButton, kSwitchView}, {kRewrapButton, kRewriteAudio},
+      {kExportButton, kExportBwf}, {kInButton, kSetIn},        {kOutButton, kSetOut}};
+  for (const auto& [id, command] : buttons) {
+    const Command run = command;
+    connect(view_->Button(id), &QAbstractButton::clicked, this, [this, run] { Run(run); });
+  }
+  connect(view_->Label(kFileNameText), &DrawnLabel::DoubleClicked, this,
+          [this] { Run(kOpenLocation); });
+  connect(view_->Label(kInTimecodeText), &DrawnLabel::DoubleClicked, this, [this] {
+    if (HasTracks()) Run(kSetIn);
+  });
+  connect(view_->Label(kOutTimecodeText), &DrawnLabel::DoubleClicked, this, [this] {
+    if (HasTracks() && app_.rewrapPointSet[0] == 1) Run(kSetOut);
+  });
+  connect(entry_, &TimecodeField::Entered, this, [this] { RequestRefresh(kRefreshMenus); });
+}
+
+void MainWindow::ConnectList() {
+  connect(list_, &LibraryList::SelectionChanged, this, [this] { RequestRefresh(kRefreshList); });
+  connect(list_, &LibraryList::SortRequested, this,
+          [this](quint32 command) { SortBy(static_cast<Command>(command)); });
+  connect(list_, &LibraryList::RowActivated, this, [this] {
+    if (app_.wavIndex != nullptr) Run(kAssignWav);
+  });
+  connect(list_, &LibraryList::Left, this, [this] { ShowLibrary(false); });
+  connect(list_, &LibraryList::PopupRequested, this, [this](const QPoint& place) {
+    ShowPopup(LibraryPopup(), MenuKind::kLibraryPopup, place);
+  });
+}
+
+bool MainWindow::HasTracks() const {
+  return app_.mxfLoaded == 1 && app_.mxf->audio->trackCount > 0;
+}
+
+void MainWindow::ShowPopup(std::span<const MenuItem> items, MenuKind kind, const QPoint& place) {
+  Refresh();
+  QMenu* menu = MakeMenu(items, kind, this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->popup(place);
+}
+
+// ---------------------------------------------------------------- what follows the state
+
+void MainWindow::RequestRefresh(std::uint32_t refresh) {
+  pending_ |= refresh;
+  if (!refreshTimer_.isActive()) refreshTimer_.start(0);
+}
+
+void MainWindow::Refresh() {
+  const std::uint32_t refresh = std::exchange(pending_, kRefreshNothing);
+  if ((refresh & kRefreshTracks) != 0) app_.selectedTracks = CountSelectedTracks(app_);
+  if ((refresh & kRefreshList) != 0) {
+    const int focus = list_->FocusRow();
+    TakeListSelection(&app_, list_->SelectedRows(), focus);
+    SetStatus(PathStatus(app_, focus));
+  }
+  counterField_->setText(ToQString(CounterStatus(app_)));
+  RefreshMenus();
+}
+
+void MainWindow::RefreshMenus() {
+  const EnableFacts facts = FactsOf(app_);
+  for (const auto& [command, action] : actions_)
+    action->setEnabled(IsEnabled(MenuKind::kMain, command, facts));
+  for (const auto& [button, id] : kButtonIds)
+    view_->Button(id)->setEnabled(IsEnabled(button, facts));
+}
+
+void MainWindow::SetStatus(std::u16string_view text) {
+  app_.statusText = text;
+  const QString whole = ToQString(text);
+  pathField_->setText(
+      pathField_->fontMetrics().elidedText(whole, Qt::ElideMiddle, pathField_->width() - 8));
+  pathField_->setToolTip(whole);
+}
+
+std::function<void(std::u16string_view)> MainWindow::StatusSetter() {
+  return [this](std::u16string_view text) { SetStatus(text); };
+}
+
+void MainWindow::ApplyToRows(std::uint32_t refresh) {
+  view_->update();
+  RequestRefresh(refresh | kRefreshMenus);
+}
+
+// ---------------------------------------------------------------- commands
+
+void MainWindow::Run(Command command) {
+  switch (command) {
+    case kLoadMxf:
+      return LoadByDialog();
+    case kUnloadMxf:
+      return Unload();
+    case kMeasureLoudness:
+      app_.jobKind = kLoudnessJob;
+      LoudnessDialog(&app_, StatusSetter(), this).exec();
+      return;
+    case kAddWav:
+      return AddByDialog();
+    case kExportBwf:
+      app_.jobKind = kExportJob;
+      ExportDialog(&app_, &exportMemory_, StatusSetter(), this).exec();
+      return;
+    case kRewriteAudio:
+      return Rewrite();
+    case kQuit:
+      close();
+      return;
+    case kSelectAll:
+      return SelectAll();
+    case kToggleAllTracks:
+      return ApplyToRows(ToggleAllTrackSwitches(&app_));
+    case kToggleSelectedTracks:
+      return ApplyToRows(ToggleSelectedTrackSwitches(&app_));
+    case kDelete:
+      return Delete();
+    case kSwitchView:
+      return ShowLibrary(app_.libraryView == 0);
+    case kAssignWav:
+      return Assign();
+    case kResetColumnWidths:
+      return list_->ResetColumnWidths(view_->width(), view_->height());
+    case kOpenLocation:
+      return OpenLocation();
+    case kSetIn:
+      return OpenEntry(kInTarget);
+    case kSetOut:
+      return OpenEntry(kOutTarget);
+    case kSettings:
+      return ShowSettings(&app_, this);
+    case kMetaInformation:
+      return ShowMetaInformation(app_, this);
+    case kAbout:
+      return ShowAbout(this);
+    default:
+      return SortBy(command);
+  }
+}
+
+void MainWindow::LoadByDialog() {
+  if (app_.mxfLoaded == 1) return Tell(this, BoxKind::kNotice, kAlreadyLoaded);
+  const QString path =
+      QFileDialog::getOpenFileName(this, "MXFファイルをロード", QString(), "MXF(*.mxf) (*.mxf)");
+  if (path.isEmpty()) return;
+  const std::u16string chosen = FromQString(path);
+  if (!OpenClip(chosen)) {
+    const std::u16string name(platform::LastComponent(chosen));
+    const std::u16string code =
+        FromQString(QString::number(platform::LastSystemError(), 16).toUpper());
+    return Tell(this, BoxKind::kError,
+                name + u"\n\n" + std::u16string(kCannotLoadText) + u"\nERR: " + code);
+  }
+  AnalyseOpenClip(chosen);
+}
+
+bool MainWindow::OpenClip(const std::u16string& path) {
+  app_.mxfFile = platform::File();
+  if (path.size() >= kMxfPathChars) return false;
+  app_.mxfFile = platform::File::Open(path, platform::OpenMode::kReadAlone);
+  return app_.mxfFile.IsOpen();
+}
+
+void MainWindow::AnalyseOpenClip(const std::u16string& path) {
+  platform::CopyText(app_.mxfPath, kMxfPathChars, path);
+  AnalysisDialog(&app_, StatusSetter(), this).exec();
+  app_.mxfFile.Close();
+  if (app_.analysisOk == 1) {
+    EnterLoadedState(&app_);
+  } else {
+    ClearMxfState(&app_);
+  }
+  view_->RefreshInfoPanel();
+  entry_->Refresh();
+  view_->LayOut();
+  RequestRefresh(kRefreshMenus | kRefreshTracks);
+}
+
+void MainWindow::Unload() {
+  ShowLibrary(false);
+  ClearMxfState(&app_);
+  list_->RenewRows();
+  entry_->Cancel();
+  view_->RefreshInfoPanel();
+  view_->LayOut();
+  RequestRefresh(kRefreshList | kRefreshTracks | kRefreshMenus);
+  view_->setFocus();
+}
+
+void MainWindow::AddByDialog() {
+  const QStringList chosen =
+      QFileDialog::getOpenFileNames(this, "BWF(WAV)ファイルを開く", QString(),
+                                    "WAV(*.wav) (*.wav *.WAV);;BWF(*.bwf) (*.bwf *.BWF)");
+  if (chosen.isEmpty()) return;
+  std::vector<std::u16string> paths;
+  for (const QString& path : chosen)
+    paths.push_back(FromQString(path));
+  AddFiles(paths, kAddTitle);
+  ShowAddedFiles(kAddTitle);
+}
+
+// True when at least one was added; each refusal is told.
+bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title) {
+  bool added = false;
+  for (const std::u16string& path : paths) {
+    const WavResult result = AddWavFile(path.c_str(), app_.wavList, *app_.mxf);
+    if (result == kWavOk) {
+      added = true;
+    } else {
+      Tell(this, BoxKind::kWarning, WavFailureText(result, path), title);
+    }
+  }
+  return added;
+}
+
+void MainWindow::ShowAddedFiles(std::u16string_view title) {
+  if (app_.wavList->entryCount > 0) {
+    app_.wavIndex = BuildWavIndex(app_.wavList, std::move(app_.wavIndex));
+    if (app_.wavIndex == nullptr) Tell(this, BoxKind::kError, kNoIndexMemory, title);
+  }
+  list_->RenewRows();
+  ShowLibrary(true);
+  list_->SelectFirstRow();
+}
+
+void MainWindow::ShowLibrary(bool show) {
+  app_.libraryView = show && app_.mxfLoaded == 1 ? 1 : 0;
+  if (app_.libraryView == 1) {
+    list_->show();
+    list_->raise();
+    list_->setFocus();
+    RequestRefresh(kRefreshMenus | kRefreshList);
+  } else {
+    list_->hide();
+    view_->setFocus();
+    RequestRefresh(kRefreshTracks | kRefreshMenus);
+  }
+  view_->update();
+}
+
+void MainWindow::Assign() {
+  const AssignResult result = AssignWavFile(&app_, CurrentWavEntry(app_), app_.focusTrack);
+  if (result == AssignResult::kNoEntry) return;
+  if (result != AssignResult::kAssigned) {
+    const OperatorMessage refusal = AssignRefusal(result);
+    return Tell(this, BoxKind::kWarning, refusal.text, refusal.title);
+  }
+  ShowLibrary(false);
+  view_->LayOut();
+}
+
+void MainWindow::Delete() {
+  if (entry_->Edit()->hasFocus()) return entry_->Edit()->clear();
+  if (list_->hasFocus()) {
+    Refresh();
+    const bool renewed = RemoveSelectedEntries(&app_, [this](const WAV_FILE_INFO& entry) {
+      return Ask(this, BoxKind::kNotice, RemovalQuestion(entry));
+    });
+    if (!renewed) {
+      const OperatorMessage failure = IndexRenewalFailure();
+      Tell(this, BoxKind::kError, failure.text, failure.title);
+    }
+    list_->RenewRows();
+    list_->setFocus();
+    view_->update();
+    return RequestRefresh(kRefreshList | kRefreshTracks | kRefreshMenus);
+  }
+  if (!view_->hasFocus()) return;
+  if (TakeOffSelectedTracks(&app_) > 0) ApplyToRows(kRefreshTracks | kRefreshMenus);
+}
+
+void MainWindow::SelectAll() {
+  if (entry_->Edit()->hasFocus()) return entry_->Edit()->selectAll();
+  if (list_->hasFocus()) return list_->selectAll();
+  if (view_->hasFocus()) ApplyToRows(SelectAllTracks(&app_));
+}
+
+void MainWindow::Rewrite() {
+  app_.jobKind = kRewriteJob;
+  const auto& switches = app_.tracks->rewrapSwitch;
+  const auto end = switches.begin() + UsableTracks(*app_.mxf->audio);
+  if (std::find(switches.begin(), end, kSwitchOn) == end) {
+    return Tell(this, BoxKind::kNotice, u"トラックスイッチが全てOFFになっています。");
+  }
+  if (ConfirmRewrite()) JobDialog(&app_, StatusSetter(), this).exec();
+}
+
+bool MainWindow::ConfirmRewrite() {
+  QMessageBox box(QMessageBox::Warning, "オーディオ再ラップ実行の確認", ToQString(BackupQuestion()),
+                  QMessageBox::NoButton, this);
+  box.setTextFormat(Qt::PlainText);
+  QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::RejectRole);
+  QPushButton* yes = box.addButton("はい(&Y)", QMessageBox::AcceptRole);
+  no->setObjectName("101");
+  yes->setObjectName("102");
+  box.setDefaultButton(no);
+  box.setEscapeButton(no);
+  box.exec();
+  return box.clickedButton() == yes;
+}
+
+void MainWindow::OpenLocation() {
+  if (app_.mxfLoaded != 1) return;
+  QDesktopServices::openUrl(QUrl::fromLocalFile(ToQString(platform::FolderOf(app_.mxfPath))));
+}
+
+void MainWindow::OpenEntry(TimecodeTarget target) {
+  if (HasTracks()) entry_->Open(target);
+}
+
+void MainWindow::SortBy(Command command) {
+  if (app_.wavIndex == nullptr) return;
+  Refresh();
+  list_->Sort(command, sortAscending_);
+  sortAscending_ = !sortAscending_;
+  RequestRefresh(kRefreshList);
+}
+
+// ---------------------------------------------------------------- dropped files
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+  std::vector<std::u16string> paths;
+  for (const QUrl& url : event->mimeData()->urls()) {
+    if (url.isLocalFile()) paths.push_back(FromQString(url.toLocalFile()));
+  }
+  event->acceptProposedAction();
+  const DropDecision decision = DecideDrop(paths, app_.mxfLoaded == 1);
+  const bool added = AddFiles(decision.wavFiles, kDroppedWavTitle);
+  if (decision.refuseMxf) Tell(this, BoxKind::kNotice, kAlreadyLoaded, kDroppedMxfTitle);
+  if (decision.load) LoadDropped(*decision.load);
+  if (added) ShowAddedFiles(kDroppedWavTitle);
+  RequestRefresh(kRefreshMenus | kRefreshList);
+  if (!added) view_->setFocus();
+}
+
+void MainWindow::LoadDropped(const std::u16string& path) {
+  if (OpenClip(path)) return AnalyseOpenClip(path);
+  Tell(this, BoxKind::kError, ClipCannotBeOpenedMessage(path, platform::LastSystemError()),
+       kDroppedMxfTitle);
+  view_->Button(kLoadButton)->setFocus();
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,83 @@
+// The window of the program: it turns menus, keys, buttons and dropped files into commands and
+// keeps what is shown in step with the state record.
+
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QTimer>
+
+#include <map>
+
+#include "ui/dialogs/export_dialog.h"
+#include "ui/main/library_list.h"
+#include "ui/main/main_view.h"
+#include "ui/main/timecode_field.h"
+#include "view/enable_rules.h"
+
+namespace quorvan::ui {
+
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  MainWindow();
+
+  APP_STATE_INFO& State() { return state_.info; }
+
+  // Runs a command as its menu item does.
+  void Run(Command command);
+
+ protected:
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+ private:
+  // Menus and refreshes.
+  QMenu* MakeMenu(std::span<const MenuItem> items, MenuKind kind, QWidget* parent);
+  void MakeMenuBar();
+  void ConnectView();
+  void ConnectList();
+  void RequestRefresh(std::uint32_t refresh);
+  void Refresh();
+  void RefreshMenus();
+  void SetStatus(std::u16string_view text);
+  std::function<void(std::u16string_view)> StatusSetter();
+  void ShowPopup(std::span<const MenuItem> items, MenuKind kind, const QPoint& place);
+
+  // The commands that are more than a call.
+  void LoadByDialog();
+  bool OpenClip(const std::u16string& path);
+  void AnalyseOpenClip(const std::u16string& path);
+  void LoadDropped(const std::u16string& path);
+  void Unload();
+  void AddByDialog();
+  bool AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title);
+  void ShowAddedFiles(std::u16string_view title);
+  void ShowLibrary(bool show);
+  void Assign();
+  void Delete();
+  void SelectAll();
+  void Rewrite();
+  bool ConfirmRewrite();
+  void OpenLocation();
+  void OpenEntry(TimecodeTarget target);
+  void SortBy(Command command);
+  void ApplyToRows(std::uint32_t refresh);
+  bool HasTracks() const;
+
+  AppState state_;
+  APP_STATE_INFO& app_;
+  MainView* view_;
+  LibraryList* list_;
+  TimecodeField* entry_;
+  QLabel* pathField_;
+  QLabel* counterField_;
+  std::map<Command, QAction*> actions_;  // of the menu bar
+  ExportDialogMemory exportMemory_;
+  bool sortAscending_ = true;
+  std::uint32_t pending_ = kRefreshNothing;
+  QTimer refreshTimer_;
+};
+
+}  // namespace quorvan::ui

@@ -1,0 +1,42 @@
+#include "ui/main/message_box.h"
+
+#include <QMessageBox>
+
+#include "ui/main/qt_text.h"
+
+namespace quorvan::ui {
+namespace {
+
+QMessageBox::Icon IconOf(BoxKind kind) {
+  switch (kind) {
+    case BoxKind::kError:
+      return QMessageBox::Critical;
+    case BoxKind::kWarning:
+      return QMessageBox::Warning;
+    case BoxKind::kNotice:
+      break;
+  }
+  return QMessageBox::Information;
+}
+
+int Show(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title,
+         QMessageBox::StandardButtons buttons) {
+  QMessageBox box(IconOf(kind), ToQString(title), ToQString(text).replace("\r\n", "\n"), buttons,
+                  parent);
+  box.setTextFormat(Qt::PlainText);
+  box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+  box.setWindowFlag(Qt::WindowStaysOnTopHint);
+  return box.exec();
+}
+
+}  // namespace
+
+void Tell(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title) {
+  Show(parent, kind, text, title, QMessageBox::Ok);
+}
+
+bool Ask(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title) {
+  return Show(parent, kind, text, title, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+}  // namespace quorvan::ui

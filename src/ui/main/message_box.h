@@ -1,0 +1,23 @@
+// The boxes in which the program speaks to the operator.
+
+#pragma once
+
+#include <QWidget>
+
+#include <string_view>
+
+#include "view/texts.h"
+
+namespace quorvan::ui {
+
+enum class BoxKind { kError, kWarning, kNotice };
+
+// Shows a text and waits until it is confirmed.
+void Tell(QWidget* parent, BoxKind kind, std::u16string_view text,
+          std::u16string_view title = kProgramName);
+
+// Asks a question; true for Yes.
+bool Ask(QWidget* parent, BoxKind kind, std::u16string_view text,
+         std::u16string_view title = kProgramName);
+
+}  // namespace quorvan::ui

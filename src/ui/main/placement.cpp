@@ -1,0 +1,62 @@
+#include "ui/main/placement.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <QSettings>
+
+#include <algorithm>
+
+#include "view/main_layout.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr char kGroup[] = "Window";
+constexpr char kValue[] = "position";
+constexpr int kVisiblePixels = 100;  // of the title bar, to get hold of the window
+
+int Distance(const QRect& a, const QRect& b) {
+  return (a.center() - b.center()).manhattanLength();
+}
+
+}  // namespace
+
+void SavePlacement(const QWidget& window) {
+  QSettings settings;
+  settings.beginGroup(kGroup);
+  const bool normal = !window.isMaximized() && !window.isMinimized() && !window.isFullScreen();
+  settings.setValue(kValue, normal ? QRect(window.pos(), window.size()) : window.normalGeometry());
+}
+
+void RestorePlacement(QWidget* window) {
+  QSettings settings;
+  settings.beginGroup(kGroup);
+  if (!settings.contains(kValue)) return;
+  QList<QRect> screens;
+  for (const QScreen* screen : QGuiApplication::screens())
+    screens.push_back(screen->availableGeometry());
+  QRect wanted = settings.value(kValue).toRect();
+  wanted.setSize(wanted.size().expandedTo(QSize(kMinimumWidth, kMinimumHeight)));
+  const QRect place = OntoScreen(wanted, screens);
+  window->resize(place.size());
+  window->move(place.topLeft());
+}
+
+QRect OntoScreen(const QRect& wanted, const QList<QRect>& screens) {
+  if (screens.empty()) return wanted;
+  for (const QRect& screen : screens) {
+    const QRect shown = screen.intersected(wanted);
+    if (shown.width() >= kVisiblePixels && shown.top() == wanted.top()) return wanted;
+  }
+  const QRect nearest = *std::min_element(
+      screens.begin(), screens.end(),
+      [&](const QRect& a, const QRect& b) { return Distance(a, wanted) < Distance(b, wanted); });
+  QRect place = wanted;
+  place.moveLeft(std::clamp(place.left(), nearest.left(),
+                            std::max(nearest.left(), nearest.right() - place.width() + 1)));
+  place.moveTop(std::clamp(place.top(), nearest.top(),
+                           std::max(nearest.top(), nearest.bottom() - place.height() + 1)));
+  return place;
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,20 @@
+// Text of the records as Qt has it.
+
+#pragma once
+
+#include <QString>
+
+#include <string>
+#include <string_view>
+
+namespace quorvan::ui {
+
+inline QString ToQString(std::u16string_view text) {
+  return QString(reinterpret_cast<const QChar*>(text.data()), static_cast<qsizetype>(text.size()));
+}
+
+inline std::u16string FromQString(const QString& text) {
+  return text.toStdU16String();
+}
+
+}  // namespace quorvan::ui

@@ -1,0 +1,36 @@
+// Colours, faces and pictures of the window, made from their descriptions for any scale.
+
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QPainter>
+#include <QRect>
+
+#include "view/main_layout.h"
+
+namespace quorvan::ui {
+
+inline QColor ToQColor(const COLOR& color) {
+  return QColor(color.red, color.green, color.blue, color.alpha);
+}
+
+inline QRect ToQRect(const RECTANGLE& r) {
+  return QRect(r.left, r.top, r.right - r.left, r.bottom - r.top);
+}
+
+// Font number `index` of kFonts, with the faces that the system has.
+QFont FontOf(std::size_t index);
+
+enum class ButtonLook { kNormal, kPressed, kDisabled };
+
+// Fills `rect` with the picture of a button of the main window.
+void PaintButton(QPainter* painter, const QRect& rect, ControlId id, ButtonLook look);
+
+// The lamp of a track, numbered from 1, by its TrackSwitch.
+void PaintLamp(QPainter* painter, const QRect& rect, int number, std::uint8_t trackSwitch);
+
+// A scroll arrow.
+void PaintArrow(QPainter* painter, const QRect& rect, bool up, bool pressed);
+
+}  // namespace quorvan::ui

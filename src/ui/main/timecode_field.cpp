@@ -1,0 +1,106 @@
+#include "ui/main/timecode_field.h"
+
+#include "ui/main/message_box.h"
+#include "ui/main/qt_text.h"
+#include "view/texts.h"
+
+namespace quorvan::ui {
+namespace {
+constexpr int kEditHeight = 40;
+}
+
+TimecodeField::TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
+                             const Displays& displays, int digits, QWidget* host)
+    : QObject(host),
+      app_(*app),
+      fields_(fields),
+      pointSet_(*pointSet),
+      displays_(displays),
+      host_(host),
+      edit_(new TimecodeEdit(host)) {
+  edit_->setMaxLength(digits);
+  edit_->hide();
+  connect(edit_, &TimecodeEdit::Confirmed, this, &TimecodeField::Confirm);
+  connect(edit_, &TimecodeEdit::Cancelled, this, &TimecodeField::Cancel);
+  connect(edit_, &TimecodeEdit::FocusLost, this, [this] {
+    if (!checking_ && target_ != kNoTarget && edit_->isVisible()) Cancel();
+  });
+}
+
+DrawnLabel* TimecodeField::DisplayOf(TimecodeTarget target) const {
+  return target == kInTarget ? displays_.in : displays_.out;
+}
+
+void TimecodeField::Open(TimecodeTarget target) {
+  checking_ = false;
+  Show(target);
+}
+
+void TimecodeField::Show(TimecodeTarget target) {
+  if (target_ != kNoTarget) DisplayOf(target_)->show();
+  target_ = target;
+  DrawnLabel* display = DisplayOf(target);
+  edit_->setGeometry(display->x(), display->y(), display->width(), kEditHeight);
+  display->hide();
+  const FramePoint& point = app_.tracks->*(target == kInTarget ? fields_.in : fields_.out);
+  edit_->setText(ToQString(TimecodeDigits(*app_.mxf->timecode, point[0])));
+  edit_->setEnabled(true);
+  edit_->show();
+  edit_->raise();
+  edit_->setFocus();
+  edit_->selectAll();
+}
+
+void TimecodeField::Close() {
+  const TimecodeTarget open = target_;
+  target_ = kNoTarget;
+  if (open != kNoTarget) DisplayOf(open)->show();
+  edit_->hide();
+  edit_->setEnabled(false);
+}
+
+void TimecodeField::Cancel() {
+  Close();
+  checking_ = false;
+  Refresh();
+  host_->setFocus();
+}
+
+void TimecodeField::Confirm() {
+  checking_ = true;
+  const TimecodeTarget target = target_;
+  const EntryResult result =
+      ApplyTimecodeEntry(&app_, target, fields_, &pointSet_, FromQString(edit_->text()));
+  if (result == EntryResult::kAccepted) {
+    if (NextTarget(target) == kNoTarget) {
+      Close();
+      host_->setFocus();
+    } else {
+      Show(NextTarget(target));
+    }
+    Refresh();
+  } else {
+    Tell(host_->window(), BoxKind::kNotice, EntryRefusal(result), kEntryTitle);
+    edit_->setFocus();
+    edit_->selectAll();
+  }
+  checking_ = false;
+  emit Entered();
+}
+
+void TimecodeField::OpenFirstUnset() {
+  if (pointSet_[0] != 1) {
+    Open(kInTarget);
+  } else if (pointSet_[1] != 1) {
+    Open(kOutTarget);
+  }
+}
+
+void TimecodeField::Refresh() {
+  const RangeTexts texts = TextsOfRange(app_, fields_, pointSet_);
+  displays_.in->SetText(ToQString(texts.in));
+  displays_.out->SetText(ToQString(texts.out));
+  displays_.duration->SetText(ToQString(texts.duration));
+}
+
+}  // namespace quorvan::ui
