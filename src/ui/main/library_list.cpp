@@ -73,7 +73,8 @@ LibraryList::LibraryList(APP_STATE_INFO* app, QWidget* parent)
 
 void LibraryList::SelectFirstRow() {
   if (model_->rowCount({}) == 0) return;
-  setCurrentIndex(model_->index(0, 0));
+  selectionModel()->setCurrentIndex(
+      model_->index(0, 0), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 void LibraryList::RenewRows() {
@@ -113,6 +114,12 @@ std::vector<std::uint8_t> LibraryList::SelectedRows() const {
   for (const QModelIndex& index : selectionModel()->selectedRows())
     flags[static_cast<std::size_t>(index.row())] = 1;
   return flags;
+}
+
+bool LibraryList::event(QEvent* event) {
+  // The commands' keys come before the table's own.
+  if (event->type() == QEvent::ShortcutOverride) return false;
+  return QTreeView::event(event);
 }
 
 void LibraryList::keyPressEvent(QKeyEvent* event) {

@@ -59,6 +59,7 @@ class LibraryList : public QTreeView {
   void PopupRequested(const QPoint& globalPosition);
 
  protected:
+  bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;

@@ -1,0 +1,160 @@
+#include "driver.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDropEvent>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTest>
+#include <QUrl>
+
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+
+namespace quorvan::test {
+namespace {
+constexpr int kWatchMilliseconds = 10;
+constexpr int kRestMilliseconds = 5;
+}  // namespace
+
+Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
+  window_->resize(size);
+  window_->show();
+  window_->activateWindow();
+  QObject::connect(&watch_, &QTimer::timeout, [this] { Look(); });
+  watch_.start(kWatchMilliseconds);
+  Settle();
+}
+
+ui::MainView* Driver::View() {
+  return qobject_cast<ui::MainView*>(window_->centralWidget());
+}
+
+ui::LibraryList* Driver::List() {
+  return View()->findChild<ui::LibraryList*>();
+}
+
+QWidget* Driver::Focus() {
+  if (QApplication::focusWidget() != nullptr) return QApplication::focusWidget();
+  QWidget* top = QApplication::activeModalWidget();
+  if (top == nullptr) top = window_.get();
+  return top->focusWidget() != nullptr ? top->focusWidget() : top;
+}
+
+void Driver::Settle() {
+  if (QApplication::activeWindow() == nullptr) window_->activateWindow();
+  for (int i = 0; i < 5; ++i) {
+    QApplication::processEvents();
+    QTest::qWait(kRestMilliseconds);
+  }
+}
+
+void Driver::Look() {
+  QWidget* top = QApplication::activeModalWidget();
+  if (top == nullptr || !top->isVisible()) {
+    answered_ = nullptr;
+    return;
+  }
+  if (top == answered_ || top->objectName() == "answered") return;
+  // The dialogs of running jobs end by themselves.
+  const bool runsAlone =
+      top->inherits("quorvan::ui::AnalysisDialog") || top->inherits("quorvan::ui::JobDialog");
+  if (runsAlone) return;
+  if (const auto* box = qobject_cast<QMessageBox*>(top)) heard_.push_back(box->text());
+  top->setObjectName("answered");
+  if (answers_.empty()) {
+    ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << " "
+                  << (heard_.empty() ? "" : heard_.back().toStdString());
+    top->close();
+    return;
+  }
+  const Answer answer = answers_.front();
+  answers_.erase(answers_.begin());
+  // Not from within the timer, which would rest meanwhile: an answer may bring up the next box.
+  QMetaObject::invokeMethod(
+      top, [answer, top] { answer(top); }, Qt::QueuedConnection);
+}
+
+QWidget* Driver::Find(const QString& name, QWidget* root) {
+  if (root == nullptr) root = QApplication::activeModalWidget();
+  if (root == nullptr) root = window_.get();
+  auto* widget = root->findChild<QWidget*>(name);
+  if (widget == nullptr) qFatal("no widget %s", qPrintable(name));
+  return widget;
+}
+
+QString Driver::TextOf(ControlId id) {
+  return View()->Label(id)->Text();
+}
+
+void Driver::Drop(const std::vector<std::u16string>& paths) {
+  QMimeData data;
+  QList<QUrl> urls;
+  for (const std::u16string& path : paths)
+    urls.push_back(QUrl::fromLocalFile(ui::ToQString(path)));
+  data.setUrls(urls);
+  QDragEnterEvent enter(QPoint(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(window_.get(), &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent event(QPointF(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(window_.get(), &event);
+  Settle();
+}
+
+void Driver::Click(QWidget* widget, Qt::KeyboardModifiers modifiers) {
+  QTest::mouseClick(widget, Qt::LeftButton, modifiers);
+  Settle();
+}
+
+void Driver::ClickView(const RECTANGLE& rect, Qt::KeyboardModifiers modifiers) {
+  QTest::mouseClick(View(), Qt::LeftButton, modifiers, ui::ToQRect(rect).center());
+  Settle();
+}
+
+void Driver::ClickRow(int row, Qt::KeyboardModifiers modifiers) {
+  const QRect place = List()->visualRect(List()->model()->index(row, 0));
+  QTest::mouseClick(List()->viewport(), Qt::LeftButton, modifiers, place.center());
+  Settle();
+}
+
+void Driver::DoubleClickView(const RECTANGLE& rect) {
+  const QPoint at = ui::ToQRect(rect).center();
+  QTest::mouseClick(View(), Qt::LeftButton, Qt::NoModifier, at);
+  QTest::mouseDClick(View(), Qt::LeftButton, Qt::NoModifier, at);
+  Settle();
+}
+
+void Driver::Key(int key, Qt::KeyboardModifiers modifiers) {
+  QTest::keyClick(Focus(), static_cast<Qt::Key>(key), modifiers);
+  Settle();
+}
+
+void Driver::Type(const QString& text) {
+  QTest::keyClicks(Focus(), text);
+  Settle();
+}
+
+void Driver::Photograph(const QString& name) {
+  const QString folder = qEnvironmentVariable("QUORVAN_SCREENSHOTS");
+  if (folder.isEmpty()) return;
+  QWidget* top = QApplication::activeModalWidget();
+  if (top == nullptr) top = window_.get();
+  top->grab().save(folder + "/" + name + ".png");
+}
+
+Answer Press(const QString& nameOrText) {
+  return [nameOrText](QWidget* dialog) {
+    for (auto* button : dialog->findChildren<QAbstractButton*>()) {
+      if (button->objectName() == nameOrText || button->text().remove('&') == nameOrText) {
+        QTest::mouseClick(button, Qt::LeftButton);
+        return;
+      }
+    }
+    ADD_FAILURE() << "no button " << nameOrText.toStdString();
+    dialog->close();
+  };
+}
+
+}  // namespace quorvan::test

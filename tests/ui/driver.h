@@ -1,0 +1,68 @@
+// Drives the real window with pointer and key events, and answers what it asks.
+
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+#include "support/loaded_clip.h"
+#include "ui/main/main_window.h"
+
+namespace quorvan::test {
+
+// What the operator does when a box or a dialog is up: it is closed by what the answer presses.
+using Answer = std::function<void(QWidget* dialog)>;
+
+class Driver {
+ public:
+  explicit Driver(QSize size = QSize(1280, 720));
+
+  ui::MainWindow& Window() { return *window_; }
+  APP_STATE_INFO& App() { return window_->State(); }
+  ui::MainView* View();
+  ui::LibraryList* List();
+
+  // Lets the program come to rest.
+  void Settle();
+
+  // The widget of that name in the topmost window or, with `root`, below it; ends the test without.
+  QWidget* Find(const QString& name, QWidget* root = nullptr);
+  QString TextOf(ControlId id);
+
+  // What gets the keys.
+  QWidget* Focus();
+
+  void Drop(const std::vector<std::u16string>& paths);
+  void Click(QWidget* widget, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void ClickView(const RECTANGLE& rect, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void DoubleClickView(const RECTANGLE& rect);
+  void ClickRow(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void Type(const QString& text);
+
+  // Queues what to do with the next boxes and dialogs that come up, one each. The text of every
+  // message box is kept.
+  void Expect(const Answer& answer) { answers_.push_back(answer); }
+  QStringList Heard() { return std::exchange(heard_, {}); }
+  bool AllAnswered() const { return answers_.empty(); }
+
+  // Saves what the topmost window shows, when a folder for that is named in the environment.
+  void Photograph(const QString& name);
+
+ private:
+  void Look();
+
+  std::unique_ptr<ui::MainWindow> window_;
+  QTimer watch_;
+  std::vector<Answer> answers_;
+  QStringList heard_;
+  QWidget* answered_ = nullptr;
+};
+
+// Presses the button of that name, or the one with that text in a message box.
+Answer Press(const QString& nameOrText);
+
+}  // namespace quorvan::test
