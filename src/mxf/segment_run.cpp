@@ -14,8 +14,10 @@ std::uint64_t FrameBytes(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entr
       kElementHeaderBytes + std::uint64_t{mxf.audio->blockAlign} * entry.audioSamples;
   const std::uint64_t trailing =
       mxf.hasAncillaryData != 0 ? mxf.ancillaryElementSize : mxf.audio->elementSize;
-  const std::uint64_t lastElement =
-      std::uint64_t{entry.sliceOffset} + entry.delta[entry.deltaCount - 1].elementDelta;
+  std::uint32_t farthest = 0;  // the last one, in a sound index
+  for (std::uint32_t k = 0; k < entry.deltaCount; ++k)
+    farthest = std::max(farthest, entry.delta[k].elementDelta);
+  const std::uint64_t lastElement = std::uint64_t{entry.sliceOffset} + farthest;
   return std::min(lastElement + std::max(audio, trailing), rest);
 }
 
