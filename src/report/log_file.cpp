@@ -2,11 +2,16 @@
 
 #include <utility>
 
+#include "platform/path.h"
+
 namespace quorvan {
 namespace {
 
 constexpr std::size_t kMostPending = std::size_t{64} << 10;
 constexpr int kMostNames = 1000;
+
+// Short, so that every name that a log can have leaves room for it.
+constexpr std::u16string_view kTemporaryName = u"quorvan_log.part";
 
 // True when `path` names the clip or one of its sources.
 bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
@@ -24,8 +29,10 @@ LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::mo
     failed_ = true;
     return;
   }
+  const std::size_t nameLength = platform::LastComponent(path_).size();
+  const std::u16string base = path_.substr(0, path_.size() - nameLength).append(kTemporaryName);
   for (int n = 0; n < kMostNames; ++n) {
-    temporaryPath_ = path_ + u".part";
+    temporaryPath_ = base;
     for (const char digit : std::to_string(n))
       temporaryPath_ += static_cast<char16_t>(digit);
     file_ = platform::File::Open(temporaryPath_, platform::OpenMode::kCreateNew);

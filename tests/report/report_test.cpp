@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "mxf/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "report/report_text.h"
 #include "report/rewrap_log.h"
 #include "report/timecode_log.h"
 #include "state/track_assignment.h"
@@ -32,6 +36,34 @@ std::string Text(const std::filesystem::path& path) {
   return {bytes.begin(), bytes.end()};
 }
 
+std::string SizeText(std::size_t bytes, std::size_t unit, const char* name) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.2f %s",
+                static_cast<double>(bytes) / static_cast<double>(unit), name);
+  return text;
+}
+
+std::string Hex(const std::array<std::uint8_t, 32>& umid) {
+  std::string hex;
+  for (const std::uint8_t byte : umid) {
+    char digits[3];
+    std::snprintf(digits, sizeof digits, "%02X", byte);
+    hex += digits;
+  }
+  return hex;
+}
+
+// What the test clips have in common, from the size of the file to the name of the codec.
+std::string FactsText(const std::string& size, const LoadedClip& clip) {
+  return size + "\r\n作成日: " + platform::ToUtf8(clip.app.mxf.base.creationDateText) +
+         "\r\n更新日: 2026/03/04  05:06:07\r\n\r\n"
+         "[ ファイルクリエーター ]\r\n製品名: Bench Writer 1.2.3\r\n    OS: Bench\r\n"
+         "会社名: Northlight\r\n\r\n"
+         "[ MXFファイルメタ情報 ]\r\nMXF version\r\n1.3\r\nメディア固有UMID\r\n" +
+         Hex(kMaterialUmid) + "\r\n\r\n素材UMID\r\n" + Hex(kSourceUmid) + "\r\n\r\nVIDEO\r\n" +
+         platform::ToUtf8(clip.app.mxf.video.codecName) + "\r\n";
+}
+
 TEST(RewrapLog, TellsWhatWasDoneToEachTrack) {
   LoadedClip clip{ClipSpec()};
   PutPath(u"/clips/テスト.mxf", &clip);
@@ -47,57 +79,33 @@ TEST(RewrapLog, TellsWhatWasDoneToEachTrack) {
   clip.app.tracks.rewrapSwitch = {kSwitchOn, kSwitchOn, kSwitchOff, kSwitchOn};
   clip.SetRange(kRewrapRange, 2, 7);
   const std::string folder = clip.folder.Path().string();
-  EXPECT_EQ(
-      RewrapLogText(app, kNow),
-      "再ラップ処理ログ [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07\r\n\r\n"
-      "[ 書込み方式 ]\r\nメモリマッピング\r\n\r\n"
-      "[ 対象ファイル ]\r\nテスト.mxf\r\n/clips/テスト.mxf\r\n" +
-          [&] {
-            char text[32];
-            std::snprintf(text, sizeof text, "%.2f KB",
-                          static_cast<double>(clip.clip.bytes.size()) / 1024);
-            return std::string(text);
-          }() +
-          "\r\n作成日: " + platform::ToUtf8(clip.app.mxf.base.creationDateText) +
-          "\r\n更新日: 2026/03/04  05:06:07\r\n\r\n"
-          "[ ファイルクリエーター ]\r\n製品名: Bench Writer 1.2.3\r\n    OS: Bench\r\n"
-          "会社名: Northlight\r\n\r\n"
-          "[ MXFファイルメタ情報 ]\r\nMXF version\r\n1.3\r\nメディア固有UMID\r\n" +
-          [&] {
-            std::string hex;
-            for (const auto& umid : {kMaterialUmid, kSourceUmid}) {
-              for (const std::uint8_t byte : umid) {
-                char digits[3];
-                std::snprintf(digits, sizeof digits, "%02X", byte);
-                hex += digits;
-              }
-              hex += umid == kMaterialUmid ? "\r\n\r\n素材UMID\r\n" : "\r\n\r\n";
-            }
-            return hex;
-          }() +
-          "VIDEO\r\n" + platform::ToUtf8(clip.app.mxf.video.codecName) +
-          "\r\n50.00Mb/s\r\n25i\r\n\r\n"
-          "AUDIO\r\nAES3/BWF LPCM\r\n48000Hz\r\n24bit\r\n\r\nTRACKS\r\n4\r\n\r\n"
-          "NDE = 6\r\nAudio Element Size = 6144\r\nData Element size  = 0\r\n"
-          "Segment Max frame  = 5\r\n\r\nタイムコード\r\n25 NDF\r\n"
-          "開始 = 10:00:00:00   900000 frames\r\n終了 = 10:00:00:09   900009 frames\r\n"
-          "長さ = 00:00:00:10       10 frames\r\n\r\n"
-          "[ 処理範囲 ]\r\nIN  10:00:00:02\r\nOUT 10:00:00:07\r\nDUR 00:00:00:06\r\n\r\n"
-          "[ トラック割当てファイル詳細 ]\r\n"
-          "Track 1\r\n\t無音を書込みました。\r\n\r\n"
-          "Track 2\r\n\tmono.wav\r\n\t" +
-          folder +
-          "\r\n\t1/1ch  16bit  48000Hz\r\n"
-          "\t開始 = 10:00:00:03 *0007  1728005767 samples\r\n"
-          "\t終了 = 10:00:01:03 *0007  1728053767 samples\r\n"
-          "\t長さ = 00:00:01:00 *0000       48000 samples\r\n\r\n"
-          "Track 3\r\n\t未処理\r\n\r\n"
-          "Track 4\r\n\tstereo.wav\r\n\t" +
-          folder +
-          "\r\n\t2/2ch  24bit  48000Hz\r\n"
-          "\t開始 = 00:00:00:00 *0000           0 samples\r\n"
-          "\t終了 = 00:00:00:02 *0960        4800 samples\r\n"
-          "\t長さ = 00:00:00:02 *0960        4800 samples\r\n\r\n");
+  EXPECT_EQ(RewrapLogText(app, kNow),
+            "再ラップ処理ログ [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07\r\n\r\n"
+            "[ 書込み方式 ]\r\nメモリマッピング\r\n\r\n"
+            "[ 対象ファイル ]\r\nテスト.mxf\r\n/clips/テスト.mxf\r\n" +
+                FactsText(SizeText(clip.clip.bytes.size(), 1024, "KB"), clip) +
+                "50.00Mb/s\r\n25i\r\n\r\n"
+                "AUDIO\r\nAES3/BWF LPCM\r\n48000Hz\r\n24bit\r\n\r\nTRACKS\r\n4\r\n\r\n"
+                "NDE = 6\r\nAudio Element Size = 6144\r\nData Element size  = 0\r\n"
+                "Segment Max frame  = 5\r\n\r\nタイムコード\r\n25 NDF\r\n"
+                "開始 = 10:00:00:00   900000 frames\r\n終了 = 10:00:00:09   900009 frames\r\n"
+                "長さ = 00:00:00:10       10 frames\r\n\r\n"
+                "[ 処理範囲 ]\r\nIN  10:00:00:02\r\nOUT 10:00:00:07\r\nDUR 00:00:00:06\r\n\r\n"
+                "[ トラック割当てファイル詳細 ]\r\n"
+                "Track 1\r\n\t無音を書込みました。\r\n\r\n"
+                "Track 2\r\n\tmono.wav\r\n\t" +
+                folder +
+                "\r\n\t1/1ch  16bit  48000Hz\r\n"
+                "\t開始 = 10:00:00:03 *0007  1728005767 samples\r\n"
+                "\t終了 = 10:00:01:03 *0007  1728053767 samples\r\n"
+                "\t長さ = 00:00:01:00 *0000       48000 samples\r\n\r\n"
+                "Track 3\r\n\t未処理\r\n\r\n"
+                "Track 4\r\n\tstereo.wav\r\n\t" +
+                folder +
+                "\r\n\t2/2ch  24bit  48000Hz\r\n"
+                "\t開始 = 00:00:00:00 *0000           0 samples\r\n"
+                "\t終了 = 00:00:00:02 *0960        4800 samples\r\n"
+                "\t長さ = 00:00:00:02 *0960        4800 samples\r\n\r\n");
   app.jobStartTime = {2026, 3, 4, 1, 2, 3, 3};
   app.jobEndTime = kNow;
   EXPECT_EQ(RewrapLogEnd(app),
@@ -118,13 +126,20 @@ TEST(RewrapLog, CountsDropFrameAcrossMidnight) {
   spec.frameLayout = 0;
   LoadedClip clip(spec);
   clip.app.info.useFileIo = 1;
-  const std::string log = RewrapLogText(clip.app.info, kNow);
-  for (const char* part :
-       {"[ 書込み方式 ]\r\n標準ファイル入出力\r\n", "Mb/s\r\n59.94p\r\n", "\r\n59.94 DF\r\n",
-        "開始 = 23:59:59.00  5178756 frames\r\n", "終了 = 00:01:05.43     3939 frames\r\n",
-        "長さ = 00:01:06.44     4000 frames\r\n",
-        "IN  23:59:59.00\r\nOUT 00:01:05.43\r\nDUR 00:01:06.44\r\n"})
-    EXPECT_NE(log.find(part), std::string::npos) << part << "\n" << log;
+  PutPath(u"a.mxf", &clip);
+  EXPECT_EQ(RewrapLogText(clip.app.info, kNow),
+            "再ラップ処理ログ [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07\r\n\r\n"
+            "[ 書込み方式 ]\r\n標準ファイル入出力\r\n\r\n"
+            "[ 対象ファイル ]\r\na.mxf\r\na.mxf\r\n" +
+                FactsText(SizeText(clip.clip.bytes.size(), 1024 * 1024, "MB"), clip) +
+                "50.00Mb/s\r\n59.94p\r\n\r\n"
+                "AUDIO\r\nAES3/BWF LPCM\r\n48000Hz\r\n16bit\r\n\r\nTRACKS\r\n1\r\n\r\n"
+                "NDE = 3\r\nAudio Element Size = 1622\r\nData Element size  = 0\r\n"
+                "Segment Max frame  = 2000\r\n\r\nタイムコード\r\n59.94 DF\r\n"
+                "開始 = 23:59:59.00  5178756 frames\r\n終了 = 00:01:05.43     3939 frames\r\n"
+                "長さ = 00:01:06.44     4000 frames\r\n\r\n"
+                "[ 処理範囲 ]\r\nIN  23:59:59.00\r\nOUT 00:01:05.43\r\nDUR 00:01:06.44\r\n\r\n"
+                "[ トラック割当てファイル詳細 ]\r\nTrack 1\r\n\t未処理\r\n\r\n");
 }
 
 TEST(RewrapLog, StandsBesideTheClipAndReplacesOnlyItsPredecessor) {
@@ -174,6 +189,55 @@ TEST(Logs, NeverTakeThePlaceOfTheClipOrASource) {
   std::u16string path;
   EXPECT_FALSE(WriteRewrapLog(&clip.app.info, &path, &error));
   EXPECT_EQ(Text(clip.folder.Path() / "clip_LOG.txt"), source);
+}
+
+TEST(Logs, ComeWholeOrNotAtAll) {
+  LoadedClip clip{ClipSpec()};
+  const auto write = [&](const std::string& name, std::uint32_t* error) {
+    return WriteTimecodeLog(clip.folder.PathOf(name), clip.app.info, error);
+  };
+  const auto files = [&] {
+    const std::filesystem::directory_iterator all(clip.folder.Path());
+    return std::distance(begin(all), end(all));
+  };
+  std::uint32_t error = 0;
+  const std::string longest = std::string(251, 'a') + ".txt";
+  ASSERT_TRUE(write(longest, &error)) << error;
+  const std::string first = Text(clip.folder.Path() / longest);
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  rlimit small = limit;
+  small.rlim_cur = 100;
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const bool written = write(longest, &error);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  EXPECT_FALSE(written);
+  EXPECT_EQ(error, static_cast<std::uint32_t>(EFBIG));
+  EXPECT_EQ(Text(clip.folder.Path() / longest), first);
+  std::filesystem::create_directory(clip.folder.Path() / "folder.txt");
+  EXPECT_FALSE(write("folder.txt", &error));
+  EXPECT_EQ(error, static_cast<std::uint32_t>(EISDIR));
+  EXPECT_EQ(files(), 3) << "something was left behind";
+  // A link in the way of the temporary name.
+  std::filesystem::create_symlink("clip.mxf", clip.folder.Path() / "quorvan_log.part0");
+  EXPECT_TRUE(write("b.txt", &error));
+  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
+  EXPECT_EQ(files(), 5);
+}
+
+TEST(Logs, NameTheRate) {
+  constexpr std::string_view kRates[] = {"24",    "25",    "30",    "50", "60",
+                                         "23.98", "29.97", "59.94", ""};
+  MXF_TIMECODE_INFO timecode{};
+  for (const std::string_view rate : kRates) {
+    EXPECT_EQ(RateLabel(timecode), rate);
+    timecode.dropFrame = 1;
+    EXPECT_EQ(DropLabel(timecode), rate == "29.97" || rate == "59.94" ? "DF" : "NDF") << rate;
+    timecode.dropFrame = 0;
+    EXPECT_EQ(DropLabel(timecode), "NDF") << rate;
+    ++timecode.rateIndex;
+  }
 }
 
 TEST(TimecodeLog, ListsEveryBreak) {
