@@ -8,6 +8,7 @@
 #include "driver.h"
 #include "platform/text.h"
 #include "support/wav_builder.h"
+#include "ui/main/placement.h"
 #include "view/texts.h"
 
 namespace quorvan::test {
@@ -276,6 +277,17 @@ TEST(Window, PlacesEveryControlByItsSize) {
     EXPECT_EQ(driver.App().nameRect[0].left, static_cast<int>(w / 2 - 75 * (w / 2 / 100.0)));
     driver.Photograph(QString("size%1x%2").arg(w).arg(tracks));
   }
+}
+
+TEST(Placement, BringsTheWindowOntoAScreenThatIsThere) {
+  const QList<QRect> screens = {QRect(0, 0, 1920, 1040), QRect(1920, 0, 1920, 1080)};
+  const QRect inside(100, 50, 1300, 700);
+  EXPECT_EQ(ui::OntoScreen(inside, screens), inside);
+  EXPECT_EQ(ui::OntoScreen(QRect(1800, 50, 1300, 700), screens), QRect(1800, 50, 1300, 700));
+  EXPECT_EQ(ui::OntoScreen(QRect(4000, 50, 1300, 700), screens), QRect(2540, 50, 1300, 700));
+  EXPECT_EQ(ui::OntoScreen(QRect(-3000, -900, 1300, 700), screens), QRect(0, 0, 1300, 700));
+  EXPECT_EQ(ui::OntoScreen(QRect(10, 5000, 3000, 2000), screens).topLeft(), QPoint(0, 0));
+  EXPECT_EQ(ui::OntoScreen(inside, {}), inside);
 }
 
 }  // namespace

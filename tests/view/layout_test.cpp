@@ -88,7 +88,7 @@ TEST(Library, SortsByEachColumnBothWays) {
   AppState state;
   APP_STATE_INFO& app = state.info;
   WAV_FILE_INFO entries[4] = {};
-  const char16_t* names[] = {u"b", u"a", u"d", u"c"};
+  const char16_t* names[] = {u"b", u"A", u"d", u"C"};
   app.wavIndex = std::make_unique<WAV_FILE_INFO*[]>(4);
   for (std::size_t i = 0; i < 4; ++i) {
     app.wavIndex[i] = &entries[i];
@@ -106,7 +106,7 @@ TEST(Library, SortsByEachColumnBothWays) {
       if (kWavColumnSpecs[column].sortCommand == kNoCommand) continue;
       EXPECT_TRUE(isSorted([&](const WAV_FILE_INFO* a, const WAV_FILE_INFO* b) {
         if (!ascending) std::swap(a, b);
-        return column == 0 ? a->fileName[0] < b->fileName[0]
+        return column == 0 ? (a->fileName[0] | 0x20) < (b->fileName[0] | 0x20)
                            : a->sortKey[column - 1] < b->sortKey[column - 1];
       })) << column;
     }

@@ -25,6 +25,7 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kMetaFieldWidth = 620;
+constexpr int kShortFieldWidth = 400;
 constexpr int kIconSize = 128;
 
 QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
@@ -142,14 +143,21 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
   dialog.setWindowTitle("MXFメタ情報の確認");
   auto* layout = new QVBoxLayout(&dialog);
   auto* form = new QFormLayout;
-  form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
   for (const Field& field : fields) {
     auto* edit = new QLineEdit(field.content, &dialog);
     edit->setObjectName(field.name);
     edit->setReadOnly(true);
     edit->setCursorPosition(0);
-    edit->setMinimumWidth(kMetaFieldWidth);
-    form->addRow(field.caption, edit);
+    edit->setMinimumWidth(QString(field.caption).contains('(') ? kMetaFieldWidth
+                                                               : kShortFieldWidth);
+    // A caption that explains itself stands above its field.
+    if (QString(field.caption).contains('(')) {
+      form->addRow(new QLabel(field.caption, &dialog));
+      form->addRow(edit);
+    } else {
+      form->addRow(field.caption, edit);
+    }
   }
   layout->addLayout(form);
   QPushButton* ok = MakeButton("1", "OK", &dialog);

@@ -52,6 +52,16 @@ void DrawnLabel::paintEvent(QPaintEvent*) {
   painter.drawText(field, alignment | Qt::TextDontClip, line);
 }
 
+// Japanese letters fill their line: one that is higher than the field would lose its edges.
+void DrawnLabel::resizeEvent(QResizeEvent*) {
+  QFont fitting = font();
+  const bool tooHigh = kFonts[spec_.font].family == FontFamily::kJapanese && height() > 0 &&
+                       fitting.pixelSize() > height();
+  if (!tooHigh) return;
+  fitting.setPixelSize(height());
+  setFont(fitting);
+}
+
 void DrawnLabel::mouseDoubleClickEvent(QMouseEvent*) {
   emit DoubleClicked();
 }
