@@ -123,6 +123,20 @@ TEST(Continuity, TakesMidnightForABreakOnlyWhereTheClipStartsEarlier) {
   ClipSpec late = Spec(Rate::k25, {23, 59, 59, 15});
   late.timecodeWords[12] = Word(0, 0, 0, 7);
   ExpectBreaks(late, {{11, 2, 1, 7}, {12, 3, 7, 3}});
+  // In drop frame on base 30, where an hour has 107892 frames.
+  ClipSpec drop = Spec(Rate::k59_94, {23, 0, 0, 0}, 9);
+  drop.timecodeWords[8] = Word(23, 0, 0, 9);
+  ExpectBreaks(drop, {{6, 2, 23 * 107892 + 3, 23 * 107892 + 9}});
+  // Each value in two frames at 50: the hour is one of base 50 all the same.
+  ClipSpec pairs = Spec(Rate::k50, {23, 59, 59, 0}, 120);
+  for (std::uint32_t f = 0; f < pairs.frames; ++f) {
+    const std::uint32_t value = f % 50 / 2;
+    const std::uint32_t word = f < 50 ? Word(23, 59, 59, value) : Word(0, 0, f / 50 - 1, value);
+    pairs.timecodeWords[f] = word ^ (f % 2 == 1 ? 0x80000000 : 0);
+  }
+  ExpectBreaks(pairs, {});
+  pairs.timecodeWords[60] = Word(0, 0, 2, 0);
+  ExpectBreaks(pairs, {{58, 2, 8, 100}, {60, 3, 100, 12}});
 }
 
 TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
@@ -136,6 +150,9 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
     tens.timecodeWords[f] = Word(10, 0, f / 50, f % 50);
     pairs.timecodeWords[f] = Word(10, 0, f / 50, f % 50 / 2) | (f % 2 == 1 ? 0x80000000 : 0);
   }
+  ExpectBreaks(short39, {});
+  for (std::uint32_t f = 0; f < short39.frames; ++f)  // a flag that is no digit
+    short39.timecodeWords[f] = Word(10, 0, 0, f + 5) | 0x40;
   ExpectBreaks(short39, {});
   ExpectBreaks(tens, {});
   ExpectBreaks(pairs, {});
@@ -182,24 +199,33 @@ TEST(Continuity, StopsWhenItIsAsked) {
     ended = true;
     operatorThread.join();
     EXPECT_EQ(timecode.errorCount, 0u);
+    EXPECT_EQ(timecode.errorList->next, nullptr);
     EXPECT_LT(timecode.progressFrame, 19999u);
   }
 }
 
 TEST(Continuity, RefusesWhatItCannotWorkWith) {
-  LoadedClip clip(Spec(Rate::k25, {}));
+  ClipSpec spec = Spec(Rate::k25, {});
+  spec.timecodeWords[9] = Word(12, 0, 0, 0);
+  LoadedClip clip(spec);
   MXF_BASE_INFO& mxf = clip.app.mxf.base;
   EXPECT_EQ(CheckTimecodeContinuity(nullptr, &mxf), 1001);
   auto file = platform::File::Open(clip.path, platform::OpenMode::kReadAlone);
   EXPECT_EQ(CheckTimecodeContinuity(&file, nullptr), 1002);
-  for (int nth = 1; nth <= 2; ++nth) {
+  for (int nth = 1; nth <= 4; ++nth) {  // words, counts and two breaks
     FailAllocation(nth);
     const std::int32_t result = CheckTimecodeContinuity(&file, &mxf);
     FailAllocation(0);
     EXPECT_EQ(result, nth == 1 ? kContinuityNoMemory : kContinuityNoCounts);
+    EXPECT_EQ(BreaksOf(*mxf.timecode).size(), nth == 4 ? 1u : 0u);
+    EXPECT_EQ(mxf.timecode->timecodeFrames, nullptr);
   }
   platform::File closed;
   EXPECT_EQ(CheckTimecodeContinuity(&closed, &mxf), 1001);
+  const std::unique_ptr<INDEX_ENTRY_ARRAY[]> entries = std::move(*mxf.indexEntries);
+  EXPECT_EQ(CheckTimecodeContinuity(&file, &mxf), 1005);
+  mxf.indexEntries = nullptr;
+  EXPECT_EQ(CheckTimecodeContinuity(&file, &mxf), 1005);
   mxf.audio = nullptr;
   EXPECT_EQ(CheckTimecodeContinuity(&file, &mxf), 1004);
   mxf.timecode = nullptr;
