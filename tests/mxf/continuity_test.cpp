@@ -15,6 +15,8 @@ namespace {
 
 using namespace test;
 
+constexpr auto kInvalid = static_cast<std::uint32_t>(kInvalidTimecode);
+
 struct Break {
   std::uint32_t frame;
   std::uint32_t kind;
@@ -109,9 +111,8 @@ TEST(Continuity, NamesEachBreakWithItsFrames) {
   // Without a word: every digit out of range.
   ClipSpec none = Spec(Rate::k25, {});
   none.timecodeWords[4] = none.timecodeWords[5] = 0xFFFFFFFF;
-  const auto invalid = static_cast<std::uint32_t>(kInvalidTimecode);
-  ExpectBreaks(none,
-               {{3, 2, start + 3, invalid}, {4, 4, invalid, invalid}, {5, 3, invalid, start + 6}});
+  ExpectBreaks(
+      none, {{3, 2, start + 3, kInvalid}, {4, 4, kInvalid, kInvalid}, {5, 3, kInvalid, start + 6}});
 }
 
 TEST(Continuity, TakesMidnightForABreakOnlyWhereTheClipStartsEarlier) {
@@ -122,10 +123,11 @@ TEST(Continuity, TakesMidnightForABreakOnlyWhereTheClipStartsEarlier) {
   // The counts are those that were written.
   ClipSpec late = Spec(Rate::k25, {23, 59, 59, 15});
   late.timecodeWords[12] = Word(0, 0, 0, 7);
-  ExpectBreaks(late, {{11, 2, 1, 7}, {12, 3, 7, 3}});
+  late.timecodeWords[20] = 0xFFFFFFFF;
+  ExpectBreaks(late, {{11, 2, 1, 7}, {12, 3, 7, 3}, {19, 2, 9, kInvalid}, {20, 3, kInvalid, 11}});
   // In drop frame on base 30, where an hour has 107892 frames.
   ClipSpec drop = Spec(Rate::k59_94, {23, 0, 0, 0}, 9);
-  drop.timecodeWords[8] = Word(23, 0, 0, 9);
+  drop.timecodeWords[8] = Word(23, 0, 0, 9) | 0x8000;  // with the mark of a second field
   ExpectBreaks(drop, {{6, 2, 23 * 107892 + 3, 23 * 107892 + 9}});
   // Each value in two frames at 50: the hour is one of base 50 all the same.
   ClipSpec pairs = Spec(Rate::k50, {23, 59, 59, 0}, 120);
@@ -148,7 +150,7 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
   ClipSpec short39 = Spec(Rate::k50, {10, 0, 0, 5}, 30);
   for (std::uint32_t f = 0; f < frames; ++f) {
     tens.timecodeWords[f] = Word(10, 0, f / 50, f % 50);
-    pairs.timecodeWords[f] = Word(10, 0, f / 50, f % 50 / 2) | (f % 2 == 1 ? 0x80000000 : 0);
+    pairs.timecodeWords[f] = Word(10, 0, f / 50, f % 50 / 2) | (f % 2 == 0 ? 0x80000000 : 0);
   }
   ExpectBreaks(short39, {});
   for (std::uint32_t f = 0; f < short39.frames; ++f)  // a flag that is no digit
@@ -183,7 +185,9 @@ TEST(Continuity, SurvivesAClipThatWasCutShort) {
   std::filesystem::resize_file(platform::ToUtf8(clip.path), clip.clip.layout.frames[9].offset + 10);
   EXPECT_EQ(Check(&clip, false), kContinuityNoView);
   EXPECT_EQ(Check(&clip, true), kContinuityBreaks);
-  EXPECT_EQ(clip.app.mxf.timecode.errorList->next->frameNumber, 8u);
+  const std::vector<Break> breaks = BreaksOf(clip.app.mxf.timecode);
+  EXPECT_EQ(breaks.size(), 14u);
+  EXPECT_EQ(breaks.front(), (Break{8, 2, 36000 * 25 + 8, kInvalid}));
 }
 
 TEST(Continuity, StopsWhenItIsAsked) {
@@ -191,13 +195,16 @@ TEST(Continuity, StopsWhenItIsAsked) {
   MXF_TIMECODE_INFO& timecode = clip.app.mxf.timecode;
   for (const bool fileIo : {false, true}) {
     std::atomic<bool> ended = false;
+    std::uint32_t cleared = 0;  // at the start and where it stops
+    timecode.stopRequest = 1;
     std::thread operatorThread([&] {
       while (!ended)
-        timecode.stopRequest = 1;
+        cleared += timecode.stopRequest.exchange(1) == 0;
     });
     EXPECT_EQ(Check(&clip, fileIo), kCancelled);
     ended = true;
     operatorThread.join();
+    EXPECT_EQ(cleared + (timecode.stopRequest == 0), 2u);
     EXPECT_EQ(timecode.errorCount, 0u);
     EXPECT_EQ(timecode.errorList->next, nullptr);
     EXPECT_LT(timecode.progressFrame, 19999u);
