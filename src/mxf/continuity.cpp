@@ -1,5 +1,6 @@
 #include "mxf/continuity.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
@@ -40,16 +41,18 @@ struct WordReading {
   std::uint32_t base;     // fpsIndex on which the words count
   std::uint32_t scale;    // counts are multiplied by this
   std::uint32_t step;     // frames from one value to the next
+  std::uint32_t mark;     // flag without which no word is of this kind, 0 for none
 };
 
-constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1}};
-constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1}};
-constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1}};
+constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1, 0}};
+constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1, 0}};
+constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1, 0}};
 // The frames byte has room for tens up to 3: writers either use the flag's place for the 4, or
 // count 25 values that stand in two frames each.
-constexpr WordReading kReadings50[] = {
-    {kDropFrameFlag, 3, 1, 1}, {0, 3, 1, 1}, {kDropFrameFlag | kFieldMark50, 1, 2, 2}};
-constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2}};
+constexpr WordReading kReadings50[] = {{kDropFrameFlag, 3, 1, 1, 0},
+                                       {0, 3, 1, 1, 0},
+                                       {kDropFrameFlag | kFieldMark50, 1, 2, 2, kFieldMark50}};
+constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2, 0}};
 
 // By fpsIndex. The one with the fewest breaks counts.
 constexpr std::array<std::span<const WordReading>, kTimecodeBases> kReadings = {
@@ -183,12 +186,22 @@ class ContinuityCheck {
       counts_[i] = CountOf(words_[i], timecode_, reading);
   }
 
+  // True when a word has the flag, or none is needed: frames that stand still are not pairs.
+  bool HasMark(std::uint32_t mark) const {
+    const std::uint32_t* words = words_.get();
+    return mark == 0 ||
+           std::any_of(words, words + timecode_.frameCount, [mark](std::uint32_t word) {
+             return word != kNoWord && (word & mark) != 0;
+           });
+  }
+
   // The reading with the fewest breaks, whose counts stand in `counts_` afterwards.
   const WordReading& BestReading() {
     const std::span<const WordReading> readings = kReadings[timecode_.fpsIndex];
     const WordReading* best = nullptr;
     std::uint32_t fewest = 0;
     for (const WordReading& reading : readings) {
+      if (!HasMark(reading.mark)) continue;
       Count(reading);
       std::uint32_t breaks = 0;
       CompareAll(reading, [&](std::uint32_t, std::uint32_t, std::uint32_t kind) {

@@ -156,6 +156,12 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
   for (std::uint32_t f = 0; f < short39.frames; ++f)  // a flag that is no digit
     short39.timecodeWords[f] = Word(10, 0, 0, f + 5) | 0x40;
   ExpectBreaks(short39, {});
+  // Half the speed is no spelling.
+  ClipSpec slow = Spec(Rate::k50, {10, 0, 0, 0}, 6);
+  for (std::uint32_t f = 0; f < slow.frames; ++f)
+    slow.timecodeWords[f] = Word(10, 0, 0, f / 2);
+  ExpectBreaks(slow,
+               {{0, 4, start, start}, {2, 4, start + 1, start + 1}, {4, 4, start + 2, start + 2}});
   ExpectBreaks(tens, {});
   ExpectBreaks(pairs, {});
   tens.timecodeWords[45] = Word(10, 0, 0, 44);
