@@ -39,9 +39,15 @@ void WalkTracks(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio, R
   }
 }
 
+// WAVE_FORMAT_PCM, and the tag of files that state their format at length. Anything else, FLAC or
+// DTS, say, would be noise in the clip.
+constexpr std::uint16_t kPcmTag = 0x0001;
+constexpr std::uint16_t kExtensibleTag = 0xFFFE;
+
 bool FitsSampleWidth(const TrackSource& source, const MXF_AUDIO_INFO& audio) {
   const WAV_FILE_INFO* wav = source.wav;
   if (wav == nullptr) return true;
+  if (wav->formatTag != kPcmTag && wav->formatTag != kExtensibleTag) return false;
   const std::uint32_t held = std::uint32_t{wav->bytesPerChannelSample} * wav->channels;
   if (wav->blockAlign == 0 || wav->channels == 0 || held != wav->blockAlign) return false;
   return source.widen || wav->bytesPerChannelSample == audio.blockAlign;

@@ -396,6 +396,13 @@ TEST_P(Rewrap, TouchesNothingWhenASourceIsNotWhatItClaims) {
     SCOPED_TRACE(blockAlign);
     ExpectUntouched(job, 2002);
   }
+  {
+    RewrapJob job{ClipSpec()};
+    WavSpec compressed = Wav(1, 24, kPlenty);
+    compressed.formatTag = 0xF1AC;
+    job.Put(0, compressed);
+    ExpectUntouched(job, 2002);
+  }
   ClipSpec huge;
   huge.indexEdits.push_back([](auto& all) { all[0].duration = 0x7FFFFFFFFFFFFFFF; });
   RewrapJob job(huge);
