@@ -104,8 +104,8 @@ std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
 // True when anything stands under that name: a file, a folder, a link that leads nowhere.
 bool IsNameTaken(const std::u16string& path);
 
-// True when both names lead to one and the same file, which exists. A link in place of the last
-// component is not followed.
+// True when what stands under the name `a`, be it a link, is what stands under `b` or what a link
+// there leads to.
 bool IsSameFile(const std::u16string& a, const std::u16string& b);
 
 // Removes the file at `path`. True when it is gone.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <cerrno>
 #include <csignal>
 
 #include "mxf/continuity.h"
@@ -69,7 +70,8 @@ TEST(RewrapLog, TellsWhatWasDoneToEachTrack) {
   PutPath(u"/clips/テスト.mxf", &clip);
   WavSpec mono;
   mono.bits = 16;
-  mono.timeReference = 36000ull * 48000 + 3 * 1920 + 7;
+  mono.sampleFrames = 47950;
+  mono.timeReference = 36000ull * 48000 + 3 * 1920 + 1000;
   WavSpec stereo;
   stereo.channels = 2;
   stereo.sampleFrames = 4800;
@@ -96,9 +98,9 @@ TEST(RewrapLog, TellsWhatWasDoneToEachTrack) {
                 "Track 2\r\n\tmono.wav\r\n\t" +
                 folder +
                 "\r\n\t1/1ch  16bit  48000Hz\r\n"
-                "\t開始 = 10:00:00:03 *0007  1728005767 samples\r\n"
-                "\t終了 = 10:00:01:03 *0007  1728053767 samples\r\n"
-                "\t長さ = 00:00:01:00 *0000       48000 samples\r\n\r\n"
+                "\t開始 = 10:00:00:03 *1000  1728006760 samples\r\n"
+                "\t終了 = 10:00:01:02 *0970  1728054710 samples\r\n"
+                "\t長さ = 00:00:00:24 *-030       47950 samples\r\n\r\n"
                 "Track 3\r\n\t未処理\r\n\r\n"
                 "Track 4\r\n\tstereo.wav\r\n\t" +
                 folder +
@@ -183,6 +185,11 @@ TEST(Logs, NeverTakeThePlaceOfTheClipOrASource) {
   EXPECT_FALSE(WriteTimecodeLog(clip.path, clip.app.info, &error));
   std::filesystem::create_hard_link(clip.folder.Path() / "clip.mxf", clip.folder.Path() / "b.txt");
   EXPECT_FALSE(WriteTimecodeLog(clip.folder.PathOf("b.txt"), clip.app.info, &error));
+  // A clip that was opened through a link.
+  std::filesystem::create_symlink("clip.mxf", clip.folder.Path() / "link.mxf");
+  PutPath(clip.folder.PathOf("link.mxf"), &clip);
+  EXPECT_FALSE(WriteTimecodeLog(clip.path, clip.app.info, &error));
+  PutPath(clip.path, &clip);
   EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   Add(&clip, "clip_LOG.txt", WavSpec());
   const std::string source = Text(clip.folder.Path() / "clip_LOG.txt");
@@ -249,7 +256,7 @@ TEST(TimecodeLog, ListsEveryBreak) {
   APP_STATE_INFO& app = clip.app.info;
   PutPath(u"/clips/a.mxf", &clip);
   TIMECODE_ERROR_INFO breaks[4] = {{1078920, 1078925, 2, 0, nullptr, nullptr},
-                                   {9, 7, 3, 4, nullptr, nullptr},
+                                   {2589408, 2589407, 3, 4, nullptr, nullptr},
                                    {7, 7, 4, 70000, nullptr, nullptr},
                                    {7, 0xFFFFFFFE, 1, 6, nullptr, nullptr}};
   clip.app.mxf.timecode.errorCount = 4;
@@ -272,7 +279,7 @@ TEST(TimecodeLog, ListsEveryBreak) {
             "この数値が全フレームと同じかそれに近い場合、エレメントが壊れている可能性があります。"
             "\r\n\r\n#       発生場所     再開ＴＣ     積算         状態\r\n"
             "     0  10:00:00.00  10:00:00.10  00:00:00.00  inc\r\n"
-            "     1  00:00:00.18  00:00:00.14  00:00:00.04  dec\r\n"
+            "     1  --:--:--.--  23:59:59.58  00:00:00.04  dec\r\n"
             "     2  00:00:00.14  00:00:00.14  00:19:27.52  still\r\n"
             "     3  00:00:00.14  --:--:--.--  00:00:00.06  **\r\n");
 }

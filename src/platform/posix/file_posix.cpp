@@ -207,8 +207,10 @@ bool IsNameTaken(const std::u16string& path) {
 bool IsSameFile(const std::u16string& a, const std::u16string& b) {
   struct stat first {};
   struct stat second {};
-  return lstat(ToUtf8(a).c_str(), &first) == 0 && lstat(ToUtf8(b).c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+  const std::string name = ToUtf8(b);
+  const auto same = [&] { return first.st_dev == second.st_dev && first.st_ino == second.st_ino; };
+  return lstat(ToUtf8(a).c_str(), &first) == 0 && ((lstat(name.c_str(), &second) == 0 && same()) ||
+                                                   (stat(name.c_str(), &second) == 0 && same()));
 }
 
 bool RemoveFile(const std::u16string& path) {
