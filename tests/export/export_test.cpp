@@ -93,6 +93,7 @@ TEST_P(Export, WritesTheSamplesOfEachTrackAtEveryRate) {
     spec.dataTrack = spec.dataElement = rate == Rate::k30;
     LoadedClip clip(spec);
     SwitchOn(clip, {0, 3});
+    clip.app.tracks.exportSwitch[1] = kNoSuchTrack;
     clip.SetRange(kExportRange, 3, 13);
     SCOPED_TRACE(static_cast<int>(rate));
     ASSERT_EQ(Run(clip), 0);
@@ -197,7 +198,6 @@ TEST_P(Export, WritesNothingThatIsNoAudioOfItsTrack) {
       [](Segments& s) { s[1].entries[2].sliceOffset -= 512; },
       [](Segments& s) { s[1].deltas.resize(2); },
       [](Segments& s) { s[1].deltas[2] = s[1].deltas[3]; },  // a neighbour's element
-      [](Segments& s) { s[1].entries[3] = s[1].entries[2]; },
   };
   for (const auto& edit : edits) {
     ClipSpec spec;
@@ -210,6 +210,33 @@ TEST_P(Export, WritesNothingThatIsNoAudioOfItsTrack) {
     const Bytes audio = Audio(clip, 0, 0, 9);
     ASSERT_GE(file.size(), kBwfHeaderBytes);
     EXPECT_TRUE(std::equal(file.begin() + kBwfHeaderBytes, file.end(), audio.begin()));
+  }
+}
+
+TEST_P(Export, MakesNoFileWhenTheIndexHasAFrameTwice) {
+  ClipSpec spec;
+  spec.indexEdits.push_back(
+      [](auto& segments) { segments[1].entries[3] = segments[1].entries[2]; });
+  LoadedClip clip(spec);
+  SwitchOn(clip, {0});
+  clip.SetRange(kExportRange, 0, 4);  // itself sound
+  EXPECT_EQ(Run(clip), Code(4003));
+  EXPECT_EQ(Files(clip), 0u);
+}
+
+TEST_P(Export, WritesAHeaderAloneForARangeWithoutFrames) {
+  ClipSpec spec;
+  spec.start = {23, 59, 59, 0};
+  LoadedClip clip(spec);
+  SwitchOn(clip, {0});
+  for (const std::uint32_t in : {3u, 10u}) {
+    clip.SetRange(kExportRange, in, in - 1);
+    ASSERT_EQ(Run(clip), 0);
+    EXPECT_EQ(clip.app.tracks.totalFrames, 0u);
+    const Bytes file = File(clip, in == 3 ? "Track-1.wav" : "Track-1 0.wav");
+    ASSERT_EQ(file.size(), kBwfHeaderBytes);
+    EXPECT_EQ(Little(file, 710, 4), 0u);
+    EXPECT_EQ(Little(file, 442, 8), SamplesSinceMidnight(clip, in));
   }
 }
 
@@ -238,8 +265,12 @@ TEST_P(Export, StopsBehindTheFrameOfACancel) {
     SwitchOn(clip, {0});
     clip.app.tracks.cancel = 1;  // left over from before: no effect
     std::int32_t result = -1;
-    std::thread worker([&] { result = Run(clip); });
-    while (clip.app.tracks.currentFrame < 10) {
+    std::atomic<bool> ended = false;
+    std::thread worker([&] {
+      result = Run(clip);
+      ended = true;
+    });
+    while (!ended && clip.app.tracks.currentFrame < 10) {
     }
     clip.app.tracks.cancel = 1;
     worker.join();
@@ -338,6 +369,8 @@ TEST(BwfHeader, BecomesRf64WhereTheSizesNeedIt) {
     EXPECT_EQ(Little(header, 56, 4), 0x00010001u);
     EXPECT_EQ(Little(header, 68, 4), 0x00180003u);
     EXPECT_EQ(Little(header, 442, 8), 0x123456789Aull);
+    for (const auto& [from, to] : {std::pair{74, 96}, {104, 442}, {452, 706}})
+      EXPECT_EQ(std::accumulate(header.begin() + from, header.begin() + to, 0), 0) << from;
   }
 }
 
