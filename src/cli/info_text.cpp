@@ -7,9 +7,7 @@
 #include "cli/info_views.h"
 #include "platform/path.h"
 #include "platform/text.h"
-#include "rewrite/umid.h"
-#include "timecode/timecode.h"
-#include "wav/size_text.h"
+#include "state/clip_text.h"
 
 namespace quorvan::cli {
 namespace {
@@ -35,23 +33,13 @@ class Page {
   std::string text_;
 };
 
-std::string Timecode(const MXF_TIMECODE_INFO& timecode, std::uint32_t frames) {
-  char16_t text[16] = {};
-  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame, frames, kSeparated);
-  return platform::ToUtf8(text);
-}
-
 std::string Umid(const std::array<std::uint8_t, kUmidBytes>& umid, std::uint32_t size) {
-  char16_t text[kUmidTextChars];
-  UmidToHexText(umid.data(), text);
-  const std::string hex = platform::ToUtf8(text);
+  const std::string hex = UmidText(umid);
   return size == kUmidBytes ? hex : fmt::format("{} (first 32 of {} bytes)", hex, size);
 }
 
 std::string FileSize(std::uint64_t bytes) {
-  char16_t text[32];
-  FormatFileSize(bytes, text, std::size(text));
-  return fmt::format("{} ({} bytes)", platform::ToUtf8(text), bytes);
+  return fmt::format("{} ({} bytes)", FileSizeText(bytes), bytes);
 }
 
 std::string FrameRate(const MXF_TIMECODE_INFO& t) {
@@ -75,9 +63,9 @@ void AddIdentity(const MXF_BASE_INFO& mxf, Page* page) {
 
 void AddTimecode(const MXF_TIMECODE_INFO& t, Page* page) {
   page->Heading("Timecode");
-  page->Line("First frame", Timecode(t, t.startFrames));
-  page->Line("Last frame", Timecode(t, t.lastFrames));
-  page->Line("Duration", fmt::format("{} ({} frames)", Timecode(t, t.duration), t.duration));
+  page->Line("First frame", TimecodeText(t, t.startFrames));
+  page->Line("Last frame", TimecodeText(t, t.lastFrames));
+  page->Line("Duration", fmt::format("{} ({} frames)", TimecodeText(t, t.duration), t.duration));
   page->Line("Base", fmt::format("{}{}", t.roundedBase, t.dropFrame == 1 ? " drop frame" : ""));
   page->Line("Frame rate", FrameRate(t));
   page->Line("Index entries", fmt::format("{}", t.frameCount));

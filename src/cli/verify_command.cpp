@@ -1,7 +1,5 @@
 #include <fmt/format.h>
 
-#include <iterator>
-
 #include "cli/clip_session.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -11,20 +9,14 @@
 #include "mxf/analysis.h"
 #include "platform/text.h"
 #include "rewrite/verify.h"
-#include "timecode/timecode.h"
+#include "state/clip_text.h"
 
 namespace quorvan::cli {
 namespace {
 
-std::string TimecodeOf(const MXF_TIMECODE_INFO& timecode, std::uint32_t entry) {
-  char16_t text[16] = {};
-  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame,
-                 timecode.startFrames + entry, kSeparated);
-  return platform::ToUtf8(text);
-}
-
 int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::string& file) {
   const SampleDifference& d = result.difference;
+  const MXF_TIMECODE_INFO& timecode = *app.mxf->timecode;
   switch (result.state) {
     case VerifyState::kSame:
       return PrintLine(fmt::format("{}: the sources' samples in all of {} frames", file,
@@ -35,8 +27,8 @@ int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::str
       PrintError(fmt::format(
           "{}: differs first at {}, frame {} of the clip from 0, track {}, sample {} of the frame: "
           "{} in the clip, {} in the source, at byte {} of the file",
-          file, TimecodeOf(*app.mxf->timecode, d.entry), d.entry, d.track + 1, d.sample, d.found,
-          d.wanted, d.fileOffset));
+          file, TimecodeText(timecode, std::int64_t{timecode.startFrames} + d.entry), d.entry,
+          d.track + 1, d.sample, d.found, d.wanted, d.fileOffset));
       return kFailed;
     case VerifyState::kStopped:
       PrintError(fmt::format("{}: cancelled", file));

@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
-
 #include "platform/path.h"
 #include "platform/text.h"
 #include "report/log_file.h"
@@ -22,13 +20,6 @@ std::string_view WriteMethod(const APP_STATE_INFO& app) {
 
 char ScanLetter(const MXF_VIDEO_INFO& video) {
   return video.frameLayout == 1 || video.codecIndex == 5 || video.codecIndex == 6 ? 'i' : 'p';
-}
-
-std::string UmidText(const std::array<std::uint8_t, kUmidBytes>& umid) {
-  std::string text;
-  for (const std::uint8_t byte : umid)
-    fmt::format_to(std::back_inserter(text), "{:02X}", byte);
-  return text;
 }
 
 std::string FileBlock(const APP_STATE_INFO& app, const platform::CalendarTime& now) {
@@ -67,9 +58,7 @@ std::string RangeBlock(const APP_STATE_INFO& app) {
   const AUDIOTRACK_IO_INFO& tracks = *app.tracks;
   const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
   const std::int32_t length = tracks.outFrame[slot] - tracks.inFrame[slot] + 1;
-  const auto text = [&](std::int32_t frames) {
-    return TimecodeText(timecode, static_cast<std::uint32_t>(frames));
-  };
+  const auto text = [&](std::int32_t frames) { return TimecodeText(timecode, frames); };
   return fmt::format("[ 処理範囲 ]\r\nIN  {}\r\nOUT {}\r\nDUR {}\r\n\r\n", text(tracks.inFrame[0]),
                      text(tracks.outFrame[0]), text(length));
 }

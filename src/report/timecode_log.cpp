@@ -32,7 +32,7 @@ std::string WordText(const MXF_TIMECODE_INFO& timecode, std::uint32_t count) {
   if (frames >= FramesPerDay(timecode.fpsIndex, timecode.dropFrame)) {
     return timecode.dropFrame != 0 ? "--:--:--.--" : "--:--:--:--";
   }
-  return TimecodeText(timecode, static_cast<std::uint32_t>(frames));
+  return TimecodeText(timecode, static_cast<std::int64_t>(frames));
 }
 
 std::string FactsBlock(const APP_STATE_INFO& app, const platform::CalendarTime& now) {

@@ -133,17 +133,6 @@ Umid MakeUmid(const Umid& old) {
   return umid;
 }
 
-int UmidToHexText(const std::uint8_t* umid, char16_t* text) {
-  if (umid == nullptr || text == nullptr) return -1;
-  constexpr char16_t digits[] = u"0123456789ABCDEF";
-  for (std::size_t i = 0; i < kUmidBytes; ++i) {
-    text[2 * i] = digits[umid[i] >> 4];
-    text[2 * i + 1] = digits[umid[i] & 0x0F];
-  }
-  text[2 * kUmidBytes] = 0;
-  return 0;
-}
-
 std::int32_t RegenerateUmid(platform::File* file, PackageKind kind, Umid* umid,
                             std::uint64_t limit) {
   if (file == nullptr || umid == nullptr) return kBadArgumentOrWrite;

@@ -6,21 +6,16 @@
 #include <cstdint>
 
 #include "mxf/records.h"
+#include "mxf/umid_text.h"
 #include "platform/file.h"
 
 namespace quorvan {
 
 enum class PackageKind : std::uint32_t { kMaterial = 0, kSource = 1 };
 
-inline constexpr std::size_t kUmidTextChars = 2 * kUmidBytes + 1;  // with the zero
-
 // A new basic UMID: bytes 7 and 10 of `old`, instance number zero, and a new UUID as material
 // number, zeros where the system has none.
 std::array<std::uint8_t, kUmidBytes> MakeUmid(const std::array<std::uint8_t, kUmidBytes>& old);
-
-// Writes the UMID as 64 upper-case hexadecimal characters and a zero to `text`, which has room for
-// kUmidTextChars. Returns 0, or -1 for a null argument.
-int UmidToHexText(const std::uint8_t* umid, char16_t* text);
 
 // Replaces the 32 bytes at `umid` by a new UMID wherever they stand in `file`, open for writing, at
 // an offset below `limit`, and stamps the first package set of `kind` that starts below `limit`

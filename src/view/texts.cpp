@@ -7,8 +7,8 @@
 #include "mxf/sample_pattern.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "state/clip_text.h"
 #include "timecode/timecode.h"
-#include "wav/size_text.h"
 
 namespace quorvan {
 namespace {
@@ -25,22 +25,12 @@ constexpr std::int32_t kNarrowTip = 200;
 constexpr std::int32_t kWideTip = 600;
 constexpr std::size_t kMostStatusChars = 259;
 
-constexpr std::array<std::string_view, kRateCount> kRateLabels = {"24", "25",    "30",    "50",
-                                                                  "60", "23.98", "29.97", "59.94"};
 constexpr std::array<std::string_view, kRateCount> kFpsLabels = {"24", "25",     "30",    "50",
                                                                  "60", "23.976", "29.97", "59.94"};
 
-std::u16string FormatText(const MXF_TIMECODE_INFO& timecode, std::int32_t frames, int mode) {
-  char16_t text[32] = {};
-  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame,
-                 static_cast<std::uint32_t>(frames), mode);
-  return text;
-}
-
 std::string RateText(const MXF_TIMECODE_INFO& timecode) {
   if (timecode.rateIndex >= kRateCount) return "Unknown";
-  return fmt::format("{} {}", kRateLabels[timecode.rateIndex],
-                     timecode.dropFrame != 0 ? "DF" : "NDF");
+  return fmt::format("{} {}", RateLabel(timecode), timecode.dropFrame != 0 ? "DF" : "NDF");
 }
 
 std::string FpsText(const MXF_BASE_INFO& mxf) {
@@ -49,10 +39,6 @@ std::string FpsText(const MXF_BASE_INFO& mxf) {
   const std::uint8_t layout = mxf.video->frameLayout;
   const std::string_view scan = layout == 0 ? "p" : layout <= 2 ? "i" : "";
   return fmt::format("{}{}", kFpsLabels[rate], scan);
-}
-
-std::int32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode) {
-  return static_cast<std::int32_t>(WorkingLast(timecode) - WorkingStart(timecode) + 1);
 }
 
 std::u16string LoadedText(const APP_STATE_INFO& app, ControlId id) {
@@ -64,11 +50,11 @@ std::u16string LoadedText(const APP_STATE_INFO& app, ControlId id) {
     case kRateText:
       return ToUtf16(RateText(timecode));
     case kHeadText:
-      return TimecodeText(timecode, static_cast<std::int32_t>(timecode.startFrames));
+      return ToUtf16(TimecodeText(timecode, timecode.startFrames));
     case kTailText:
-      return TimecodeText(timecode, static_cast<std::int32_t>(timecode.lastFrames));
+      return ToUtf16(TimecodeText(timecode, timecode.lastFrames));
     case kDurText:
-      return TimecodeText(timecode, LengthInFrames(timecode));
+      return ToUtf16(TimecodeText(timecode, LengthInFrames(timecode)));
     case kFormatText:
       return u"AES3/LPCM";
     case kCodecText:
@@ -105,12 +91,6 @@ std::u16string UnloadedText(ControlId id) {
   }
 }
 
-std::string SizeText(std::uint64_t bytes) {
-  char16_t text[64] = {};
-  FormatFileSize(bytes, text, std::size(text));
-  return ToUtf8(text);
-}
-
 }  // namespace
 
 std::u16string InfoText(const APP_STATE_INFO& app, ControlId id) {
@@ -136,20 +116,19 @@ RangeTexts TextsOfRange(const APP_STATE_INFO& app, const RangeFields& fields,
   const FramePoint& in = app.tracks->*fields.in;
   const FramePoint& out = app.tracks->*fields.out;
   const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
-  if (pointSet[0] == 1) texts.in = TimecodeText(timecode, in[0]);
-  if (pointSet[1] == 1) texts.out = TimecodeText(timecode, out[0]);
+  if (pointSet[0] == 1) texts.in = ToUtf16(TimecodeText(timecode, in[0]));
+  if (pointSet[1] == 1) texts.out = ToUtf16(TimecodeText(timecode, out[0]));
   if (pointSet[0] == 1 && pointSet[1] == 1) {
-    texts.duration = TimecodeText(timecode, out[slot] - in[slot] + 1);
+    texts.duration = ToUtf16(TimecodeText(timecode, out[slot] - in[slot] + 1));
   }
   return texts;
 }
 
-std::u16string TimecodeText(const MXF_TIMECODE_INFO& timecode, std::int32_t frames) {
-  return FormatText(timecode, frames, kSeparated);
-}
-
 std::u16string TimecodeDigits(const MXF_TIMECODE_INFO& timecode, std::int32_t frames) {
-  return FormatText(timecode, frames, kEightDigits);
+  char16_t text[16] = {};
+  FormatTimecode(text, std::size(text), timecode.fpsIndex, timecode.dropFrame,
+                 static_cast<std::uint32_t>(frames), kEightDigits);
+  return text;
 }
 
 ToolTip FileToolTip(const APP_STATE_INFO& app) {
@@ -158,7 +137,7 @@ ToolTip FileToolTip(const APP_STATE_INFO& app) {
   return {ToUtf16(fmt::format("{}\n{}\n{}\n\n作成日: {}\n更新日: {}\n\n製品名: {} Version: {}\n"
                               "OS: {}\n会社名: {}",
                               ToUtf8(platform::LastComponent(app.mxfPath)),
-                              ToUtf8(platform::FolderOf(app.mxfPath)), SizeText(mxf.fileSize),
+                              ToUtf8(platform::FolderOf(app.mxfPath)), FileSizeText(mxf.fileSize),
                               ToUtf8(mxf.creationDateText), ToUtf8(mxf.modifiedDateText),
                               ToUtf8(mxf.productName), ToUtf8(mxf.productVersion),
                               ToUtf8(mxf.platform), ToUtf8(mxf.companyName))),
@@ -173,7 +152,7 @@ ToolTip TrackToolTip(const APP_STATE_INFO& app, std::int32_t track) {
               "トラック: {:2}\n\n{}\n{}\n{}\n\nビット数: {:2}  チャンネル: {:2}/{:2}\n\n"
               "開始: {}  {:15} samples\n終了: {}  {:15} samples\n長さ: {}  {:15} samples",
               track + 1, ToUtf8(file->fileName), ToUtf8(platform::FolderOf(file->filePath)),
-              SizeText(file->findData.size), file->bitsPerSample, app.tracks->wavChannel[t] + 1,
+              FileSizeText(file->findData.size), file->bitsPerSample, app.tracks->wavChannel[t] + 1,
               file->channels, ToUtf8(file->columnText[kStartColumn]), file->samplePosition[0],
               ToUtf8(file->columnText[kEndColumn]), file->samplePosition[1],
               ToUtf8(file->columnText[kDurationColumn]),

@@ -29,8 +29,7 @@ struct RangeTexts {
 RangeTexts TextsOfRange(const APP_STATE_INFO& app, const RangeFields& fields,
                         const PointSet& pointSet);
 
-// Timecode of a real count, or its eight digits for an entry.
-std::u16string TimecodeText(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);
+// The eight digits of a real count's timecode, for an entry.
 std::u16string TimecodeDigits(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);
 
 struct ToolTip {

@@ -10,16 +10,13 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <iterator>
-
 #include "platform/path.h"
-#include "rewrite/umid.h"
+#include "state/clip_text.h"
 #include "state/wav_buffer.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/texts.h"
-#include "wav/size_text.h"
 
 namespace quorvan::ui {
 namespace {
@@ -32,18 +29,6 @@ QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) 
   auto* button = new QPushButton(text, parent);
   button->setObjectName(name);
   return button;
-}
-
-QString UmidText(const std::array<std::uint8_t, kUmidBytes>& umid) {
-  char16_t text[kUmidTextChars];
-  UmidToHexText(umid.data(), text);
-  return ToQString(text);
-}
-
-QString SizeText(std::uint64_t bytes) {
-  char16_t text[64] = {};
-  FormatFileSize(bytes, text, std::size(text));
-  return ToQString(text) + QString(" / %1 bytes").arg(bytes);
 }
 
 QPixmap ProgramPicture(qreal ratio) {
@@ -120,7 +105,9 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
   const Field fields[] = {
       {"1043", "ファイル名", ToQString(platform::LastComponent(app.mxfPath))},
       {"1042", "場所", ToQString(platform::FolderOf(app.mxfPath))},
-      {"1074", "ファイルサイズ", SizeText(mxf.fileSize)},
+      {"1074", "ファイルサイズ",
+       QString::fromStdString(FileSizeText(mxf.fileSize)) +
+           QString(" / %1 bytes").arg(mxf.fileSize)},
       {"1063", "クリップ作成日", ToQString(mxf.creationDateText)},
       {"1064", "クリップ更新日", ToQString(mxf.modifiedDateText)},
       {"1068", "MXF バージョン", QString("%1.%2").arg(mxf.versionMajor).arg(mxf.versionMinor)},
@@ -129,11 +116,11 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
       {"1067", "プラットフォーム", ToQString(mxf.platform)},
       {"1069", "ベンダー", ToQString(mxf.companyName)},
       {"1044", "固有UMID (主に放送局納品時のメディアIDとして利用されます)",
-       UmidText(mxf.materialUmid)},
+       QString::fromStdString(UmidText(mxf.materialUmid))},
       {"1045",
        "素材UMID "
        "(映像・オーディオ素材のリンク用識別子です。アプリケーションが素材識別に使用します)",
-       UmidText(mxf.sourceUmid)},
+       QString::fromStdString(UmidText(mxf.sourceUmid))},
       {"1076", "デルタエントリ数",
        QString::number(hasEntries ? (*mxf.indexEntries)[0].deltaCount : 0)},
       {"1077", "オーディオエレメントサイズ", QString::number(mxf.audio->elementSize)},

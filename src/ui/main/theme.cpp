@@ -1,7 +1,5 @@
 #include "ui/main/theme.h"
 
-#include <QFontInfo>
-#include <QPainterPath>
 #include <QPolygonF>
 
 #include <array>

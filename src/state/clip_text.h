@@ -1,0 +1,29 @@
+// What logs, window and console say of a clip in the same words. UTF-8.
+
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "mxf/records.h"
+
+namespace quorvan {
+
+// "24" to "59.94" by rateIndex; empty for an unknown one.
+std::string_view RateLabel(const MXF_TIMECODE_INFO& timecode);
+
+// The timecode of a real count, with "." before the frames when dropFrame is not 0.
+std::string TimecodeText(const MXF_TIMECODE_INFO& timecode, std::int64_t frames);
+
+// FormatFileSize, at most 15 characters.
+std::string FileSizeText(std::uint64_t bytes);
+
+// 64 upper-case hexadecimal characters.
+std::string UmidText(const std::array<std::uint8_t, kUmidBytes>& umid);
+
+// Frames from the first to the last one of the clip, both included.
+std::uint32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode);
+
+}  // namespace quorvan
