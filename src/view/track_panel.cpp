@@ -65,7 +65,7 @@ void CountRows(APP_STATE_INFO* app, std::int32_t height) {
 }
 
 void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
-  const double middle = width / 2;
+  const double middle = width / 2.0;
   const double hundredth = middle / 100;
   const double lamp = middle - kLampShare * hundredth;
   const double name = middle - kNameShare * hundredth;

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QUrl>
+#include <QWheelEvent>
 
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
@@ -17,6 +19,19 @@ namespace quorvan::test {
 namespace {
 constexpr int kWatchMilliseconds = 10;
 constexpr int kRestMilliseconds = 5;
+
+// True for the dialogs of running jobs.
+bool EndsByItself(const QObject* object) {
+  return object->inherits("quorvan::ui::AnalysisDialog") ||
+         object->inherits("quorvan::ui::JobDialog");
+}
+
+Answer Take(std::deque<Answer>* queue) {
+  const Answer first = queue->front();
+  queue->pop_front();
+  return first;
+}
+
 }  // namespace
 
 Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
@@ -25,7 +40,18 @@ Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
   window_->activateWindow();
   QObject::connect(&watch_, &QTimer::timeout, [this] { Look(); });
   watch_.start(kWatchMilliseconds);
+  qApp->installEventFilter(this);
   Settle();
+}
+
+bool Driver::eventFilter(QObject* object, QEvent* event) {
+  if (event->type() == QEvent::Show && EndsByItself(object) && !running_.empty()) {
+    const Answer answer = Take(&running_);
+    auto* dialog = static_cast<QWidget*>(object);
+    QMetaObject::invokeMethod(
+        dialog, [answer, dialog] { answer(dialog); }, Qt::QueuedConnection);
+  }
+  return QObject::eventFilter(object, event);
 }
 
 ui::MainView* Driver::View() {
@@ -58,10 +84,7 @@ void Driver::Look() {
     return;
   }
   if (top == answered_ || top->objectName() == "answered") return;
-  // The dialogs of running jobs end by themselves.
-  const bool runsAlone =
-      top->inherits("quorvan::ui::AnalysisDialog") || top->inherits("quorvan::ui::JobDialog");
-  if (runsAlone) return;
+  if (EndsByItself(top)) return;
   if (const auto* box = qobject_cast<QMessageBox*>(top)) heard_.push_back(box->text());
   top->setObjectName("answered");
   if (answers_.empty()) {
@@ -70,8 +93,7 @@ void Driver::Look() {
     top->close();
     return;
   }
-  const Answer answer = answers_.front();
-  answers_.erase(answers_.begin());
+  const Answer answer = Take(&answers_);
   // Not from within the timer, which would rest meanwhile: an answer may bring up the next box.
   QMetaObject::invokeMethod(
       top, [answer, top] { answer(top); }, Qt::QueuedConnection);
@@ -136,10 +158,32 @@ void Driver::Type(const QString& text) {
   Settle();
 }
 
+QMenu* Driver::OpenPopup(QWidget* widget, const QPoint& at) {
+  if (qobject_cast<ui::MainView*>(widget) != nullptr) {
+    QTest::mouseClick(widget, Qt::RightButton, Qt::NoModifier, at);
+  } else {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, widget->mapToGlobal(at));
+    QApplication::sendEvent(widget, &event);
+  }
+  Settle();
+  auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+  if (menu == nullptr) qFatal("no context menu");
+  return menu;
+}
+
+void Driver::Wheel(int delta) {
+  const QPoint at = View()->rect().center();
+  QWheelEvent event(at, View()->mapToGlobal(at), QPoint(), QPoint(0, delta), Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(View(), &event);
+  Settle();
+}
+
 void Driver::Photograph(const QString& name) {
   const QString folder = qEnvironmentVariable("QUORVAN_SCREENSHOTS");
   if (folder.isEmpty()) return;
-  QWidget* top = QApplication::activeModalWidget();
+  QWidget* top = QApplication::activePopupWidget();
+  if (top == nullptr) top = QApplication::activeModalWidget();
   if (top == nullptr) top = window_.get();
   top->grab().save(folder + "/" + name + ".png");
 }

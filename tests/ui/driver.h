@@ -3,8 +3,10 @@
 #pragma once
 
 #include <QDialog>
+#include <QMenu>
 #include <QString>
 
+#include <deque>
 #include <functional>
 #include <memory>
 
@@ -16,7 +18,7 @@ namespace quorvan::test {
 // What the operator does when a box or a dialog is up: it is closed by what the answer presses.
 using Answer = std::function<void(QWidget* dialog)>;
 
-class Driver {
+class Driver : public QObject {
  public:
   explicit Driver(QSize size = QSize(1280, 720));
 
@@ -49,15 +51,28 @@ class Driver {
   QStringList Heard() { return std::exchange(heard_, {}); }
   bool AllAnswered() const { return answers_.empty(); }
 
+  // Queues what to do with the next dialog of a running job, as soon as it shows.
+  void WhenRunning(const Answer& answer) { running_.push_back(answer); }
+
+  // Opens the context menu at a point of a widget and returns it.
+  QMenu* OpenPopup(QWidget* widget, const QPoint& at);
+
+  // Turns the wheel by `delta`, 120 a notch, away from the operator above 0.
+  void Wheel(int delta);
+
   // Saves what the topmost window shows, when a folder for that is named in the environment.
   void Photograph(const QString& name);
+
+ protected:
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   void Look();
 
   std::unique_ptr<ui::MainWindow> window_;
   QTimer watch_;
-  std::vector<Answer> answers_;
+  std::deque<Answer> answers_;
+  std::deque<Answer> running_;
   QStringList heard_;
   QWidget* answered_ = nullptr;
 };

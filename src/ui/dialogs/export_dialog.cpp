@@ -87,7 +87,9 @@ ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetS
 
 QWidget* ExportDialog::MakeTrackGroup() {
   auto* group = new QGroupBox("書出しトラック", this);
-  auto* layout = new QGridLayout(group);
+  auto* layout = new QVBoxLayout(group);
+  auto* lamps = new QGridLayout;
+  layout->addLayout(lamps);
   for (int k = 0; k < kButtonsOfPage; ++k) {
     auto* button = new LampButton(app_, memory_, k, group);
     connect(button, &QAbstractButton::clicked, this, [this, k] {
@@ -96,15 +98,17 @@ QWidget* ExportDialog::MakeTrackGroup() {
       state = state == kSwitchOff ? kSwitchOn : kSwitchOff;
       RefreshPage();
     });
-    layout->addWidget(button, k / 4, k % 4);
+    lamps->addWidget(button, k / 4, k % 4);
     trackButtons_[static_cast<std::size_t>(k)] = button;
   }
   back_ = MakeButton("1034", "<(&-)", group);
   forward_ = MakeButton("1035", ">(&+)", group);
   QPushButton* all = MakeButton("1036", "全て選択/解除(&G)", group);
-  layout->addWidget(back_, 2, 0);
-  layout->addWidget(forward_, 2, 1);
-  layout->addWidget(all, 2, 2, 1, 2);
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(back_);
+  buttons->addWidget(forward_);
+  buttons->addWidget(all);
+  layout->addLayout(buttons);
   connect(back_, &QPushButton::clicked, this, [this] { TurnPage(-1); });
   connect(forward_, &QPushButton::clicked, this, [this] { TurnPage(1); });
   connect(all, &QPushButton::clicked, this, &ExportDialog::ToggleAll);

@@ -23,26 +23,11 @@ namespace {
 
 constexpr int kMetaFieldWidth = 620;
 constexpr int kShortFieldWidth = 400;
-constexpr int kIconSize = 128;
 
 QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
   auto* button = new QPushButton(text, parent);
   button->setObjectName(name);
   return button;
-}
-
-QPixmap ProgramPicture(qreal ratio) {
-  QPixmap picture(QSize(kIconSize, kIconSize) * ratio);
-  picture.setDevicePixelRatio(ratio);
-  picture.fill(ToQColor(kPanelColor));
-  QPainter painter(&picture);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(QColor(255, 105, 0));
-  constexpr int heights[] = {28, 56, 88, 64, 36};
-  for (int i = 0; i < 5; ++i)
-    painter.drawRoundedRect(18 + i * 20, (kIconSize - heights[i]) / 2, 12, heights[i], 4, 4);
-  return picture;
 }
 
 }  // namespace
@@ -161,7 +146,7 @@ void ShowAbout(QWidget* parent) {
   dialog.setWindowTitle("バージョン情報");
   auto* layout = new QHBoxLayout(&dialog);
   auto* picture = new QLabel(&dialog);
-  picture->setPixmap(ProgramPicture(dialog.devicePixelRatioF()));
+  picture->setPixmap(Picture("program", dialog.devicePixelRatioF()));
   layout->addWidget(picture);
   auto* texts = new QVBoxLayout;
   texts->addWidget(new QLabel("MXF Quorvan |", &dialog));

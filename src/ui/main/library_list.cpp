@@ -9,6 +9,9 @@
 #include "view/library_view.h"
 
 namespace quorvan::ui {
+namespace {
+constexpr int kRowHeight = 20;
+}
 
 void LibraryModel::Renew() {
   beginResetModel();
@@ -32,6 +35,8 @@ QVariant LibraryModel::data(const QModelIndex& index, int role) const {
       return ToQString(entry.columnText[index.column()]);
     case Qt::TextAlignmentRole:
       return static_cast<int>(Qt::AlignCenter);
+    case Qt::SizeHintRole:
+      return QSize(0, kRowHeight);
     case Qt::BackgroundRole:
       return ToQColor(ColorsOfRow(row, entry.assigned == 1).background);
     case Qt::ForegroundRole:

@@ -8,6 +8,7 @@
 #include "ui/main/main_window.h"
 #include "ui/main/message_box.h"
 #include "ui/main/placement.h"
+#include "ui/main/theme.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setOrganizationName("MXF_Quorvan");
   QApplication::setApplicationName("MXF_Quorvan");
+  quorvan::ui::DressApplication();
 
   QLockFile instance(LockPath());
   instance.setStaleLockTime(0);

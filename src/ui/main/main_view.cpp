@@ -75,6 +75,7 @@ void MainView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   PaintBands(&painter);
   if (!HasTracks()) return PaintTitle(&painter);
+  if (app_.libraryView == 1) return;  // the table lies over the rows
   const QRect area = ToQRect(app_.trackAreaRect);
   painter.setClipRect(area.adjusted(0, kRowClipMargin, 0, -kRowClipMargin));
   for (std::int32_t row = 0; row < app_.visibleRows; ++row)

@@ -1,5 +1,6 @@
 #include "ui/main/message_box.h"
 
+#include <QAbstractButton>
 #include <QMessageBox>
 
 #include "ui/main/qt_text.h"
@@ -19,6 +20,12 @@ QMessageBox::Icon IconOf(BoxKind kind) {
   return QMessageBox::Information;
 }
 
+// The numbers under which systems know the answers.
+QString NameOf(QMessageBox::StandardButton button) {
+  if (button == QMessageBox::Yes) return "6";
+  return button == QMessageBox::No ? "7" : "1";
+}
+
 int Show(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title,
          QMessageBox::StandardButtons buttons) {
   QMessageBox box(IconOf(kind), ToQString(title), ToQString(text).replace("\r\n", "\n"), buttons,
@@ -26,6 +33,8 @@ int Show(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string
   box.setTextFormat(Qt::PlainText);
   box.setTextInteractionFlags(Qt::TextSelectableByMouse);
   box.setWindowFlag(Qt::WindowStaysOnTopHint);
+  for (QAbstractButton* button : box.buttons())
+    button->setObjectName(NameOf(box.standardButton(button)));
   return box.exec();
 }
 

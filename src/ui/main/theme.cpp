@@ -1,62 +1,80 @@
 #include "ui/main/theme.h"
 
-#include <QPolygonF>
+#include <QApplication>
+#include <QIcon>
+#include <QLibraryInfo>
+#include <QPixmapCache>
+#include <QTranslator>
 
-#include <array>
+#include <algorithm>
+#include <cmath>
 
-#include "state/audiotrack_io_info.h"
+#include "ui/main/faces.h"
+
+// The resources of a library are not there of themselves; the macro wants the global namespace.
+static void LoadPictures() {
+  Q_INIT_RESOURCE(pictures);
+}
 
 namespace quorvan::ui {
 namespace {
 
-// First choice first; the last one is what the project's own set-up installs.
-const QStringList kFixedPitchFaces = {"Consolas", "Inconsolata", "DejaVu Sans Mono", "monospace"};
-const QStringList kJapaneseFaces = {"Meiryo", "メイリオ", "IPAPGothic", "IPAGothic", "sans-serif"};
-
-struct ButtonPicture {
-  ControlId id;
-  const char* caption;
-  int captionHeight;  // pixels
-  COLOR captionColor;
-  std::array<COLOR, 3> fill;  // by ButtonLook
-};
-
-constexpr COLOR kLargeCaption = {255, 250, 118};
-constexpr COLOR kDisabledGrey = {122, 122, 122};
-constexpr std::array<COLOR, 3> kLargeFill = {{{0, 101, 225}, {0, 52, 163}, kDisabledGrey}};
-constexpr std::array<COLOR, 3> kSmallFill = {{{255, 107, 0}, {199, 95, 16}, kDisabledGrey}};
-constexpr std::array<COLOR, 3> kGreyFill = {{kDisabledGrey, kDisabledGrey, kDisabledGrey}};
-
-constexpr ButtonPicture kButtonPictures[] = {
-    {kLoadButton, "MXF\nロード", 24, kLargeCaption, kLargeFill},
-    {kViewButton, "トラック\nWAVリスト", 22, kLargeCaption, kLargeFill},
-    {kRewrapButton, "ラッピング\n実行", 22, kLargeCaption, kLargeFill},
-    {kExportButton, "BWF\n書出し", 24, kLargeCaption, kLargeFill},
-    {kInButton, "IN", 26, kWhite, kSmallFill},
-    {kOutButton, "OUT", 26, kWhite, kSmallFill},
-    {kDurButton, "DUR", 26, kWhite, kGreyFill},
-};
+constexpr int kLargestScale = 3;  // of the pictures that are there
 
 // By TrackSwitch.
-constexpr std::array<COLOR, 3> kLampFill = {{{125, 24, 24}, {255, 51, 51}, kDisabledGrey}};
-constexpr COLOR kArrowColor = {94, 94, 255};
-constexpr int kLampCaptionHeight = 30;
+constexpr const char* kLampNames[] = {"off", "on", "none"};
 
-QFont CaptionFont(int height) {
-  QFont font;
-  font.setFamilies(kJapaneseFaces);
-  font.setPixelSize(height);
-  font.setBold(true);
-  return font;
+// What the pictures of a button are called, by ButtonLook; DUR has a single one.
+struct ButtonPictures {
+  ControlId id;
+  const char* names[3];
+};
+constexpr ButtonPictures kButtonPictures[] = {
+    {kLoadButton, {"load-normal", "load-pressed", "load-disabled"}},
+    {kViewButton, {"view-normal", "view-pressed", "view-disabled"}},
+    {kRewrapButton, {"rewrap-normal", "rewrap-pressed", "rewrap-disabled"}},
+    {kExportButton, {"export-normal", "export-pressed", "export-disabled"}},
+    {kInButton, {"in-normal", "in-pressed", "in-disabled"}},
+    {kOutButton, {"out-normal", "out-pressed", "out-disabled"}},
+    {kDurButton, {"dur", "dur", "dur"}},
+};
+
+void PaintPicture(QPainter* painter, const QRect& rect, const QString& name) {
+  painter->setRenderHint(QPainter::SmoothPixmapTransform);
+  painter->drawPixmap(rect, Picture(name, painter->device()->devicePixelRatioF()));
 }
 
 }  // namespace
+
+void DressApplication() {
+  QFont font = QApplication::font();
+  font.setFamilies(JapaneseFaces());
+  QApplication::setFont(font);
+  static QTranslator
+      toolkitTexts;  // of standard buttons and file dialogs, where they are installed
+  if (toolkitTexts.load("qtbase_ja", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&toolkitTexts);
+  }
+  QApplication::setWindowIcon(QIcon(Picture("program", 1)));
+}
+
+QPixmap Picture(const QString& name, qreal ratio) {
+  const int scale = std::clamp(static_cast<int>(std::ceil(ratio)), 1, kLargestScale);
+  const QString file =
+      ":/pictures/" + name + (scale == 1 ? QString() : QString("@%1x").arg(scale)) + ".png";
+  QPixmap picture;
+  if (QPixmapCache::find(file, &picture)) return picture;
+  LoadPictures();
+  picture.load(file);
+  QPixmapCache::insert(file, picture);
+  return picture;
+}
 
 QFont FontOf(std::size_t index) {
   const FontSpec& spec = kFonts[index];
   QFont font;
   const bool fixed = spec.family == FontFamily::kFixedPitch;
-  font.setFamilies(fixed ? kFixedPitchFaces : kJapaneseFaces);
+  font.setFamilies(fixed ? FixedPitchFaces() : JapaneseFaces());
   font.setStyleHint(fixed ? QFont::Monospace : QFont::SansSerif);
   // The specified height is that of the cell; a face's own size is smaller by its leading.
   font.setPixelSize(spec.height * 5 / 6);
@@ -65,42 +83,18 @@ QFont FontOf(std::size_t index) {
 }
 
 void PaintButton(QPainter* painter, const QRect& rect, ControlId id, ButtonLook look) {
-  for (const ButtonPicture& picture : kButtonPictures) {
-    if (picture.id != id) continue;
-    painter->fillRect(rect, ToQColor(picture.fill[static_cast<std::size_t>(look)]));
-    painter->setFont(CaptionFont(picture.captionHeight));
-    painter->setPen(ToQColor(picture.captionColor));
-    painter->drawText(rect, Qt::AlignCenter, QString::fromUtf8(picture.caption));
+  for (const ButtonPictures& button : kButtonPictures) {
+    if (button.id == id) PaintPicture(painter, rect, button.names[static_cast<int>(look)]);
   }
 }
 
 void PaintLamp(QPainter* painter, const QRect& rect, int number, std::uint8_t trackSwitch) {
-  painter->fillRect(rect, ToQColor(kLampFill[trackSwitch]));
-  painter->setFont(CaptionFont(kLampCaptionHeight));
-  painter->setPen(Qt::white);
-  painter->drawText(rect, Qt::AlignCenter, QString::number(number));
+  PaintPicture(painter, rect, QString("lamp-%1-%2").arg(kLampNames[trackSwitch]).arg(number));
 }
 
 void PaintArrow(QPainter* painter, const QRect& rect, bool up, bool pressed) {
-  constexpr double margin = 8;
-  constexpr double travel = 4;  // of the pressed arrow, towards where it points
-  const QRectF box = QRectF(rect).adjusted(margin, margin, -margin, -margin);
-  const double shift = pressed ? travel : 0;
-  QPolygonF arrow;
-  if (up) {
-    arrow << QPointF(box.center().x(), box.top() - shift)
-          << QPointF(box.right(), box.bottom() - shift)
-          << QPointF(box.left(), box.bottom() - shift);
-  } else {
-    arrow << QPointF(box.center().x(), box.bottom() + shift)
-          << QPointF(box.right(), box.top() + shift) << QPointF(box.left(), box.top() + shift);
-  }
-  painter->save();
-  painter->setRenderHint(QPainter::Antialiasing);
-  painter->setPen(Qt::NoPen);
-  painter->setBrush(ToQColor(kArrowColor));
-  painter->drawPolygon(arrow);
-  painter->restore();
+  PaintPicture(painter, rect,
+               QString(up ? "arrow-up" : "arrow-down") + (pressed ? "-pressed" : ""));
 }
 
 }  // namespace quorvan::ui

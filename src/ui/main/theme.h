@@ -1,10 +1,11 @@
-// Colours, faces and pictures of the window, made from their descriptions for any scale.
+// Colours, faces and pictures of the window.
 
 #pragma once
 
 #include <QColor>
 #include <QFont>
 #include <QPainter>
+#include <QPixmap>
 #include <QRect>
 
 #include "view/main_layout.h"
@@ -23,6 +24,12 @@ inline QRect ToQRect(const RECTANGLE& r) {
 QFont FontOf(std::size_t index);
 
 enum class ButtonLook { kNormal, kPressed, kDisabled };
+
+// Gives the whole program its language and face for menus and dialogs, and its picture.
+void DressApplication();
+
+// The picture of that name, as sharp as a screen of `ratio` device pixels to a pixel wants it.
+QPixmap Picture(const QString& name, qreal ratio);
 
 // Fills `rect` with the picture of a button of the main window.
 void PaintButton(QPainter* painter, const QRect& rect, ControlId id, ButtonLook look);

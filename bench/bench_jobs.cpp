@@ -1,0 +1,406 @@
+// Compares the jobs with the least that has to be done for them, side by side in one run.
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "bench/bare_ways.h"
+#include "bench/material.h"
+#include "bench/measured_run.h"
+#include "bench/sparse_clip.h"
+#include "cli/clip_session.h"
+#include "cli/job_setup.h"
+#include "export/export_file_io.h"
+#include "export/export_mapped.h"
+#include "job/worker.h"
+#include "loudness/measure_loudness.h"
+#include "mxf/analysis.h"
+#include "platform/text.h"
+#include "rewrite/rewrap_file_io.h"
+#include "rewrite/rewrap_mapped.h"
+
+namespace quorvan::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<std::uint32_t, 4> kSparseMinutes = {10, 30, 60, 120};
+constexpr double kMegabyte = 1e6;
+
+struct Arguments {
+  fs::path folder;
+  std::uint32_t seconds = 600;
+  std::uint32_t tracks = 8;
+  std::uint32_t runs = 5;
+  bool cold = false;
+  bool sparse = false;
+  std::vector<std::string> only;
+};
+
+struct Way {
+  std::string name;
+  std::function<MeasuredJob(bool firstRound)> job;
+  std::uint32_t mostRuns = UINT32_MAX;
+  bool onlyWarm = false;
+};
+
+struct Group {
+  std::string title;
+  std::vector<Way> ways;  // the first one is what the others are compared with
+};
+
+// What one bench works on. A child has its own copy.
+struct Stage {
+  Arguments arguments;
+  Material material;
+  fs::path exports;
+  ClipFacts facts{};
+  std::unique_ptr<cli::ClipSession> session;
+  std::vector<float> samples;
+  Loudness expected{};
+
+  APP_STATE_INFO& app() const { return session->app.info; }
+};
+
+// ---- Steps of a run, in the child ----
+
+bool Load(Stage* stage) {
+  stage->session = std::make_unique<cli::ClipSession>();
+  return cli::LoadClipOrSay(stage->material.clip.string(), {}, stage->session.get()) == cli::kDone;
+}
+
+// The whole clip, from its sources on all tracks; a stereo file takes the place of the first two.
+bool PrepareRewrite(Stage* stage, bool stereo, bool firstRound) {
+  if (!Load(stage)) return false;
+  APP_STATE_INFO& app = stage->app();
+  app.jobKind = kRewriteJob;
+  cli::PlacementArguments placement;
+  for (std::uint32_t t = 1; t <= stage->facts.tracks; ++t) {
+    if (stereo && t == 2) continue;
+    const fs::path& file = stereo && t == 1 ? stage->material.stereo : stage->material.mono[t - 1];
+    placement.tracks.push_back(fmt::format("{}={}", t, file.string()));
+  }
+  if (cli::PlaceAll(placement, &app) != cli::kDone ||
+      cli::SetRange({}, kRewrapRange, &app) != cli::kDone) {
+    return false;
+  }
+  return !firstRound || BlankAudio(app);
+}
+
+bool PrepareExport(Stage* stage) {
+  if (!Load(stage)) return false;
+  APP_STATE_INFO& app = stage->app();
+  app.jobKind = kExportJob;
+  fs::remove_all(stage->exports);
+  fs::create_directories(stage->exports);
+  std::fill_n(app.tracks->exportSwitch.begin(), stage->facts.tracks, kSwitchOn);
+  platform::CopyText(app.tracks->exportFolder, std::size(app.tracks->exportFolder),
+                     platform::ToUtf16(stage->exports.string()));
+  platform::CopyText(app.tracks->exportName, std::size(app.tracks->exportName), u"Track-");
+  return cli::SetRange({}, kExportRange, &app) == cli::kDone;
+}
+
+bool PrepareLoudness(Stage* stage, bool bare) {
+  if (!Load(stage)) return false;
+  APP_STATE_INFO& app = stage->app();
+  app.jobKind = kLoudnessJob;
+  app.trackSelected.fill(0);
+  std::fill_n(app.trackSelected.begin(), 2, std::uint8_t{1});
+  if (bare) stage->samples = LoudnessSamples(app);
+  return cli::SetRange({}, kLoudnessRange, &app) == cli::kDone;
+}
+
+// The worker's analysis, as the programs run it, without the waiting of those who watch it.
+bool Analyse(const fs::path& clip, bool fileIo, bool timecodeCheck, AppState* state) {
+  APP_STATE_INFO& app = state->info;
+  platform::CopyText(app.mxfPath, kMxfPathChars, platform::ToUtf16(clip.string()));
+  app.mxfFile = platform::File::Open(app.mxfPath, platform::OpenMode::kReadAlone);
+  app.jobKind = kAnalysisJob;
+  app.useFileIo = fileIo ? 1 : 0;
+  app.noTimecodeCheck = timecodeCheck ? 0 : 1;
+  std::int32_t result = kCancelled;
+  app.ui.progressDialog = [&](const JobReport& report) {
+    if (report.message != JOB_MSG_PHASE) result = report.result;
+  };
+  WorkerThread(&app);
+  app.mxfFile.Close();
+  return result == kSuccess;
+}
+
+bool Remux(const Stage& stage) {
+  const fs::path out = stage.exports.parent_path() / "remux.mxf";
+  std::vector<std::string> words = {
+      "ffmpeg", "-nostdin", "-v", "error", "-y", "-i", stage.material.clip.string()};
+  std::vector<std::string> maps = {"-map", "0:v"};
+  for (std::size_t t = 0; t < stage.material.mono.size(); ++t) {
+    words.insert(words.end(), {"-i", stage.material.mono[t].string()});
+    maps.insert(maps.end(), {"-map", std::to_string(t + 1)});
+  }
+  words.insert(words.end(), maps.begin(), maps.end());
+  words.insert(words.end(), {"-c", "copy", out.string()});
+  return RunProgram(words);
+}
+
+// ---- The ways ----
+
+using RewriteStep = std::function<bool(APP_STATE_INFO&)>;
+
+Way RewriteWay(std::string name, Stage* stage, bool stereo, RewriteStep step) {
+  return {std::move(name), [=](bool firstRound) {
+            MeasuredJob job{[=] { return PrepareRewrite(stage, stereo, firstRound); },
+                            [=] { return step(stage->app()); },
+                            {}};
+            if (firstRound) job.check = [=] { return HoldsSources(stage->app()); };
+            return job;
+          }};
+}
+
+Group RewriteGroup(Stage* stage) {
+  const RewriteStep mapped = [](APP_STATE_INFO& app) {
+    return RewrapMapped(app.mxfPath, app.tracks, app.mxf) == kSuccess;
+  };
+  const RewriteStep fileIo = [](APP_STATE_INFO& app) {
+    return RewrapFileIo(app.mxfPath, app.tracks, app.mxf) == kSuccess;
+  };
+  const auto bare = [](bool advised) -> RewriteStep {
+    return [=](APP_STATE_INFO& app) { return BareRewrite(app, advised); };
+  };
+  const Way remux{"remux",
+                  [=](bool) {
+                    return MeasuredJob{
+                        [] { return true; }, [=] { return Remux(*stage); },
+                        [=] { return fs::remove(stage->exports.parent_path() / "remux.mxf"); }};
+                  },
+                  1, true};
+  return {"rewriting all tracks",
+          {RewriteWay("bare", stage, false, bare(false)),
+           RewriteWay("bare-advised", stage, false, bare(true)),
+           RewriteWay("mapped", stage, false, mapped), RewriteWay("file-io", stage, false, fileIo),
+           RewriteWay("mapped-stereo", stage, true, mapped),
+           RewriteWay("file-io-stereo", stage, true, fileIo), remux}};
+}
+
+Way ExportWay(std::string name, Stage* stage, RewriteStep step) {
+  return {std::move(name), [=](bool firstRound) {
+            MeasuredJob job{
+                [=] { return PrepareExport(stage); }, [=] { return step(stage->app()); }, {}};
+            if (firstRound) {
+              job.check = [=] { return HoldExports(stage->app(), stage->exports); };
+            }
+            return job;
+          }};
+}
+
+Group ExportGroup(Stage* stage) {
+  return {"export of all tracks",
+          {ExportWay("bare-export", stage,
+                     [=](APP_STATE_INFO& app) { return BareExport(app, stage->exports); }),
+           ExportWay("export-mapped", stage,
+                     [](APP_STATE_INFO& app) {
+                       return ExportMapped(app.mxfPath, app.tracks, app.mxf) == kSuccess;
+                     }),
+           ExportWay("export-file-io", stage, [](APP_STATE_INFO& app) {
+             return ExportFileIo(app.mxfPath, app.tracks, app.mxf) == kSuccess;
+           })}};
+}
+
+Group LoudnessGroup(Stage* stage) {
+  const auto measured = [=] {
+    const MXF_AUDIO_INFO& audio = *stage->app().mxf->audio;
+    const Loudness found = {audio.integratedLoudness, audio.truePeak, audio.loudnessRange};
+    Loudness bare{};
+    return BareLoudness(stage->app(), LoudnessSamples(stage->app()), &bare) && found == bare;
+  };
+  const auto engine = [=] {
+    APP_STATE_INFO& app = stage->app();
+    return MeasureLoudness(app.mxfPath, app.tracks, app.mxf, app.trackSelected.data()) == kSuccess;
+  };
+  return {"loudness of tracks 1 and 2",
+          {{"bare-loudness",
+            [=](bool) {
+              return MeasuredJob{
+                  [=] { return PrepareLoudness(stage, true); },
+                  [=] { return BareLoudness(stage->app(), stage->samples, &stage->expected); },
+                  {}};
+            }},
+           {"loudness", [=](bool firstRound) {
+              MeasuredJob job{[=] { return PrepareLoudness(stage, false); }, engine, {}};
+              if (firstRound) job.check = measured;
+              return job;
+            }}}};
+}
+
+MeasuredJob LoadJob(const fs::path& clip, bool fileIo, bool timecodeCheck) {
+  const auto state = std::make_shared<std::unique_ptr<AppState>>();
+  return {[=] { return (*state = std::make_unique<AppState>()) != nullptr; },
+          [=] { return Analyse(clip, fileIo, timecodeCheck, state->get()); },
+          {}};
+}
+
+Group LoadGroup(Stage* stage) {
+  const auto way = [=](std::string name, bool fileIo, bool timecodeCheck) {
+    return Way{std::move(name),
+               [=](bool) { return LoadJob(stage->material.clip, fileIo, timecodeCheck); }};
+  };
+  return {"load",
+          {way("load", false, false), way("load-continuity", false, true),
+           way("load-file-io", true, false), way("load-file-io-continuity", true, true)}};
+}
+
+// ---- Measuring and telling ----
+
+template <typename Field>
+double Median(const std::vector<Figures>& runs, Field Figures::*field) {
+  std::vector<double> values;
+  for (const Figures& figures : runs)
+    values.push_back(static_cast<double>(figures.*field));
+  std::sort(values.begin(), values.end());
+  const std::size_t half = values.size() / 2;
+  return values.size() % 2 != 0 ? values[half] : (values[half - 1] + values[half]) / 2;
+}
+
+[[noreturn]] void GiveUp(const std::string& what) {
+  fmt::print(stderr, "bench_jobs: {} has failed or come to a wrong result\n", what);
+  std::exit(1);
+}
+
+bool IsWanted(const Arguments& arguments, const std::string& name) {
+  return arguments.only.empty() ||
+         std::find(arguments.only.begin(), arguments.only.end(), name) != arguments.only.end();
+}
+
+void PrintRow(const Way& way, const std::vector<Figures>& runs, double base, const Stage& stage) {
+  const double ms = Median(runs, &Figures::jobMs);
+  const double read = Median(runs, &Figures::diskRead);
+  fmt::print("{:<24}{:>10.1f}{:>11.1f}{:>10.1f}{:>10.1f}{:>11.1f}{:>11.1f}{:>9.1f}{:>9}{:>9.2f}\n",
+             way.name, ms, Median(runs, &Figures::syncedMs), read / kMegabyte,
+             Median(runs, &Figures::diskWritten) / kMegabyte,
+             Median(runs, &Figures::processRead) / kMegabyte,
+             Median(runs, &Figures::processDirtied) / kMegabyte,
+             Median(runs, &Figures::peakAnonymous) / kMegabyte,
+             base > 0 ? fmt::format("{:.2f}", ms / base) : "-",
+             read / static_cast<double>(kPageBytes) / stage.facts.frames);
+}
+
+void RunGroup(const Group& group, bool cold, const Stage& stage) {
+  std::vector<Way> ways;
+  for (const Way& way : group.ways) {
+    if (IsWanted(stage.arguments, way.name) && !(cold && way.onlyWarm)) ways.push_back(way);
+  }
+  if (ways.empty()) return;
+  std::vector<std::vector<Figures>> runs(ways.size());
+  for (std::uint32_t round = 0; round < stage.arguments.runs; ++round) {
+    for (std::size_t w = 0; w < ways.size(); ++w) {
+      if (round >= ways[w].mostRuns) continue;
+      for (const fs::path& file : stage.material.mono)
+        if (!cold) ReadOnce(file);
+      if (!cold) ReadOnce(stage.material.stereo);
+      if (!cold) ReadOnce(stage.material.clip);
+      const auto figures = Measure(stage.arguments.folder, cold, ways[w].job(round == 0));
+      if (!figures) GiveUp(ways[w].name);
+      runs[w].push_back(*figures);
+    }
+  }
+  fmt::print("\n{}, {}\n", group.title, cold ? "cold" : "warm");
+  fmt::print("{:<24}{:>10}{:>11}{:>10}{:>10}{:>11}{:>11}{:>9}{:>9}{:>9}\n", "way", "job ms",
+             "+sync ms", "read MB", "write MB", "fetch MB", "dirty MB", "peak MB", "ratio",
+             "pages/fr");
+  const bool hasBase = ways[0].name == group.ways[0].name;
+  const double base = hasBase ? Median(runs[0], &Figures::jobMs) : 0;
+  for (std::size_t w = 0; w < ways.size(); ++w)
+    PrintRow(ways[w], runs[w], base, stage);
+  std::fflush(stdout);
+}
+
+void CompareJobs(const Arguments& arguments) {
+  Stage stage;
+  stage.arguments = arguments;
+  if (!MakeMaterial(arguments.folder, arguments.seconds, arguments.tracks, &stage.material)) {
+    GiveUp("the material");
+  }
+  stage.exports = stage.material.clip.parent_path() / "export";
+  if (!Load(&stage)) GiveUp("the load");
+  stage.facts = FactsOf(stage.app());
+  stage.session.reset();
+  const ClipFacts& facts = stage.facts;
+  fmt::print("{}\n", MachineText(arguments.folder));
+  fmt::print(
+      "clip: {:.1f} MB, {} frames, {} tracks, {} partitions, audio {:.1f} MB on {} pages "
+      "({:.1f} MB)\n",
+      static_cast<double>(facts.bytes) / kMegabyte, facts.frames, facts.tracks, facts.partitions,
+      static_cast<double>(facts.audioBytes) / kMegabyte, facts.audioPages,
+      static_cast<double>(facts.audioPages * kPageBytes) / kMegabyte);
+  fmt::print(
+      "median of {} runs; MB are 10^6 bytes; read and write: by the device with the sync; "
+      "fetch and dirty: by the process\n",
+      arguments.runs);
+  for (const bool cold : {false, true}) {
+    if (cold && !arguments.cold) continue;
+    for (const Group& group :
+         {RewriteGroup(&stage), ExportGroup(&stage), LoudnessGroup(&stage), LoadGroup(&stage)}) {
+      RunGroup(group, cold, stage);
+    }
+  }
+  fs::remove_all(stage.exports);
+}
+
+double MedianLoad(const Arguments& arguments, const fs::path& clip, bool timecodeCheck,
+                  double* peak) {
+  std::vector<Figures> runs;
+  for (std::uint32_t run = 0; run <= arguments.runs; ++run) {
+    const auto figures = Measure(arguments.folder, false, LoadJob(clip, false, timecodeCheck));
+    if (!figures) GiveUp("the load of " + clip.string());
+    if (run > 0) runs.push_back(*figures);  // the first one brings the pages in
+  }
+  *peak = Median(runs, &Figures::peakAnonymous);
+  return Median(runs, &Figures::jobMs) / 1000;
+}
+
+void LoadSparseClips(const Arguments& arguments) {
+  fs::create_directories(arguments.folder);
+  fmt::print("{}\n59.94 frames, {} tracks; median of {} warm loads\n",
+             MachineText(arguments.folder), kSparseTracks, arguments.runs);
+  fmt::print("{:>8}{:>9}{:>12}{:>10}{:>10}{:>14}{:>10}{:>10}\n", "minutes", "frames", "load s",
+             "us/frame", "peak MB", "continuity s", "us/frame", "peak MB");
+  for (const std::uint32_t minutes : kSparseMinutes) {
+    const fs::path clip = arguments.folder / fmt::format("sparse{}.mxf", minutes);
+    if (!MakeSparseClip(clip, minutes)) GiveUp("making " + clip.string());
+    const double frames = SparseFrames(minutes);
+    double plainPeak = 0, checkedPeak = 0;
+    const double plain = MedianLoad(arguments, clip, false, &plainPeak);
+    const double checked = MedianLoad(arguments, clip, true, &checkedPeak);
+    fmt::print("{:>8}{:>9.0f}{:>12.4f}{:>10.3f}{:>10.1f}{:>14.4f}{:>10.3f}{:>10.1f}\n", minutes,
+               frames, plain, plain / frames * 1e6, plainPeak / kMegabyte, checked,
+               checked / frames * 1e6, checkedPeak / kMegabyte);
+    std::fflush(stdout);
+  }
+}
+
+}  // namespace
+}  // namespace quorvan::bench
+
+int main(int argc, char** argv) {
+  quorvan::bench::Arguments arguments;
+  CLI::App app{"Compares the jobs with the least that has to be done for them"};
+  app.add_option("folder", arguments.folder, "where the material is kept")->required();
+  app.add_option("--seconds", arguments.seconds, "length of the clip")->capture_default_str();
+  app.add_option("--tracks", arguments.tracks, "audio tracks, 2 to 24")
+      ->check(CLI::Range(2, 24))
+      ->capture_default_str();
+  app.add_option("--runs", arguments.runs, "runs of each way")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
+  app.add_flag("--cold", arguments.cold, "with an empty cache too; needs root");
+  app.add_option("--only", arguments.only, "names of ways")->delimiter(',');
+  app.add_flag("--sparse", arguments.sparse, "load long clips that are mostly holes instead");
+  CLI11_PARSE(app, argc, argv);
+  arguments.folder = std::filesystem::absolute(arguments.folder);
+  if (arguments.sparse) {
+    quorvan::bench::LoadSparseClips(arguments);
+  } else {
+    quorvan::bench::CompareJobs(arguments);
+  }
+  return 0;
+}
