@@ -152,7 +152,7 @@ void PaintTracks(benchmark::State& state) {
   app.mxfFile.Close();
   if (!loaded) return state.SkipWithError("the clip is refused");
   EnterLoadedState(&app);
-  window.resize(1280, 1200);
+  window.resize(1280, 2000);
   window.show();
   QApplication::processEvents();
   auto* view = static_cast<ui::MainView*>(window.centralWidget());

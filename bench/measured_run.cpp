@@ -115,6 +115,15 @@ bool RunChild(dev_t device, bool cold, const MeasuredJob& job) {
   return done && (!job.check || job.check());
 }
 
+void ReadOnce(const std::filesystem::path& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return;
+  std::vector<char> buffer(kReadBytes);
+  while (read(file, buffer.data(), buffer.size()) > 0) {
+  }
+  close(file);
+}
+
 // Samples the watched process until the child ends; true when it ended with 0.
 bool WatchToItsEnd(pid_t child, std::uint64_t* peak) {
   int status = 0;
@@ -187,13 +196,11 @@ void SyncAll() {
   sync();
 }
 
-void ReadOnce(const std::filesystem::path& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return;
-  std::vector<char> buffer(kReadBytes);
-  while (read(file, buffer.data(), buffer.size()) > 0) {
-  }
-  close(file);
+void WarmUp(const std::vector<std::filesystem::path>& files) {
+  SyncAll();
+  if (geteuid() == 0) DropCaches();
+  for (const auto& path : files)
+    ReadOnce(path);
 }
 
 std::string MachineText(const std::filesystem::path& folder) {

@@ -40,8 +40,10 @@ bool RunProgram(const std::vector<std::string>& arguments);
 // Brings all written bytes of the system onto their media.
 void SyncAll();
 
-// Reads the file once, so that the system has it in memory.
-void ReadOnce(const std::filesystem::path& path);
+// Reads the files from front to back, so that the system has them in memory; root empties its cache
+// first. How they came in decides how large the units are in which the system keeps and writes
+// them.
+void WarmUp(const std::vector<std::filesystem::path>& files);
 
 // Cores, kernel, memory, and the file system and read-ahead of the folder.
 std::string MachineText(const std::filesystem::path& folder);

@@ -87,6 +87,7 @@ int AnalysisDialog::exec() {
   CentreOnParent(this, kShiftRight);
   setStatus_(u"MXFファイルを解析中...");
   job_.Start();
+  ShowProgress();
   timer_.start(kTimerMilliseconds);
   return QDialog::exec();
 }

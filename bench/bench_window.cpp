@@ -1,0 +1,146 @@
+// How quickly the window starts, and how long its event loop stands still while a clip is
+// rewritten.
+//
+//   bench_window                    the start, five times: from the process to the first picture
+//   bench_window CLIP WAV [WAV...]  loads the clip, puts the files on its tracks from the first one
+//                                   on, rewrites all of it, and shows the longest pause
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDropEvent>
+#include <QElapsedTimer>
+#include <QMimeData>
+#include <QProcess>
+#include <QTimer>
+#include <QUrl>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "state/clip_state.h"
+#include "state/track_assignment.h"
+#include "ui/main/main_window.h"
+#include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
+#include "wav/wav_library.h"
+
+namespace quorvan::bench {
+namespace {
+
+constexpr int kStarts = 5;
+constexpr char kOnlyStart[] = "--only-start";
+
+// The longest time between two turns of the event loop.
+class Pulse : public QObject {
+ public:
+  Pulse() {
+    clock_.start();
+    startTimer(1, Qt::PreciseTimer);
+  }
+
+  // Milliseconds since the last call.
+  double TakeLongest() { return std::exchange(longest_, 0.0); }
+
+ protected:
+  void timerEvent(QTimerEvent*) override {
+    const auto passed = static_cast<double>(clock_.nsecsElapsed()) / 1e6;
+    clock_.restart();
+    longest_ = std::max(longest_, passed);
+  }
+
+ private:
+  QElapsedTimer clock_;
+  double longest_ = 0;
+};
+
+// Presses, in every box that comes up, the button of the first of these numbers that it has.
+void AnswerBoxes() {
+  QWidget* top = QApplication::activeModalWidget();
+  if (top == nullptr || !top->inherits("QMessageBox")) return;
+  for (const char* name : {"102", "1"}) {
+    if (auto* button = top->findChild<QAbstractButton*>(name)) return button->click();
+  }
+}
+
+void Drop(ui::MainWindow* window, const QString& path) {
+  QMimeData data;
+  data.setUrls({QUrl::fromLocalFile(path)});
+  QDropEvent event(QPointF(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(window, &event);
+}
+
+bool PlaceFiles(APP_STATE_INFO* app, const QStringList& files) {
+  std::int32_t track = 0;
+  for (const QString& file : files) {
+    if (AddWavFile(ui::FromQString(file).c_str(), app->wavList, *app->mxf) != kWavOk) return false;
+    if (AssignWavFile(app, app->wavList->prev, track) != AssignResult::kAssigned) return false;
+    for (const auto end = track + app->wavList->prev->channels; track < end; ++track)
+      app->tracks->rewrapSwitch[static_cast<std::size_t>(track)] = kSwitchOn;
+  }
+  app->tracks->inFrame = FirstFramePoint(*app->mxf->timecode);
+  app->tracks->outFrame = LastFramePoint(*app->mxf->timecode);
+  app->rewrapPointSet = {1, 1};
+  return true;
+}
+
+int MeasurePauses(const QStringList& arguments) {
+  ui::MainWindow window;
+  window.show();
+  QTimer answers;
+  QObject::connect(&answers, &QTimer::timeout, &AnswerBoxes);
+  answers.start(20);
+  QApplication::processEvents();
+  Pulse pulse;
+  QElapsedTimer clock;
+  clock.start();
+  Drop(&window, arguments[1]);
+  if (window.State().mxfLoaded != 1 || !PlaceFiles(&window.State(), arguments.mid(2))) return 1;
+  std::printf("load     %6.0f ms, longest pause %5.1f ms\n", static_cast<double>(clock.elapsed()),
+              pulse.TakeLongest());
+  for (const bool fileIo : {false, true}) {
+    window.State().useFileIo = fileIo ? 1 : 0;
+    pulse.TakeLongest();
+    clock.restart();
+    window.Run(kRewriteAudio);
+    std::printf("%s  %6.0f ms, longest pause %5.1f ms\n", fileIo ? "file I/O" : "mapped  ",
+                static_cast<double>(clock.elapsed()), pulse.TakeLongest());
+  }
+  return 0;
+}
+
+int MeasureStarts() {
+  std::vector<qint64> times;
+  for (int i = 0; i < kStarts; ++i) {
+    QElapsedTimer clock;
+    clock.start();
+    if (QProcess::execute(QApplication::applicationFilePath(), {kOnlyStart}) != 0) return 1;
+    times.push_back(clock.elapsed());
+  }
+  std::sort(times.begin(), times.end());
+  std::printf("start %lld ms, median of %d (%lld to %lld)\n",
+              static_cast<long long>(times[kStarts / 2]), kStarts,
+              static_cast<long long>(times.front()), static_cast<long long>(times.back()));
+  return 0;
+}
+
+// The window as the program shows it, until it has been painted.
+int OnlyStart() {
+  ui::MainWindow window;
+  window.show();
+  QTimer::singleShot(0, [] { QApplication::quit(); });
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace quorvan::bench
+
+int main(int argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  quorvan::ui::DressApplication();
+  const QStringList arguments = QApplication::arguments();
+  if (arguments.size() == 1) return quorvan::bench::MeasureStarts();
+  if (arguments[1] == quorvan::bench::kOnlyStart) return quorvan::bench::OnlyStart();
+  return quorvan::bench::MeasurePauses(arguments);
+}
