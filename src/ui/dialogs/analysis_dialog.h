@@ -50,7 +50,7 @@ class AnalysisDialog : public QDialog {
   QPushButton* button_;
   bool checking_ = false;  // the second phase
   bool running_ = false;
-  std::uint32_t shownStage_ = 0;
+  std::uint32_t shownStage_ = UINT32_MAX;  // none yet
 };
 
 }  // namespace quorvan::ui
