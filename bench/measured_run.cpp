@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/utsname.h>
@@ -23,7 +24,7 @@ namespace quorvan::bench {
 namespace {
 
 constexpr auto kSampleInterval = std::chrono::milliseconds(2);
-constexpr std::uint64_t kSectorBytes = 512;
+constexpr double kSectorBytes = 512;
 constexpr std::size_t kReadBytes = std::size_t{1} << 20;
 
 // What parent and child share.
@@ -34,15 +35,15 @@ struct Board {
 Board* board = nullptr;
 
 // The number behind `name` in a file of lines "name: number"; 0 when there is none.
-std::uint64_t NumberBehind(const std::string& path, const std::string& name) {
+double NumberBehind(const std::string& path, const std::string& name) {
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
-    if (line.starts_with(name + ":")) return std::stoull(line.substr(name.size() + 1));
+    if (line.starts_with(name + ":")) return std::stod(line.substr(name.size() + 1));
   }
   return 0;
 }
 
-std::uint64_t AnonymousBytes(pid_t process) {
+double AnonymousBytes(pid_t process) {
   return NumberBehind(fmt::format("/proc/{}/status", process), "RssAnon") * 1024;
 }
 
@@ -52,8 +53,8 @@ dev_t DeviceOf(const std::filesystem::path& folder) {
 }
 
 struct Traffic {
-  std::uint64_t read = 0;
-  std::uint64_t written = 0;
+  double read = 0;
+  double written = 0;
 };
 
 Traffic DeviceTraffic(dev_t device) {
@@ -62,8 +63,8 @@ Traffic DeviceTraffic(dev_t device) {
     std::istringstream words(line);
     unsigned major = 0, minor = 0;
     std::string name;
-    std::uint64_t reads = 0, readMerges = 0, sectorsRead = 0, readMs = 0;
-    std::uint64_t writes = 0, writeMerges = 0, sectorsWritten = 0;
+    double reads = 0, readMerges = 0, sectorsRead = 0, readMs = 0;
+    double writes = 0, writeMerges = 0, sectorsWritten = 0;
     words >> major >> minor >> name >> reads >> readMerges >> sectorsRead >> readMs >> writes >>
         writeMerges >> sectorsWritten;
     if (words && makedev(major, minor) == device) {
@@ -83,6 +84,17 @@ double Since(std::chrono::steady_clock::time_point start) {
       .count();
 }
 
+double CpuMs() {
+  double ms = 0;
+  for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+    rusage usage{};
+    getrusage(who, &usage);
+    for (const timeval& time : {usage.ru_utime, usage.ru_stime})
+      ms += static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+  }
+  return ms;
+}
+
 bool DropCaches() {
   std::ofstream file("/proc/sys/vm/drop_caches");
   file << "3" << std::flush;
@@ -98,15 +110,17 @@ bool RunChild(dev_t device, bool cold, const MeasuredJob& job) {
   const Traffic disk = DeviceTraffic(device);
   const Traffic process = ProcessTraffic();
   board->watched = getpid();
+  const double cpu = CpuMs();
   const auto start = std::chrono::steady_clock::now();
   const bool done = job.run();
-  figures.jobMs = Since(start);
+  figures.job = Since(start);
+  figures.cpu = CpuMs() - cpu;
   figures.peakAnonymous = AnonymousBytes(getpid());
   board->watched = 0;
   const Traffic processAfter = ProcessTraffic();
   const auto syncStart = std::chrono::steady_clock::now();
   SyncAll();
-  figures.syncedMs = figures.jobMs + Since(syncStart);
+  figures.synced = figures.job + Since(syncStart);
   const Traffic diskAfter = DeviceTraffic(device);
   figures.diskRead = diskAfter.read - disk.read;
   figures.diskWritten = diskAfter.written - disk.written;
@@ -125,7 +139,7 @@ void ReadOnce(const std::filesystem::path& path) {
 }
 
 // Samples the watched process until the child ends; true when it ended with 0.
-bool WatchToItsEnd(pid_t child, std::uint64_t* peak) {
+bool WatchToItsEnd(pid_t child, double* peak) {
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {
     if (const pid_t watched = board->watched) *peak = std::max(*peak, AnonymousBytes(watched));
@@ -167,7 +181,7 @@ std::optional<Figures> Measure(const std::filesystem::path& folder, bool cold,
   const pid_t child = fork();
   if (child < 0) return std::nullopt;
   if (child == 0) _exit(RunChild(DeviceOf(folder), cold, job) ? 0 : 1);
-  std::uint64_t peak = 0;
+  double peak = 0;
   if (!WatchToItsEnd(child, &peak)) return std::nullopt;
   Figures figures = board->figures;
   figures.peakAnonymous = std::max(figures.peakAnonymous, peak);
@@ -212,7 +226,7 @@ std::string MachineText(const std::filesystem::path& folder) {
   return fmt::format("{} cores, {} {}, {} (read-ahead {} kB), {:.1f} GB of memory",
                      std::thread::hardware_concurrency(), system.sysname, system.release,
                      FileSystemOf(device), readAhead,
-                     static_cast<double>(NumberBehind("/proc/meminfo", "MemTotal")) * 1024 / 1e9);
+                     NumberBehind("/proc/meminfo", "MemTotal") * 1024 / 1e9);
 }
 
 }  // namespace quorvan::bench

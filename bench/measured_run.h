@@ -11,15 +11,16 @@
 
 namespace quorvan::bench {
 
-// All sizes in bytes.
+// Times in milliseconds, sizes in bytes.
 struct Figures {
-  double jobMs;            // the job alone
-  double syncedMs;         // with the sync behind it
-  std::uint64_t diskRead;  // of the folder's device, with the sync; 0 where it is not known
-  std::uint64_t diskWritten;
-  std::uint64_t processRead;  // fetched from storage by the process and those it started
-  std::uint64_t processDirtied;
-  std::uint64_t peakAnonymous;  // largest RssAnon; mapped pages of files do not count
+  double job;       // the job alone
+  double cpu;       // of the job, in program and system, on all cores together
+  double synced;    // the job with the sync behind it
+  double diskRead;  // of the folder's device, with the sync; 0 where it is not known
+  double diskWritten;
+  double processRead;  // fetched from storage by the process and those it started
+  double processDirtied;
+  double peakAnonymous;  // largest RssAnon; mapped pages of files do not count
 };
 
 struct MeasuredJob {

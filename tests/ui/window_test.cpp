@@ -155,6 +155,15 @@ TEST(Window, GoesTheWholeRoad) {
     driver.Click(driver.Find("1056", dialog));
     driver.Click(driver.Find("1016", dialog));
     driver.Photograph("export");
+    // Enter in the prefix starts nothing, and Escape leaves an open entry alone.
+    driver.Find("1013", dialog)->setFocus();
+    driver.Key(Qt::Key_Return);
+    EXPECT_EQ(driver.Focus()->objectName(), "1017");
+    EXPECT_EQ(std::u16string(driver.App().tracks->exportName), u"Track-");
+    driver.Click(driver.Find("1040", dialog));
+    driver.Key(Qt::Key_Escape);
+    EXPECT_EQ(driver.Focus()->objectName(), "1065");
+    driver.Find("1013", dialog)->setFocus();
     driver.Expect(Press("1"));
     driver.Click(driver.Find("1", dialog));
     driver.Click(driver.Find("2", dialog));
@@ -215,6 +224,17 @@ TEST(Window, RefusesWhatDoesNotFit) {
   driver.Drop({bad});
   EXPECT_TRUE(driver.Heard().value(0).contains("WAVファイルではありません。"));
   EXPECT_EQ(driver.App().wavList->entryCount, 0);
+
+  // The entry takes digits, is emptied by Del, and stays while a menu is open over it.
+  driver.Key(Qt::Key_I);
+  driver.Type("1:0 x-2");
+  EXPECT_EQ(qobject_cast<QLineEdit*>(driver.Focus())->text(), "102");
+  driver.Key(Qt::Key_Delete);
+  EXPECT_EQ(qobject_cast<QLineEdit*>(driver.Focus())->text(), "");
+  driver.OpenPopup(driver.Focus(), QPoint(10, 10))->close();
+  driver.Settle();
+  EXPECT_EQ(driver.Focus()->objectName(), QString::number(kTimecodeEdit));
+  driver.Key(Qt::Key_Escape);
 
   // Points outside the clip leave the entry open.
   driver.Key(Qt::Key_I);

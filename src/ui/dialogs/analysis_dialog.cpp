@@ -17,7 +17,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTimerMilliseconds = 30;
-constexpr int kShiftRight = 5;
 constexpr int kWidth = 460;
 constexpr std::u16string_view kStoppedTitle = u"MXF Lattice Core";
 constexpr std::u16string_view kAnalysisTitle = u"MXF File Analysis";
@@ -84,7 +83,7 @@ int AnalysisDialog::exec() {
   app_.mxf->timecode->progressTotal = 0;
   app_.mxf->timecode->progressFrame = 0;
   running_ = true;
-  CentreOnParent(this, kShiftRight);
+  PlaceJobDialog(this);
   setStatus_(u"MXFファイルを解析中...");
   job_.Start();
   ShowProgress();

@@ -6,7 +6,11 @@
 
 namespace quorvan::ui {
 
-// Centres the dialog on its parent, `shift` pixels further to the right, when it opens.
-void CentreOnParent(QDialog* dialog, int shift = 0);
+// Centres the dialog, which is about to open, on the main window with its frame.
+void CentreOnWindow(QDialog* dialog);
+
+// The same for the dialog of a running job: on the client area, five pixels further to the right,
+// in letters a point larger.
+void PlaceJobDialog(QDialog* dialog);
 
 }  // namespace quorvan::ui

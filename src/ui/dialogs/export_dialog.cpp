@@ -1,5 +1,6 @@
 #include "ui/dialogs/export_dialog.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
@@ -79,8 +80,9 @@ ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetS
   layout->addLayout(buttons);
   connect(start, &QPushButton::clicked, this, &ExportDialog::Start);
   connect(close, &QPushButton::clicked, this, &QDialog::reject);
+  entry_->IgnoreEscape();
   RefreshPage();
-  CentreOnParent(this);
+  CentreOnWindow(this);
   inButton_->setFocus();
   prefix_->selectAll();
 }
@@ -136,11 +138,24 @@ QWidget* ExportDialog::MakeTargetRow() {
   layout->addWidget(new QLabel("プレフィックス名", row), 1, 0);
   layout->addWidget(prefix_, 1, 1);
   connect(choose, &QPushButton::clicked, this, &ExportDialog::ChooseFolder);
-  connect(prefix_, &QLineEdit::editingFinished, this, [this] {
-    platform::CopyText(app_.tracks->exportName, std::size(app_.tracks->exportName),
-                       FromQString(prefix_->text()));
-  });
+  prefix_->installEventFilter(this);
+  connect(prefix_, &QLineEdit::editingFinished, this, &ExportDialog::TakePrefix);
   return row;
+}
+
+void ExportDialog::TakePrefix() {
+  platform::CopyText(app_.tracks->exportName, std::size(app_.tracks->exportName),
+                     FromQString(prefix_->text()));
+}
+
+// Enter takes the prefix over; it does not start the export.
+bool ExportDialog::eventFilter(QObject* object, QEvent* event) {
+  if (object != prefix_ || event->type() != QEvent::KeyPress || !IsEnter(*event)) {
+    return RangeDialog::eventFilter(object, event);
+  }
+  TakePrefix();
+  trackButtons_[1]->setFocus();
+  return true;
 }
 
 void ExportDialog::RefreshPage() {
@@ -195,7 +210,7 @@ void ExportDialog::Start() {
   }
   app_.jobKind = kExportJob;
   ++tracks.exportCount;
-  platform::CopyText(tracks.exportName, std::size(tracks.exportName), FromQString(prefix_->text()));
+  TakePrefix();
   platform::CopyText(tracks.exportFolder, std::size(tracks.exportFolder),
                      FromQString(folder_->text()));
   RunJob();

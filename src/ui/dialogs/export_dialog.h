@@ -26,6 +26,7 @@ class ExportDialog : public RangeDialog {
  protected:
   std::u16string_view RewrapRangeRefusal() const override;
   std::u16string_view RewrapRangeTitle() const override;
+  bool eventFilter(QObject* object, QEvent* event) override;
 
  private:
   static constexpr int kButtonsOfPage = 8;
@@ -34,6 +35,7 @@ class ExportDialog : public RangeDialog {
   QWidget* MakeTargetRow();
   void TurnPage(int step);
   void ToggleAll();
+  void TakePrefix();
   void RefreshPage();
   void ChooseFolder();
   void Start();

@@ -16,7 +16,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTimerMilliseconds = 200;
-constexpr int kShiftRight = 5;
 constexpr int kWidth = 460;
 constexpr std::u16string_view kFailureTitle = u"MXF Lattice Core";
 
@@ -104,7 +103,7 @@ int JobDialog::exec() {
   app_.tracks->currentFrame = 0;
   percent_ = frames * 0.01;
   running_ = true;
-  CentreOnParent(this, kShiftRight);
+  PlaceJobDialog(this);
   job_.Start();
   setStatus_(kJobTexts[app_.jobKind].statusAtStart);
   action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));

@@ -12,17 +12,19 @@ constexpr COLOR kUnitColor = {200, 200, 200};
 constexpr int kValueWidth = 220;
 constexpr int kUnitWidth = 70;
 constexpr int kValueHeight = 60;
+constexpr QPoint kValueStart(0, 5);
 
 struct ResultRow {
   const char* caption;
   std::uint32_t valueId;
   std::uint32_t unitId;
   const char* unit;
+  QPoint unitStart;
 };
 constexpr ResultRow kResultRows[] = {
-    {"Integrated Loudness", 1055, 1060, "LKFS"},
-    {"True Peak", 1058, 1061, "dBTP"},
-    {"Loudness Range(LRA)", 1059, 1062, "LU"},
+    {"Integrated Loudness", 1055, 1060, "LKFS", {0, 13}},
+    {"True Peak", 1058, 1061, "dBTP", {0, 13}},
+    {"Loudness Range(LRA)", 1059, 1062, "LU", {0, 5}},
 };
 
 // The two lowest selected tracks, from 1.
@@ -66,7 +68,7 @@ LoudnessDialog::LoudnessDialog(APP_STATE_INFO* app, SetStatus setStatus, QWidget
   connect(measure, &QPushButton::clicked, this, &LoudnessDialog::Measure);
   connect(close, &QPushButton::clicked, this, &QDialog::reject);
   ShowResults();
-  CentreOnParent(this);
+  CentreOnWindow(this);
   inButton_->setFocus();
 }
 
@@ -78,8 +80,9 @@ QWidget* LoudnessDialog::MakeResults() {
   for (const ResultRow& result : kResultRows) {
     layout->addWidget(new QLabel(result.caption, box), 2 * row, 0, 1, 2);
     DrawnLabel* value = MakeDisplay(result.valueId, 8, kFigureColor, kValueWidth, kValueHeight,
-                                    HorizontalAlign::kRight);
-    DrawnLabel* unit = MakeDisplay(result.unitId, 6, kUnitColor, kUnitWidth, kValueHeight);
+                                    kValueStart, HorizontalAlign::kRight);
+    DrawnLabel* unit =
+        MakeDisplay(result.unitId, 6, kUnitColor, kUnitWidth, kValueHeight, result.unitStart);
     unit->SetText(result.unit);
     layout->addWidget(value, 2 * row + 1, 0);
     layout->addWidget(unit, 2 * row + 1, 1);

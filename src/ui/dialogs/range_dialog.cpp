@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kDisplayWidth = 200;
 constexpr int kDisplayHeight = 40;
-constexpr int kDisplayIndent = 4;
+constexpr QPoint kDisplayTextStart(4, 0);
 constexpr int kEntryDigits = 11;
 constexpr COLOR kBlack = {0, 0, 0};
 
@@ -37,10 +37,11 @@ RangeDialog::RangeDialog(APP_STATE_INFO* app, const RangeFields& fields, PointSe
 }
 
 DrawnLabel* RangeDialog::MakeDisplay(std::uint32_t id, std::size_t font, const COLOR& color,
-                                     int width, int height, HorizontalAlign align) {
+                                     int width, int height, const QPoint& textStart,
+                                     HorizontalAlign align) {
   auto* display = new DrawnLabel(
       {static_cast<ControlId>(id), font, color, align, VerticalAlign::kCenter, {}}, this);
-  display->SetFill(ToQColor(kBlack), kDisplayIndent);
+  display->SetFill(ToQColor(kBlack), textStart);
   display->setFixedSize(width, height);
   return display;
 }
@@ -50,9 +51,12 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   inButton_ = MakeButton("1040", "IN(&I)", group);
   QPushButton* outButton = MakeButton("1041", "OUT(&O)", group);
   QPushButton* takeOver = MakeButton("1056", "ラッピング範囲を使用(&P)", group);
-  DrawnLabel* in = MakeDisplay(1066, 4, kFigureColor, kDisplayWidth, kDisplayHeight);
-  DrawnLabel* out = MakeDisplay(1067, 4, kFigureColor, kDisplayWidth, kDisplayHeight);
-  DrawnLabel* duration = MakeDisplay(1068, 4, kWhite, kDisplayWidth, kDisplayHeight);
+  DrawnLabel* in =
+      MakeDisplay(1066, 4, kFigureColor, kDisplayWidth, kDisplayHeight, kDisplayTextStart);
+  DrawnLabel* out =
+      MakeDisplay(1067, 4, kFigureColor, kDisplayWidth, kDisplayHeight, kDisplayTextStart);
+  DrawnLabel* duration =
+      MakeDisplay(1068, 4, kWhite, kDisplayWidth, kDisplayHeight, kDisplayTextStart);
   auto* layout = new QGridLayout(group);
   layout->addWidget(inButton_, 0, 0);
   layout->addWidget(in, 0, 1);
@@ -72,6 +76,11 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   connect(takeOver, &QPushButton::clicked, this, &RangeDialog::TakeRewrapRange);
   entry_->Refresh();
   return group;
+}
+
+bool RangeDialog::IsEnter(const QEvent& key) {
+  const int code = static_cast<const QKeyEvent&>(key).key();
+  return code == Qt::Key_Return || code == Qt::Key_Enter;
 }
 
 void RangeDialog::TakeRewrapRange() {
@@ -99,8 +108,7 @@ void RangeDialog::RunJob() {
 }
 
 void RangeDialog::keyPressEvent(QKeyEvent* event) {
-  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  if (isEnter && entry_->Target() != kNoTarget) return;
+  if (IsEnter(*event) && entry_->Target() != kNoTarget) return;
   QDialog::keyPressEvent(event);
 }
 

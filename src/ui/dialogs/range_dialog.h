@@ -27,7 +27,8 @@ class RangeDialog : public QDialog {
 
   // A drawn label of the dialog on black.
   DrawnLabel* MakeDisplay(std::uint32_t id, std::size_t font, const COLOR& color, int width,
-                          int height, HorizontalAlign align = HorizontalAlign::kLeft);
+                          int height, const QPoint& textStart,
+                          HorizontalAlign align = HorizontalAlign::kLeft);
 
   // What is said when the rewrite's range is not complete.
   virtual std::u16string_view RewrapRangeRefusal() const = 0;
@@ -35,6 +36,9 @@ class RangeDialog : public QDialog {
 
   // True when both points are set; else says so and opens the entry of the first that is not.
   bool RequireRange(std::u16string_view title);
+
+  // True for one of the keys that confirm; `key` is a QKeyEvent.
+  static bool IsEnter(const QEvent& key);
 
   // Runs the job of jobKind in its dialog.
   void RunJob();

@@ -71,7 +71,7 @@ void ShowSettings(APP_STATE_INFO* app, QWidget* parent) {
   layout->addLayout(buttons);
   QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
   QObject::connect(cancel, &QPushButton::clicked, &dialog, &QDialog::reject);
-  CentreOnParent(&dialog);
+  CentreOnWindow(&dialog);
   fileIo->setFocus();
   if (dialog.exec() != QDialog::Accepted) return;
   app->tracks->wavBufferIndex = static_cast<std::uint32_t>(buffer->currentIndex());
@@ -136,8 +136,8 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
   ok->setDefault(true);
   layout->addWidget(ok, 0, Qt::AlignRight);
   QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
-  CentreOnParent(&dialog);
-  ok->setFocus();
+  CentreOnWindow(&dialog);
+  dialog.setFocus();
   dialog.exec();
 }
 
@@ -157,7 +157,7 @@ void ShowAbout(QWidget* parent) {
   texts->addWidget(ok, 0, Qt::AlignRight);
   layout->addLayout(texts);
   QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
-  CentreOnParent(&dialog);
+  CentreOnWindow(&dialog);
   dialog.exec();
 }
 

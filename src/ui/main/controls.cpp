@@ -22,6 +22,23 @@ Qt::Alignment AlignmentOf(const LabelSpec& spec) {
   return vertical | Qt::AlignLeft;
 }
 
+// Keys that stay those of their commands while a timecode is typed: letters are no input there, and
+// to copy or to take a line out is not what the entry is for.
+bool BelongsToCommand(const QKeyEvent& key) {
+  const bool isLetter = key.key() >= Qt::Key_A && key.key() <= Qt::Key_Z;
+  if ((key.modifiers() & Qt::ControlModifier) == 0) {
+    return isLetter || (key.key() == Qt::Key_Delete && key.modifiers() == Qt::NoModifier);
+  }
+  return key.key() == Qt::Key_C || key.key() == Qt::Key_U;
+}
+
+// True for a key that would type something else than a digit.
+bool IsForeignText(const QKeyEvent& key) {
+  if ((key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0) return false;
+  return !key.text().isEmpty() && key.text()[0].isPrint() &&
+         (key.text()[0] < '0' || key.text()[0] > '9');
+}
+
 }  // namespace
 
 DrawnLabel::DrawnLabel(const LabelSpec& spec, QWidget* parent) : QWidget(parent), spec_(spec) {
@@ -37,9 +54,9 @@ void DrawnLabel::SetText(const QString& text) {
   update();
 }
 
-void DrawnLabel::SetFill(const QColor& fill, int indent) {
+void DrawnLabel::SetFill(const QColor& fill, const QPoint& textStart) {
   fill_ = fill;
-  indent_ = indent;
+  textStart_ = textStart;
 }
 
 void DrawnLabel::paintEvent(QPaintEvent*) {
@@ -47,7 +64,7 @@ void DrawnLabel::paintEvent(QPaintEvent*) {
   if (fill_.isValid()) painter.fillRect(rect(), fill_);
   const int alignment = static_cast<int>(AlignmentOf(spec_));
   painter.setPen(ToQColor(spec_.color));
-  const QRect field = rect().adjusted(indent_, 0, 0, 0);
+  const QRect field = rect().adjusted(textStart_.x(), textStart_.y(), 0, 0);
   const QString line = fontMetrics().elidedText(text_, Qt::ElideRight, field.width());
   painter.drawText(field, alignment | Qt::TextDontClip, line);
 }
@@ -89,13 +106,9 @@ TimecodeEdit::TimecodeEdit(QWidget* parent) : QLineEdit(parent) {
 }
 
 bool TimecodeEdit::event(QEvent* event) {
-  // Letters are no input here: they stay the keys of their commands.
-  if (event->type() == QEvent::ShortcutOverride) {
-    const auto* key = static_cast<QKeyEvent*>(event);
-    if (key->key() >= Qt::Key_A && key->key() <= Qt::Key_Z &&
-        (key->modifiers() & Qt::ControlModifier) == 0) {
-      return false;
-    }
+  if (event->type() == QEvent::ShortcutOverride &&
+      BelongsToCommand(static_cast<const QKeyEvent&>(*event))) {
+    return false;
   }
   return QLineEdit::event(event);
 }
@@ -110,12 +123,14 @@ void TimecodeEdit::keyPressEvent(QKeyEvent* event) {
       emit Cancelled();
       return;
     default:
-      QLineEdit::keyPressEvent(event);
+      if (!IsForeignText(*event)) QLineEdit::keyPressEvent(event);
   }
 }
 
 void TimecodeEdit::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
+  // A menu that opens takes the keys for a while; the entry goes on behind it.
+  if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason) return;
   emit FocusLost();
 }
 

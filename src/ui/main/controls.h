@@ -19,8 +19,8 @@ class DrawnLabel : public QWidget {
 
   void SetText(const QString& text);
 
-  // Fills the field in front of its text, which starts `indent` pixels from the left edge.
-  void SetFill(const QColor& fill, int indent);
+  // Fills the field behind its text, whose rectangle starts at `textStart`.
+  void SetFill(const QColor& fill, const QPoint& textStart = {});
   const QString& Text() const { return text_; }
 
  signals:
@@ -35,7 +35,7 @@ class DrawnLabel : public QWidget {
   LabelSpec spec_;
   QString text_;
   QColor fill_;
-  int indent_ = 0;
+  QPoint textStart_;
 };
 
 // A button that is a picture. A quick second press is one more press.

@@ -35,7 +35,7 @@ MainView::MainView(APP_STATE_INFO* app, QWidget* parent) : QWidget(parent), app_
   for (const LabelSpec& spec : Labels()) {
     auto* label = new DrawnLabel(spec, this);
     label->SetText(ToQString(spec.caption));
-    if (spec.caption.empty()) label->SetFill(ToQColor(kPanelColor), 0);
+    if (spec.caption.empty()) label->SetFill(ToQColor(kPanelColor));
     labels_[spec.id] = label;
   }
   for (const ControlId id : kButtons)

@@ -383,6 +383,7 @@ void MainWindow::ShowLibrary(bool show) {
 }
 
 void MainWindow::Assign() {
+  Refresh();  // the row that has the focus now
   const AssignResult result = AssignWavFile(&app_, CurrentWavEntry(app_), app_.focusTrack);
   if (result == AssignResult::kNoEntry) return;
   if (result != AssignResult::kAssigned) {

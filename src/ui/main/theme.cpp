@@ -19,6 +19,7 @@ static void LoadPictures() {
 namespace quorvan::ui {
 namespace {
 
+constexpr int kDialogPoints = 10;
 constexpr int kLargestScale = 3;  // of the pictures that are there
 
 // By TrackSwitch.
@@ -49,6 +50,7 @@ void PaintPicture(QPainter* painter, const QRect& rect, const QString& name) {
 void DressApplication() {
   QFont font = QApplication::font();
   font.setFamilies(JapaneseFaces());
+  font.setPointSize(kDialogPoints);
   QApplication::setFont(font);
   static QTranslator
       toolkitTexts;  // of standard buttons and file dialogs, where they are installed
@@ -79,6 +81,7 @@ QFont FontOf(std::size_t index) {
   // The specified height is that of the cell; a face's own size is smaller by its leading.
   font.setPixelSize(spec.height * 5 / 6);
   font.setWeight(static_cast<QFont::Weight>(spec.weight));
+  if (spec.width != 0) font.setStretch(100 * spec.width / QFontMetrics(font).averageCharWidth());
   return font;
 }
 

@@ -66,6 +66,10 @@ void TimecodeField::Cancel() {
   host_->setFocus();
 }
 
+void TimecodeField::IgnoreEscape() {
+  disconnect(edit_, &TimecodeEdit::Cancelled, nullptr, nullptr);
+}
+
 void TimecodeField::Confirm() {
   checking_ = true;
   const TimecodeTarget target = target_;

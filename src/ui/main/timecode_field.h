@@ -31,6 +31,9 @@ class TimecodeField : public QObject {
   // Closes it without taking its text.
   void Cancel();
 
+  // From now on the Escape key leaves an open entry as it is.
+  void IgnoreEscape();
+
   // Opens the entry of the first point that is not set, if there is one.
   void OpenFirstUnset();
 
