@@ -1,6 +1,7 @@
 #include "export/export_file_io.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -8,7 +9,7 @@
 #include "export/export_files.h"
 #include "export/export_plan.h"
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/row_reader.h"
 #include "state/wav_buffer.h"
 
 namespace quorvan {
@@ -51,7 +52,10 @@ std::uint64_t NominalRowBytes(const ExportPlan& plan, const MXF_BASE_INFO& mxf) 
 class FileIoExport {
  public:
   FileIoExport(const ExportPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
-      : plan_(plan), tracks_(*tracks), mxf_(mxf) {}
+      : plan_(plan),
+        tracks_(*tracks),
+        mxf_(mxf),
+        rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
   FileIoExport(const FileIoExport&) = delete;
   FileIoExport& operator=(const FileIoExport&) = delete;
 
@@ -69,6 +73,8 @@ class FileIoExport {
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kFileExportNoClip;
     if (clip_.Size() != mxf_.fileSize) return kFileExportUnfit;
+    clip_.ExpectScattered();
+    if (!rows_.Allocate()) return kFileExportNoBlock;
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
     const BwfHeader header = HeaderOf(plan_, mxf_, kExtensionSize);
@@ -123,14 +129,16 @@ class FileIoExport {
   std::int32_t ReadBlock(std::uint32_t first, std::uint32_t frames) {
     for (std::uint32_t i = 0; i < frames; ++i) {
       const std::uint32_t entryIndex = plan_.range.firstEntry + first + i;
-      const ElementState state = ProveElements(clip_, mxf_, entryIndex, plan_.Tracks());
+      const ElementState state = rows_.Read(entryIndex);
       if (state == ElementState::kFault) return kFileExportNoClip;
       Row row;
       if (state != ElementState::kSound || !LocateRow(plan_, mxf_, Entry(first + i), &row)) {
         return kFileExportUnfit;
       }
       const auto bytes = static_cast<std::size_t>(row.bytes);
-      if (clip_.ReadAt(row.start, RowInBlock(i), bytes) != bytes) return kFileExportNoClip;
+      const std::uint8_t* found = rows_.At(row.start, bytes);
+      if (found == nullptr) return kFileExportUnfit;
+      std::memcpy(RowInBlock(i), found, bytes);
     }
     return kSuccess;
   }
@@ -151,6 +159,7 @@ class FileIoExport {
   AUDIOTRACK_IO_INFO& tracks_;
   const MXF_BASE_INFO& mxf_;
   platform::File clip_;
+  RowReader rows_;
   ExportFiles files_;
   std::uint64_t rowBytes_ = 0;
   std::uint32_t blockFrames_ = 0;

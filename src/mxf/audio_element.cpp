@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "mxf/frame_walk.h"
 #include "mxf/klv.h"
 #include "platform/fault_guard.h"
 
@@ -13,7 +14,7 @@ namespace {
 constexpr std::size_t kKeyBytes = 16;
 constexpr std::uint8_t kLongForm = 0x80;
 constexpr std::size_t kMostLengthBytes = 8;
-constexpr std::size_t kMostHeaderBytes = kKeyBytes + 1 + kMostLengthBytes;
+static_assert(kMostHeaderBytes == kKeyBytes + 1 + kMostLengthBytes);
 
 AudioElementKind KindOf(const std::uint8_t* key) {
   if (KeyMatches(key, keys::kAes3Element)) return kAes3Element;
@@ -37,50 +38,22 @@ std::size_t ReadHeader(const std::uint8_t* p, std::uint64_t rest, std::uint64_t*
   return header;
 }
 
-// An audio element as the frame itself shows it.
-struct AudioElement {
-  std::uint64_t keyOffset;   // in the file
-  std::uint64_t valueBytes;  // 0 unless its length field has four bytes
-  AudioElementKind kind;
-};
-
-// The first audio elements of a frame.
-struct FrameElements {
-  std::uint32_t count = 0;
-  std::array<AudioElement, kMaxTracks> element;
-};
-
 AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::uint64_t length) {
   const bool followed = key[kKeyBytes] == kFourByteLength;
   return {keyOffset, followed ? length : 0, KindOf(key)};
 }
 
-// The walk itself, over a frame of `size` bytes that lies at `start` in the file. `headerAt` gives
-// the bytes at a place in the frame, kMostHeaderBytes or as many as the frame still holds there;
-// null ends the walk. With views it runs inside a guard, so it owns nothing.
-template <typename HeaderAt>
-bool CollectElements(HeaderAt headerAt, std::uint64_t size, std::uint64_t start,
-                     std::uint32_t wanted, FrameElements* elements) {
-  std::uint64_t at = 0;
-  while (elements->count < wanted) {
-    if (at >= size) return false;
-    const std::uint8_t* key = headerAt(at);
-    if (key == nullptr) return false;
-    std::uint64_t length = 0;
-    const std::size_t header = ReadHeader(key, size - at, &length);
-    if (header == 0 || length > size - at - header) return false;
-    if (KindOf(key) != kNoAudioElement) {
-      elements->element[elements->count++] = ElementAt(key, start + at, length);
-    }
-    at += header + length;
-  }
-  return true;
-}
+}  // namespace
 
-// Where a frame ends at the latest: at the next one, or at the end of the file.
-std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex) {
-  const bool isLast = entryIndex + 1 == mxf.timecode->frameCount;
-  return isLast ? mxf.fileSize : (*mxf.indexEntries)[entryIndex + 1].fileOffset;
+std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t keyOffset,
+                                         std::uint64_t rest, FrameElements* elements) {
+  std::uint64_t length = 0;
+  const std::size_t header = ReadHeader(key, rest, &length);
+  if (header == 0 || length > rest - header) return std::nullopt;
+  if (KindOf(key) != kNoAudioElement) {
+    elements->element[elements->count++] = ElementAt(key, keyOffset, length);
+  }
+  return header + length;
 }
 
 bool AreWhereTheIndexSays(const FrameElements& elements, const MXF_BASE_INFO& mxf,
@@ -95,12 +68,14 @@ bool AreWhereTheIndexSays(const FrameElements& elements, const MXF_BASE_INFO& mx
   });
 }
 
-// Tracks up to and with the last one of an ascending list.
 std::uint32_t TracksUpToLast(std::span<const std::uint32_t> tracks) {
   return tracks.empty() ? 0 : tracks.back() + 1;
 }
 
-}  // namespace
+std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex) {
+  const bool isLast = entryIndex + 1 == mxf.timecode->frameCount;
+  return isLast ? mxf.fileSize : (*mxf.indexEntries)[entryIndex + 1].fileOffset;
+}
 
 std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
                                                const INDEX_ENTRY_ARRAY& entry,
@@ -131,31 +106,17 @@ ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO
   const std::uint64_t size = std::min(end - start, view.size() - offset);
   FrameElements elements;
   bool complete = false;
-  auto headerAt = [&](std::uint64_t at) { return frame + at; };
-  auto walk = [&] { complete = CollectElements(headerAt, size, start, wanted, &elements); };
-  if (!platform::RunGuarded(walk).completed) return ElementState::kFault;
-  return complete && AreWhereTheIndexSays(elements, mxf, entry, tracks) ? ElementState::kSound
-                                                                        : ElementState::kMisplaced;
-}
-
-ElementState ProveElements(const platform::File& clip, const MXF_BASE_INFO& mxf,
-                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks) {
-  const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[entryIndex];
-  const std::uint64_t start = entry.fileOffset;
-  const std::uint64_t end = FrameEnd(mxf, entryIndex);
-  const std::uint32_t wanted = TracksUpToLast(tracks);
-  if (wanted > kMaxTracks || end < start) return ElementState::kMisplaced;
-  const std::uint64_t size = end - start;
-  FrameElements elements;
-  std::array<std::uint8_t, kMostHeaderBytes> bytes;
-  bool failed = false;
-  auto headerAt = [&](std::uint64_t at) -> const std::uint8_t* {
-    const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(size - at, bytes.size()));
-    failed = clip.ReadAt(start + at, bytes.data(), held) != held;
-    return failed ? nullptr : bytes.data();
+  // Runs inside a guard, so it owns nothing.
+  auto walk = [&] {
+    std::uint64_t at = 0;
+    while (elements.count < wanted && at < size) {
+      const auto step = TakeElement(frame + at, start + at, size - at, &elements);
+      if (!step) return;
+      at += *step;
+    }
+    complete = elements.count == wanted;
   };
-  const bool complete = CollectElements(headerAt, size, start, wanted, &elements);
-  if (failed) return ElementState::kFault;
+  if (!platform::RunGuarded(walk).completed) return ElementState::kFault;
   return complete && AreWhereTheIndexSays(elements, mxf, entry, tracks) ? ElementState::kSound
                                                                         : ElementState::kMisplaced;
 }

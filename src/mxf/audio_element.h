@@ -8,7 +8,6 @@
 #include <span>
 
 #include "mxf/records.h"
-#include "platform/file.h"
 #include "platform/mapping.h"
 
 namespace quorvan {
@@ -55,10 +54,9 @@ enum class ElementState {
 // from key to key through the frame, whose n-th audio element is that of track n, and compares what
 // it finds with what the index says: the place, the kind that the analysis found, and a four-byte
 // length that holds the value and at most one sample more. kMisplaced when they differ, what stands
-// there is no row of KLVs, or `view` does not cover the frame that far.
+// there is no row of KLVs, or `view` does not cover the frame that far. Without a view, RowReader
+// does the same.
 ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO& mxf,
-                           std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
-ElementState ProveElements(const platform::File& clip, const MXF_BASE_INFO& mxf,
                            std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
 
 }  // namespace quorvan

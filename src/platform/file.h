@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace quorvan::platform {
@@ -17,6 +18,12 @@ enum class OpenMode {
   kReadShared,  // existing file, read only, shared with other readers
   kRewrite,     // existing file, read and write, shared with nobody
   kCreateNew,   // new file, read and write, shared with nobody; fails where the name exists
+};
+
+enum class WriteResult {
+  kDone,
+  kFailed,       // not all of it was written
+  kSourceFault,  // what was to be written is a view whose storage has failed
 };
 
 // A point in time in units of 100 ns since 1601-01-01 00:00 UTC.
@@ -76,6 +83,21 @@ class File {
   // The same at an absolute offset, without reading or moving the file pointer.
   std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const;
   bool WriteAt(std::uint64_t offset, const void* data, std::size_t length);
+
+  // The same as ReadAt, when all of it is in memory already; false, at once, when some of it would
+  // have to come from the medium, or when the system cannot tell.
+  bool ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const;
+
+  // Tells the system that reads and writes go to places here and there: nothing around them is
+  // worth fetching.
+  void ExpectScattered() const;
+
+  // Asks for bytes that are going to be read or partly overwritten, and does not wait for them.
+  void Prefetch(std::uint64_t offset, std::uint64_t length) const;
+
+  // Writes the pieces one behind the other, from `offset` on, in as few calls as the system allows.
+  WriteResult WriteGathered(std::uint64_t offset,
+                            std::span<const std::span<const std::uint8_t>> pieces);
 
   // Asks the system to bring all written bytes onto the medium. False when it reports an error.
   bool Flush();

@@ -1,36 +1,57 @@
 #include "rewrite/element_gate.h"
 
-#include <cstring>
-
-#include "platform/fault_guard.h"
+#include <algorithm>
+#include <array>
 
 namespace quorvan {
 namespace {
 
-bool LiesIn(const platform::MappedView& view, const void* address) {
-  const auto* p = static_cast<const std::uint8_t*>(address);
-  return p >= view.data() && p < view.data() + view.size();
+bool Ascends(std::span<const RowPiece> row) {
+  const auto overlap = [](const RowPiece& before, const RowPiece& piece) {
+    return piece.value.fileOffset() < before.value.end();
+  };
+  return std::adjacent_find(row.begin(), row.end(), overlap) == row.end();
+}
+
+// Pieces of a row that hang together: number of them from the first on.
+std::size_t RunLength(std::span<const RowPiece> row) {
+  std::size_t length = 1;
+  while (length < row.size() && row[length].between != nullptr)
+    ++length;
+  return length;
+}
+
+platform::WriteResult WriteRun(platform::File* clip, std::span<const RowPiece> run) {
+  std::array<std::span<const std::uint8_t>, 2 * kMaxTracks> parts;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < run.size(); ++i) {
+    const ElementValue& value = run[i].value;
+    if (i > 0) {
+      const std::uint64_t gap = value.fileOffset() - run[i - 1].value.end();
+      parts[count++] = {run[i].between, static_cast<std::size_t>(gap)};
+    }
+    parts[count++] = {run[i].samples, value.bytes()};
+  }
+  return clip->WriteGathered(run[0].value.fileOffset(), std::span(parts).first(count));
 }
 
 }  // namespace
 
-GateResult WriteElement(const platform::MappedView& view, const ElementValue& value,
-                        std::span<const std::uint8_t> samples) {
-  if (samples.size() != value.bytes() || !view.Covers(value.fileOffset(), value.bytes())) {
-    return GateResult::kRefused;
+GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row) {
+  if (row.size() > kMaxTracks || !Ascends(row)) return GateResult::kRefused;
+  while (!row.empty()) {
+    const std::size_t length = RunLength(row);
+    switch (WriteRun(clip, row.first(length))) {
+      case platform::WriteResult::kDone:
+        break;
+      case platform::WriteResult::kFailed:
+        return GateResult::kClipFault;
+      case platform::WriteResult::kSourceFault:
+        return GateResult::kSourceFault;
+    }
+    row = row.subspan(length);
   }
-  std::uint8_t* target = view.data() + (value.fileOffset() - view.fileOffset());
-  auto copy = [&] { std::memcpy(target, samples.data(), samples.size()); };
-  const platform::GuardResult guarded = platform::RunGuarded(copy);
-  if (guarded.completed) return GateResult::kDone;
-  return LiesIn(view, guarded.address) ? GateResult::kClipFault : GateResult::kSourceFault;
-}
-
-GateResult WriteElement(platform::File* clip, const ElementValue& value,
-                        std::span<const std::uint8_t> samples) {
-  if (samples.size() != value.bytes()) return GateResult::kRefused;
-  return clip->WriteAt(value.fileOffset(), samples.data(), samples.size()) ? GateResult::kDone
-                                                                           : GateResult::kClipFault;
+  return GateResult::kDone;
 }
 
 }  // namespace quorvan

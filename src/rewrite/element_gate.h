@@ -1,5 +1,5 @@
-// The one way into the essence of a clip: the value of an audio element. Nothing else of a clip can
-// be written through here.
+// The one way into the essence of a clip: the values of audio elements. Nothing else of a clip can
+// be changed through here.
 
 #pragma once
 
@@ -8,19 +8,24 @@
 
 #include "mxf/audio_element.h"
 #include "platform/file.h"
-#include "platform/mapping.h"
 
 namespace quorvan {
 
 enum class GateResult { kDone, kRefused, kClipFault, kSourceFault };
 
-// Writes `samples`, exactly value.bytes() of them, over the value through `view`. A kSourceFault is
-// one of the storage behind `samples`. After a fault part of the value may be written.
-GateResult WriteElement(const platform::MappedView& view, const ElementValue& value,
-                        std::span<const std::uint8_t> samples);
+// What becomes of one value of a row.
+struct RowPiece {
+  ElementValue value;
+  const std::uint8_t* samples;  // value.bytes() of them
+  // The bytes between the value before and this one as they stand in the file, so that both can be
+  // written at one go; null where they are not at hand.
+  const std::uint8_t* between;
+};
 
-// The same through the open clip, from samples in memory.
-GateResult WriteElement(platform::File* clip, const ElementValue& value,
-                        std::span<const std::uint8_t> samples);
+// Writes the pieces, whose values lie in ascending order, into the open clip. What lies between two
+// values is left alone or written as it is. kRefused, with nothing written, when values overlap or
+// there are more than kMaxTracks. A kSourceFault is one of the storage behind samples. After a
+// fault part of the row may be written.
+GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row);
 
 }  // namespace quorvan

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "mxf/analysis.h"
-#include "rewrite/element_gate.h"
 #include "rewrite/rewrap_mapped.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_proof.h"
+#include "rewrite/row_writer.h"
 #include "rewrite/source_blocks.h"
 #include "rewrite/umid.h"
 #include "state/wav_buffer.h"
@@ -33,7 +33,8 @@ class FileIoRewrite {
         tracks_(*tracks),
         mxf_(*mxf),
         files_(plan, tracks),
-        blocks_(plan, *mxf, files_) {}
+        blocks_(plan, *mxf, files_),
+        rows_(plan, *mxf, &clip_) {}
   FileIoRewrite(const FileIoRewrite&) = delete;
   FileIoRewrite& operator=(const FileIoRewrite&) = delete;
 
@@ -54,7 +55,7 @@ class FileIoRewrite {
       return kFileRewrapNoBlock;
     }
     if (!files_.Open()) return kFileRewrapNoWav;
-    if (!blocks_.AllocateTrackBuffer()) return kFileRewrapNoTrackBuffer;
+    if (!blocks_.AllocateTrackBuffers()) return kFileRewrapNoTrackBuffer;
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
     return kSuccess;
@@ -64,22 +65,24 @@ class FileIoRewrite {
   std::int32_t ProveValues() {
     if (!IsPlannedClip(clip_, plan_, mxf_)) return kFileRewrapUnfit;
     if (files_.Check() != SourceState::kSound) return kFileRewrapNoWav;
+    if (!rows_.Allocate()) return kFileRewrapNoTrackBuffer;
     for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       if (tracks_.cancel == 1) return Cancel();
-      const std::int32_t failed =
-          CodeOf(ProveElements(clip_, mxf_, plan_.range.firstEntry + i, plan_.Tracks()));
-      if (failed != kSuccess) return failed;
+      if (const std::int32_t failed = CodeOf(rows_.Prove(i))) return failed;
     }
     return kSuccess;
   }
 
   std::int32_t WriteAll() {
+    rows_.StartWriting();
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
       const std::uint32_t firstEntry = plan_.range.firstEntry + done;
       if (!blocks_.Read(firstEntry, frames)) return kFileRewrapWavFault;
       for (std::uint32_t i = 0; i < frames; ++i) {
-        if (const std::int32_t failed = WriteFrame(firstEntry + i)) return failed;
+        blocks_.Take((*mxf_.indexEntries)[firstEntry + i], &samples_);
+        const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
+        if (written != GateResult::kDone) return CodeOf(written);
         if (tracks_.cancel == 1) return Cancel();
         tracks_.currentFrame = ++done;
       }
@@ -90,22 +93,6 @@ class FileIoRewrite {
   std::int32_t Cancel() {
     tracks_.cancel = 0;
     return kCancelled;
-  }
-
-  std::int32_t WriteFrame(std::uint32_t entryIndex) {
-    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
-      const TrackSource& source = plan_.sources[s];
-      for (std::uint32_t c = 0; c < source.trackCount; ++c) {
-        const auto value = LocateElementValue(mxf_, entry, source.firstTrack + c);
-        if (!value) return kFileRewrapUnfit;
-        const std::uint8_t* samples = blocks_.Samples(s, c, entry);
-        const GateResult written = WriteElement(&clip_, *value, {samples, value->bytes()});
-        if (written != GateResult::kDone) return CodeOf(written);
-      }
-    }
-    blocks_.Advance(entry);
-    return kSuccess;
   }
 
   std::int32_t Finish() {
@@ -120,6 +107,8 @@ class FileIoRewrite {
   SourceFiles files_;
   platform::File clip_;
   SourceBlocks blocks_;
+  RowWriter rows_;
+  std::array<const std::uint8_t*, kMaxTracks> samples_{};
 };
 
 }  // namespace

@@ -3,15 +3,11 @@
 #include <algorithm>
 #include <new>
 
-#include "mxf/audio_element.h"
 #include "rewrite/wav_source.h"
 #include "state/wav_buffer.h"
 
 namespace quorvan {
 namespace {
-
-// Room for one frame of one track, whatever its width: the largest frame in samples of four bytes.
-constexpr std::uint64_t kFrameRoom = std::uint64_t{kLargestFrameSamples} * 4;
 
 std::uint64_t RegionBytes(const TrackSource& source, std::uint32_t frames) {
   if (source.wav == nullptr) return 0;
@@ -39,9 +35,9 @@ bool SourceBlocks::AllocateBlock(std::uint32_t blockFrames) {
   return true;
 }
 
-bool SourceBlocks::AllocateTrackBuffer() {
-  trackBuffer_.reset(new (std::nothrow) std::uint8_t[kFrameRoom]);
-  return trackBuffer_ != nullptr;
+bool SourceBlocks::AllocateTrackBuffers() {
+  trackBuffers_.reset(new (std::nothrow) std::uint8_t[kFrameRoom * plan_.trackCount + 1]);
+  return trackBuffers_ != nullptr;
 }
 
 bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
@@ -64,25 +60,24 @@ bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
   return true;
 }
 
-const std::uint8_t* SourceBlocks::Samples(std::uint32_t s, std::uint32_t c,
-                                          const INDEX_ENTRY_ARRAY& entry) {
-  const TrackSource& source = plan_.sources[s];
-  const Region& region = regions_[s];
-  const std::uint32_t held = std::min(region.held, entry.audioSamples);
-  if (held == 0) return silence_.get();
+void SourceBlocks::Take(const INDEX_ENTRY_ARRAY& entry,
+                        std::array<const std::uint8_t*, kMaxTracks>* samples) {
   const std::uint32_t width = mxf_.audio->blockAlign;
-  if (held == entry.audioSamples && source.wav->blockAlign == width) return region.readPos;
-  FillChannel(*source.wav, source.firstChannel + c, region.readPos, held, entry.audioSamples, width,
-              trackBuffer_.get());
-  return trackBuffer_.get();
-}
-
-void SourceBlocks::Advance(const INDEX_ENTRY_ARRAY& entry) {
+  std::uint32_t n = 0;
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
+    const TrackSource& source = plan_.sources[s];
     Region& region = regions_[s];
     const std::uint32_t held = std::min(region.held, entry.audioSamples);
+    const bool straight = held > 0 && held == entry.audioSamples && source.wav->blockAlign == width;
+    for (std::uint32_t c = 0; c < source.trackCount; ++c, ++n) {
+      std::uint8_t* target = trackBuffers_.get() + kFrameRoom * n;
+      (*samples)[n] = held == 0 ? silence_.get() : straight ? region.readPos : target;
+      if (held == 0 || straight) continue;
+      FillChannel(*source.wav, source.firstChannel + c, region.readPos, held, entry.audioSamples,
+                  width, target);
+    }
     if (held == 0) continue;
-    region.readPos += std::size_t{held} * plan_.sources[s].wav->blockAlign;
+    region.readPos += std::size_t{held} * source.wav->blockAlign;
     region.held -= held;
   }
 }

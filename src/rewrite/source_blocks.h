@@ -23,8 +23,8 @@ class SourceBlocks {
   // than the clip's tracks can have.
   bool AllocateBlock(std::uint32_t blockFrames);
 
-  // Takes memory for one frame of one channel. False when there is none.
-  bool AllocateTrackBuffer();
+  // Takes memory for one frame of every track. False when there is none.
+  bool AllocateTrackBuffers();
 
   // Frames of a full block.
   std::uint32_t frames() const { return blockFrames_; }
@@ -33,13 +33,11 @@ class SourceBlocks {
   // follow each other from the plan's first frame on. False when it does not come.
   bool Read(std::uint32_t firstEntry, std::uint32_t frames);
 
-  // The audio that channel `c`, counted from the first one of source `s` that is used, gives to the
-  // block's current frame, which is the one of `entry`, in the clip's sample width. Silence where
-  // the file has ended. Valid until the next call.
-  const std::uint8_t* Samples(std::uint32_t s, std::uint32_t c, const INDEX_ENTRY_ARRAY& entry);
-
-  // Goes on to the frame behind that of `entry`.
-  void Advance(const INDEX_ENTRY_ARRAY& entry);
+  // What each track of the plan, in their order, gets in the block's current frame, which is the
+  // one of `entry`, in the clip's sample width: straight from the block where its bytes are just
+  // those, else split; silence where the file has ended. Valid until the next call, which is for
+  // the frame behind.
+  void Take(const INDEX_ENTRY_ARRAY& entry, std::array<const std::uint8_t*, kMaxTracks>* samples);
 
  private:
   // What the block holds of one source.
@@ -57,7 +55,7 @@ class SourceBlocks {
   std::uint32_t blockFrames_ = 0;
   std::unique_ptr<std::uint8_t[]> wavBlock_;
   std::unique_ptr<std::uint8_t[]> silence_;
-  std::unique_ptr<std::uint8_t[]> trackBuffer_;
+  std::unique_ptr<std::uint8_t[]> trackBuffers_;
 };
 
 }  // namespace quorvan

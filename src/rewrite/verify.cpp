@@ -1,12 +1,10 @@
 #include "rewrite/verify.h"
 
 #include <algorithm>
-#include <cstring>
-#include <memory>
-#include <new>
+#include <array>
 
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/row_reader.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_proof.h"
@@ -40,7 +38,8 @@ class Verification {
         tracks_(*tracks),
         mxf_(mxf),
         files_(plan, tracks),
-        blocks_(plan, mxf, files_) {}
+        blocks_(plan, mxf, files_),
+        rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
   Verification(const Verification&) = delete;
   Verification& operator=(const Verification&) = delete;
 
@@ -67,31 +66,28 @@ class Verification {
   std::int32_t Prepare(const std::u16string& path) {
     clip_ = platform::File::Open(path, platform::OpenMode::kReadShared);
     if (!clip_.IsOpen()) return kFileRewrapNoClip;
-    found_.reset(new (std::nothrow) std::uint8_t[kLargestFrameSamples * kMostSampleBytes]);
-    if (found_ == nullptr ||
-        !blocks_.AllocateBlock(BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode))) {
+    if (!blocks_.AllocateBlock(BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode))) {
       return kFileRewrapNoBlock;
     }
     if (!files_.Open()) return kFileRewrapNoWav;
-    if (!blocks_.AllocateTrackBuffer()) return kFileRewrapNoTrackBuffer;
+    if (!blocks_.AllocateTrackBuffers()) return kFileRewrapNoTrackBuffer;
     if (!IsPlannedClip(clip_, plan_, mxf_)) return kFileRewrapUnfit;
+    clip_.ExpectScattered();
+    if (!rows_.Allocate()) return kFileRewrapNoTrackBuffer;
     return files_.Check() == SourceState::kSound ? kSuccess
                                                  : static_cast<std::int32_t>(kFileRewrapNoWav);
   }
 
   VerifyResult CompareFrame(std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    const ElementState state = ProveElements(clip_, mxf_, entryIndex, plan_.Tracks());
+    const ElementState state = rows_.Read(entryIndex);
     if (state == ElementState::kFault) return Failed(kFileRewrapClipFault);
     if (state != ElementState::kSound) return Failed(kFileRewrapUnfit);
-    for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
-      for (std::uint32_t c = 0; c < plan_.sources[s].trackCount; ++c) {
-        const std::uint32_t track = plan_.sources[s].firstTrack + c;
-        const VerifyResult compared = CompareValue(track, entryIndex, blocks_.Samples(s, c, entry));
-        if (compared.state != VerifyState::kSame) return compared;
-      }
+    blocks_.Take(entry, &samples_);
+    for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
+      const VerifyResult compared = CompareValue(plan_.track[n], entryIndex, samples_[n]);
+      if (compared.state != VerifyState::kSame) return compared;
     }
-    blocks_.Advance(entry);
     return Same();
   }
 
@@ -99,18 +95,17 @@ class Verification {
                             const std::uint8_t* wanted) const {
     const auto value = LocateElementValue(mxf_, (*mxf_.indexEntries)[entryIndex], track);
     if (!value) return Failed(kFileRewrapUnfit);
-    if (clip_.ReadAt(value->fileOffset(), found_.get(), value->bytes()) != value->bytes()) {
-      return Failed(kFileRewrapClipFault);
-    }
+    const std::uint8_t* found = rows_.At(value->fileOffset(), value->bytes());
+    if (found == nullptr) return Failed(kFileRewrapUnfit);
     const std::uint8_t* end = wanted + value->bytes();
-    const std::uint8_t* place = std::mismatch(wanted, end, found_.get()).first;
+    const std::uint8_t* place = std::mismatch(wanted, end, found).first;
     if (place == end) return Same();
     const std::uint32_t width = mxf_.audio->blockAlign;
     const auto sample = static_cast<std::uint32_t>(place - wanted) / width;
     const std::uint32_t at = sample * width;
     return {VerifyState::kDiffers,
             {track, entryIndex, sample, value->fileOffset() + at, SampleAt(wanted + at, width),
-             SampleAt(found_.get() + at, width)},
+             SampleAt(found + at, width)},
             kSuccess};
   }
 
@@ -120,7 +115,8 @@ class Verification {
   SourceFiles files_;
   SourceBlocks blocks_;
   platform::File clip_;
-  std::unique_ptr<std::uint8_t[]> found_;
+  RowReader rows_;
+  std::array<const std::uint8_t*, kMaxTracks> samples_{};
 };
 
 }  // namespace

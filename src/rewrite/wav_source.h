@@ -4,9 +4,13 @@
 
 #include <cstdint>
 
+#include "mxf/audio_element.h"
 #include "wav/wav_library.h"
 
 namespace quorvan {
+
+// Room for one frame of one track, whatever its width: the largest frame in samples of four bytes.
+inline constexpr std::uint64_t kFrameRoom = std::uint64_t{kLargestFrameSamples} * 4;
 
 // One channel of the interleaved sample frames of `wav` at `interleaved`, of which there are
 // `held`, as `wanted` samples of `width` bytes at `target`: bytes as they are, or 16 bits in the

@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <limits>
@@ -19,6 +21,7 @@ namespace {
 
 constexpr std::uint64_t kMaxOffset = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
+constexpr std::size_t kMostPieces = 64;  // of one call
 
 FileTime ToFileTime(std::int64_t seconds, std::int64_t nanoseconds) {
   return static_cast<FileTime>(seconds * kTicksPerSecond + nanoseconds / 100 +
@@ -168,6 +171,50 @@ bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
            return pwrite(handle_, static_cast<const char*>(data) + done, rest,
                          static_cast<off_t>(offset + done));
          }) == length;
+}
+
+bool File::ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const {
+  if (offset > kMaxOffset || length > kMaxOffset - offset) return false;
+  const iovec piece = {buffer, length};
+  return preadv2(handle_, &piece, 1, static_cast<off_t>(offset), RWF_NOWAIT) ==
+         static_cast<ssize_t>(length);
+}
+
+void File::ExpectScattered() const {
+  posix_fadvise(handle_, 0, 0, POSIX_FADV_RANDOM);
+}
+
+void File::Prefetch(std::uint64_t offset, std::uint64_t length) const {
+  if (offset > kMaxOffset || length > kMaxOffset - offset) return;
+  posix_fadvise(handle_, static_cast<off_t>(offset), static_cast<off_t>(length),
+                POSIX_FADV_WILLNEED);
+}
+
+WriteResult File::WriteGathered(std::uint64_t offset,
+                                std::span<const std::span<const std::uint8_t>> pieces) {
+  std::array<iovec, kMostPieces> calls;
+  std::size_t skipped = 0;  // bytes of the first piece that are written
+  while (!pieces.empty()) {
+    const std::size_t count = std::min(pieces.size(), calls.size());
+    for (std::size_t i = 0; i < count; ++i) {
+      const auto piece = pieces[i].subspan(i == 0 ? skipped : 0);
+      calls[i] = {const_cast<std::uint8_t*>(piece.data()), piece.size()};
+    }
+    if (offset > kMaxOffset) return WriteResult::kFailed;
+    const ssize_t step =
+        pwritev(handle_, calls.data(), static_cast<int>(count), static_cast<off_t>(offset));
+    if (step < 0 && errno == EINTR) continue;
+    if (step < 0) return errno == EFAULT ? WriteResult::kSourceFault : WriteResult::kFailed;
+    offset += static_cast<std::uint64_t>(step);
+    skipped += static_cast<std::size_t>(step);
+    const std::size_t before = pieces.size();
+    while (!pieces.empty() && skipped >= pieces.front().size()) {
+      skipped -= pieces.front().size();
+      pieces = pieces.subspan(1);
+    }
+    if (step == 0 && pieces.size() == before) return WriteResult::kFailed;
+  }
+  return WriteResult::kDone;
 }
 
 bool File::Flush() {
