@@ -9,6 +9,9 @@
 namespace quorvan {
 namespace {
 
+// What stays in the processor's cache between its reading and its writing.
+constexpr std::uint64_t kCacheBytes = std::uint64_t{3} << 19;
+
 std::uint64_t RegionBytes(const TrackSource& source, std::uint32_t frames) {
   if (source.wav == nullptr) return 0;
   return std::uint64_t{source.wav->blockAlign} * kLargestFrameSamples * frames;
@@ -23,7 +26,9 @@ bool SourceBlocks::AllocateBlock(std::uint32_t blockFrames) {
   std::uint64_t frameBytes = 0;
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s)
     frameBytes += RegionBytes(plan_.sources[s], 1);
-  blockFrames_ = std::min(FramesInMemory(blockFrames, frameBytes), plan_.range.total);
+  aheadFrames_ = std::min(FramesInMemory(blockFrames, frameBytes), plan_.range.total);
+  const std::uint64_t cached = std::max<std::uint64_t>(kCacheBytes / (frameBytes + 1), 1);
+  blockFrames_ = static_cast<std::uint32_t>(std::min<std::uint64_t>(aheadFrames_, cached));
   wavBlock_.reset(new (std::nothrow) std::uint8_t[frameBytes * blockFrames_ + 1]);
   silence_.reset(new (std::nothrow) std::uint8_t[kFrameRoom]());
   if (wavBlock_ == nullptr || silence_ == nullptr) return false;
@@ -40,7 +45,27 @@ bool SourceBlocks::AllocateTrackBuffers() {
   return trackBuffers_ != nullptr;
 }
 
+// Asks for what the files give to the frames ahead, when the last such stretch is used up.
+void SourceBlocks::AskFor(std::uint32_t firstEntry) {
+  if (firstEntry < askedUpTo_) return;
+  const std::uint32_t end = plan_.range.firstEntry + plan_.range.total;
+  const std::uint32_t frames = std::min(aheadFrames_, end - firstEntry);
+  std::uint64_t samples = 0;
+  for (std::uint32_t i = 0; i < frames; ++i)
+    samples += (*mxf_.indexEntries)[firstEntry + i].audioSamples;
+  for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
+    const WAV_FILE_INFO* wav = plan_.sources[s].wav;
+    if (wav == nullptr) continue;
+    const std::uint64_t consumed = regions_[s].consumed;
+    files_.Of(plan_.sources[s])
+        .Prefetch(wav->dataOffset + consumed * wav->blockAlign,
+                  SamplesLeft(*wav, consumed, samples) * wav->blockAlign);
+  }
+  askedUpTo_ = firstEntry + frames;
+}
+
 bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
+  AskFor(firstEntry);
   std::uint64_t samples = 0;
   for (std::uint32_t i = 0; i < frames; ++i)
     samples += (*mxf_.indexEntries)[firstEntry + i].audioSamples;

@@ -18,15 +18,15 @@ class SourceBlocks {
   SourceBlocks(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, const SourceFiles& files)
       : plan_(plan), mxf_(mxf), files_(files) {}
 
-  // Takes memory for `blockFrames` frames of every file, or for fewer where they need more than a
-  // job may take or the plan has fewer. False when there is none, or `blockFrames` is 0 or more
-  // than the clip's tracks can have.
+  // Sets how far ahead the files are asked for: `blockFrames` frames, or fewer where they need more
+  // than a job may take or the plan has fewer. Takes memory for what is worked on at a time. False
+  // when there is none, or `blockFrames` is 0 or more than the clip's tracks can have.
   bool AllocateBlock(std::uint32_t blockFrames);
 
   // Takes memory for one frame of every track. False when there is none.
   bool AllocateTrackBuffers();
 
-  // Frames of a full block.
+  // Frames of a full block: few enough to stay in the processor's cache until they are written.
   std::uint32_t frames() const { return blockFrames_; }
 
   // Reads what each file gives to the `frames` frames from `firstEntry` on, in one go; blocks
@@ -52,7 +52,11 @@ class SourceBlocks {
   const MXF_BASE_INFO& mxf_;
   const SourceFiles& files_;
   std::array<Region, kMaxTracks> regions_;
+  void AskFor(std::uint32_t firstEntry);
+
   std::uint32_t blockFrames_ = 0;
+  std::uint32_t aheadFrames_ = 0;
+  std::uint32_t askedUpTo_ = 0;  // entry of the index
   std::unique_ptr<std::uint8_t[]> wavBlock_;
   std::unique_ptr<std::uint8_t[]> silence_;
   std::unique_ptr<std::uint8_t[]> trackBuffers_;
