@@ -38,10 +38,6 @@ class MappedView {
   // File offset of the first byte.
   std::uint64_t fileOffset() const { return fileOffset_; }
 
-  // Makes the bytes [offset, offset + length) of the file, as far as they lie in this view, ready
-  // to be read at one go instead of page by page as they are touched.
-  void Populate(std::uint64_t offset, std::uint64_t length) const;
-
   // True when the bytes [offset, offset + length) of the file lie in this view.
   bool Covers(std::uint64_t offset, std::uint64_t length) const;
 

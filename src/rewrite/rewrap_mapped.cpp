@@ -6,13 +6,12 @@
 #include <optional>
 
 #include "mxf/analysis.h"
-#include "mxf/segment_run.h"
 #include "platform/clock.h"
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_proof.h"
 #include "rewrite/row_writer.h"
-#include "rewrite/source_views.h"
+#include "rewrite/source_blocks.h"
 #include "rewrite/umid.h"
 
 namespace quorvan {
@@ -66,7 +65,7 @@ class MappedRewrite {
         tracks_(*tracks),
         mxf_(*mxf),
         files_(plan, tracks),
-        views_(plan, *mxf, files_),
+        blocks_(plan, *mxf, files_),
         rows_(plan, *mxf, &clip_) {}
   MappedRewrite(const MappedRewrite&) = delete;
   MappedRewrite& operator=(const MappedRewrite&) = delete;
@@ -83,11 +82,10 @@ class MappedRewrite {
   std::int32_t Prepare(const std::u16string& path) {
     clip_ = platform::File::Open(path, platform::OpenMode::kRewrite);
     if (!clip_.IsOpen()) return kRewrapNoClip;
-    const auto mapping =
+    mapping_ =
         platform::FileMapping::Create(clip_, platform::MapAccess::kReadWrite, kClipMappingName);
-    if (!mapping.IsOpen()) return kRewrapNoClipMapping;
+    if (!mapping_.IsOpen()) return kRewrapNoClipMapping;
     if (!files_.Open()) return kRewrapNoWav;
-    if (!views_.Map()) return kRewrapNoWavMapping;
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
     tracks_.currentFrame = 0;
@@ -97,11 +95,11 @@ class MappedRewrite {
 
   // A segment whose audio would not fit 31 bits is refused as ever.
   std::int32_t AllocateBuffers() {
-    if (!views_.AllocateSilence()) return kRewrapNoSilence;
+    if (!blocks_.AllocateAhead(plan_.range.total)) return kRewrapNoSilence;
     const std::uint64_t frameBytes = std::uint64_t{mxf_.audio->blockAlign} * kLargestFrameSamples;
     const bool tooLarge = frameBytes * mxf_.timecode->maxIndexDuration >
                           std::uint64_t{std::numeric_limits<std::int32_t>::max()};
-    const bool allocated = views_.AllocateTrackBuffers();
+    const bool allocated = blocks_.AllocateTrackBuffers();
     return !allocated || (tooLarge && UsesFiles()) ? kRewrapNoTrackBuffer : kSuccess;
   }
 
@@ -124,14 +122,13 @@ class MappedRewrite {
   }
 
   std::int32_t WriteAll() {
-    rows_.StartWriting();
+    if (!ChooseWay()) return kRewrapClipFault;
     for (std::uint32_t done = 0; done < plan_.range.total;) {
-      const SegmentRun run = NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
-      if (!views_.Enter(run)) return kRewrapWavFault;
-      for (std::uint32_t i = 0; i < run.frames; ++i) {
-        if (!views_.Take((*mxf_.indexEntries)[run.firstEntry + i], &samples_)) {
-          return kRewrapWavFault;
-        }
+      const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
+      const std::uint32_t firstEntry = plan_.range.firstEntry + done;
+      if (!blocks_.Read(firstEntry, frames)) return kRewrapWavFault;
+      for (std::uint32_t i = 0; i < frames; ++i) {
+        blocks_.Take((*mxf_.indexEntries)[firstEntry + i], &samples_);
         const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
         if (written != GateResult::kDone) return CodeOf(written);
         if (tracks_.cancel == 1) return Cancel();
@@ -139,6 +136,19 @@ class MappedRewrite {
       }
     }
     return kSuccess;
+  }
+
+  // A clip that lies in memory is written through a view of it. Of one that had to be fetched only
+  // the audio is there, in small pages, each of which a view would have to make ready by itself:
+  // its rows are handed to the system whole. False when there can be no view.
+  bool ChooseWay() {
+    if (rows_.IsCold()) {
+      rows_.StartWriting();
+      return true;
+    }
+    view_ = mapping_.View(0, mapping_.size());
+    rows_.StartWritingThrough(&view_);
+    return view_.IsMapped();
   }
 
   std::int32_t Cancel() {
@@ -149,7 +159,7 @@ class MappedRewrite {
   std::int32_t Finish() {
     if (clip_.Size() != mxf_.fileSize) return kRewrapClipFault;
     const auto times = StampTimes();
-    views_.Close();
+    view_.Unmap();
     files_.Close();
     if (!RenewUmids(&clip_, &mxf_)) return kRewrapLongUmid;
     // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
@@ -172,7 +182,9 @@ class MappedRewrite {
   MXF_BASE_INFO& mxf_;
   SourceFiles files_;
   platform::File clip_;
-  SourceViews views_;
+  SourceBlocks blocks_;
+  platform::FileMapping mapping_;
+  platform::MappedView view_;
   RowWriter rows_;
   std::array<const std::uint8_t*, kMaxTracks> samples_{};
 };

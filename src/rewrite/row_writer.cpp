@@ -37,7 +37,7 @@ GateResult RowWriter::Write(std::uint32_t i, std::span<const std::uint8_t* const
     row_.push_back({values_[n], samples[n], joins ? gap : nullptr});
     if (joins) gap += values_[n].fileOffset() - values_[n - 1].end();
   }
-  return WriteRow(&clip_, row_);
+  return view_ == nullptr ? WriteRow(&clip_, row_) : WriteRow(*view_, row_);
 }
 
 }  // namespace quorvan

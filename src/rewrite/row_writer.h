@@ -33,6 +33,15 @@ class RowWriter {
   // All frames are proven: from here on they are written.
   void StartWriting() { reader_.Rewind(plan_.range.firstEntry); }
 
+  // The same, through `view`, which covers the clip and outlives the writing.
+  void StartWritingThrough(const platform::MappedView* view) {
+    StartWriting();
+    view_ = view;
+  }
+
+  // True when the proof has had to wait for the medium.
+  bool IsCold() const { return reader_.IsCold(); }
+
   // Writes the `i`-th frame: what goes on each track of the plan, in their order.
   GateResult Write(std::uint32_t i, std::span<const std::uint8_t* const> samples);
 
@@ -43,6 +52,7 @@ class RowWriter {
   const RewrapPlan& plan_;
   const MXF_BASE_INFO& mxf_;
   platform::File& clip_;
+  const platform::MappedView* view_ = nullptr;
   RowReader reader_;
   RowGaps gaps_;
   std::vector<ElementValue> values_;  // of the frame that is worked on

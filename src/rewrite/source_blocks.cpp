@@ -23,10 +23,14 @@ bool SourceBlocks::AllocateBlock(std::uint32_t blockFrames) {
   if (blockFrames == 0 || !FitsBlock(UsableTracks(*mxf_.audio) * kFrameRoom, blockFrames)) {
     return false;
   }
+  return AllocateAhead(blockFrames);
+}
+
+bool SourceBlocks::AllocateAhead(std::uint32_t aheadFrames) {
   std::uint64_t frameBytes = 0;
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s)
     frameBytes += RegionBytes(plan_.sources[s], 1);
-  aheadFrames_ = std::min(FramesInMemory(blockFrames, frameBytes), plan_.range.total);
+  aheadFrames_ = std::min(FramesInMemory(aheadFrames, frameBytes), plan_.range.total);
   const std::uint64_t cached = std::max<std::uint64_t>(kCacheBytes / (frameBytes + 1), 1);
   blockFrames_ = static_cast<std::uint32_t>(std::min<std::uint64_t>(aheadFrames_, cached));
   wavBlock_.reset(new (std::nothrow) std::uint8_t[frameBytes * blockFrames_ + 1]);

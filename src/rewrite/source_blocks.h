@@ -23,6 +23,9 @@ class SourceBlocks {
   // when there is none, or `blockFrames` is 0 or more than the clip's tracks can have.
   bool AllocateBlock(std::uint32_t blockFrames);
 
+  // The same without a limit by the clip's tracks.
+  bool AllocateAhead(std::uint32_t aheadFrames);
+
   // Takes memory for one frame of every track. False when there is none.
   bool AllocateTrackBuffers();
 

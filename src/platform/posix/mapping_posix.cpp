@@ -4,7 +4,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -45,16 +44,6 @@ bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
   if (data_ == nullptr || offset < fileOffset_) return false;
   const std::uint64_t start = offset - fileOffset_;
   return start <= size_ && length <= size_ - start;
-}
-
-void MappedView::Populate(std::uint64_t offset, std::uint64_t length) const {
-#ifdef MADV_POPULATE_READ
-  if (data_ == nullptr || offset < fileOffset_ || offset - fileOffset_ >= size_) return;
-  const std::uint64_t start = (offset - fileOffset_) / MappingGranularity() * MappingGranularity();
-  const std::uint64_t end = std::min<std::uint64_t>(offset - fileOffset_ + length, size_);
-  // What cannot be made ready tells so when it is touched.
-  madvise(data_ + start, end - start, MADV_POPULATE_READ);
-#endif
 }
 
 FileMapping FileMapping::Create(const File& file, MapAccess access, std::u16string_view) {
