@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <thread>
 #include <vector>
 
@@ -60,6 +61,34 @@ TEST(File, ReadsShortAtTheEndAndRefusesOffsetsThatAreNone) {
   EXPECT_EQ(file.Read(buffer, 8), 2u);
   EXPECT_EQ(file.Position(), 3u);
   EXPECT_FALSE(file.WriteAt(0, buffer, 1)) << "opened for reading";
+}
+
+TEST(File, WritesPiecesOneBehindTheOther) {
+  const test::TempFolder folder;
+  const std::u16string path = folder.Write("f", std::vector<std::uint8_t>(1000, 9));
+  File file = File::Open(path, OpenMode::kRewrite);
+  // More pieces than a system call takes, some of them empty.
+  std::vector<std::uint8_t> bytes(300);
+  std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
+  std::vector<std::span<const std::uint8_t>> pieces;
+  for (std::size_t at = 0; at + 3 < bytes.size(); at += pieces.size() % 4)
+    pieces.push_back(std::span(bytes).subspan(at, pieces.size() % 4));
+  std::vector<std::uint8_t> wanted(1000, 9);
+  auto end = wanted.begin() + 100;
+  for (const auto& piece : pieces)
+    end = std::copy(piece.begin(), piece.end(), end);
+  ASSERT_GT(pieces.size(), 100u);
+  EXPECT_EQ(file.WriteGathered(100, pieces), WriteResult::kDone);
+  EXPECT_TRUE(test::ReadAll(folder.Path() / "f") == wanted);
+  std::uint8_t last = 0;
+  EXPECT_TRUE(file.ReadCachedAt(999, &last, 1));
+  EXPECT_EQ(last, 9);
+  EXPECT_FALSE(file.ReadCachedAt(999, wanted.data(), 2)) << "more than there is";
+  File reader = File::Open(path, OpenMode::kReadShared);
+  EXPECT_FALSE(reader.IsOpen());
+  file.Close();
+  reader = File::Open(path, OpenMode::kReadShared);
+  EXPECT_EQ(reader.WriteGathered(0, pieces), WriteResult::kFailed);
 }
 
 TEST(File, KeepsItsCreationWhenItsTimesAreSet) {

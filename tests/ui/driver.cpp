@@ -70,8 +70,8 @@ QWidget* Driver::Focus() {
 }
 
 void Driver::Settle() {
-  if (QApplication::activeWindow() == nullptr) window_->activateWindow();
   for (int i = 0; i < 5; ++i) {
+    if (QApplication::activeWindow() == nullptr) window_->activateWindow();
     QApplication::processEvents();
     QTest::qWait(kRestMilliseconds);
   }

@@ -2,14 +2,36 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
 #include <system_error>
 
 #include "platform/text.h"
 
 namespace quorvan::platform {
 namespace {
+
 constexpr char16_t kSeparator = u'/';
+
+// The desktop under the name that the user's language gives it, as the file user-dirs.dirs of the
+// freedesktop.org base directories has it: XDG_DESKTOP_DIR="$HOME/..." or an absolute path.
+std::filesystem::path NamedDesktop(const std::filesystem::path& home) {
+  constexpr std::string_view kName = "XDG_DESKTOP_DIR=\"";
+  constexpr std::string_view kHome = "$HOME";
+  const char* settings = std::getenv("XDG_CONFIG_HOME");
+  const bool named = settings != nullptr && *settings != 0;
+  std::ifstream file((named ? std::filesystem::path(settings) : home / ".config") /
+                     "user-dirs.dirs");
+  for (std::string line; std::getline(file, line);) {
+    if (!line.starts_with(kName) || line.back() != '"' || line.size() == kName.size()) continue;
+    const std::string folder = line.substr(kName.size(), line.size() - kName.size() - 1);
+    return folder.starts_with(kHome) ? home.native() + folder.substr(kHome.size()) : folder;
+  }
+  return home / "Desktop";
 }
+
+}  // namespace
 
 std::u16string_view NameBehindSeparator(std::u16string_view path) {
   const std::size_t separator = path.rfind(kSeparator);
@@ -52,7 +74,7 @@ std::u16string LowerCaseExtension(std::u16string_view path) {
 std::u16string DesktopFolder() {
   const char* home = std::getenv("HOME");
   if (home == nullptr || *home == 0) return {};
-  const std::filesystem::path desktop = std::filesystem::path(home) / "Desktop";
+  const std::filesystem::path desktop = NamedDesktop(home);
   std::error_code error;
   return ToUtf16(std::filesystem::is_directory(desktop, error) ? desktop.native() : home);
 }

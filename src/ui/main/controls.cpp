@@ -3,7 +3,10 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 #include "ui/main/theme.h"
+#include "view/commands.h"
 
 namespace quorvan::ui {
 namespace {
@@ -22,14 +25,12 @@ Qt::Alignment AlignmentOf(const LabelSpec& spec) {
   return vertical | Qt::AlignLeft;
 }
 
-// Keys that stay those of their commands while a timecode is typed: letters are no input there, and
-// to copy or to take a line out is not what the entry is for.
+// The keys of the commands stay theirs while a timecode is typed.
 bool BelongsToCommand(const QKeyEvent& key) {
-  const bool isLetter = key.key() >= Qt::Key_A && key.key() <= Qt::Key_Z;
-  if ((key.modifiers() & Qt::ControlModifier) == 0) {
-    return isLetter || (key.key() == Qt::Key_Delete && key.modifiers() == Qt::NoModifier);
-  }
-  return key.key() == Qt::Key_C || key.key() == Qt::Key_U;
+  const QKeySequence pressed(key.keyCombination());
+  return std::ranges::any_of(Accelerators(), [&](const Accelerator& accelerator) {
+    return pressed == QKeySequence(accelerator.keys.data());
+  });
 }
 
 // True for a key that would type something else than a digit.
@@ -43,6 +44,9 @@ bool IsForeignText(const QKeyEvent& key) {
 
 DrawnLabel::DrawnLabel(const LabelSpec& spec, QWidget* parent) : QWidget(parent), spec_(spec) {
   setObjectName(QString::number(spec.id));
+  constexpr ControlId kTakingPresses[] = {kFileNameText, kInTimecodeText, kOutTimecodeText,
+                                          kDurTimecodeText};
+  takesPresses_ = std::ranges::count(kTakingPresses, spec.id) > 0;
   QFont font = FontOf(spec.font);
   font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
   setFont(font);
@@ -79,7 +83,16 @@ void DrawnLabel::resizeEvent(QResizeEvent*) {
   setFont(fitting);
 }
 
-void DrawnLabel::mouseDoubleClickEvent(QMouseEvent*) {
+void DrawnLabel::mousePressEvent(QMouseEvent* event) {
+  event->setAccepted(takesPresses_);
+}
+
+void DrawnLabel::mouseReleaseEvent(QMouseEvent* event) {
+  event->setAccepted(takesPresses_);
+}
+
+void DrawnLabel::mouseDoubleClickEvent(QMouseEvent* event) {
+  event->setAccepted(takesPresses_);
   emit DoubleClicked();
 }
 

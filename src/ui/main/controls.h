@@ -10,7 +10,8 @@
 
 namespace quorvan::ui {
 
-// One line of text in the colours of its description.
+// One line of text in the colours of its description. The file name and the displays of a range
+// take what is pressed on them; every other label leaves it to what lies behind.
 class DrawnLabel : public QWidget {
   Q_OBJECT
 
@@ -29,10 +30,13 @@ class DrawnLabel : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
 
  private:
   LabelSpec spec_;
+  bool takesPresses_;
   QString text_;
   QColor fill_;
   QPoint textStart_;

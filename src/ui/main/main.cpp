@@ -31,7 +31,7 @@ int main(int argc, char** argv) {
   QLockFile instance(LockPath());
   instance.setStaleLockTime(0);
   if (!instance.tryLock() && instance.error() == QLockFile::LockFailedError) {
-    quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kNotice,
+    quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kPlain,
                       u"MXF Quorvan はすでに起動しています。");
     return kAlreadyRunning;
   }

@@ -8,6 +8,7 @@
 
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
+#include "ui/main/tool_tip.h"
 #include "view/texts.h"
 
 namespace quorvan::ui {
@@ -16,8 +17,8 @@ namespace {
 constexpr ControlId kButtons[] = {kLoadButton, kViewButton, kRewrapButton, kExportButton,
                                   kInButton,   kOutButton,  kDurButton};
 constexpr int kRowClipMargin = 10;
+constexpr int kTrackBandExcess = 5;  // pixels of its fill that reach into the bottom band
 constexpr int kWheelNotch = 120;
-constexpr int kTipMilliseconds = 30000;
 constexpr COLOR kTitleColor = {255, 105, 0};
 constexpr COLOR kSubtitleColor = {255, 225, 255};
 constexpr COLOR kRowStateColor = {180, 180, 180};
@@ -86,9 +87,8 @@ void MainView::paintEvent(QPaintEvent*) {
 void MainView::PaintBands(QPainter* painter) {
   const auto top = static_cast<int>(app_.topBandHeight);
   const auto track = static_cast<int>(app_.trackBandHeight);
-  painter->fillRect(0, 0, width(), top, ToQColor(kPanelColor));
-  painter->fillRect(0, top, width(), track, ToQColor(kTrackBandColor));
-  painter->fillRect(0, top + track, width(), height() - top - track, ToQColor(kPanelColor));
+  painter->fillRect(rect(), ToQColor(kPanelColor));
+  painter->fillRect(0, top, width(), track + kTrackBandExcess, ToQColor(kTrackBandColor));
 }
 
 void MainView::PaintTitle(QPainter* painter) {
@@ -112,7 +112,7 @@ void MainView::PaintRow(QPainter* painter, std::int32_t row) {
   if (text.channelMark != 0) {
     painter->setFont(FontOf(5));
     painter->setPen(ToQColor(kFigureColor));
-    painter->drawText(ToQRect(app_.channelMarkRect[place]), Qt::AlignCenter | Qt::TextDontClip,
+    painter->drawText(ToQRect(app_.channelMarkRect[place]), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip,
                       QString(QChar(text.channelMark)));
   }
   PaintLamp(painter, ToQRect(app_.lampRect[place]), track + 1, app_.tracks->rewrapSwitch[t]);
@@ -220,15 +220,16 @@ bool MainView::event(QEvent* event) {
   if (event->type() != QEvent::ToolTip) return QWidget::event(event);
   const auto* help = static_cast<QHelpEvent*>(event);
   const QPoint at = help->pos();
-  if (labels_[kFileNameText]->geometry().contains(at)) {
-    const QString text = ToQString(kFileToolTipTitle) + "\n\n" + ToQString(FileToolTip(app_).text);
-    QToolTip::showText(help->globalPos(), text, this, {}, kTipMilliseconds);
+  const QRect fileName = labels_[kFileNameText]->geometry();
+  if (fileName.contains(at)) {
+    ShowToolTip(help->globalPos(), FileToolTip(app_), kFileToolTipTitle, this, fileName);
     return true;
   }
   const PressTarget target = HitTest(app_, at.x(), at.y());
   if (target.zone == kNameZone && app_.libraryView == 0) {
-    QToolTip::showText(help->globalPos(), ToQString(TrackToolTip(app_, target.track).text), this,
-                       {}, kTipMilliseconds);
+    const auto row = static_cast<std::size_t>(target.track - app_.scrollTop);
+    ShowToolTip(help->globalPos(), TrackToolTip(app_, target.track), {}, this,
+                ToQRect(app_.nameRect[row]));
   } else {
     QToolTip::hideText();
   }

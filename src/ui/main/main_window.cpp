@@ -44,6 +44,10 @@ constexpr std::u16string_view kCannotLoadText =
     u"MXFファイルをロードできません。\n"
     u"接続デバイス、他のアプリで使用していないか確認して下さい。";
 
+// A file dialog shows what stands in front of the last brackets.
+constexpr char kMxfFilter[] = "MXF(*.mxf) (*.mxf *.MXF)";
+constexpr char kWavFilters[] = "WAV(*.wav) (*.wav *.WAV);;BWF(*.bwf) (*.bwf *.BWF)";
+
 constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kLoad, kLoadButton},     {MainButton::kView, kViewButton},
     {MainButton::kRewrap, kRewrapButton}, {MainButton::kExport, kExportButton},
@@ -63,6 +67,7 @@ MainWindow::MainWindow() : app_(state_.info) {
   setWindowTitle(ToQString(kProgramTitle));
   setMinimumSize(kMinimumWidth, kMinimumHeight);
   setAcceptDrops(true);
+  setAttribute(Qt::WA_AlwaysShowToolTips);
   view_ = new MainView(&app_, this);
   setCentralWidget(view_);
   list_ = new LibraryList(&app_, view_);
@@ -141,6 +146,7 @@ void MainWindow::ConnectView() {
     const auto ends = StatusFieldEnds(width);
     pathField_->setFixedWidth(ends[0]);
     counterField_->setFixedWidth(ends[1] - ends[0]);
+    entry_->PlaceEdit();
   });
   const std::pair<ControlId, Command> buttons[] = {
       {kLoadButton, kLoadMxf},     {kViewButton, kSwitchView}, {kRewrapButton, kRewriteAudio},
@@ -285,7 +291,8 @@ void MainWindow::Run(Command command) {
 void MainWindow::LoadByDialog() {
   if (app_.mxfLoaded == 1) return Tell(this, BoxKind::kNotice, kAlreadyLoaded);
   const QString path =
-      QFileDialog::getOpenFileName(this, "MXFファイルをロード", QString(), "MXF(*.mxf) (*.mxf)");
+      QFileDialog::getOpenFileName(this, "MXFファイルをロード", QString(), kMxfFilter, nullptr,
+                                   QFileDialog::HideNameFilterDetails);
   if (path.isEmpty()) return;
   const std::u16string chosen = FromQString(path);
   if (!OpenClip(chosen)) {
@@ -324,7 +331,7 @@ void MainWindow::Unload() {
   ShowLibrary(false);
   ClearMxfState(&app_);
   list_->RenewRows();
-  entry_->Cancel();
+  entry_->Refresh();
   view_->RefreshInfoPanel();
   view_->LayOut();
   RequestRefresh(kRefreshList | kRefreshTracks | kRefreshMenus);
@@ -333,8 +340,8 @@ void MainWindow::Unload() {
 
 void MainWindow::AddByDialog() {
   const QStringList chosen =
-      QFileDialog::getOpenFileNames(this, "BWF(WAV)ファイルを開く", QString(),
-                                    "WAV(*.wav) (*.wav *.WAV);;BWF(*.bwf) (*.bwf *.BWF)");
+      QFileDialog::getOpenFileNames(this, "BWF(WAV)ファイルを開く", QString(), kWavFilters, nullptr,
+                                    QFileDialog::HideNameFilterDetails);
   if (chosen.isEmpty()) return;
   std::vector<std::u16string> paths;
   for (const QString& path : chosen)
@@ -368,6 +375,7 @@ void MainWindow::ShowAddedFiles(std::u16string_view title) {
 }
 
 void MainWindow::ShowLibrary(bool show) {
+  entry_->Cancel();
   app_.libraryView = show && app_.mxfLoaded == 1 ? 1 : 0;
   if (app_.libraryView == 1) {
     list_->show();
@@ -434,8 +442,9 @@ bool MainWindow::ConfirmRewrite() {
   QMessageBox box(QMessageBox::Warning, "オーディオ再ラップ実行の確認", ToQString(BackupQuestion()),
                   QMessageBox::NoButton, this);
   box.setTextFormat(Qt::PlainText);
-  QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::RejectRole);
-  QPushButton* yes = box.addButton("はい(&Y)", QMessageBox::AcceptRole);
+  // Buttons of one role stand in the order in which they come.
+  QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::ActionRole);
+  QPushButton* yes = box.addButton("はい(&Y)", QMessageBox::ActionRole);
   no->setObjectName("101");
   yes->setObjectName("102");
   box.setDefaultButton(no);
@@ -464,7 +473,8 @@ void MainWindow::SortBy(Command command) {
 // ---------------------------------------------------------------- dropped files
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  if (event->mimeData()->hasUrls()) event->acceptProposedAction();
+  const bool busy = QApplication::activeModalWidget() != nullptr;
+  if (!busy && event->mimeData()->hasUrls()) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
@@ -473,20 +483,31 @@ void MainWindow::dropEvent(QDropEvent* event) {
     if (url.isLocalFile()) paths.push_back(FromQString(url.toLocalFile()));
   }
   event->acceptProposedAction();
+  // Whoever dragged them is let go before the first question.
+  QMetaObject::invokeMethod(this, [this, paths] { TakeDropped(paths); }, Qt::QueuedConnection);
+}
+
+void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {
+  if (QApplication::activeModalWidget() != nullptr) return;
   const DropDecision decision = DecideDrop(paths, app_.mxfLoaded == 1);
   const bool added = AddFiles(decision.wavFiles, kDroppedWavTitle);
   if (decision.refuseMxf) Tell(this, BoxKind::kNotice, kAlreadyLoaded, kDroppedMxfTitle);
-  if (decision.load) LoadDropped(*decision.load);
+  if (decision.load && !LoadDropped(*decision.load)) return;
   if (added) ShowAddedFiles(kDroppedWavTitle);
   RequestRefresh(kRefreshMenus | kRefreshList);
   if (!added) view_->setFocus();
 }
 
-void MainWindow::LoadDropped(const std::u16string& path) {
-  if (OpenClip(path)) return AnalyseOpenClip(path);
+// False when the clip cannot be opened, which has been told then.
+bool MainWindow::LoadDropped(const std::u16string& path) {
+  if (OpenClip(path)) {
+    AnalyseOpenClip(path);
+    return true;
+  }
   Tell(this, BoxKind::kError, ClipCannotBeOpenedMessage(path, platform::LastSystemError()),
        kDroppedMxfTitle);
   view_->Button(kLoadButton)->setFocus();
+  return false;
 }
 
 }  // namespace quorvan::ui

@@ -49,7 +49,8 @@ class MainWindow : public QMainWindow {
   void LoadByDialog();
   bool OpenClip(const std::u16string& path);
   void AnalyseOpenClip(const std::u16string& path);
-  void LoadDropped(const std::u16string& path);
+  void TakeDropped(const std::vector<std::u16string>& paths);
+  bool LoadDropped(const std::u16string& path);
   void Unload();
   void AddByDialog();
   bool AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title);

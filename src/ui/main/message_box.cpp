@@ -14,6 +14,8 @@ QMessageBox::Icon IconOf(BoxKind kind) {
       return QMessageBox::Critical;
     case BoxKind::kWarning:
       return QMessageBox::Warning;
+    case BoxKind::kPlain:
+      return QMessageBox::NoIcon;
     case BoxKind::kNotice:
       break;
   }

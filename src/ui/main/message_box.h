@@ -10,7 +10,7 @@
 
 namespace quorvan::ui {
 
-enum class BoxKind { kError, kWarning, kNotice };
+enum class BoxKind { kError, kWarning, kNotice, kPlain };
 
 // Shows a text and waits until it is confirmed.
 void Tell(QWidget* parent, BoxKind kind, std::u16string_view text,

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QSettings>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -19,13 +20,21 @@ int Distance(const QRect& a, const QRect& b) {
   return (a.center() - b.center()).manhattanLength();
 }
 
+// The place that a maximized window goes back to: its corner with the frame, its size without.
+QRect NormalPlace(const QWidget& window) {
+  const QRect inner = window.normalGeometry();
+  const QWindow* shown = window.windowHandle();
+  const QMargins frame = shown != nullptr ? shown->frameMargins() : QMargins();
+  return inner.translated(-frame.left(), -frame.top());
+}
+
 }  // namespace
 
 void SavePlacement(const QWidget& window) {
   QSettings settings;
   settings.beginGroup(kGroup);
   const bool normal = !window.isMaximized() && !window.isMinimized() && !window.isFullScreen();
-  settings.setValue(kValue, normal ? QRect(window.pos(), window.size()) : window.normalGeometry());
+  settings.setValue(kValue, normal ? QRect(window.pos(), window.size()) : NormalPlace(window));
 }
 
 void RestorePlacement(QWidget* window) {

@@ -4,6 +4,7 @@
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QPixmapCache>
+#include <QProxyStyle>
 #include <QTranslator>
 
 #include <algorithm>
@@ -20,6 +21,7 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kDialogPoints = 10;
+constexpr int kToolTipDelay = 1000;  // milliseconds
 constexpr int kLargestScale = 3;  // of the pictures that are there
 
 // By TrackSwitch.
@@ -40,6 +42,16 @@ constexpr ButtonPictures kButtonPictures[] = {
     {kDurButton, {"dur", "dur", "dur"}},
 };
 
+// A tip comes up when the pointer has rested for a second.
+class Style : public QProxyStyle {
+ public:
+  int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                QStyleHintReturn* result) const override {
+    if (hint == SH_ToolTip_WakeUpDelay) return kToolTipDelay;
+    return QProxyStyle::styleHint(hint, option, widget, result);
+  }
+};
+
 void PaintPicture(QPainter* painter, const QRect& rect, const QString& name) {
   painter->setRenderHint(QPainter::SmoothPixmapTransform);
   painter->drawPixmap(rect, Picture(name, painter->device()->devicePixelRatioF()));
@@ -48,6 +60,7 @@ void PaintPicture(QPainter* painter, const QRect& rect, const QString& name) {
 }  // namespace
 
 void DressApplication() {
+  QApplication::setStyle(new Style);
   QFont font = QApplication::font();
   font.setFamilies(JapaneseFaces());
   font.setPointSize(kDialogPoints);

@@ -23,7 +23,7 @@ TimecodeField::TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, Poi
   connect(edit_, &TimecodeEdit::Confirmed, this, &TimecodeField::Confirm);
   connect(edit_, &TimecodeEdit::Cancelled, this, &TimecodeField::Cancel);
   connect(edit_, &TimecodeEdit::FocusLost, this, [this] {
-    if (!checking_ && target_ != kNoTarget && edit_->isVisible()) Cancel();
+    if (!checking_ && edit_->isVisible()) Cancel();
   });
 }
 
@@ -39,9 +39,8 @@ void TimecodeField::Open(TimecodeTarget target) {
 void TimecodeField::Show(TimecodeTarget target) {
   if (target_ != kNoTarget) DisplayOf(target_)->show();
   target_ = target;
-  DrawnLabel* display = DisplayOf(target);
-  edit_->setGeometry(display->x(), display->y(), display->width(), kEditHeight);
-  display->hide();
+  PlaceEdit();
+  DisplayOf(target)->hide();
   const FramePoint& point = app_.tracks->*(target == kInTarget ? fields_.in : fields_.out);
   edit_->setText(ToQString(TimecodeDigits(*app_.mxf->timecode, point[0])));
   edit_->setEnabled(true);
@@ -49,6 +48,12 @@ void TimecodeField::Show(TimecodeTarget target) {
   edit_->raise();
   edit_->setFocus();
   edit_->selectAll();
+}
+
+void TimecodeField::PlaceEdit() {
+  if (target_ == kNoTarget) return;
+  const DrawnLabel* display = DisplayOf(target_);
+  edit_->setGeometry(display->x(), display->y(), display->width(), kEditHeight);
 }
 
 void TimecodeField::Close() {
@@ -60,6 +65,7 @@ void TimecodeField::Close() {
 }
 
 void TimecodeField::Cancel() {
+  if (target_ == kNoTarget) return;
   Close();
   checking_ = false;
   Refresh();

@@ -28,11 +28,14 @@ class TimecodeField : public QObject {
   // Opens the entry of a point.
   void Open(TimecodeTarget target);
 
-  // Closes it without taking its text.
+  // Closes it, if one is open, without taking its text.
   void Cancel();
 
   // From now on the Escape key leaves an open entry as it is.
   void IgnoreEscape();
+
+  // Lays an open entry over its display, which has been moved.
+  void PlaceEdit();
 
   // Opens the entry of the first point that is not set, if there is one.
   void OpenFirstUnset();
