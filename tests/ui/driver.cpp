@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDropEvent>
+#include <QHelpEvent>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -169,6 +170,21 @@ QMenu* Driver::OpenPopup(QWidget* widget, const QPoint& at) {
   auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
   if (menu == nullptr) qFatal("no context menu");
   return menu;
+}
+
+void Driver::Choose(QMenu* menu, const QString& text) {
+  for (QAction* action : menu->actions()) {
+    if (!action->text().contains(text)) continue;
+    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+    return Settle();
+  }
+  qFatal("no item %s", qPrintable(text));
+}
+
+void Driver::RestOn(const QPoint& at) {
+  QHelpEvent event(QEvent::ToolTip, at, View()->mapToGlobal(at));
+  QApplication::sendEvent(View(), &event);
+  Settle();
 }
 
 void Driver::Wheel(int delta) {

@@ -45,6 +45,9 @@ class Driver : public QObject {
   void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void Type(const QString& text);
 
+  // Takes back the answers that nobody has asked for.
+  void TakeBackAnswers() { answers_.clear(); }
+
   // Queues what to do with the next boxes and dialogs that come up, one each. The text of every
   // message box is kept.
   void Expect(const Answer& answer) { answers_.push_back(answer); }
@@ -56,6 +59,12 @@ class Driver : public QObject {
 
   // Opens the context menu at a point of a widget and returns it.
   QMenu* OpenPopup(QWidget* widget, const QPoint& at);
+
+  // Clicks the item of a menu whose text holds `text`.
+  void Choose(QMenu* menu, const QString& text);
+
+  // Lets the pointer rest on a point of the view until a tool tip would show.
+  void RestOn(const QPoint& at);
 
   // Turns the wheel by `delta`, 120 a notch, away from the operator above 0.
   void Wheel(int delta);

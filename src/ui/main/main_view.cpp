@@ -112,7 +112,8 @@ void MainView::PaintRow(QPainter* painter, std::int32_t row) {
   if (text.channelMark != 0) {
     painter->setFont(FontOf(5));
     painter->setPen(ToQColor(kFigureColor));
-    painter->drawText(ToQRect(app_.channelMarkRect[place]), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip,
+    painter->drawText(ToQRect(app_.channelMarkRect[place]),
+                      Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip,
                       QString(QChar(text.channelMark)));
   }
   PaintLamp(painter, ToQRect(app_.lampRect[place]), track + 1, app_.tracks->rewrapSwitch[t]);

@@ -484,7 +484,8 @@ void MainWindow::dropEvent(QDropEvent* event) {
   }
   event->acceptProposedAction();
   // Whoever dragged them is let go before the first question.
-  QMetaObject::invokeMethod(this, [this, paths] { TakeDropped(paths); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(
+      this, [this, paths] { TakeDropped(paths); }, Qt::QueuedConnection);
 }
 
 void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {

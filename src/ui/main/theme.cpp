@@ -22,7 +22,7 @@ namespace {
 
 constexpr int kDialogPoints = 10;
 constexpr int kToolTipDelay = 1000;  // milliseconds
-constexpr int kLargestScale = 3;  // of the pictures that are there
+constexpr int kLargestScale = 3;     // of the pictures that are there
 
 // By TrackSwitch.
 constexpr const char* kLampNames[] = {"off", "on", "none"};
