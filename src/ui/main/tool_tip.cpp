@@ -12,6 +12,7 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTipMilliseconds = 30000;
+constexpr int kSlack = 4;  // pixels that a text is laid out wider than it is measured
 constexpr int kLargestHeight = 10000;
 constexpr int kBreakAnywhere = Qt::TextWrapAnywhere | Qt::TextExpandTabs;
 
@@ -30,11 +31,12 @@ void ShowToolTip(const QPoint& place, const ToolTip& tip, std::u16string_view ti
                .arg(ToQString(title).toHtmlEscaped());
   }
   // Only a table keeps the width that it is given.
-  const QString tipText =
-      QString("%1<table width='%2'><tr><td style='white-space: pre-wrap'>%3</td></tr></table>")
-          .arg(head)
-          .arg(width + 1)
-          .arg(text.toHtmlEscaped());
+  const QString tipText = QString(
+                              "%1<table width='%2' cellspacing='0' cellpadding='0'><tr><td "
+                              "style='white-space: pre-wrap'>%3</td></tr></table>")
+                              .arg(head)
+                              .arg(width + kSlack)
+                              .arg(text.toHtmlEscaped());
   QToolTip::showText(place, tipText, widget, field, kTipMilliseconds);
 }
 
