@@ -1,6 +1,7 @@
 #include "export/export_files.h"
 
 #include <iterator>
+#include <utility>
 
 #include "platform/path.h"
 #include "platform/text.h"
@@ -35,9 +36,24 @@ bool ExportFiles::Create(const ExportPlan& plan, const AUDIOTRACK_IO_INFO& track
                          const BwfHeader& header) {
   for (std::uint32_t n = 0; n < plan.trackCount; ++n) {
     files_[n] = CreateExportFile(tracks, plan.track[n]);
-    if (!files_[n].IsOpen() || !Append(n, header)) return false;
+    if (!files_[n].IsOpen()) return false;
+    Take(n, header);
+    if (WriteTaken() != platform::WriteResult::kDone) return false;
   }
   return true;
+}
+
+platform::WriteResult ExportFiles::WriteTaken() {
+  for (std::uint32_t n = 0; n < kMaxTracks; ++n) {
+    Taken& taken = taken_[n];
+    const auto pieces = std::span(taken.pieces).first(std::exchange(taken.count, 0));
+    if (pieces.empty()) continue;
+    const platform::WriteResult result = files_[n].WriteGathered(taken.end, pieces);
+    if (result != platform::WriteResult::kDone) return result;
+    for (const auto& piece : pieces)
+      taken.end += piece.size();
+  }
+  return platform::WriteResult::kDone;
 }
 
 bool ExportFiles::Close() {

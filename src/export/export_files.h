@@ -27,16 +27,33 @@ class ExportFiles {
   // cannot be made or written.
   bool Create(const ExportPlan& plan, const AUDIOTRACK_IO_INFO& tracks, const BwfHeader& header);
 
-  // Appends `samples` to the file of the plan's `n`-th track. False when they could not be written.
-  bool Append(std::uint32_t n, std::span<const std::uint8_t> samples) {
-    return files_[n].Write(samples.data(), samples.size());
+  // Frames that are taken at a time.
+  static constexpr std::uint32_t kMostFrames = 64;
+
+  // Takes the samples that come next in the file of the plan's `n`-th track, up to kMostFrames
+  // times between two calls of WriteTaken. They must stay where they are until then.
+  void Take(std::uint32_t n, std::span<const std::uint8_t> samples) {
+    Taken& taken = taken_[n];
+    taken.pieces[taken.count++] = samples;
   }
+
+  // Appends what was taken to the files, in one write each. Without success some of it may be
+  // written.
+  platform::WriteResult WriteTaken();
 
   // Closes all files. False when the system tells only now that one of them is not whole.
   bool Close();
 
  private:
+  // Of one file: its end, and what is to come behind it.
+  struct Taken {
+    std::uint64_t end = 0;
+    std::uint32_t count = 0;
+    std::array<std::span<const std::uint8_t>, kMostFrames> pieces;
+  };
+
   std::array<platform::File, kMaxTracks> files_;
+  std::array<Taken, kMaxTracks> taken_;
 };
 
 }  // namespace quorvan

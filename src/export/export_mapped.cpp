@@ -1,14 +1,16 @@
 #include "export/export_mapped.h"
 
+#include <algorithm>
 #include <span>
 #include <string>
 
+#include "export/export_batch.h"
 #include "export/export_files.h"
 #include "export/export_plan.h"
 #include "mxf/analysis.h"
 #include "mxf/audio_element.h"
+#include "mxf/read_ahead.h"
 #include "mxf/segment_run.h"
-#include "platform/fault_guard.h"
 #include "platform/mapping.h"
 
 namespace quorvan {
@@ -16,7 +18,6 @@ namespace {
 
 constexpr char16_t kMappingName[] = u"fmMXF_2";
 constexpr std::uint16_t kExtensionSize = 22;
-constexpr std::size_t kTouchStep = 1024;  // below every system's page
 
 std::int32_t CodeOf(ElementState state) {
   switch (state) {
@@ -30,22 +31,26 @@ std::int32_t CodeOf(ElementState state) {
   return kExportUnfit;
 }
 
-// True when every page of `bytes` can be read.
-bool CanBeRead(std::span<const std::uint8_t> bytes) {
-  volatile std::uint8_t sink = 0;
-  auto touch = [&] {
-    for (std::size_t at = 0; at < bytes.size(); at += kTouchStep)
-      sink = bytes[at];
-    if (!bytes.empty()) sink = bytes.back();
-  };
-  return platform::RunGuarded(touch).completed;
+std::int32_t CodeOf(platform::WriteResult result) {
+  switch (result) {
+    case platform::WriteResult::kDone:
+      return kSuccess;
+    case platform::WriteResult::kFailed:
+      return kExportNoFile;
+    case platform::WriteResult::kSourceFault:
+      return kExportClipFault;
+  }
+  return kExportNoFile;
 }
 
 // One export from its plan to its end. Everything it opens goes with it.
 class MappedExport {
  public:
   MappedExport(const ExportPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
-      : plan_(plan), tracks_(*tracks), mxf_(mxf) {}
+      : plan_(plan),
+        tracks_(*tracks),
+        mxf_(mxf),
+        ahead_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
   MappedExport(const MappedExport&) = delete;
   MappedExport& operator=(const MappedExport&) = delete;
 
@@ -76,28 +81,35 @@ class MappedExport {
       const SegmentRun run = NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
       const platform::MappedView view = mapping_.ViewCovering(run.start, run.length);
       if (!view.IsMapped()) return kExportClipFault;
-      for (std::uint32_t i = 0; i < run.frames; ++i) {
-        if (const std::int32_t failed = WriteFrame(view, run.firstEntry + i)) return failed;
-        if (tracks_.cancel == 1) {
-          tracks_.cancel = 0;
-          return kCancelled;
-        }
-        tracks_.currentFrame = done++;
+      view.ExpectScattered();
+      for (const std::uint32_t end = done + run.frames; done < end;) {
+        const std::uint32_t frames = std::min(end - done, ExportFiles::kMostFrames);
+        if (const std::int32_t failed = WriteFrames(view, done, frames)) return failed;
+        done += frames;
       }
     }
     return kSuccess;
   }
 
-  std::int32_t WriteFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+  // What is sound in front of a frame that is not gets written all the same.
+  std::int32_t WriteFrames(const platform::MappedView& view, std::uint32_t first,
+                           std::uint32_t frames) {
+    const std::int32_t taken = TakeFrames(&tracks_, first, frames, [&](std::uint32_t frame) {
+      return TakeFrame(view, plan_.range.firstEntry + frame);
+    });
+    const std::int32_t written = CodeOf(files_.WriteTaken());
+    return written != kSuccess ? written : taken;
+  }
+
+  std::int32_t TakeFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+    ahead_.LookAndAsk(entryIndex);
     const ElementState state = ProveElements(view, mxf_, entryIndex, plan_.Tracks());
     if (state != ElementState::kSound) return CodeOf(state);
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const auto value = LocateElementValue(mxf_, entry, plan_.track[n]);
       if (!value || !view.Covers(value->fileOffset(), value->bytes())) return kExportUnfit;
-      const std::uint8_t* samples = view.data() + (value->fileOffset() - view.fileOffset());
-      if (files_.Append(n, {samples, value->bytes()})) continue;
-      return CanBeRead({samples, value->bytes()}) ? kExportNoFile : kExportClipFault;
+      files_.Take(n, {view.data() + (value->fileOffset() - view.fileOffset()), value->bytes()});
     }
     return kSuccess;
   }
@@ -107,6 +119,7 @@ class MappedExport {
   const MXF_BASE_INFO& mxf_;
   platform::File clip_;
   platform::FileMapping mapping_;
+  ReadAhead ahead_;
   ExportFiles files_;
 };
 

@@ -4,32 +4,29 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 
 #include "mxf/analysis.h"
 #include "mxf/audio_element.h"
+#include "mxf/row_reader.h"
 #include "mxf/sample_pattern.h"
-#include "mxf/segment_run.h"
-#include "platform/fault_guard.h"
-#include "platform/mapping.h"
 #include "state/frame_range.h"
 
 namespace quorvan {
 namespace {
 
-constexpr char16_t kMappingName[] = u"fmMXF_2";
 constexpr std::uint32_t kChannels = 2;
 constexpr std::uint32_t kPadSeconds = 5;
-constexpr std::size_t kRawBytes = 9600;  // of one frame and channel
 constexpr std::size_t kSampleFloats = 19200;
 constexpr int kMode = EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA |
                       EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_TRUE_PEAK;
 
-static_assert(kLargestFrameSamples * 4 <= kRawBytes);
 static_assert(kLargestFrameSamples * kChannels <= kSampleFloats);
 
 struct DestroyState {
@@ -38,16 +35,24 @@ struct DestroyState {
 using LibraryState = std::unique_ptr<ebur128_state, DestroyState>;
 
 // Turns `count` little-endian signed samples of kWidth bytes into every second float from `target`
-// on.
+// on. A sample stands in the upper bytes of a word, whose sign is its own; behind the first one,
+// what stands in front of it fills the word up, so that one load brings both.
 template <std::uint32_t kWidth>
 void Convert(const std::uint8_t* bytes, std::uint32_t count, float* target) {
-  constexpr float factor = 1.0F / static_cast<float>(std::uint32_t{1} << (8 * kWidth - 1));
+  static_assert(std::endian::native == std::endian::little);
+  constexpr std::uint32_t rest = sizeof(std::uint32_t) - kWidth;
+  constexpr std::uint32_t sampleBits = ~std::uint32_t{0} << (8 * rest);
+  constexpr float factor = 1.0F / static_cast<float>(std::uint32_t{1} << 31);
   for (std::uint32_t i = 0; i < count; ++i) {
     std::uint32_t word = 0;
-    for (std::uint32_t b = 0; b < kWidth; ++b)
-      word |= std::uint32_t{bytes[i * kWidth + b]} << (8 * (4 - kWidth + b));
-    const std::int32_t sample = static_cast<std::int32_t>(word) >> (8 * (4 - kWidth));
-    target[i * kChannels] = static_cast<float>(sample) * factor;
+    if (i > 0) {
+      std::memcpy(&word, bytes + i * kWidth - rest, sizeof word);
+    } else {
+      std::memcpy(&word, bytes, kWidth);
+      word <<= 8 * rest;
+    }
+    target[i * kChannels] =
+        static_cast<float>(static_cast<std::int32_t>(word & sampleBits)) * factor;
   }
 }
 
@@ -73,7 +78,7 @@ std::int32_t CodeOf(ElementState state) {
     case ElementState::kMisplaced:
       return kLoudnessUnfit;
     case ElementState::kFault:
-      return kLoudnessNoView;
+      return kLoudnessClipFault;
   }
   return kLoudnessUnfit;
 }
@@ -118,9 +123,12 @@ class Measurement {
     if (!AllocateBuffers()) return kLoudnessNoMemory;
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kLoudnessNoClip;
-    mapping_ = platform::FileMapping::Create(clip_, platform::MapAccess::kRead, kMappingName);
-    if (!mapping_.IsOpen()) return kLoudnessNoMapping;
-    return mapping_.size() == mxf_.fileSize ? kSuccess : static_cast<std::int32_t>(kLoudnessUnfit);
+    const auto size = clip_.Size();
+    if (!size || *size == 0) return kLoudnessEmptyClip;
+    if (*size != mxf_.fileSize) return kLoudnessUnfit;
+    clip_.ExpectScattered();
+    rows_.emplace(clip_, mxf_, Tracks(), range_.firstEntry, range_.total);
+    return rows_->Allocate() ? kSuccess : static_cast<std::int32_t>(kLoudnessNoMemory);
   }
 
   bool MakeLibraryState() {
@@ -134,12 +142,7 @@ class Measurement {
     padFrames_ = std::size_t{mxf_.audio->sampleRate} * kPadSeconds;
     pad_.reset(new (std::nothrow) float[padFrames_ * kChannels]());
     samples_.reset(new (std::nothrow) float[kSampleFloats]());
-    bool allocated = pad_ != nullptr && samples_ != nullptr;
-    for (auto& raw : raw_) {
-      raw.reset(new (std::nothrow) std::uint8_t[kRawBytes]());
-      allocated = allocated && raw != nullptr;
-    }
-    return allocated;
+    return pad_ != nullptr && samples_ != nullptr;
   }
 
   bool Feed(const float* frames, std::size_t count) {
@@ -148,45 +151,27 @@ class Measurement {
 
   std::int32_t FeedAll() {
     for (std::uint32_t done = 0; done < range_.total;) {
-      const SegmentRun run = NextRun(mxf_, range_.firstEntry + done, range_.total - done);
-      const platform::MappedView view = mapping_.ViewCovering(run.start, run.length);
-      if (!view.IsMapped()) return kLoudnessNoView;
-      for (std::uint32_t i = 0; i < run.frames; ++i) {
-        if (const std::int32_t failed = FeedFrame(view, run.firstEntry + i)) return failed;
-        tracks_.currentFrame = ++done;
-      }
+      if (const std::int32_t failed = FeedFrame(range_.firstEntry + done)) return failed;
+      tracks_.currentFrame = ++done;
     }
     return kSuccess;
   }
 
-  std::int32_t FeedFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
+  std::int32_t FeedFrame(std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     // Without a selected track no element speaks for the count.
     if (entry.audioSamples > kLargestFrameSamples) return kLoudnessUnfit;
-    const ElementState state = ProveElements(view, mxf_, entryIndex, Tracks());
+    const ElementState state = rows_->Read(entryIndex);
     if (state != ElementState::kSound) return CodeOf(state);
-    for (std::uint32_t c = 0; c < trackCount_; ++c) {
-      if (const std::int32_t failed = CopyValue(view, entry, c)) return failed;
-    }
     if (tracks_.cancel == 1) return Cancel();
-    for (std::uint32_t c = 0; c < kChannels; ++c)
-      convert_(raw_[c].get(), entry.audioSamples, samples_.get() + c);
+    for (std::uint32_t c = 0; c < trackCount_; ++c) {
+      const auto value = LocateElementValue(mxf_, entry, track_[c]);
+      const std::uint8_t* bytes = value ? rows_->At(value->fileOffset(), value->bytes()) : nullptr;
+      if (bytes == nullptr) return kLoudnessUnfit;
+      convert_(bytes, entry.audioSamples, samples_.get() + c);
+    }
     return Feed(samples_.get(), entry.audioSamples) ? kSuccess
                                                     : static_cast<std::int32_t>(kLoudnessNoMemory);
-  }
-
-  std::int32_t CopyValue(const platform::MappedView& view, const INDEX_ENTRY_ARRAY& entry,
-                         std::uint32_t channel) {
-    const auto value = LocateElementValue(mxf_, entry, track_[channel]);
-    if (!value || value->bytes() > kRawBytes || !view.Covers(value->fileOffset(), value->bytes())) {
-      return kLoudnessUnfit;
-    }
-    std::uint8_t* target = raw_[channel].get();
-    const std::uint8_t* source = view.data() + (value->fileOffset() - view.fileOffset());
-    const std::size_t bytes = value->bytes();
-    auto copy = [&] { std::memcpy(target, source, bytes); };
-    return platform::RunGuarded(copy).completed ? kSuccess
-                                                : static_cast<std::int32_t>(kLoudnessNoView);
   }
 
   std::int32_t Cancel() {
@@ -219,10 +204,9 @@ class Measurement {
   Converter convert_ = nullptr;
   LibraryState library_;
   platform::File clip_;
-  platform::FileMapping mapping_;
+  std::optional<RowReader> rows_;
   std::size_t padFrames_ = 0;
   std::unique_ptr<float[]> pad_;
-  std::array<std::unique_ptr<std::uint8_t[]>, kChannels> raw_;  // left, right
   std::unique_ptr<float[]> samples_;
 };
 

@@ -17,8 +17,8 @@ enum LoudnessCode : std::int32_t {
   kLoudnessBadRange = 4005,
   kLoudnessNoMemory = 4006,
   kLoudnessNoClip = 4007,
-  kLoudnessNoMapping = 4008,
-  kLoudnessNoView = 4009,  // or its storage has failed
+  kLoudnessEmptyClip = 4008,
+  kLoudnessClipFault = 4009,  // its storage has failed
 };
 
 // True peak, in dBTP, of a stretch of digital silence.

@@ -7,15 +7,13 @@
 #include <span>
 
 #include "mxf/analysis.h"
-#include "mxf/segment_run.h"
-#include "platform/fault_guard.h"
-#include "platform/mapping.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
 namespace {
 
-constexpr char16_t kMappingName[] = u"fmMXF";
+// Frames whose words are asked for ahead: enough to keep the queue of a disk full.
+constexpr std::uint32_t kFramesAhead = 256;
 
 // Place of the word in a frame: key and length of the system element, then what stands in front of
 // the timecode in its value.
@@ -106,7 +104,8 @@ class ContinuityCheck {
     timecode_.timecodeWords = words_.get();
     timecode_.progressFrame = 0;
     timecode_.stopRequest = 0;
-    const std::int32_t read = timecode_.useFileIo != 0 ? ReadWords() : ReadWordsMapped();
+    if (file_.Size().value_or(0) == 0 && timecode_.useFileIo == 0) return kContinuityNoMapping;
+    const std::int32_t read = ReadWords();
     if (read != kSuccess) return read;
     counts_.reset(new (std::nothrow) std::uint32_t[timecode_.frameCount]);
     if (counts_ == nullptr) return kContinuityNoCounts;
@@ -128,43 +127,36 @@ class ContinuityCheck {
   }
 
   std::int32_t ReadWords() {
+    file_.ExpectScattered();
     for (std::uint32_t i = 0; i < timecode_.frameCount; ++i) {
       if (Stopped()) return kCancelled;
-      std::array<std::uint8_t, kWordBytes> bytes;
-      const bool held = file_.ReadAt(WordPlace(i), bytes.data(), bytes.size()) == bytes.size();
-      words_[i] = held ? WordAt(bytes.data()) : kNoWord;
+      if (!ReadWord(i)) return kContinuityNoView;
       timecode_.progressFrame = i;
     }
     return kSuccess;
   }
 
-  std::int32_t ReadWordsMapped() {
-    const auto mapping =
-        platform::FileMapping::Create(file_, platform::MapAccess::kRead, kMappingName);
-    if (!mapping.IsOpen()) return kContinuityNoMapping;
-    for (std::uint32_t i = 0; i < timecode_.frameCount;) {
-      const SegmentRun run = NextRun(mxf_, i, timecode_.frameCount - i);
-      const platform::MappedView view = mapping.ViewCovering(run.start, run.length);
-      if (!view.IsMapped()) return kContinuityNoView;
-      bool stopped = false;
-      auto read = [&] { stopped = !ReadRun(view, run); };
-      if (!platform::RunGuarded(read).completed) return kContinuityNoView;
-      if (stopped) return kCancelled;
-      i += run.frames;
+  // False when the storage fails under a mapping; plain access takes that for a word that is none,
+  // as both take one behind the end of the file.
+  bool ReadWord(std::uint32_t i) {
+    const std::uint64_t place = WordPlace(i);
+    std::array<std::uint8_t, kWordBytes> bytes;
+    if (cold_) Ask(i);
+    bool held = !cold_ && file_.ReadCachedAt(place, bytes.data(), bytes.size());
+    if (!held) {
+      held = file_.ReadAt(place, bytes.data(), bytes.size()) == bytes.size();
+      cold_ = true;
     }
-    return kSuccess;
+    words_[i] = held ? WordAt(bytes.data()) : kNoWord;
+    return held || timecode_.useFileIo != 0 || place + kWordBytes > mxf_.fileSize;
   }
 
-  // Runs inside a guard, so it owns nothing. False when it was stopped.
-  bool ReadRun(const platform::MappedView& view, const SegmentRun& run) {
-    for (std::uint32_t i = run.firstEntry; i < run.firstEntry + run.frames; ++i) {
-      if (Stopped()) return false;
-      const std::uint64_t place = WordPlace(i);
-      words_[i] = view.Covers(place, kWordBytes) ? WordAt(view.data() + (place - view.fileOffset()))
-                                                 : kNoWord;
-      timecode_.progressFrame = i;
-    }
-    return true;
+  // A clip that is not in memory has the pages of its words asked for ahead, and nothing between.
+  void Ask(std::uint32_t i) {
+    const auto reach = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(timecode_.frameCount, std::uint64_t{i} + kFramesAhead));
+    for (asked_ = std::max(asked_, i); asked_ < reach; ++asked_)
+      file_.Prefetch(WordPlace(asked_), kWordBytes);
   }
 
   // Calls `visit` with each pair of positions that is compared and the kind of its break, 0 for
@@ -246,6 +238,8 @@ class ContinuityCheck {
   const platform::File& file_;
   const MXF_BASE_INFO& mxf_;
   MXF_TIMECODE_INFO& timecode_;
+  bool cold_ = false;        // a read has had to wait for the medium
+  std::uint32_t asked_ = 0;  // first frame that was not asked for
   std::unique_ptr<std::uint32_t[]> words_;
   std::unique_ptr<std::uint32_t[]> counts_;
 };

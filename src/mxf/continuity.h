@@ -14,19 +14,19 @@ enum ContinuityCode : std::int32_t {
   kContinuityNoBaseInfo = 1002,
   kContinuityNoTimecodeInfo = 1003,
   kContinuityNoAudioInfo = 1004,
-  kContinuityNoMemory = 1005,  // nor index entries
-  kContinuityNoMapping = 1006,
-  kContinuityNoView = 1007,
+  kContinuityNoMemory = 1005,   // nor index entries
+  kContinuityNoMapping = 1006,  // the file has become empty
+  kContinuityNoView = 1007,     // its storage has failed
   kContinuityNoCounts = 1008,
   kContinuityBreaks = 1009,
 };
 
-// Reads the timecode word of every frame of the analysed, open `file` (SMPTE 331), through mapped
-// views or, with `timecode->useFileIo` not 0, by plain reads, and compares it with that of the
-// frame before. Every break stands afterwards in the list of `timecode->errorList`, in the order
-// of the frames, and `errorCount` tells how many; breaks of an earlier check are freed first.
-// Writes `progressTotal` and `progressFrame` for those who watch, and stops at the next frame when
-// `stopRequest` becomes 1. A word that cannot be read is a break.
+// Reads the timecode word of every frame of the analysed, open `file` (SMPTE 331) and compares it
+// with that of the frame before. Every break stands afterwards in the list of
+// `timecode->errorList`, in the order of the frames, and `errorCount` tells how many; breaks of an
+// earlier check are freed first. Writes `progressTotal` and `progressFrame` for those who watch,
+// and stops at the next frame when `stopRequest` becomes 1. A word behind the file's end is a
+// break; with `timecode->useFileIo` not 0 so is one that cannot be read, which else ends the check.
 //
 // Returns 0 when there is no break; kContinuityBreaks; kCancelled; or another ContinuityCode.
 std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf);

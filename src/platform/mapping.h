@@ -38,6 +38,9 @@ class MappedView {
   // File offset of the first byte.
   std::uint64_t fileOffset() const { return fileOffset_; }
 
+  // Tells the system that it is touched here and there: nothing around is worth fetching.
+  void ExpectScattered() const;
+
   // True when the bytes [offset, offset + length) of the file lie in this view.
   bool Covers(std::uint64_t offset, std::uint64_t length) const;
 

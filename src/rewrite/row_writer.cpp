@@ -29,7 +29,7 @@ ElementState RowWriter::Prove(std::uint32_t i) {
 
 GateResult RowWriter::Write(std::uint32_t i, std::span<const std::uint8_t* const> samples) {
   if (samples.size() != plan_.trackCount || !LocateValues(i)) return GateResult::kRefused;
-  if (reader_.IsCold()) reader_.Prefetch(EntryIndex(i));
+  reader_.Ask(EntryIndex(i));
   const std::uint8_t* gap = gaps_.Of(i);
   row_.clear();
   for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {

@@ -9,9 +9,6 @@
 namespace quorvan {
 namespace {
 
-// What stays in the processor's cache between its reading and its writing.
-constexpr std::uint64_t kCacheBytes = std::uint64_t{3} << 19;
-
 std::uint64_t RegionBytes(const TrackSource& source, std::uint32_t frames) {
   if (source.wav == nullptr) return 0;
   return std::uint64_t{source.wav->blockAlign} * kLargestFrameSamples * frames;
@@ -31,8 +28,7 @@ bool SourceBlocks::AllocateAhead(std::uint32_t aheadFrames) {
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s)
     frameBytes += RegionBytes(plan_.sources[s], 1);
   aheadFrames_ = std::min(FramesInMemory(aheadFrames, frameBytes), plan_.range.total);
-  const std::uint64_t cached = std::max<std::uint64_t>(kCacheBytes / (frameBytes + 1), 1);
-  blockFrames_ = static_cast<std::uint32_t>(std::min<std::uint64_t>(aheadFrames_, cached));
+  blockFrames_ = FramesInCache(aheadFrames_, frameBytes);
   wavBlock_.reset(new (std::nothrow) std::uint8_t[frameBytes * blockFrames_ + 1]);
   silence_.reset(new (std::nothrow) std::uint8_t[kFrameRoom]());
   if (wavBlock_ == nullptr || silence_ == nullptr) return false;

@@ -51,12 +51,12 @@ class SourceBlocks {
     std::uint64_t consumed = 0;  // sample frames read from the file up to now
   };
 
+  void AskFor(std::uint32_t firstEntry);
+
   const RewrapPlan& plan_;
   const MXF_BASE_INFO& mxf_;
   const SourceFiles& files_;
   std::array<Region, kMaxTracks> regions_;
-  void AskFor(std::uint32_t firstEntry);
-
   std::uint32_t blockFrames_ = 0;
   std::uint32_t aheadFrames_ = 0;
   std::uint32_t askedUpTo_ = 0;  // entry of the index

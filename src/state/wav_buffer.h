@@ -44,6 +44,10 @@ std::uint32_t FramesInMemory(std::uint32_t blockFrames, std::uint64_t bytesPerFr
 
 inline constexpr std::uint64_t kMostBlockBytes = std::uint64_t{64} << 20;
 
+// Frames, at most `frames` and at least one, whose `bytesPerFrame` bytes stay in the processor's
+// cache between their reading and their writing.
+std::uint32_t FramesInCache(std::uint32_t frames, std::uint64_t bytesPerFrame);
+
 // True when a block of so many bytes can be had at all: its size fits 32 bits.
 constexpr bool FitsBlock(std::uint64_t bytesPerFrame, std::uint32_t blockFrames) {
   return bytesPerFrame <= UINT32_MAX && bytesPerFrame * blockFrames <= UINT32_MAX;

@@ -137,6 +137,22 @@ TEST_P(Export, WritesAnyRangeAndShape) {
   }
 }
 
+// More frames than are taken at a time, over partitions, from a clip that is on the medium only.
+TEST_P(Export, WritesTheSameWhereTheClipIsNotInMemory) {
+  ClipSpec spec;
+  spec.frames = 200;
+  spec.framesPerPartition = 90;
+  LoadedClip clip(spec);
+  SwitchOn(clip, {1, 2});
+  clip.SetRange(kExportRange, 1, 198);
+  DropFromMemory(clip.path);
+  ASSERT_EQ(Run(clip), 0);
+  for (const std::uint32_t t : {1u, 2u}) {
+    const Bytes file = File(clip, "Track-" + std::to_string(t + 1) + ".wav");
+    EXPECT_TRUE(Bytes(file.begin() + kBwfHeaderBytes, file.end()) == Audio(clip, t, 1, 198));
+  }
+}
+
 TEST_P(Export, NeverTakesANameThatIsTaken) {
   LoadedClip clip{ClipSpec()};
   SwitchOn(clip, {2});

@@ -216,7 +216,7 @@ TEST(MeasureLoudness, StopsWhenItIsCancelledAndSurvivesALostClip) {
       tracks.cancel = 1;
     }
     worker.join();
-    EXPECT_EQ(result, lost ? static_cast<std::int32_t>(kLoudnessNoView) : kCancelled);
+    EXPECT_EQ(result, lost ? static_cast<std::int32_t>(kLoudnessClipFault) : kCancelled);
     EXPECT_EQ(tracks.cancel, 0u);
     EXPECT_EQ(tracks.totalFrames, lost ? 3000u : 0u);
     EXPECT_EQ(clip.app.mxf.audio.integratedLoudness, 0.0);

@@ -50,6 +50,7 @@ void ExpectBreaks(const ClipSpec& spec, const std::vector<Break>& breaks) {
   LoadedClip clip(spec);
   for (const bool fileIo : {false, true}) {
     const std::int32_t wanted = breaks.empty() ? 0 : kContinuityBreaks;
+    DropFromMemory(clip.path);
     EXPECT_EQ(Check(&clip, fileIo), wanted);
     EXPECT_EQ(BreaksOf(clip.app.mxf.timecode), breaks);
     EXPECT_EQ(clip.app.mxf.timecode.progressFrame, spec.frames - 1);

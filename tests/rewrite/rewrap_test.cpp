@@ -1,6 +1,4 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -50,15 +48,6 @@ std::int32_t Code(std::int32_t mapped) {
     default:
       return mapped + 1000;
   }
-}
-
-// Brings a file onto the medium and out of the system's memory.
-void DropFromMemory(const std::u16string& path) {
-  const int file = open(platform::ToUtf8(path).c_str(), O_RDONLY);
-  ASSERT_GE(file, 0);
-  EXPECT_EQ(fsync(file), 0);
-  EXPECT_EQ(posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED), 0);
-  close(file);
 }
 
 // Runs the job and compares every byte of the file.

@@ -1,5 +1,8 @@
 #include "support/temp_folder.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -68,6 +71,14 @@ std::vector<std::uint8_t> ReadAll(const fs::path& path) {
   file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
   if (!file) Fail("cannot read", path);
   return bytes;
+}
+
+void DropFromMemory(const std::filesystem::path& path) {
+  const int file = open(path.c_str(), O_RDONLY);
+  const bool dropped =
+      file >= 0 && fsync(file) == 0 && posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) == 0;
+  if (!dropped) Fail("cannot be dropped from memory", path);
+  close(file);
 }
 
 }  // namespace quorvan::test

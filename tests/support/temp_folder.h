@@ -35,4 +35,8 @@ bool WriteBytes(const std::filesystem::path& path, const std::vector<std::uint8_
 // The whole content of a file; ends the program when it cannot be read.
 std::vector<std::uint8_t> ReadAll(const std::filesystem::path& path);
 
+// Brings a file onto the medium and out of the memory of a system that keeps it there; ends the
+// program when it cannot be.
+void DropFromMemory(const std::filesystem::path& path);
+
 }  // namespace quorvan::test

@@ -40,6 +40,10 @@ void MappedView::Unmap() {
   fileOffset_ = 0;
 }
 
+void MappedView::ExpectScattered() const {
+  if (data_ != nullptr) madvise(data_, size_, MADV_RANDOM);
+}
+
 bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
   if (data_ == nullptr || offset < fileOffset_) return false;
   const std::uint64_t start = offset - fileOffset_;
