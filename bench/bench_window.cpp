@@ -66,8 +66,11 @@ void AnswerBoxes() {
 void Drop(ui::MainWindow* window, const QString& path) {
   QMimeData data;
   data.setUrls({QUrl::fromLocalFile(path)});
+  QDragEnterEvent enter(QPoint(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(window, &enter);
   QDropEvent event(QPointF(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(window, &event);
+  QApplication::processEvents();  // a drop is taken behind the drag
 }
 
 bool PlaceFiles(APP_STATE_INFO* app, const QStringList& files) {
@@ -84,6 +87,11 @@ bool PlaceFiles(APP_STATE_INFO* app, const QStringList& files) {
   return true;
 }
 
+int Refuse(const char* reason) {
+  std::fprintf(stderr, "%s\n", reason);
+  return 1;
+}
+
 int MeasurePauses(const QStringList& arguments) {
   ui::MainWindow window;
   window.show();
@@ -95,7 +103,8 @@ int MeasurePauses(const QStringList& arguments) {
   QElapsedTimer clock;
   clock.start();
   Drop(&window, arguments[1]);
-  if (window.State().mxfLoaded != 1 || !PlaceFiles(&window.State(), arguments.mid(2))) return 1;
+  if (window.State().mxfLoaded != 1) return Refuse("the clip is not loaded");
+  if (!PlaceFiles(&window.State(), arguments.mid(2))) return Refuse("a file is not taken");
   std::printf("load     %6.0f ms, longest pause %5.1f ms\n", static_cast<double>(clock.elapsed()),
               pulse.TakeLongest());
   for (const bool fileIo : {false, true}) {

@@ -3,6 +3,7 @@
 #
 #   tools/setup.sh            what ./run and ./test need
 #   tools/setup.sh --checks   also clang, clang-format and clang-tidy
+#   tools/setup.sh --bench    also what the benchmarks need
 set -euo pipefail
 
 packages=(
@@ -14,8 +15,9 @@ packages=(
 case "${1-}" in
   '') ;;
   --checks) packages+=(clang libclang-rt-dev clang-format clang-tidy) ;;
+  --bench) packages+=(libbenchmark-dev) ;;
   *)
-    echo "usage: tools/setup.sh [--checks]" >&2
+    echo "usage: tools/setup.sh [--checks|--bench]" >&2
     exit 2
     ;;
 esac

@@ -11,6 +11,9 @@ constexpr std::uint64_t kMostRowBytes = std::uint64_t{1} << 24;
 // Frames that are asked for ahead: enough to keep the queue of a disk full.
 constexpr std::uint32_t kFramesAhead = 64;
 
+// A look costs as much as some frames' proof.
+constexpr std::uint32_t kFramesPerLook = 8;
+
 }  // namespace
 
 std::optional<ElementRow> LocateRow(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entry,
@@ -37,9 +40,12 @@ void ReadAhead::Ask(std::uint32_t entryIndex) {
 }
 
 void ReadAhead::LookAndAsk(std::uint32_t entryIndex) {
-  const auto row = LocateRow(mxf_, (*mxf_.indexEntries)[entryIndex], tracks_);
-  std::uint8_t sample = 0;
-  if (row && !cold_ && !clip_.ReadCachedAt(row->start, &sample, 1)) cold_ = true;
+  if (!cold_ && entryIndex >= nextLook_) {
+    nextLook_ = entryIndex + kFramesPerLook;
+    const auto row = LocateRow(mxf_, (*mxf_.indexEntries)[entryIndex], tracks_);
+    std::uint8_t sample = 0;
+    cold_ = row && !clip_.ReadCachedAt(row->start, &sample, 1);
+  }
   Ask(entryIndex);
 }
 

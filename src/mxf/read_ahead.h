@@ -47,7 +47,7 @@ class ReadAhead {
   void Ask(std::uint32_t entryIndex);
 
   // The same for those who read through a view and so cannot tell whether they had to wait: looks
-  // first whether the frame at hand is in memory.
+  // first whether the frame at hand is in memory, every few frames.
   void LookAndAsk(std::uint32_t entryIndex);
 
  private:
@@ -56,6 +56,7 @@ class ReadAhead {
   std::span<const std::uint32_t> tracks_;
   std::uint32_t next_;  // first frame that was not asked for
   std::uint32_t end_;
+  std::uint32_t nextLook_ = 0;
   bool cold_ = false;
 };
 

@@ -29,13 +29,17 @@ bool RowReader::Fill(Window* window, std::uint64_t offset, std::uint64_t bytes) 
   const auto wanted = static_cast<std::size_t>(bytes);
   window->offset = offset;
   window->held = wanted;
-  if (!IsCold() && clip_.ReadCachedAt(offset, window->bytes, wanted)) return true;
+  if (!ahead_.IsCold() && clip_.ReadCachedAt(offset, window->bytes, wanted)) return true;
   ahead_.SetCold();
   window->held = clip_.ReadAt(offset, window->bytes, wanted);
   return window->held == wanted;
 }
 
 const std::uint8_t* RowReader::At(std::uint64_t fileOffset, std::uint64_t length) const {
+  if (view_ != nullptr) {
+    return view_->Covers(fileOffset, length) ? view_->data() + (fileOffset - view_->fileOffset())
+                                             : nullptr;
+  }
   return row_.At(fileOffset, length);
 }
 
@@ -53,7 +57,24 @@ const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted
   return failed_ ? nullptr : window->At(offset, wanted);
 }
 
+// The keys of a frame lie far apart: walked through one by one, each would have to be waited for.
+void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
+  if (entryIndex >= firstEntry_ + frames_) return;
+  const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+  view_->PrefetchByte(entry.fileOffset);
+  for (const std::uint32_t track : tracks_) {
+    if (const auto value = LocateElementValue(mxf_, entry, track)) {
+      view_->PrefetchByte(value->keyOffset());
+    }
+  }
+}
+
 ElementState RowReader::Read(std::uint32_t entryIndex) {
+  if (view_ != nullptr) {
+    ahead_.LookAndAsk(entryIndex);
+    PrefetchKeys(entryIndex + 1);
+    return ProveElements(*view_, mxf_, entryIndex, tracks_);
+  }
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
   const std::uint64_t start = entry.fileOffset;
   const std::uint64_t end = FrameEnd(mxf_, entryIndex);

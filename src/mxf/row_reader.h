@@ -12,6 +12,7 @@
 #include "mxf/frame_walk.h"
 #include "mxf/read_ahead.h"
 #include "platform/file.h"
+#include "platform/mapping.h"
 
 namespace quorvan {
 
@@ -37,15 +38,16 @@ class RowReader {
   // Starts again at an earlier frame.
   void Rewind(std::uint32_t entryIndex) { ahead_.Rewind(entryIndex); }
 
+  // From now on looks at the clip through `view`, which covers it and outlives the reader, and
+  // reads nothing by itself. What At gives lies in the view then: touching it can fault.
+  void ReadThrough(const platform::MappedView* view) { view_ = view; }
+
   // Reads the frame of `entryIndex` and proves its values as ProveElements does.
   ElementState Read(std::uint32_t entryIndex);
 
   // The `length` bytes at `fileOffset`, when they stand in the row that was read last; else null.
   // They stay there until the row is no longer kept.
   const std::uint8_t* At(std::uint64_t fileOffset, std::uint64_t length) const;
-
-  // True when a read had to wait for the medium: the clip was not in memory.
-  bool IsCold() const { return ahead_.IsCold(); }
 
   // Asks for the frames behind `entryIndex`, as Read does, for those who come back to write them.
   void Ask(std::uint32_t entryIndex) { ahead_.Ask(entryIndex); }
@@ -60,6 +62,7 @@ class RowReader {
     const std::uint8_t* At(std::uint64_t fileOffset, std::uint64_t length) const;
   };
 
+  void PrefetchKeys(std::uint32_t entryIndex) const;
   bool Fill(Window* window, std::uint64_t offset, std::uint64_t bytes);
   const std::uint8_t* HeaderAt(std::uint64_t offset, std::size_t wanted, const ElementRow& row,
                                std::uint64_t rest);
@@ -70,6 +73,7 @@ class RowReader {
   std::uint32_t firstEntry_;
   std::uint32_t frames_;
   ReadAhead ahead_;
+  const platform::MappedView* view_ = nullptr;
   bool failed_ = false;
   std::unique_ptr<std::uint8_t[]> headBytes_;
   std::unique_ptr<std::uint8_t[]> rowBytes_;  // of the rows that are kept

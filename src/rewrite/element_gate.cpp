@@ -2,17 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-
-#include "platform/fault_guard.h"
 
 namespace quorvan {
 namespace {
-
-bool LiesIn(const platform::MappedView& view, const void* address) {
-  const auto* p = static_cast<const std::uint8_t*>(address);
-  return p >= view.data() && p < view.data() + view.size();
-}
 
 bool Ascends(std::span<const RowPiece> row) {
   const auto overlap = [](const RowPiece& before, const RowPiece& piece) {
@@ -60,23 +52,6 @@ GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row) {
     row = row.subspan(length);
   }
   return GateResult::kDone;
-}
-
-GateResult WriteRow(const platform::MappedView& view, std::span<const RowPiece> row) {
-  if (row.size() > kMaxTracks || !Ascends(row)) return GateResult::kRefused;
-  const bool covered = std::all_of(row.begin(), row.end(), [&](const RowPiece& piece) {
-    return view.Covers(piece.value.fileOffset(), piece.value.bytes());
-  });
-  if (!covered) return GateResult::kRefused;
-  auto copy = [&] {
-    for (const RowPiece& piece : row) {
-      std::memcpy(view.data() + (piece.value.fileOffset() - view.fileOffset()), piece.samples,
-                  piece.value.bytes());
-    }
-  };
-  const platform::GuardResult guarded = platform::RunGuarded(copy);
-  if (guarded.completed) return GateResult::kDone;
-  return LiesIn(view, guarded.address) ? GateResult::kClipFault : GateResult::kSourceFault;
 }
 
 }  // namespace quorvan

@@ -8,7 +8,6 @@
 
 #include "mxf/audio_element.h"
 #include "platform/file.h"
-#include "platform/mapping.h"
 
 namespace quorvan {
 
@@ -28,9 +27,5 @@ struct RowPiece {
 // there are more than kMaxTracks. A kSourceFault is one of the storage behind samples. After a
 // fault part of the row may be written.
 GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row);
-
-// The same through a view of the clip; a view that does not cover the row is refused. What lies
-// between the values is not looked at.
-GateResult WriteRow(const platform::MappedView& view, std::span<const RowPiece> row);
 
 }  // namespace quorvan

@@ -114,6 +114,10 @@ class MappedRewrite {
     if (!IsPlannedClip(clip_, plan_, mxf_)) return kRewrapUnfit;
     if (const std::int32_t failed = CodeOf(files_.Check())) return failed;
     if (!rows_.Allocate()) return kRewrapNoTrackBuffer;
+    view_ = mapping_.View(0, mapping_.size());
+    if (!view_.IsMapped()) return kRewrapClipFault;
+    view_.ExpectScattered();
+    rows_.ProveThrough(&view_);
     for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       if (tracks_.cancel == 1) return Cancel();
       if (const std::int32_t failed = CodeOf(rows_.Prove(i))) return failed;
@@ -121,8 +125,11 @@ class MappedRewrite {
     return kSuccess;
   }
 
+  // What is looked at here and there costs least through a view. What is written does not: the
+  // system makes each page ready by itself then, and takes all that it keeps together with a page
+  // for changed.
   std::int32_t WriteAll() {
-    if (!ChooseWay()) return kRewrapClipFault;
+    rows_.StartWriting();
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
       const std::uint32_t firstEntry = plan_.range.firstEntry + done;
@@ -136,19 +143,6 @@ class MappedRewrite {
       }
     }
     return kSuccess;
-  }
-
-  // A clip that lies in memory is written through a view of it. Of one that had to be fetched only
-  // the audio is there, in small pages, each of which a view would have to make ready by itself:
-  // its rows are handed to the system whole. False when there can be no view.
-  bool ChooseWay() {
-    if (rows_.IsCold()) {
-      rows_.StartWriting();
-      return true;
-    }
-    view_ = mapping_.View(0, mapping_.size());
-    rows_.StartWritingThrough(&view_);
-    return view_.IsMapped();
   }
 
   std::int32_t Cancel() {

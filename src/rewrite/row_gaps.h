@@ -20,8 +20,8 @@ class RowGaps {
   bool Allocate(std::uint32_t frames);
 
   // Keeps what lies between the values of neighbouring tracks, all ascending, in the row that
-  // `reader` has read last: that of the `frame`-th frame.
-  void Keep(std::uint32_t frame, std::span<const std::uint32_t> tracks,
+  // `reader` has read last: that of the `frame`-th frame. False when the storage behind it fails.
+  bool Keep(std::uint32_t frame, std::span<const std::uint32_t> tracks,
             std::span<const ElementValue> values, const RowReader& reader);
 
   // These gaps of the `frame`-th frame one behind the other, null when they are not kept.

@@ -23,8 +23,8 @@ ElementState RowWriter::Prove(std::uint32_t i) {
   const ElementState state = reader_.Read(EntryIndex(i));
   if (state != ElementState::kSound) return state;
   if (!LocateValues(i)) return ElementState::kMisplaced;
-  gaps_.Keep(i, plan_.Tracks(), values_, reader_);
-  return ElementState::kSound;
+  const bool kept = gaps_.Keep(i, plan_.Tracks(), values_, reader_);
+  return kept ? ElementState::kSound : ElementState::kFault;
 }
 
 GateResult RowWriter::Write(std::uint32_t i, std::span<const std::uint8_t* const> samples) {
@@ -37,7 +37,7 @@ GateResult RowWriter::Write(std::uint32_t i, std::span<const std::uint8_t* const
     row_.push_back({values_[n], samples[n], joins ? gap : nullptr});
     if (joins) gap += values_[n].fileOffset() - values_[n - 1].end();
   }
-  return view_ == nullptr ? WriteRow(&clip_, row_) : WriteRow(*view_, row_);
+  return WriteRow(&clip_, row_);
 }
 
 }  // namespace quorvan

@@ -27,20 +27,14 @@ class RowWriter {
   // clip open.
   bool Allocate();
 
+  // Has the frames proven through `view`, which covers the clip and outlives the writer.
+  void ProveThrough(const platform::MappedView* view) { reader_.ReadThrough(view); }
+
   // Proves every value of the plan in the `i`-th frame. Frames come in their order.
   ElementState Prove(std::uint32_t i);
 
   // All frames are proven: from here on they are written.
   void StartWriting() { reader_.Rewind(plan_.range.firstEntry); }
-
-  // The same, through `view`, which covers the clip and outlives the writing.
-  void StartWritingThrough(const platform::MappedView* view) {
-    StartWriting();
-    view_ = view;
-  }
-
-  // True when the proof has had to wait for the medium.
-  bool IsCold() const { return reader_.IsCold(); }
 
   // Writes the `i`-th frame: what goes on each track of the plan, in their order.
   GateResult Write(std::uint32_t i, std::span<const std::uint8_t* const> samples);
@@ -52,7 +46,6 @@ class RowWriter {
   const RewrapPlan& plan_;
   const MXF_BASE_INFO& mxf_;
   platform::File& clip_;
-  const platform::MappedView* view_ = nullptr;
   RowReader reader_;
   RowGaps gaps_;
   std::vector<ElementValue> values_;  // of the frame that is worked on
