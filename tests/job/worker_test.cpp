@@ -128,7 +128,8 @@ TEST(Worker, TellsOfACancel) {
   LoadedClip clip(LongClip(6000));
   PrepareEveryJob(&clip);
   Face face(&clip);
-  for (const JobKind kind : {kRewriteJob, kExportJob, kLoudnessJob}) {
+  for (const JobKind kind : {kExportJob, kLoudnessJob, kRewriteJob}) {
+    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
     std::atomic<bool> ended = false;
     face.whenTold = [&](const JobReport&) { ended = true; };
     const Received& told = face.Run(kind, [&] {
@@ -140,7 +141,6 @@ TEST(Worker, TellsOfACancel) {
     EXPECT_EQ(told.text.find(u"MXFファイル\nclip.mxf\n\n"), 0u);
     EXPECT_NE(told.text.find(u"を中断しました。\n\n\tprocess: "), std::u16string::npos);
   }
-  EXPECT_TRUE(clip.Now() == clip.clip.bytes);
 }
 
 TEST(Worker, AnalysesInTwoPhases) {
