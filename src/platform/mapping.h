@@ -41,8 +41,8 @@ class MappedView {
   // Tells the system that it is touched here and there: nothing around is worth fetching.
   void ExpectScattered() const;
 
-  // Lets the processor fetch the byte at file offset `offset`, if it is at hand, while something else
-  // is being done. Never faults.
+  // Lets the processor fetch the byte at file offset `offset`, if it is at hand, while something
+  // else is being done. Never faults.
   void PrefetchByte(std::uint64_t offset) const {
     if (Covers(offset, 1)) __builtin_prefetch(data_ + (offset - fileOffset_));
   }

@@ -64,7 +64,9 @@ class FileIoRewrite {
   // Nothing is written before all of this holds; see RewrapMapped.
   std::int32_t ProveValues() {
     if (!IsPlannedClip(clip_, plan_, mxf_)) return kFileRewrapUnfit;
-    if (files_.Check() != SourceState::kSound) return kFileRewrapNoWav;
+    const SourceState sources = files_.Check();
+    if (sources == SourceState::kNotPcm) return kFileRewrapUnfit;
+    if (sources != SourceState::kSound) return kFileRewrapNoWav;
     if (!rows_.Allocate()) return kFileRewrapNoTrackBuffer;
     for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       if (tracks_.cancel == 1) return Cancel();

@@ -51,6 +51,8 @@ std::int32_t CodeOf(SourceState state) {
       return kSuccess;
     case SourceState::kChanged:
       return kRewrapNoWav;
+    case SourceState::kNotPcm:
+      return kRewrapUnfit;
     case SourceState::kCutShort:
       return kRewrapWavFault;
   }

@@ -3,24 +3,6 @@
 #include <algorithm>
 
 namespace quorvan {
-namespace {
-
-char16_t Folded(char16_t unit) {
-  return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit - u'A' + u'a') : unit;
-}
-
-// As people sort names: capitals beside their small letters, and only then apart.
-bool NameComesBefore(std::u16string_view a, std::u16string_view b) {
-  const auto [x, y] =
-      std::mismatch(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char16_t left, char16_t right) { return Folded(left) == Folded(right); });
-  if (x == a.end() && y == b.end()) return a < b;
-  if (x == a.end() || y == b.end()) return x == a.end();
-  return Folded(*x) < Folded(*y);
-}
-
-}  // namespace
-
 const std::array<WavColumnSpec, kWavColumns> kWavColumnSpecs = {{
     {u"ファイル名", 0.2291, kSortByName},
     {u"Ch", 0.034, kSortByChannels},
@@ -47,14 +29,14 @@ RowColors ColorsOfRow(std::size_t row, bool assigned) {
   return {even ? COLOR{0, 248, 255} : kWhite, black};
 }
 
-void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending) {
+void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending, const NameOrder& order) {
   const auto spec = std::find_if(
       kWavColumnSpecs.begin(), kWavColumnSpecs.end(),
       [command](const auto& s) { return s.sortCommand == command && command != kNoCommand; });
   if (spec == kWavColumnSpecs.end() || app->wavIndex == nullptr) return;
   const auto column = static_cast<WavColumn>(spec - kWavColumnSpecs.begin());
-  const auto before = [column](const WAV_FILE_INFO* a, const WAV_FILE_INFO* b) {
-    if (column == kNameColumn) return NameComesBefore(a->fileName, b->fileName);
+  const auto before = [&](const WAV_FILE_INFO* a, const WAV_FILE_INFO* b) {
+    if (column == kNameColumn) return order(a->fileName, b->fileName);
     return a->sortKey[SortKeyOf(column)] < b->sortKey[SortKeyOf(column)];
   };
   WAV_FILE_INFO** const first = app->wavIndex.get();

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 #include "state/app_state_info.h"
@@ -28,9 +29,12 @@ struct RowColors {
 };
 RowColors ColorsOfRow(std::size_t row, bool assigned);
 
-// Sorts the index of `app` by the column of `command`, ascending or not. The library's own order
-// stays.
-void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending);
+// True when the first name comes before the second one where people look for it.
+using NameOrder = std::function<bool(std::u16string_view, std::u16string_view)>;
+
+// Sorts the index of `app` by the column of `command`, ascending or not, names by `order`. The
+// library's own order stays.
+void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending, const NameOrder& order);
 
 // The pass over the list's rows: which are selected, as flags by row, and which one has the focus,
 // -1 for none. Fills `selected` of the entries, selectedWavCount and currentWavItem.

@@ -1,5 +1,6 @@
 #include "wav/wav_check.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "wav/little_endian.h"
@@ -10,7 +11,12 @@ namespace {
 constexpr std::uint64_t kRiffHeaderBytes = 12;  // form, size, "WAVE"
 constexpr std::uint64_t kChunkHeaderBytes = 8;
 
+// The fmt chunk up to the part of an extensible format's GUID that says what the samples are.
 constexpr std::size_t kFormatBytes = 16;
+constexpr std::size_t kSubFormatPlace = 24;
+constexpr std::size_t kExtensibleBytes = kSubFormatPlace + 2;
+constexpr std::uint16_t kExtensibleTag = 0xFFFE;
+constexpr std::uint16_t kPcmTag = 0x0001;
 constexpr int kMostChunks = 4096;  // in front of the audio; more is no chain but a run of zeros
 
 // True when these first bytes of a fmt chunk say what the library holds.
@@ -22,25 +28,41 @@ bool IsFormatOf(const std::uint8_t* fmt, const WAV_FILE_INFO& wav) {
          LoadLittleEndian<std::uint16_t>(fmt + 14) == wav.bitsPerSample;
 }
 
+// True when a fmt chunk of which `held` bytes stand at `fmt` names, at length, something else than
+// PCM.
+bool IsForeign(const std::uint8_t* fmt, std::size_t held) {
+  if (held < kExtensibleBytes || LoadLittleEndian<std::uint16_t>(fmt) != kExtensibleTag) {
+    return false;
+  }
+  const auto subFormat = LoadLittleEndian<std::uint16_t>(fmt + kSubFormatPlace);
+  return subFormat != 0 && subFormat != kPcmTag;
+}
+
 // The file by the sizes of its chunks, where the reader goes by their letters, which may stand
-// anywhere: false when the chunks lead to another format or to audio elsewhere, true when they
-// agree or lead nowhere.
-bool AgreesWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
-  std::uint8_t chunk[kChunkHeaderBytes + kFormatBytes];
-  bool sameFormat = true;
+// anywhere: kChanged when the chunks lead to another format or to audio elsewhere, kNotPcm when to
+// audio that is none, kSound when they agree or lead nowhere.
+SourceState CompareWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
+  std::uint8_t chunk[kChunkHeaderBytes + kExtensibleBytes];
+  SourceState format = SourceState::kSound;
   std::uint64_t at = kRiffHeaderBytes;
   for (int chunks = 0; chunks < kMostChunks; ++chunks) {
     const std::size_t held = file.ReadAt(at, chunk, sizeof chunk);
-    if (held < kChunkHeaderBytes) return true;
+    if (held < kChunkHeaderBytes) return SourceState::kSound;
     at += kChunkHeaderBytes;
-    if (std::memcmp(chunk, "data", 4) == 0) return sameFormat && at == wav.dataOffset;
-    if (std::memcmp(chunk, "fmt ", 4) == 0 && held == sizeof chunk) {
-      sameFormat = IsFormatOf(chunk + kChunkHeaderBytes, wav);
+    if (std::memcmp(chunk, "data", 4) == 0) {
+      return at == wav.dataOffset ? format : SourceState::kChanged;
     }
     const std::uint64_t size = LoadLittleEndian<std::uint32_t>(chunk + 4);
+    if (std::memcmp(chunk, "fmt ", 4) == 0 && held >= kChunkHeaderBytes + kFormatBytes) {
+      const std::uint8_t* fmt = chunk + kChunkHeaderBytes;
+      const std::uint64_t bytes = std::min<std::uint64_t>(size, held - kChunkHeaderBytes);
+      format = !IsFormatOf(fmt, wav)   ? SourceState::kChanged
+               : IsForeign(fmt, bytes) ? SourceState::kNotPcm
+                                       : SourceState::kSound;
+    }
     at += size + size % 2;
   }
-  return true;
+  return SourceState::kSound;
 }
 
 }  // namespace
@@ -52,7 +74,8 @@ SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav) {
       times->lastWrite != wav.findData.times.lastWrite) {
     return SourceState::kChanged;
   }
-  if (!AgreesWithChunks(file, wav)) return SourceState::kChanged;
+  const SourceState chunks = CompareWithChunks(file, wav);
+  if (chunks != SourceState::kSound) return chunks;
   if (wav.dataOffset > *size) return SourceState::kCutShort;
   const std::uint64_t rest = *size - wav.dataOffset;
   const bool unfinished = wav.dataSize < wav.blockAlign && rest >= wav.blockAlign;

@@ -10,6 +10,7 @@ namespace quorvan {
 enum class SourceState {
   kSound,
   kChanged,   // not the file that was added, or its chunks lead to audio elsewhere
+  kNotPcm,    // of a format stated at length, whose samples are no PCM
   kCutShort,  // the file ends before its audio does, or claims none though it has some
 };
 

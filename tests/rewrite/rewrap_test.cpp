@@ -439,6 +439,20 @@ TEST_P(Rewrap, TouchesNothingWhenASourceIsNotWhatItClaims) {
     job.Put(0, compressed);
     ExpectUntouched(job, 2002);
   }
+  // A format stated at length: PCM, and floating point.
+  for (const int subFormat : {1, 3}) {
+    RewrapJob job{ClipSpec()};
+    WavSpec stated = Wav(1, 24, kPlenty);
+    stated.fmtSize = 40;
+    stated.formatTag = 0xFFFE;
+    stated.subFormat = static_cast<std::uint16_t>(subFormat);
+    job.Put(0, stated);
+    if (subFormat == 1) {
+      ExpectExactly(job);
+    } else {
+      ExpectUntouched(job, 2002);
+    }
+  }
   ClipSpec huge;
   huge.indexEdits.push_back([](auto& all) { all[0].duration = 0x7FFFFFFFFFFFFFFF; });
   RewrapJob job(huge);

@@ -47,6 +47,8 @@ Bytes FmtBody(const WavSpec& spec) {
   PutLittle(body, spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0,
             2);
   PutLittle(body, spec.bits, 2);
+  PutLittle(body, 0, 4);  // speaker positions: none
+  PutLittle(body, spec.subFormat, 2);
   body.resize(spec.fmtSize);
   return body;
 }

@@ -22,6 +22,7 @@ struct WavSpec {
   std::string formId = "RIFF";  // "RF64" adds ds64 and sets the 32-bit sizes to 0xFFFFFFFF
   std::string waveId = "WAVE";
   std::uint16_t formatTag = 1;
+  std::uint16_t subFormat = 1;  // in a fmt chunk of 40 bytes
   std::uint16_t channels = 1;
   std::uint32_t sampleRate = 48000;
   std::uint16_t bits = 24;

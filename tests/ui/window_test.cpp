@@ -4,12 +4,14 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QTest>
 #include <QToolTip>
 
 #include "driver.h"
 #include "platform/text.h"
 #include "support/wav_builder.h"
 #include "ui/main/placement.h"
+#include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/texts.h"
 
@@ -272,6 +274,11 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
   EXPECT_FALSE(entry->isVisible());
   EXPECT_TRUE(driver.View()->Label(kOutTimecodeText)->isVisible());
 
+  // The table keeps the keys while it shows, whatever is pressed beside it but the left button.
+  driver.Key(Qt::Key_Tab);
+  QTest::mouseClick(driver.View(), Qt::RightButton, Qt::NoModifier, QPoint(5, 300));
+  driver.Settle();
+  EXPECT_EQ(driver.Focus(), driver.List());
   // A press on a display is that display's; beside them it closes the library.
   for (const ControlId id : {kFileNameText, kInTimecodeText, kDurTimecodeText})
     driver.Click(driver.View()->Label(id));
@@ -300,6 +307,22 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
   driver.Photograph("library_popup");
   driver.Choose(menu, "削除");
   EXPECT_EQ(driver.App().wavList->entryCount, 1);
+  EXPECT_EQ(driver.List()->FocusRow(), 0);
+  EXPECT_FALSE(driver.App().statusText.find(u"a_stereo.wav") == std::u16string::npos);
+
+  // Names stand as people look for them; the last of the selected rows has the focus.
+  std::vector<std::u16string> names;
+  for (const char* name : {"B.wav", "a.wav", "い.wav", "あ.wav", "A.wav", "1.wav"})
+    names.push_back(material.folder.Write(name, ReadAll(material.wavs[0])));
+  driver.Drop(names);
+  driver.Key(Qt::Key_A, Qt::ControlModifier);
+  driver.Window().Run(kSortByName);
+  driver.Settle();
+  QString sorted;
+  for (int row = 0; row < driver.App().wavList->entryCount; ++row)
+    sorted += ui::ToQString(driver.App().wavIndex[static_cast<std::size_t>(row)]->fileName)[0];
+  EXPECT_EQ(sorted, "1aaABあい");
+  EXPECT_EQ(driver.List()->FocusRow(), 6);
   EXPECT_TRUE(driver.AllAnswered());
 }
 

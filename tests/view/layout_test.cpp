@@ -100,18 +100,21 @@ TEST(Library, SortsByEachColumnBothWays) {
   const auto isSorted = [&](auto before) {
     return std::is_sorted(app.wavIndex.get(), app.wavIndex.get() + 4, before);
   };
+  const NameOrder order = [](std::u16string_view a, std::u16string_view b) {
+    return (a[0] | 0x20) < (b[0] | 0x20);
+  };
   for (const bool ascending : {true, false}) {
     for (std::size_t column = 0; column < kWavColumns; ++column) {
-      SortLibrary(&app, kWavColumnSpecs[column].sortCommand, ascending);
+      SortLibrary(&app, kWavColumnSpecs[column].sortCommand, ascending, order);
       if (kWavColumnSpecs[column].sortCommand == kNoCommand) continue;
       EXPECT_TRUE(isSorted([&](const WAV_FILE_INFO* a, const WAV_FILE_INFO* b) {
         if (!ascending) std::swap(a, b);
-        return column == 0 ? (a->fileName[0] | 0x20) < (b->fileName[0] | 0x20)
+        return column == 0 ? order(a->fileName, b->fileName)
                            : a->sortKey[column - 1] < b->sortKey[column - 1];
       })) << column;
     }
   }
-  SortLibrary(&app, kSortByName, true);
+  SortLibrary(&app, kSortByName, true, order);
   const std::uint8_t selected[] = {0, 1, 1, 0};
   TakeListSelection(&app, selected, 2);
   EXPECT_EQ(app.selectedWavCount, 2u);

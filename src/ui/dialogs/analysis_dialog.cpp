@@ -6,7 +6,6 @@
 
 #include "job/process_table.h"
 #include "mxf/analysis.h"
-#include "platform/path.h"
 #include "report/timecode_log.h"
 #include "state/clip_state.h"
 #include "ui/dialogs/dialog_place.h"
@@ -17,9 +16,9 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTimerMilliseconds = 30;
-constexpr int kWidth = 460;
 constexpr std::u16string_view kStoppedTitle = u"MXF Lattice Core";
 constexpr std::u16string_view kAnalysisTitle = u"MXF File Analysis";
+constexpr std::u16string_view kErrorStatus = u"MXFファイル解析エラー";
 constexpr std::u16string_view kLogTitle = u"エラーログの保存";
 
 QString FrameText(std::uint32_t frames) {
@@ -33,10 +32,8 @@ AnalysisDialog::AnalysisDialog(APP_STATE_INFO* app,
     : QDialog(parent), app_(*app), setStatus_(std::move(setStatus)), job_(app, nullptr) {
   setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
   setModal(true);
-  setMinimumWidth(kWidth);
-  auto* name = new QLabel(ToQString(platform::LastComponent(app_.mxfPath)), this);
-  name->setObjectName("1032");
-  name->setAlignment(Qt::AlignCenter);
+  setMinimumWidth(kJobDialogWidth);
+  auto* name = MakeFileNameLabel("1032", app_.mxfPath, this);
   framesLeft_ = new QLabel("0", this);
   framesLeft_->setObjectName("1033");
   framesLeft_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -163,7 +160,7 @@ void AnalysisDialog::OnStopped(const QString& text) {
 }
 
 void AnalysisDialog::OnError(const QString& text) {
-  setStatus_(u"MXFファイル解析エラー");
+  setStatus_(kErrorStatus);
   stage_->setText("エラーが報告されたため解析を中断しました。");
   if (app_.mxf->timecode->errorCount == 0) {
     Tell(this, BoxKind::kWarning, FromQString(text), kAnalysisTitle);
@@ -179,11 +176,13 @@ void AnalysisDialog::SaveTimecodeLog() {
     QFileDialog chooser(parentWidget(), ToQString(kLogTitle), QString(), "テキスト(*.txt) (*.txt)");
     chooser.setAcceptMode(QFileDialog::AcceptSave);
     chooser.setDefaultSuffix("txt");
+    chooser.setOption(QFileDialog::HideNameFilterDetails);
     if (chooser.exec() != QDialog::Accepted) return;
     const std::u16string path = FromQString(chooser.selectedFiles().value(0));
     setStatus_(u"ログテキストを書き出し中...");
     std::uint32_t error = 0;
     if (WriteTimecodeLog(path, app_, &error)) break;
+    setStatus_(kErrorStatus);
     Tell(parentWidget(), BoxKind::kError, TimecodeLogFailureMessage(app_.mxfPath, error),
          kLogTitle);
   }

@@ -1,9 +1,15 @@
 #include "ui/dialogs/dialog_place.h"
 
+#include <QMainWindow>
+
+#include "platform/path.h"
+#include "ui/main/qt_text.h"
+
 namespace quorvan::ui {
 namespace {
 
 constexpr int kJobShift = 5;
+constexpr int kNameMargin = 100;
 
 // The window that all dialogs belong to, whichever of them lies between.
 const QWidget* MainWindowOf(const QDialog* dialog) {
@@ -11,6 +17,13 @@ const QWidget* MainWindowOf(const QDialog* dialog) {
   while (window->parentWidget() != nullptr)
     window = window->parentWidget()->window();
   return window;
+}
+
+// What lies below the menu bar.
+QRect ClientArea(const QWidget* window) {
+  const auto* main = qobject_cast<const QMainWindow*>(window);
+  const QWidget* menu = main != nullptr ? main->menuWidget() : nullptr;
+  return window->rect().adjusted(0, menu != nullptr ? menu->height() : 0, 0, 0);
 }
 
 }  // namespace
@@ -26,6 +39,18 @@ void CentreOnWindow(QDialog* dialog) {
                frame.top() + (frame.height() - outside.height()) / 2);
 }
 
+QLabel* MakeFileNameLabel(const char* objectName, std::u16string_view path, QDialog* dialog) {
+  auto* label = new QLabel(dialog);
+  label->setObjectName(objectName);
+  label->setAlignment(Qt::AlignCenter);
+  label->setTextFormat(Qt::PlainText);
+  const QString name = ToQString(platform::LastComponent(path));
+  label->setText(
+      label->fontMetrics().elidedText(name, Qt::ElideMiddle, kJobDialogWidth - kNameMargin));
+  label->setToolTip(name.toHtmlEscaped());
+  return label;
+}
+
 void PlaceJobDialog(QDialog* dialog) {
   const QWidget* window = MainWindowOf(dialog);
   if (window == dialog) return;
@@ -33,8 +58,10 @@ void PlaceJobDialog(QDialog* dialog) {
   font.setPointSize(font.pointSize() + 1);
   dialog->setFont(font);
   dialog->adjustSize();
-  dialog->move(window->mapToGlobal(QPoint(window->width() / 2 - dialog->width() / 2 + kJobShift,
-                                          window->height() / 2 - dialog->height() / 2)));
+  const QRect client = ClientArea(window);
+  dialog->move(window->mapToGlobal(client.topLeft() +
+                                   QPoint(client.width() / 2 - dialog->width() / 2 + kJobShift,
+                                          client.height() / 2 - dialog->height() / 2)));
 }
 
 }  // namespace quorvan::ui

@@ -5,7 +5,6 @@
 #include <array>
 
 #include "job/process_table.h"
-#include "platform/path.h"
 #include "report/rewrap_log.h"
 #include "timecode/timecode.h"
 #include "ui/dialogs/dialog_place.h"
@@ -16,7 +15,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTimerMilliseconds = 200;
-constexpr int kWidth = 460;
 constexpr std::u16string_view kFailureTitle = u"MXF Lattice Core";
 
 struct JobTexts {
@@ -49,14 +47,14 @@ JobDialog::JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view
       job_(app, nullptr) {
   setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
   setModal(true);
-  setMinimumWidth(kWidth);
+  setMinimumWidth(kJobDialogWidth);
   const auto label = [this](const char* name, const QString& text, Qt::Alignment alignment) {
     auto* made = new QLabel(text, this);
     made->setObjectName(name);
     made->setAlignment(alignment);
     return made;
   };
-  auto* file = label("1009", ToQString(platform::LastComponent(app_.mxfPath)), Qt::AlignCenter);
+  auto* file = MakeFileNameLabel("1009", app_.mxfPath, this);
   auto* in = label("1005", Timecode((app_.tracks->*range_.in)[0]), Qt::AlignLeft);
   auto* out = label("1006", Timecode((app_.tracks->*range_.out)[0]), Qt::AlignRight);
   progress_ = label("1007", "00:00:00,00", Qt::AlignCenter);
@@ -103,6 +101,7 @@ int JobDialog::exec() {
   app_.tracks->currentFrame = 0;
   percent_ = frames * 0.01;
   running_ = true;
+  stopping_ = false;
   PlaceJobDialog(this);
   job_.Start();
   setStatus_(kJobTexts[app_.jobKind].statusAtStart);
@@ -115,14 +114,16 @@ int JobDialog::exec() {
 // Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
 void JobDialog::reject() {
   if (!running_) return;
-  app_.tracks->cancel = 1;
+  stopping_ = true;
   action_->setText("中断処理を行っています、お待ちください...");
   setStatus_(u"中断処理中...");
   button_->setEnabled(false);
   ShowProgress();
 }
 
+// A job that starts clears the flag: what was asked for before is asked for again.
 void JobDialog::ShowProgress() {
+  if (stopping_) app_.tracks->cancel = 1;
   const std::size_t slot = app_.mxf->timecode->startHour23 == 1 ? 1 : 0;
   const std::uint32_t done = app_.tracks->currentFrame;
   progress_->setText(Timecode((app_.tracks->*range_.in)[slot] + static_cast<std::int32_t>(done)) +

@@ -47,6 +47,7 @@ class JobDialog : public QDialog {
   QPushButton* button_;
   double percent_ = 0.01;
   bool running_ = false;
+  bool stopping_ = false;
 };
 
 }  // namespace quorvan::ui

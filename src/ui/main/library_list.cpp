@@ -4,6 +4,8 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
+#include <algorithm>
+
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/library_view.h"
@@ -83,24 +85,31 @@ void LibraryList::SelectFirstRow() {
 }
 
 void LibraryList::RenewRows() {
+  const int row = std::min(FocusRow(), app_.wavList->entryCount - 1);
   model_->Renew();
+  SetFocusRow(row);
+}
+
+void LibraryList::SetFocusRow(int row) {
+  selectionModel()->setCurrentIndex(row < 0 ? QModelIndex() : model_->index(row, 0),
+                                    QItemSelectionModel::NoUpdate);
 }
 
 void LibraryList::Sort(Command command, bool ascending) {
-  const int focus = FocusRow();
-  const WAV_FILE_INFO* focused =
-      focus < 0 ? nullptr : app_.wavIndex[static_cast<std::size_t>(focus)];
-  SortLibrary(&app_, command, ascending);
+  int focus = FocusRow();
+  const auto order = [this](std::u16string_view a, std::u16string_view b) {
+    return names_.compare(ToQString(a), ToQString(b)) < 0;
+  };
+  SortLibrary(&app_, command, ascending, order);
   model_->Renew();
   QItemSelection rows;
-  QModelIndex current;
   for (int row = 0; row < model_->rowCount({}); ++row) {
-    const WAV_FILE_INFO* entry = app_.wavIndex[static_cast<std::size_t>(row)];
+    if (app_.wavIndex[static_cast<std::size_t>(row)]->selected != 1) continue;
     const QModelIndex index = model_->index(row, 0);
-    if (entry->selected == 1) rows.select(index, index);
-    if (entry == focused) current = index;
+    rows.select(index, index);
+    focus = row;
   }
-  selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+  SetFocusRow(focus);
   selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
   setFocus();
 }
@@ -129,11 +138,18 @@ bool LibraryList::event(QEvent* event) {
 
 void LibraryList::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Escape) return emit Left();
+  if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) return event->accept();
   QTreeView::keyPressEvent(event);
 }
 
 void LibraryList::mouseDoubleClickEvent(QMouseEvent* event) {
-  if (indexAt(event->position().toPoint()).isValid()) emit RowActivated();
+  const bool onRow = indexAt(event->position().toPoint()).isValid();
+  if (onRow && event->button() == Qt::LeftButton) emit RowActivated();
+}
+
+// The track view behind the table takes no keys while the table shows.
+bool LibraryList::focusNextPrevChild(bool) {
+  return false;
 }
 
 void LibraryList::contextMenuEvent(QContextMenuEvent* event) {

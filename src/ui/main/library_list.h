@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QCollator>
 #include <QTreeView>
 
 #include "state/app_state_info.h"
@@ -38,10 +39,10 @@ class LibraryList : public QTreeView {
   // Row 0 alone is selected and has the focus.
   void SelectFirstRow();
 
-  // The rows are new; nothing is selected.
+  // The rows are new; nothing is selected, and the row that had the focus keeps it.
   void RenewRows();
 
-  // Sorts the rows and keeps the selected ones selected.
+  // Sorts the rows and keeps the selected ones selected; the last of them gets the focus.
   void Sort(Command command, bool ascending);
 
   // Sets every column's width for a view of that size.
@@ -60,6 +61,7 @@ class LibraryList : public QTreeView {
 
  protected:
   bool event(QEvent* event) override;
+  bool focusNextPrevChild(bool next) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
@@ -67,8 +69,11 @@ class LibraryList : public QTreeView {
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
  private:
+  void SetFocusRow(int row);
+
   APP_STATE_INFO& app_;
   LibraryModel* model_;
+  QCollator names_{QLocale(QLocale::Japanese)};
 };
 
 }  // namespace quorvan::ui

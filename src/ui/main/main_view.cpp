@@ -32,7 +32,7 @@ SelectMode ModeOf(Qt::KeyboardModifiers modifiers) {
 }  // namespace
 
 MainView::MainView(APP_STATE_INFO* app, QWidget* parent) : QWidget(parent), app_(*app) {
-  setFocusPolicy(Qt::StrongFocus);
+  setFocusPolicy(Qt::TabFocus);  // presses give it by themselves where they are meant for it
   for (const LabelSpec& spec : Labels()) {
     auto* label = new DrawnLabel(spec, this);
     label->SetText(ToQString(spec.caption));
@@ -155,16 +155,17 @@ void MainView::PaintArrows(QPainter* painter) {
 
 void MainView::Apply(std::uint32_t refresh) {
   if ((refresh & kRepaint) != 0) {
-    if (pressZone_ == kNoZone) UpdateArrowStates(&app_);
+    UpdateArrowStates(&app_);
     update();
   }
   emit Changed(refresh);
 }
 
 void MainView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  if (app_.mxfLoaded == 1 && app_.libraryView == 1) return emit PressedBesideList();
   setFocus();
-  if (event->button() != Qt::LeftButton || app_.mxfLoaded != 1) return;
-  if (app_.libraryView == 1) return emit PressedBesideList();
+  if (app_.mxfLoaded != 1) return;
   const QPoint at = event->position().toPoint();
   const PressTarget target = HitTest(app_, at.x(), at.y());
   pressZone_ = target.zone;

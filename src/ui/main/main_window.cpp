@@ -146,6 +146,7 @@ void MainWindow::ConnectView() {
     const auto ends = StatusFieldEnds(width);
     pathField_->setFixedWidth(ends[0]);
     counterField_->setFixedWidth(ends[1] - ends[0]);
+    SetStatus(std::u16string(app_.statusText));
     entry_->PlaceEdit();
   });
   const std::pair<ControlId, Command> buttons[] = {
@@ -418,14 +419,14 @@ void MainWindow::Delete() {
     view_->update();
     return RequestRefresh(kRefreshList | kRefreshTracks | kRefreshMenus);
   }
-  if (!view_->hasFocus()) return;
+  if (!view_->hasFocus() || app_.libraryView == 1) return;
   if (TakeOffSelectedTracks(&app_) > 0) ApplyToRows(kRefreshTracks | kRefreshMenus);
 }
 
 void MainWindow::SelectAll() {
   if (entry_->Edit()->hasFocus()) return entry_->Edit()->selectAll();
   if (list_->hasFocus()) return list_->selectAll();
-  if (view_->hasFocus()) ApplyToRows(SelectAllTracks(&app_));
+  if (view_->hasFocus() && app_.libraryView == 0) ApplyToRows(SelectAllTracks(&app_));
 }
 
 void MainWindow::Rewrite() {

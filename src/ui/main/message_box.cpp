@@ -1,6 +1,8 @@
 #include "ui/main/message_box.h"
 
 #include <QAbstractButton>
+#include <QCloseEvent>
+#include <QKeyEvent>
 #include <QMessageBox>
 
 #include "ui/main/qt_text.h"
@@ -28,10 +30,27 @@ QString NameOf(QMessageBox::StandardButton button) {
   return button == QMessageBox::No ? "7" : "1";
 }
 
+// A question is left by an answer only: neither Escape nor the close box is one.
+class Box : public QMessageBox {
+ public:
+  using QMessageBox::QMessageBox;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() != Qt::Key_Escape || !IsQuestion()) QMessageBox::keyPressEvent(event);
+  }
+  void closeEvent(QCloseEvent* event) override {
+    if (IsQuestion()) return event->ignore();
+    QMessageBox::closeEvent(event);
+  }
+
+ private:
+  bool IsQuestion() const { return buttons().size() > 1; }
+};
+
 int Show(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title,
          QMessageBox::StandardButtons buttons) {
-  QMessageBox box(IconOf(kind), ToQString(title), ToQString(text).replace("\r\n", "\n"), buttons,
-                  parent);
+  Box box(IconOf(kind), ToQString(title), ToQString(text).replace("\r\n", "\n"), buttons, parent);
   box.setTextFormat(Qt::PlainText);
   box.setTextInteractionFlags(Qt::TextSelectableByMouse);
   box.setWindowFlag(Qt::WindowStaysOnTopHint);
