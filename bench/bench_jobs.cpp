@@ -304,12 +304,24 @@ void PrintHead(const Group& group, bool cold) {
   fmt::print("{:>10}{:>8}{:>10}\n", "least ms", "ratio", "pages/fr");
 }
 
-void PrintRow(const Way& way, const std::vector<Figures>& runs, double base, std::uint32_t frames) {
+// The median over the rounds of how long a way took for what the base took in the same round:
+// a machine that is slower for a while is slower for both.
+double Ratio(const std::vector<Figures>& runs, const std::vector<Figures>& base) {
+  std::vector<Figures> ratios;
+  for (std::size_t round = 0; round < std::min(runs.size(), base.size()); ++round) {
+    ratios.emplace_back();
+    ratios.back().job = runs[round].job / base[round].job;
+  }
+  return Median(ratios, &Figures::job);
+}
+
+void PrintRow(const Way& way, const std::vector<Figures>& runs, const std::vector<Figures>* base,
+              std::uint32_t frames) {
   fmt::print("{:<24}", way.name);
   for (const Column& column : kColumns)
     fmt::print("{:>10.1f}", Median(runs, column.field) / column.unit);
   fmt::print("{:>10.1f}{:>8}{:>10.2f}\n", Least(runs, &Figures::job),
-             base > 0 ? fmt::format("{:.2f}", Median(runs, &Figures::job) / base) : "-",
+             base != nullptr ? fmt::format("{:.2f}", Ratio(runs, *base)) : "-",
              Median(runs, &Figures::diskRead) / static_cast<double>(kPageBytes) / frames);
 }
 
@@ -333,7 +345,7 @@ void RunGroup(const Group& group, bool cold, const Stage& stage) {
   }
   PrintHead(group, cold);
   const bool hasBase = ways[0].name == group.ways[0].name;
-  const double base = hasBase ? Median(runs[0], &Figures::job) : 0;
+  const auto* base = hasBase ? &runs[0] : nullptr;
   for (std::size_t w = 0; w < ways.size(); ++w)
     PrintRow(ways[w], runs[w], base, stage.facts.frames);
   std::fflush(stdout);
