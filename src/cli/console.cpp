@@ -22,7 +22,9 @@ bool Put(std::FILE* file, std::string_view text) {
 }  // namespace
 
 bool PrintLine(std::string_view text) {
-  return Put(stdout, std::string(text) + "\n");
+  const bool written = Put(stdout, std::string(text) + "\n");
+  if (!written) PrintError("standard output cannot be written");
+  return written;
 }
 
 void PrintError(std::u16string_view message) {

@@ -6,7 +6,8 @@
 
 namespace quorvan::cli {
 
-// Writes text and a line end to standard output. False when it could not be written whole.
+// Writes text and a line end to standard output. False, and said on standard error, when
+// it could not be written whole.
 bool PrintLine(std::string_view text);
 
 // Writes a message, or an English line with the program's name in front, to standard error.

@@ -4,6 +4,13 @@
 #include <new>
 
 namespace quorvan {
+namespace {
+
+// While the proof goes through a frame, the keys of this many behind it are on their way.
+constexpr std::uint32_t kKeyFramesAhead = 2;
+
+}  // namespace
+
 const std::uint8_t* RowReader::Window::At(std::uint64_t fileOffset, std::uint64_t length) const {
   if (fileOffset < offset || fileOffset - offset > held) return nullptr;
   return length <= held - (fileOffset - offset) ? bytes + (fileOffset - offset) : nullptr;
@@ -57,7 +64,8 @@ const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted
   return failed_ ? nullptr : window->At(offset, wanted);
 }
 
-// The keys of a frame lie far apart: walked through one by one, each would have to be waited for.
+// The keys of a frame, and of the fill behind its values, lie far apart: walked through one by one,
+// each would have to be waited for.
 void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
   if (entryIndex >= firstEntry_ + frames_) return;
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
@@ -65,6 +73,7 @@ void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
   for (const std::uint32_t track : tracks_) {
     if (const auto value = LocateElementValue(mxf_, entry, track)) {
       view_->PrefetchByte(value->keyOffset());
+      view_->PrefetchByte(value->end());
     }
   }
 }
@@ -72,7 +81,7 @@ void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
 ElementState RowReader::Read(std::uint32_t entryIndex) {
   if (view_ != nullptr) {
     ahead_.LookAndAsk(entryIndex);
-    PrefetchKeys(entryIndex + 1);
+    PrefetchKeys(entryIndex + kKeyFramesAhead);
     return ProveElements(*view_, mxf_, entryIndex, tracks_);
   }
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];

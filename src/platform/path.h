@@ -13,7 +13,8 @@ std::u16string_view NameBehindSeparator(std::u16string_view path);
 // The last component: the same, or the whole path when it holds no separator.
 std::u16string_view LastComponent(std::u16string_view path);
 
-// What stands before the last separator; empty when the path holds none.
+// What stands before the last separator, the separator itself for the root; empty when the path
+// holds none.
 std::u16string_view FolderOf(std::u16string_view path);
 
 // `name` in `folder`, with one separator between them.

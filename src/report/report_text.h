@@ -12,8 +12,6 @@
 
 namespace quorvan {
 
-inline constexpr std::string_view kProgramVersion = "MXF Quorvan 1.7.8.3";
-
 // "DF" or "NDF".
 std::string_view DropLabel(const MXF_TIMECODE_INFO& timecode);
 

@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "report/log_file.h"
 #include "report/report_text.h"
+#include "state/program_name.h"
 
 namespace quorvan {
 namespace {
@@ -100,8 +101,8 @@ std::string TrackBlock(const APP_STATE_INFO& app, std::uint32_t track) {
 }  // namespace
 
 std::string RewrapLogText(const APP_STATE_INFO& app, const platform::CalendarTime& now) {
-  std::string text = fmt::format("再ラップ処理ログ [{}]\r\n作成日: {}\r\n\r\n", kProgramVersion,
-                                 DateTimeText(now, 4));
+  std::string text = fmt::format("再ラップ処理ログ [{}]\r\n作成日: {}\r\n\r\n",
+                                 ToUtf8(kProgramTitle), DateTimeText(now, 4));
   text += fmt::format("[ 書込み方式 ]\r\n{}\r\n\r\n", WriteMethod(app));
   text += FileBlock(app, now) + MetadataBlock(*app.mxf) + RangeBlock(app);
   text += "[ トラック割当てファイル詳細 ]\r\n";

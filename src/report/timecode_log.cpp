@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "report/log_file.h"
 #include "report/report_text.h"
+#include "state/program_name.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -65,7 +66,7 @@ std::string FactsBlock(const APP_STATE_INFO& app, const platform::CalendarTime& 
 }  // namespace
 
 std::string TimecodeLogHead(const APP_STATE_INFO& app, const platform::CalendarTime& now) {
-  return fmt::format("LTCエラーログ作成日 [{}]\r\n作成日: {}\r\n\r\n", kProgramVersion,
+  return fmt::format("LTCエラーログ作成日 [{}]\r\n作成日: {}\r\n\r\n", ToUtf8(kProgramTitle),
                      DateTimeText(now, 1)) +
          FactsBlock(app, now) +
          fmt::format(

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "state/program_name.h"
+
 namespace quorvan {
 namespace {
 
-constexpr std::u16string_view kProgramTitle = u"MXF Quorvan";
 constexpr std::u16string_view kAssignTitle = u"BWFファイルのアサイン";
 
 constexpr OperatorMessage kAssignMessages[] = {
@@ -24,7 +25,7 @@ constexpr std::u16string_view kRemovalQuestion =
     u"\n\nこのファイルはトラックにアサインされています。\n削除してもいいですか？";
 
 constexpr OperatorMessage kIndexFailure = {
-    kProgramTitle, u"メモリサイズの更新ができません。\nPCを電源OFF状態から起動させてください。"};
+    kProgramName, u"メモリサイズの更新ができません。\nPCを電源OFF状態から起動させてください。"};
 
 constexpr std::size_t kSpareIndexSlots = 10;
 

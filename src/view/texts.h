@@ -12,8 +12,6 @@
 
 namespace quorvan {
 
-inline constexpr std::u16string_view kProgramTitle = u"MXF Quorvan 1.7.8.3";
-inline constexpr std::u16string_view kProgramName = u"MXF Quorvan";
 inline constexpr std::u16string_view kProgramSubtitle = u"Audio Track Exchange Tool";
 inline constexpr std::u16string_view kNoTimecode = u"--:--:--:--";
 

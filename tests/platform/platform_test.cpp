@@ -175,6 +175,9 @@ TEST(Path, HasItsParts) {
   EXPECT_EQ(NameBehindSeparator(u"/clips/a.mxf"), u"a.mxf");
   EXPECT_EQ(NameBehindSeparator(u"a.mxf"), u"");
   EXPECT_EQ(LastComponent(u"a.mxf"), u"a.mxf");
+  EXPECT_EQ(FolderOf(u"/disk/a.mxf"), u"/disk");
+  EXPECT_EQ(FolderOf(u"/a.mxf"), u"/");
+  EXPECT_EQ(FolderOf(u"a.mxf"), u"");
   EXPECT_EQ(LowerCaseExtension(u"/c.d/A.MxF"), u".mxf");
   EXPECT_EQ(LowerCaseExtension(u"/c.d/A"), u"");
 }

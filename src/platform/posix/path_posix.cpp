@@ -1,5 +1,6 @@
 #include "platform/path.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -45,7 +46,8 @@ std::u16string_view LastComponent(std::u16string_view path) {
 
 std::u16string_view FolderOf(std::u16string_view path) {
   const std::size_t separator = path.rfind(kSeparator);
-  return path.substr(0, separator == std::u16string_view::npos ? 0 : separator);
+  if (separator == std::u16string_view::npos) return {};
+  return path.substr(0, std::max<std::size_t>(separator, 1));
 }
 
 std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {

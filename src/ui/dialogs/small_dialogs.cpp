@@ -12,6 +12,7 @@
 
 #include "platform/path.h"
 #include "state/clip_text.h"
+#include "state/program_name.h"
 #include "state/wav_buffer.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/qt_text.h"
@@ -149,8 +150,8 @@ void ShowAbout(QWidget* parent) {
   picture->setPixmap(Picture("program", dialog.devicePixelRatioF()));
   layout->addWidget(picture);
   auto* texts = new QVBoxLayout;
-  texts->addWidget(new QLabel("MXF Quorvan |", &dialog));
-  texts->addWidget(new QLabel("Version 1.7.8.3", &dialog));
+  texts->addWidget(new QLabel(ToQString(kProgramName) + " |", &dialog));
+  texts->addWidget(new QLabel("Version " + ToQString(kProgramVersion), &dialog));
   texts->addWidget(new QLabel("ラウドネス測定には libebur128 を使用しています。", &dialog));
   QPushButton* ok = MakeButton("1", "OK", &dialog);
   ok->setDefault(true);

@@ -6,6 +6,7 @@
 #include <QToolTip>
 #include <QWheelEvent>
 
+#include "state/program_name.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "ui/main/tool_tip.h"

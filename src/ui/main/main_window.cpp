@@ -15,6 +15,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_state.h"
+#include "state/program_name.h"
 #include "state/track_assignment.h"
 #include "ui/dialogs/analysis_dialog.h"
 #include "ui/dialogs/job_dialog.h"

@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "view/texts.h"
+#include "state/program_name.h"
 
 namespace quorvan::ui {
 
