@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 #include "mxf/analysis.h"
 #include "mxf/metadata_set.h"
@@ -147,7 +148,21 @@ std::int32_t ReadTrack(TrackWalk* walk) {
   return kSuccess;
 }
 
+// The set of the package; the file pointer stands behind it.
+std::optional<MetadataSet> FindPackage(platform::File* file, const MXF_PARTITION_INFO& header) {
+  std::uint64_t length = 0;
+  const bool found = FindKlvKey(file, keys::kMaterialPackage, header.kagSize,
+                                header.headerByteCount, &length) != 0;
+  return found ? MetadataSet::Read(file, length) : std::nullopt;
+}
+
 }  // namespace
+
+void RefreshMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
+  if (const auto set = FindPackage(file, (*mxf->partitionTable)[0])) {
+    ReadPackageTags(set->value(), mxf);
+  }
+}
 
 std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kMaterialNoFile;
@@ -157,13 +172,8 @@ std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
 
   const MXF_PARTITION_INFO& first = (*mxf->partitionTable)[0];
   TrackWalk walk{file, mxf, first.headerByteCount, 0};
-  std::uint64_t length = 0;
-  if (FindKlvKey(file, keys::kMaterialPackage, first.kagSize, walk.limit, &length) == 0) {
-    return kMaterialPackageNotFound;
-  }
-  const auto set = MetadataSet::Read(file, length);
+  const auto set = FindPackage(file, first);
   if (!set) return kMaterialPackageNotFound;
-
   const std::uint32_t tracks = ReadPackageTags(set->value(), mxf);
   for (std::uint32_t i = 0; i < tracks; ++i) {
     if (const std::int32_t refused = ReadTrack(&walk)) return refused;

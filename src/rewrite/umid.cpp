@@ -167,8 +167,7 @@ bool RenewUmids(platform::File* file, MXF_BASE_INFO* mxf) {
       std::min((*mxf->partitionTable)[0].headerByteCount, MetadataEnd(*mxf));
   RegenerateUmid(file, PackageKind::kMaterial, &mxf->materialUmid, limit);
   RegenerateUmid(file, PackageKind::kSource, &mxf->sourceUmid, limit);
-  // The file is the truth from here on; what it says of its tracks and timecode has not changed.
-  ReadMaterialPackage(file, mxf);
+  RefreshMaterialPackage(file, mxf);  // the file is the truth from here on
   return true;
 }
 

@@ -122,9 +122,10 @@ bool Meets(const EnableFacts& facts, std::uint32_t needs) {
 }  // namespace
 
 EnableFacts FactsOf(const APP_STATE_INFO& app) {
-  return {app.mxfLoaded == 1,
+  const bool loaded = app.mxfLoaded == 1;  // the worker may be writing the records if not
+  return {loaded,
           app.rewrapPointSet[0] == 1 && app.rewrapPointSet[1] == 1,
-          app.mxf->audio->trackCount != 0,
+          loaded && app.mxf->audio->trackCount != 0,
           app.libraryView == 1,
           app.wavList->entryCount != 0,
           app.selectedWavCount == 1,

@@ -5,30 +5,22 @@
 
 namespace quorvan::ui {
 
+JobThread::JobThread(APP_STATE_INFO* app, QObject* parent) : QObject(parent), app_(*app) {
+  connect(this, &JobThread::PhaseReported, this, &JobThread::PhaseEntered, Qt::QueuedConnection);
+  connect(this, &JobThread::EndReported, this, &JobThread::TakeEnd, Qt::QueuedConnection);
+}
+
 JobThread::~JobThread() {
   Finish();
 }
 
 void JobThread::Start() {
   app_.ui.progressDialog = [this](const JobReport& report) {
-    const JobMessage message = report.message;
-    const std::int32_t result = report.result;
-    const QString text = report.text == nullptr ? QString() : ToQString(report.text);
-    QMetaObject::invokeMethod(
-        this,
-        [this, message, result, text] {
-          switch (message) {
-            case JOB_MSG_PHASE:
-              return emit PhaseEntered();
-            case JOB_MSG_DONE:
-              Finish();
-              return emit Done();
-            case JOB_MSG_FAILED:
-              Finish();
-              return emit Failed(result, text);
-          }
-        },
-        Qt::QueuedConnection);
+    if (report.message == JOB_MSG_PHASE) return emit PhaseReported();
+    message_ = report.message;
+    result_ = report.result;
+    text_ = report.text == nullptr ? QString() : ToQString(report.text);
+    emit EndReported();
   };
   app_.jobStartTime = platform::LocalTimeNow();
   app_.workerThread = std::thread(WorkerThread, &app_);
@@ -37,6 +29,12 @@ void JobThread::Start() {
 // The last message was the thread's last act: this does not wait for work.
 void JobThread::Finish() {
   if (app_.workerThread.joinable()) app_.workerThread.join();
+}
+
+void JobThread::TakeEnd() {
+  Finish();
+  if (message_ == JOB_MSG_DONE) return emit Done();
+  emit Failed(result_, text_);
 }
 
 }  // namespace quorvan::ui

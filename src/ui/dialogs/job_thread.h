@@ -13,7 +13,7 @@ class JobThread : public QObject {
   Q_OBJECT
 
  public:
-  JobThread(APP_STATE_INFO* app, QObject* parent) : QObject(parent), app_(*app) {}
+  JobThread(APP_STATE_INFO* app, QObject* parent);
   ~JobThread() override;
 
   // Starts the job that the state record describes.
@@ -24,10 +24,20 @@ class JobThread : public QObject {
   void Done();
   void Failed(qint32 result, const QString& text);
 
+  // Sent by the worker, on its own thread.
+  void PhaseReported();
+  void EndReported();
+
  private:
   void Finish();
+  void TakeEnd();
 
   APP_STATE_INFO& app_;
+
+  // How the job has ended: written by the worker as its last act, read when it has gone.
+  JobMessage message_ = JOB_MSG_DONE;
+  qint32 result_ = 0;
+  QString text_;
 };
 
 }  // namespace quorvan::ui
