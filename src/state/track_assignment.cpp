@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "state/program_name.h"
 
@@ -187,11 +188,16 @@ bool RenewWavIndex(APP_STATE_INFO* app) {
 bool RemoveSelectedEntries(APP_STATE_INFO* app,
                            const std::function<bool(const WAV_FILE_INFO&)>& mayRemove) {
   if (!IsWired(app) || app->wavList == nullptr) return false;
-  for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr;) {
-    const bool remove = entry->selected != 0 && (entry->assigned == 0 || mayRemove(*entry));
-    entry->selected = 0;
-    entry = remove ? RemoveFromLibrary(app, entry) : entry->next;
+  // A question shows the library, which may select anew: what is removed is settled before.
+  std::vector<WAV_FILE_INFO*> chosen;
+  for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr; entry = entry->next) {
+    if (entry->selected != 0) chosen.push_back(entry);
   }
+  for (WAV_FILE_INFO* entry : chosen) {
+    if (entry->assigned == 0 || mayRemove(*entry)) RemoveFromLibrary(app, entry);
+  }
+  for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr; entry = entry->next)
+    entry->selected = 0;
   app->selectedWavCount = 0;
   return RenewWavIndex(app);
 }

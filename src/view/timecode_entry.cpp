@@ -42,6 +42,16 @@ bool IsWithin(const TimeFields& fields, const TimeFields& limits) {
 
 }  // namespace
 
+std::optional<std::u16string> PlainTimecodeText(std::u16string text) {
+  constexpr std::u16string_view kCharacters = u"0123456789:;., ";
+  constexpr char16_t kWideToPlain = u'０' - u'0';  // the wide forms stand in the same order
+  for (char16_t& c : text) {
+    if (c >= u'！' && c <= u'～') c = static_cast<char16_t>(c - kWideToPlain);
+    if (kCharacters.find(c) == std::u16string_view::npos) return std::nullopt;
+  }
+  return text;
+}
+
 EntryResult ApplyTimecodeEntry(APP_STATE_INFO* app, TimecodeTarget target,
                                const RangeFields& fields, PointSet* pointSet,
                                std::u16string_view text) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,11 @@ enum class EntryResult {
   kBeforeStart = -3,
   kBehindEnd = -4,
 };
+
+// `text` as it may stand in the entry: with the wide forms of digits and marks, which Japanese
+// input gives, made plain. Nothing when anything else is in it than digits and what stands between
+// them.
+std::optional<std::u16string> PlainTimecodeText(std::u16string text);
 
 // Checks `text` and stores it as the point `target` of the range. It counts from its end: of its
 // first nine characters the last eight digits, whatever stands between them.

@@ -150,10 +150,6 @@ std::uint32_t StayOnRow(APP_STATE_INFO* app) {
   return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
 }
 
-ScrollArrowState Inverted(ScrollArrowState state) {
-  return state == kArrowShown ? kArrowPressed : kArrowShown;
-}
-
 }  // namespace
 
 void LayoutTrackArea(APP_STATE_INFO* app, std::int32_t width, std::int32_t height) {
@@ -285,7 +281,7 @@ std::uint32_t SelectAllTracks(APP_STATE_INFO* app) {
 std::uint32_t PressArrow(APP_STATE_INFO* app, PressZone zone) {
   if (TrackCount(*app) == 0) return kRefreshNothing;
   ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
-  state = Inverted(state);
+  state = kArrowPressed;
   UpdateArrowStates(app);
   app->viewScrolled = 1;
   zone == kUpArrowZone ? ScrollUp(app) : ScrollDown(app);
@@ -295,7 +291,7 @@ std::uint32_t PressArrow(APP_STATE_INFO* app, PressZone zone) {
 std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
   if (zone != kUpArrowZone && zone != kDownArrowZone) return kRefreshNothing;
   ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
-  if (state != kArrowHidden) state = Inverted(state);
+  if (state != kArrowHidden) state = kArrowShown;
   return Repainted(app, kRepaintRows);
 }
 

@@ -171,6 +171,7 @@ TEST_F(TrackAssignment, RemovalAsksForAssignedEntriesOnlyAndGoesOnAfterANo) {
   EXPECT_TRUE(RemoveSelectedEntries(&app_, [&](const WAV_FILE_INFO& entry) {
     ++questions;
     EXPECT_TRUE(RemovalQuestion(entry).starts_with(entry.filePath));
+    unselected->selected = 1;  // as a table that is refreshed behind the question may have it
     return &entry != kept;
   }));
   EXPECT_EQ(questions, 2);
@@ -184,7 +185,7 @@ TEST_F(TrackAssignment, RemovalAsksForAssignedEntriesOnlyAndGoesOnAfterANo) {
   app_.currentWavItem = 2;
   EXPECT_EQ(CurrentWavEntry(app_), nullptr);
 
-  EXPECT_EQ(kept->selected, 0U);
+  EXPECT_EQ(kept->selected + unselected->selected, 0U);
   kept->selected = unselected->selected = 1;
   EXPECT_TRUE(RemoveSelectedEntries(&app_, [](const WAV_FILE_INFO&) { return true; }));
   EXPECT_EQ(app_.wavIndex, nullptr);

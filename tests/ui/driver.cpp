@@ -113,16 +113,27 @@ QString Driver::TextOf(ControlId id) {
 }
 
 void Driver::Drop(const std::vector<std::u16string>& paths) {
-  QMimeData data;
   QList<QUrl> urls;
   for (const std::u16string& path : paths)
     urls.push_back(QUrl::fromLocalFile(ui::ToQString(path)));
+  Drop(urls, window_.get());
+}
+
+// A file manager proposes to move the files, and deletes them when it is told that they were.
+void Driver::Drop(const QList<QUrl>& urls, QWidget* target) {
+  constexpr Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction;
+  constexpr Qt::KeyboardModifier toMove = Qt::ShiftModifier;
+  QMimeData data;
   data.setUrls(urls);
-  QDragEnterEvent enter(QPoint(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-  QApplication::sendEvent(window_.get(), &enter);
-  EXPECT_TRUE(enter.isAccepted());
-  QDropEvent event(QPointF(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-  QApplication::sendEvent(window_.get(), &event);
+  QDragEnterEvent enter(QPoint(10, 10), offered, &data, Qt::LeftButton, toMove);
+  QDragMoveEvent move(QPoint(11, 11), offered, &data, Qt::LeftButton, toMove);
+  QDropEvent drop(QPointF(11, 11), offered, &data, Qt::LeftButton, toMove);
+  for (QDropEvent* event :
+       {static_cast<QDropEvent*>(&enter), static_cast<QDropEvent*>(&move), &drop}) {
+    QApplication::sendEvent(target, event);
+    EXPECT_TRUE(event->isAccepted());
+    EXPECT_EQ(event->dropAction(), Qt::CopyAction);
+  }
   Settle();
 }
 

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QMenu>
 #include <QString>
+#include <QUrl>
 
 #include <deque>
 #include <functional>
@@ -37,7 +38,9 @@ class Driver : public QObject {
   // What gets the keys.
   QWidget* Focus();
 
+  // Drops files on the window, or on a widget in it.
   void Drop(const std::vector<std::u16string>& paths);
+  void Drop(const QList<QUrl>& urls, QWidget* target);
   void Click(QWidget* widget, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void ClickView(const RECTANGLE& rect, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void DoubleClickView(const RECTANGLE& rect);

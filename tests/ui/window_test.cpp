@@ -326,6 +326,65 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
   EXPECT_TRUE(driver.AllAnswered());
 }
 
+TEST(Window, TakesWhatDesktopsAndInputMethodsSend) {
+  ClipSpec spec;
+  spec.tracks = 24;
+  Material material(spec);
+  Driver driver;
+  const APP_STATE_INFO& app = driver.App();
+  // Addresses with a host, and a name that is no UTF-8.
+  const auto base = material.folder.Path();
+  const std::string odd = (base / "odd\xFF.mxf").string();
+  std::filesystem::copy_file(base / "clip.mxf", odd);
+  for (const QByteArray& address :
+       {"file://localhost" + QByteArray::fromStdString((base / "clip.mxf").string()),
+        "file://" + QByteArray::fromStdString(base.string()) + "/odd%FF.mxf"}) {
+    driver.Drop({QUrl::fromEncoded(address)}, &driver.Window());
+    EXPECT_EQ(app.mxfLoaded, 1) << address.toStdString();
+    driver.Key(Qt::Key_U, Qt::ControlModifier);
+  }
+  driver.Drop({material.path});
+
+  // Wide digits count as digits; other text does not come in; a file goes to the window behind.
+  driver.Key(Qt::Key_I);
+  auto* entry = qobject_cast<QLineEdit*>(driver.Focus());
+  const auto commit = [&](const QString& text) {
+    QInputMethodEvent event;
+    event.setCommitString(text);
+    QApplication::sendEvent(entry, &event);
+  };
+  commit("１０：０００００２");
+  EXPECT_EQ(entry->text(), "10:00000");
+  entry->selectAll();
+  commit("たいむ");
+  EXPECT_EQ(entry->text(), "10:00000");
+  driver.Drop({QUrl::fromLocalFile(ui::ToQString(material.wavs[0]))}, entry);
+  EXPECT_EQ(app.wavList->entryCount, 1);
+  driver.Key(Qt::Key_Escape);
+
+  // A popup swallows the release of an arrow.
+  QTest::mousePress(driver.View(), Qt::LeftButton, {}, ui::ToQRect(app.downArrowRect).center());
+  EXPECT_EQ(app.downArrowState, kArrowPressed);
+  driver.OpenPopup(driver.View(), QPoint(640, 300))->close();
+  driver.Settle();
+  EXPECT_EQ(app.downArrowState, kArrowShown);
+  QTest::mouseRelease(driver.View(), Qt::LeftButton, {}, QPoint(5, 300));
+
+  // The table is laid out anew while a refusal shows, and one of its files is just being added.
+  driver.Key(Qt::Key_T, Qt::ControlModifier);
+  driver.Expect([&](QWidget* box) {
+    QEvent change(QEvent::StyleChange);
+    QApplication::sendEvent(driver.List(), &change);
+    driver.List()->selectAll();
+    driver.Settle();
+    EXPECT_EQ(driver.List()->model()->rowCount(), 1);
+    Press("1")(box);
+  });
+  driver.Drop({material.wavs[1], material.folder.Write("bad.wav", Bytes(100))});
+  EXPECT_EQ(driver.List()->model()->rowCount(), 2);
+  EXPECT_TRUE(driver.AllAnswered());
+}
+
 TEST(Window, ShowsAndTakesOverItsSettings) {
   Material material;
   Driver driver;
@@ -570,7 +629,8 @@ TEST(Placement, BringsTheWindowOntoAScreenThatIsThere) {
   EXPECT_EQ(ui::OntoScreen(QRect(1800, 50, 1300, 700), screens), QRect(1800, 50, 1300, 700));
   EXPECT_EQ(ui::OntoScreen(QRect(4000, 50, 1300, 700), screens), QRect(2540, 50, 1300, 700));
   EXPECT_EQ(ui::OntoScreen(QRect(-3000, -900, 1300, 700), screens), QRect(0, 0, 1300, 700));
-  EXPECT_EQ(ui::OntoScreen(QRect(10, 5000, 3000, 2000), screens).topLeft(), QPoint(0, 0));
+  EXPECT_EQ(ui::OntoScreen(QRect(10, 5000, 5000, 2000), screens), QRect(1920, 0, 1920, 1080));
+  EXPECT_EQ(ui::OntoScreen(QRect(10, 10, 32000, 32000), screens), QRect(10, 10, 3840, 1080));
   EXPECT_EQ(ui::OntoScreen(inside, {}), inside);
 }
 

@@ -108,6 +108,12 @@ TEST(TimecodeEntry, KeepsTheRangeWithinTheClip) {
   EXPECT_EQ(EntryRefusal(EntryResult::kBehindEnd), u"メディアの終了タイムを越えています。");
 }
 
+TEST(TimecodeEntry, HoldsWhatATimecodeIsWrittenWith) {
+  EXPECT_EQ(PlainTimecodeText(u"１０：０0.０５；０0 "), u"10:00.05;00 ");
+  for (const char16_t* foreign : {u"1a", u"12\n", u"１２ｆ", u"−5", u"٢", u"十"})
+    EXPECT_FALSE(PlainTimecodeText(foreign));
+}
+
 TEST(TimecodeEntry, ComparesAcrossMidnight) {
   ClipSpec spec;
   spec.start = {23, 59, 59, 20};

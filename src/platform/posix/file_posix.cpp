@@ -69,7 +69,9 @@ bool LockFor(int handle, OpenMode mode) {
 
 bool IsRegularFile(int handle) {
   struct stat status {};
-  return fstat(handle, &status) == 0 && S_ISREG(status.st_mode);
+  if (fstat(handle, &status) != 0) return false;
+  if (!S_ISREG(status.st_mode)) errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+  return S_ISREG(status.st_mode);
 }
 
 FileTimes TimesOf(const struct statx& status) {

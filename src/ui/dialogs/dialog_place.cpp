@@ -47,7 +47,7 @@ QLabel* MakeFileNameLabel(const char* objectName, std::u16string_view path, QDia
   const QString name = ToQString(platform::LastComponent(path));
   label->setText(
       label->fontMetrics().elidedText(name, Qt::ElideMiddle, kJobDialogWidth - kNameMargin));
-  label->setToolTip(name.toHtmlEscaped());
+  label->setToolTip(TipOf(name));
   return label;
 }
 

@@ -130,6 +130,7 @@ QWidget* ExportDialog::MakeTargetRow() {
       ToQString(tracks.exportFolder[0] != 0 ? tracks.exportFolder : app_.defaultExportFolder));
   prefix_ = new QLineEdit(row);
   prefix_->setObjectName("1013");
+  prefix_->setAcceptDrops(false);
   prefix_->setMaxLength(kMostPrefixChars);
   prefix_->setText(
       ToQString(tracks.exportName[0] != 0 ? tracks.exportName : app_.defaultExportPrefix));

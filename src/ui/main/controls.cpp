@@ -2,11 +2,14 @@
 
 #include <QKeyEvent>
 #include <QPainter>
+#include <QValidator>
 
 #include <algorithm>
 
+#include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/commands.h"
+#include "view/timecode_entry.h"
 
 namespace quorvan::ui {
 namespace {
@@ -39,6 +42,18 @@ bool IsForeignText(const QKeyEvent& key) {
   return !key.text().isEmpty() && key.text()[0].isPrint() &&
          (key.text()[0] < '0' || key.text()[0] > '9');
 }
+
+// Lets in what a timecode is written with, however it comes: typed, by an input method or pasted.
+class TimecodeCharacters : public QValidator {
+ public:
+  using QValidator::QValidator;
+
+  State validate(QString& text, int&) const override {
+    const auto plain = PlainTimecodeText(FromQString(text));
+    if (plain) text = ToQString(*plain);
+    return plain ? Acceptable : Invalid;
+  }
+};
 
 }  // namespace
 
@@ -116,6 +131,9 @@ TimecodeEdit::TimecodeEdit(QWidget* parent) : QLineEdit(parent) {
   setObjectName(QString::number(kTimecodeEdit));
   setAlignment(Qt::AlignRight);
   setFont(FontOf(3));
+  setAcceptDrops(false);  // a file is for the window behind
+  setInputMethodHints(Qt::ImhDigitsOnly);
+  setValidator(new TimecodeCharacters(this));
 }
 
 bool TimecodeEdit::event(QEvent* event) {

@@ -17,11 +17,12 @@ constexpr int kRowHeight = 20;
 
 void LibraryModel::Renew() {
   beginResetModel();
+  rows_ = app_.wavIndex == nullptr ? 0 : app_.wavList->entryCount;
   endResetModel();
 }
 
 int LibraryModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() || app_.wavIndex == nullptr ? 0 : app_.wavList->entryCount;
+  return parent.isValid() ? 0 : rows_;
 }
 
 int LibraryModel::columnCount(const QModelIndex& parent) const {
@@ -29,7 +30,8 @@ int LibraryModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant LibraryModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || index.row() >= rowCount({})) return {};
+  const int known = app_.wavIndex == nullptr ? 0 : std::min(rows_, app_.wavList->entryCount);
+  if (!index.isValid() || index.row() >= known) return {};
   const auto row = static_cast<std::size_t>(index.row());
   const WAV_FILE_INFO& entry = *app_.wavIndex[row];
   switch (role) {
@@ -102,12 +104,18 @@ void LibraryList::Sort(Command command, bool ascending) {
   };
   SortLibrary(&app_, command, ascending, order);
   model_->Renew();
+  // Neighbouring rows make one range: a selection of many ranges costs their square.
   QItemSelection rows;
-  for (int row = 0; row < model_->rowCount({}); ++row) {
-    if (app_.wavIndex[static_cast<std::size_t>(row)]->selected != 1) continue;
-    const QModelIndex index = model_->index(row, 0);
-    rows.select(index, index);
-    focus = row;
+  const int count = model_->rowCount({});
+  for (int first = 0, row = 0; row < count; first = ++row) {
+    const auto selected = [&](int r) {
+      return r < count && app_.wavIndex[static_cast<std::size_t>(r)]->selected == 1;
+    };
+    while (selected(row))
+      ++row;
+    if (row == first) continue;
+    rows.select(model_->index(first, 0), model_->index(row - 1, 0));
+    focus = row - 1;
   }
   SetFocusRow(focus);
   selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);

@@ -28,6 +28,7 @@ class LibraryModel : public QAbstractTableModel {
 
  private:
   APP_STATE_INFO& app_;
+  int rows_ = 0;  // of the index when it was renewed: entries may have come since
 };
 
 class LibraryList : public QTreeView {

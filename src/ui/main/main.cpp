@@ -14,10 +14,24 @@ namespace {
 
 constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
+constexpr int kPatienceMilliseconds = 200;  // for a holder that is just writing its name
 
 QString LockPath() {
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
   return QDir(folder.isEmpty() ? QDir::tempPath() : folder).filePath(kInstanceName);
+}
+
+// True when this is the only instance, or nobody can tell. A file that names no holder, as a full
+// disk leaves it, is nobody's lock.
+bool TakeInstance(QLockFile* instance) {
+  instance->setStaleLockTime(0);
+  if (instance->tryLock(kPatienceMilliseconds)) return true;
+  if (instance->error() != QLockFile::LockFailedError) return true;
+  qint64 holder = 0;
+  QString host;
+  QString name;
+  const bool named = instance->getLockInfo(&holder, &host, &name);
+  return !named && instance->removeStaleLockFile() && instance->tryLock();
 }
 
 }  // namespace
@@ -29,8 +43,7 @@ int main(int argc, char** argv) {
   quorvan::ui::DressApplication();
 
   QLockFile instance(LockPath());
-  instance.setStaleLockTime(0);
-  if (!instance.tryLock() && instance.error() == QLockFile::LockFailedError) {
+  if (!TakeInstance(&instance)) {
     quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kPlain,
                       u"MXF Quorvan はすでに起動しています。");
     return kAlreadyRunning;

@@ -54,6 +54,7 @@ void MainView::RefreshInfoPanel() {
 }
 
 void MainView::LayOut() {
+  ReleasePress();
   for (const auto& [id, label] : labels_)
     label->setGeometry(ToQRect(ControlRect(id, width(), height())));
   for (const auto& [id, button] : buttons_)
@@ -185,10 +186,16 @@ void MainView::mousePressEvent(QMouseEvent* event) {
 
 void MainView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::RightButton && app_.libraryView == 0) {
+    ReleasePress();  // the popup takes every release that is to come
     emit PopupRequested(event->globalPosition().toPoint());
     setFocus();
     return;
   }
+  ReleasePress();
+}
+
+void MainView::ReleasePress() {
+  if (pressZone_ == kNoZone) return;
   const PressZone zone = pressZone_;
   pressZone_ = kNoZone;
   Apply(ReleaseArrow(&app_, zone));

@@ -51,6 +51,7 @@ class MainView : public QWidget {
   void PaintRow(QPainter* painter, std::int32_t row);
   void PaintArrows(QPainter* painter);
   void Apply(std::uint32_t refresh);
+  void ReleasePress();
   bool HasTracks() const;
 
   APP_STATE_INFO& app_;

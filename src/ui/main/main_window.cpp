@@ -55,6 +55,27 @@ constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
     {MainButton::kDuration, kDurButton}};
 
+// Files are looked at and stay where they are. Whoever is told that they were moved deletes them:
+// no other answer than a copy may be given, whatever was proposed.
+bool AcceptAsCopy(QDropEvent* event) {
+  const bool taken = QApplication::activeModalWidget() == nullptr && event->mimeData()->hasUrls() &&
+                     (event->possibleActions() & Qt::CopyAction) != 0;
+  event->setDropAction(taken ? Qt::CopyAction : Qt::IgnoreAction);
+  event->setAccepted(taken);
+  return taken;
+}
+
+// The path of a file on this machine, its bytes as the address spells them.
+std::optional<std::u16string> PathOfUrl(const QUrl& url) {
+  const QString host = url.host();
+  const bool here =
+      url.isLocalFile() && (host.isEmpty() || host == "localhost" ||
+                            host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0);
+  if (!here) return std::nullopt;
+  return platform::ToUtf16(
+      QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
+}
+
 QString KeysOf(Command command) {
   for (const Accelerator& accelerator : Accelerators()) {
     if (accelerator.command == command) return QString::fromLatin1(accelerator.keys.data());
@@ -224,7 +245,7 @@ void MainWindow::SetStatus(std::u16string_view text) {
   const QString whole = ToQString(text);
   pathField_->setText(
       pathField_->fontMetrics().elidedText(whole, Qt::ElideMiddle, pathField_->width() - 8));
-  pathField_->setToolTip(whole);
+  pathField_->setToolTip(TipOf(whole));
 }
 
 std::function<void(std::u16string_view)> MainWindow::StatusSetter() {
@@ -475,16 +496,19 @@ void MainWindow::SortBy(Command command) {
 // ---------------------------------------------------------------- dropped files
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-  const bool busy = QApplication::activeModalWidget() != nullptr;
-  if (!busy && event->mimeData()->hasUrls()) event->acceptProposedAction();
+  AcceptAsCopy(event);
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event) {
+  AcceptAsCopy(event);
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
+  if (!AcceptAsCopy(event)) return;
   std::vector<std::u16string> paths;
   for (const QUrl& url : event->mimeData()->urls()) {
-    if (url.isLocalFile()) paths.push_back(FromQString(url.toLocalFile()));
+    if (const auto path = PathOfUrl(url)) paths.push_back(*path);
   }
-  event->acceptProposedAction();
   // Whoever dragged them is let go before the first question.
   QMetaObject::invokeMethod(
       this, [this, paths] { TakeDropped(paths); }, Qt::QueuedConnection);

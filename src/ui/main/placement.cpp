@@ -28,6 +28,13 @@ QRect NormalPlace(const QWidget& window) {
   return inner.translated(-frame.left(), -frame.top());
 }
 
+// Sizes and places of any desktop lie far within. With others, sums would not fit.
+bool IsPlace(const QRect& rect) {
+  constexpr int most = 1 << 20;
+  const auto fits = [](int value) { return value >= -most && value <= most; };
+  return fits(rect.left()) && fits(rect.top()) && fits(rect.right()) && fits(rect.bottom());
+}
+
 }  // namespace
 
 void SavePlacement(const QWidget& window) {
@@ -44,15 +51,20 @@ void RestorePlacement(QWidget* window) {
   QList<QRect> screens;
   for (const QScreen* screen : QGuiApplication::screens())
     screens.push_back(screen->availableGeometry());
-  QRect wanted = settings.value(kValue).toRect();
-  wanted.setSize(wanted.size().expandedTo(QSize(kMinimumWidth, kMinimumHeight)));
-  const QRect place = OntoScreen(wanted, screens);
+  const QRect kept = settings.value(kValue).toRect();
+  if (!kept.isValid() || !IsPlace(kept)) return;
+  const QRect place = OntoScreen(kept, screens);
   window->resize(place.size());
   window->move(place.topLeft());
 }
 
-QRect OntoScreen(const QRect& wanted, const QList<QRect>& screens) {
-  if (screens.empty()) return wanted;
+QRect OntoScreen(const QRect& kept, const QList<QRect>& screens) {
+  if (screens.empty()) return kept;
+  QRect all;
+  for (const QRect& screen : screens)
+    all = all.united(screen);
+  const QSize least(kMinimumWidth, kMinimumHeight);
+  const QRect wanted(kept.topLeft(), kept.size().boundedTo(all.size()).expandedTo(least));
   for (const QRect& screen : screens) {
     const QRect shown = screen.intersected(wanted);
     if (shown.width() >= kVisiblePixels && shown.top() == wanted.top()) return wanted;
@@ -60,7 +72,7 @@ QRect OntoScreen(const QRect& wanted, const QList<QRect>& screens) {
   const QRect nearest = *std::min_element(
       screens.begin(), screens.end(),
       [&](const QRect& a, const QRect& b) { return Distance(a, wanted) < Distance(b, wanted); });
-  QRect place = wanted;
+  QRect place(wanted.topLeft(), wanted.size().boundedTo(nearest.size()).expandedTo(least));
   place.moveLeft(std::clamp(place.left(), nearest.left(),
                             std::max(nearest.left(), nearest.right() - place.width() + 1)));
   place.moveTop(std::clamp(place.top(), nearest.top(),

@@ -10,11 +10,12 @@ namespace quorvan::ui {
 void SavePlacement(const QWidget& window);
 
 // Brings the window back to where it was, onto a screen that is there. Nothing happens on the first
-// run.
+// run, or when what is kept is no place that a window can have.
 void RestorePlacement(QWidget* window);
 
-// `wanted` as it is when enough of it lies on one of `screens`; else moved, and cut down to the
-// size, onto the one that is nearest.
-QRect OntoScreen(const QRect& wanted, const QList<QRect>& screens);
+// `kept` as it is when enough of it lies on one of `screens`, but no larger than all of them
+// together; else moved, and cut down to the size, onto the one that is nearest. Never smaller than
+// the window can be.
+QRect OntoScreen(const QRect& kept, const QList<QRect>& screens);
 
 }  // namespace quorvan::ui

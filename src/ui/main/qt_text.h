@@ -17,4 +17,9 @@ inline std::u16string FromQString(const QString& text) {
   return text.toStdU16String();
 }
 
+// `text` as a tool tip shows it, whatever marks it holds.
+inline QString TipOf(const QString& text) {
+  return "<qt>" + text.toHtmlEscaped() + "</qt>";
+}
+
 }  // namespace quorvan::ui
