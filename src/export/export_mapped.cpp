@@ -66,7 +66,7 @@ class MappedExport {
     if (!CanBeExported(plan_, mxf_)) return kExportUnfit;
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kExportNoClip;
-    mapping_ = platform::FileMapping::Create(clip_, platform::MapAccess::kRead, kMappingName);
+    mapping_ = platform::FileMapping::Create(clip_, kMappingName);
     if (!mapping_.IsOpen()) return kExportNoClipMapping;
     if (mapping_.size() != mxf_.fileSize) return kExportUnfit;
     tracks_.currentFrame = 0;

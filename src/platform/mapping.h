@@ -1,4 +1,4 @@
-// A file as memory: a mapping of the whole file, and views of stretches of it.
+// A file as memory, to be read: a mapping of the whole file, and views of stretches of it.
 
 #pragma once
 
@@ -9,8 +9,6 @@
 #include "platform/file.h"
 
 namespace quorvan::platform {
-
-enum class MapAccess { kRead, kReadWrite };
 
 // Every view starts at a multiple of this number of bytes.
 std::uint64_t MappingGranularity();
@@ -30,7 +28,7 @@ class MappedView {
   void Unmap();
 
   // First byte of the view; null when not mapped.
-  std::uint8_t* data() const { return data_; }
+  const std::uint8_t* data() const { return data_; }
 
   // Length of the view in bytes.
   std::size_t size() const { return size_; }
@@ -53,7 +51,7 @@ class MappedView {
  private:
   friend class FileMapping;
 
-  std::uint8_t* data_ = nullptr;
+  const std::uint8_t* data_ = nullptr;
   std::size_t size_ = 0;
   std::uint64_t fileOffset_ = 0;
 };
@@ -62,8 +60,8 @@ class MappedView {
 class FileMapping {
  public:
   // `name` is the name under which systems with named mappings know this one. Returns a mapping
-  // that is not open when the file is empty, closed, or opened without the wanted access.
-  static FileMapping Create(const File& file, MapAccess access, std::u16string_view name);
+  // that is not open when the file is empty or closed.
+  static FileMapping Create(const File& file, std::u16string_view name);
 
   FileMapping() = default;
 
@@ -81,7 +79,6 @@ class FileMapping {
 
  private:
   const File* file_ = nullptr;
-  MapAccess access_ = MapAccess::kRead;
   std::uint64_t size_ = 0;
 };
 

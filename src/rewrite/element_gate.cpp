@@ -41,13 +41,8 @@ GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row) {
   if (row.size() > kMaxTracks || !Ascends(row)) return GateResult::kRefused;
   while (!row.empty()) {
     const std::size_t length = RunLength(row);
-    switch (WriteRun(clip, row.first(length))) {
-      case platform::WriteResult::kDone:
-        break;
-      case platform::WriteResult::kFailed:
-        return GateResult::kClipFault;
-      case platform::WriteResult::kSourceFault:
-        return GateResult::kSourceFault;
+    if (WriteRun(clip, row.first(length)) != platform::WriteResult::kDone) {
+      return GateResult::kClipFault;
     }
     row = row.subspan(length);
   }

@@ -11,7 +11,7 @@
 
 namespace quorvan {
 
-enum class GateResult { kDone, kRefused, kClipFault, kSourceFault };
+enum class GateResult { kDone, kRefused, kClipFault };
 
 // What becomes of one value of a row.
 struct RowPiece {
@@ -24,8 +24,7 @@ struct RowPiece {
 
 // Writes the pieces, whose values lie in ascending order, into the open clip. What lies between two
 // values is left alone or written as it is. kRefused, with nothing written, when values overlap or
-// there are more than kMaxTracks. A kSourceFault is one of the storage behind samples. After a
-// fault part of the row may be written.
+// there are more than kMaxTracks. After a fault part of the row may be written.
 GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row);
 
 }  // namespace quorvan

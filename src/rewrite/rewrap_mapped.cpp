@@ -1,7 +1,6 @@
 #include "rewrite/rewrap_mapped.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <optional>
 
@@ -9,9 +8,7 @@
 #include "platform/clock.h"
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
-#include "rewrite/rewrap_proof.h"
-#include "rewrite/row_writer.h"
-#include "rewrite/source_blocks.h"
+#include "rewrite/rewrap_run.h"
 #include "rewrite/umid.h"
 
 namespace quorvan {
@@ -19,89 +16,53 @@ namespace {
 
 constexpr char16_t kClipMappingName[] = u"fmMXF";
 
-std::int32_t CodeOf(GateResult result) {
-  switch (result) {
-    case GateResult::kDone:
-      return kSuccess;
-    case GateResult::kRefused:
-      return kRewrapUnfit;
-    case GateResult::kClipFault:
-      return kRewrapClipFault;
-    case GateResult::kSourceFault:
-      return kRewrapWavFault;
-  }
-  return kRewrapUnfit;
-}
-
-std::int32_t CodeOf(ElementState state) {
-  switch (state) {
-    case ElementState::kSound:
-      return kSuccess;
-    case ElementState::kMisplaced:
-      return kRewrapUnfit;
-    case ElementState::kFault:
-      return kRewrapClipFault;
-  }
-  return kRewrapUnfit;
-}
-
-std::int32_t CodeOf(SourceState state) {
-  switch (state) {
-    case SourceState::kSound:
-      return kSuccess;
-    case SourceState::kChanged:
-      return kRewrapNoWav;
-    case SourceState::kNotPcm:
-      return kRewrapUnfit;
-    case SourceState::kCutShort:
-      return kRewrapWavFault;
-  }
-  return kRewrapNoWav;
-}
+constexpr RunCodes kCodes = {.unfit = kRewrapUnfit,
+                             .sourceChanged = kRewrapNoWav,
+                             .sourceCutShort = kRewrapWavFault,
+                             .noMemory = kRewrapNoTrackBuffer,
+                             .clipFault = kRewrapClipFault,
+                             .wavFault = kRewrapWavFault};
 
 // One rewrite from its plan to its end. Everything it opens goes with it.
 class MappedRewrite {
  public:
   MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
-      : plan_(plan),
-        tracks_(*tracks),
-        mxf_(*mxf),
-        files_(plan, tracks),
-        blocks_(plan, *mxf, files_),
-        rows_(plan, *mxf, &clip_) {}
+      : plan_(plan), tracks_(*tracks), mxf_(*mxf), run_(plan, tracks, mxf, kCodes) {}
   MappedRewrite(const MappedRewrite&) = delete;
   MappedRewrite& operator=(const MappedRewrite&) = delete;
 
   std::int32_t Run(const std::u16string& path) {
     if (const std::int32_t failed = Prepare(path)) return failed;
-    if (const std::int32_t failed = ProveValues()) return failed;
-    if (tracks_.cancel == 1) return Cancel();
-    if (const std::int32_t failed = WriteAll()) return failed;
+    if (const std::int32_t failed = run_.ProveAndWrite(&view_)) return failed;
     return Finish();
   }
 
  private:
+  // What is looked at here and there costs least through a view. What is written does not: the
+  // system makes each page ready by itself then, and takes all that it keeps together with a page
+  // for changed.
   std::int32_t Prepare(const std::u16string& path) {
-    clip_ = platform::File::Open(path, platform::OpenMode::kRewrite);
-    if (!clip_.IsOpen()) return kRewrapNoClip;
-    mapping_ =
-        platform::FileMapping::Create(clip_, platform::MapAccess::kReadWrite, kClipMappingName);
+    run_.clip = platform::File::Open(path, platform::OpenMode::kRewrite);
+    if (!run_.clip.IsOpen()) return kRewrapNoClip;
+    mapping_ = platform::FileMapping::Create(run_.clip, kClipMappingName);
     if (!mapping_.IsOpen()) return kRewrapNoClipMapping;
-    if (!files_.Open()) return kRewrapNoWav;
+    if (!run_.files.Open()) return kRewrapNoWav;
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
-    tracks_.currentFrame = 0;
-    tracks_.cancel = 0;
+    view_ = mapping_.View(0, mapping_.size());
+    if (!view_.IsMapped()) return kRewrapClipFault;
+    view_.ExpectScattered();
+    run_.Start();
     return kSuccess;
   }
 
   // A segment whose audio would not fit 31 bits is refused as ever.
   std::int32_t AllocateBuffers() {
-    if (!blocks_.AllocateAhead(plan_.range.total)) return kRewrapNoSilence;
+    if (!run_.blocks.AllocateAhead(plan_.range.total)) return kRewrapNoSilence;
     const std::uint64_t frameBytes = std::uint64_t{mxf_.audio->blockAlign} * kLargestFrameSamples;
     const bool tooLarge = frameBytes * mxf_.timecode->maxIndexDuration >
                           std::uint64_t{std::numeric_limits<std::int32_t>::max()};
-    const bool allocated = blocks_.AllocateTrackBuffers();
+    const bool allocated = run_.blocks.AllocateTrackBuffers();
     return !allocated || (tooLarge && UsesFiles()) ? kRewrapNoTrackBuffer : kSuccess;
   }
 
@@ -110,65 +71,22 @@ class MappedRewrite {
                        [](const TrackSource& source) { return source.wav != nullptr; });
   }
 
-  // Nothing is written before all of this holds: the clip is the one that was analysed, every value
-  // is the one of its track in its frame, and every source is what it was and holds what it claims.
-  std::int32_t ProveValues() {
-    if (!IsPlannedClip(clip_, plan_, mxf_)) return kRewrapUnfit;
-    if (const std::int32_t failed = CodeOf(files_.Check())) return failed;
-    if (!rows_.Allocate()) return kRewrapNoTrackBuffer;
-    view_ = mapping_.View(0, mapping_.size());
-    if (!view_.IsMapped()) return kRewrapClipFault;
-    view_.ExpectScattered();
-    rows_.ProveThrough(&view_);
-    for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
-      if (tracks_.cancel == 1) return Cancel();
-      if (const std::int32_t failed = CodeOf(rows_.Prove(i))) return failed;
-    }
-    return kSuccess;
-  }
-
-  // What is looked at here and there costs least through a view. What is written does not: the
-  // system makes each page ready by itself then, and takes all that it keeps together with a page
-  // for changed.
-  std::int32_t WriteAll() {
-    rows_.StartWriting();
-    for (std::uint32_t done = 0; done < plan_.range.total;) {
-      const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
-      const std::uint32_t firstEntry = plan_.range.firstEntry + done;
-      if (!blocks_.Read(firstEntry, frames)) return kRewrapWavFault;
-      for (std::uint32_t i = 0; i < frames; ++i) {
-        blocks_.Take((*mxf_.indexEntries)[firstEntry + i], &samples_);
-        const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
-        if (written != GateResult::kDone) return CodeOf(written);
-        if (tracks_.cancel == 1) return Cancel();
-        tracks_.currentFrame = ++done;
-      }
-    }
-    return kSuccess;
-  }
-
-  std::int32_t Cancel() {
-    tracks_.cancel = 0;
-    return kCancelled;
-  }
-
   std::int32_t Finish() {
-    if (clip_.Size() != mxf_.fileSize) return kRewrapClipFault;
     const auto times = StampTimes();
     view_.Unmap();
-    files_.Close();
-    if (!RenewUmids(&clip_, &mxf_)) return kRewrapLongUmid;
+    run_.files.Close();
+    if (!RenewUmids(&run_.clip, &mxf_)) return kRewrapLongUmid;
     // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
-    if (times) clip_.SetTimes(*times);
+    if (times) run_.clip.SetTimes(*times);
     return kSuccess;
   }
 
   // Sets last access and last write to now; the creation stays.
   std::optional<platform::FileTimes> StampTimes() {
-    auto times = clip_.Times();
+    auto times = run_.clip.Times();
     if (times) {
       times->lastAccess = times->lastWrite = platform::FileTimeNow();
-      clip_.SetTimes(*times);
+      run_.clip.SetTimes(*times);
     }
     return times;
   }
@@ -176,13 +94,9 @@ class MappedRewrite {
   const RewrapPlan& plan_;
   AUDIOTRACK_IO_INFO& tracks_;
   MXF_BASE_INFO& mxf_;
-  SourceFiles files_;
-  platform::File clip_;
-  SourceBlocks blocks_;
+  RewrapRun run_;
   platform::FileMapping mapping_;
   platform::MappedView view_;
-  RowWriter rows_;
-  std::array<const std::uint8_t*, kMaxTracks> samples_{};
 };
 
 }  // namespace

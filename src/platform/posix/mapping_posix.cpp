@@ -1,6 +1,5 @@
 #include "platform/mapping.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -34,14 +33,14 @@ MappedView::~MappedView() {
 }
 
 void MappedView::Unmap() {
-  if (data_ != nullptr) munmap(data_, size_);
+  if (data_ != nullptr) munmap(const_cast<std::uint8_t*>(data_), size_);
   data_ = nullptr;
   size_ = 0;
   fileOffset_ = 0;
 }
 
 void MappedView::ExpectScattered() const {
-  if (data_ != nullptr) madvise(data_, size_, MADV_RANDOM);
+  if (data_ != nullptr) madvise(const_cast<std::uint8_t*>(data_), size_, MADV_RANDOM);
 }
 
 bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
@@ -50,16 +49,11 @@ bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
   return start <= size_ && length <= size_ - start;
 }
 
-FileMapping FileMapping::Create(const File& file, MapAccess access, std::u16string_view) {
+FileMapping FileMapping::Create(const File& file, std::u16string_view) {
   FileMapping mapping;
   const auto size = file.Size();
   if (!size || *size == 0) return mapping;
-  const int flags = fcntl(file.NativeHandle(), F_GETFL);
-  if (flags < 0 || (access == MapAccess::kReadWrite && (flags & O_ACCMODE) != O_RDWR)) {
-    return mapping;
-  }
   mapping.file_ = &file;
-  mapping.access_ = access;
   mapping.size_ = *size;
   return mapping;
 }
@@ -70,11 +64,10 @@ MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
   const auto size = file_->Size();
   if (!size || offset > *size || length > *size - offset) return view;
   if (length > std::numeric_limits<std::size_t>::max()) return view;
-  const int protection = access_ == MapAccess::kRead ? PROT_READ : PROT_READ | PROT_WRITE;
-  void* data = mmap(nullptr, static_cast<std::size_t>(length), protection, MAP_SHARED,
+  void* data = mmap(nullptr, static_cast<std::size_t>(length), PROT_READ, MAP_SHARED,
                     file_->NativeHandle(), static_cast<off_t>(offset));
   if (data == MAP_FAILED) return view;
-  view.data_ = static_cast<std::uint8_t*>(data);
+  view.data_ = static_cast<const std::uint8_t*>(data);
   view.size_ = static_cast<std::size_t>(length);
   view.fileOffset_ = offset;
   return view;
