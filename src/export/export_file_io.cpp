@@ -15,12 +15,15 @@ namespace {
 
 constexpr std::uint16_t kExtensionSize = 0;
 
-// What a row of all the clip's tracks takes in the first frame, as the size of a block is reckoned.
+// What a row of all the clip's tracks takes in the first frame, as the size of a block is reckoned:
+// elements stand at one distance, wherever in the frame the first of them does.
 std::uint64_t NominalRowBytes(const ExportPlan& plan, const MXF_BASE_INFO& mxf) {
   const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[plan.range.firstEntry];
-  const std::uint64_t elementBytes = entry.deltaCount > kDeltasBeforeAudio + 1
-                                         ? entry.delta[kDeltasBeforeAudio + 1].elementDelta
-                                         : mxf.audio->elementSize;
+  const std::uint64_t elementBytes =
+      entry.deltaCount > kDeltasBeforeAudio + 1
+          ? std::uint64_t{entry.delta[kDeltasBeforeAudio + 1].elementDelta} -
+                entry.delta[kDeltasBeforeAudio].elementDelta
+          : mxf.audio->elementSize;
   return UsableTracks(*mxf.audio) * elementBytes;
 }
 

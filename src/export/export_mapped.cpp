@@ -58,6 +58,8 @@ class MappedExport {
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = WriteAll()) return failed;
+    // The page in which a clip ends that was cut short meanwhile gives zeros, and no fault.
+    if (clip_.Size() != mxf_.fileSize) return kExportClipFault;
     return files_.Close() ? kSuccess : static_cast<std::int32_t>(kExportNoFile);
   }
 

@@ -169,6 +169,8 @@ constexpr FailureRow kRewrapFileIoFailures = {{
     {},
     {},
     u"トラックセグメントバッファが確保できません。\n一度に実行するトラック数を減らしてみてください。",
+    u"MXFファイルの読み書き中にエラーが発生しました。\n接続デバイスを確認してください。",
+    u"BWFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認してください。",
 }};
 
 constexpr FailureRow kExportMappedFailures = {{

@@ -4,72 +4,29 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
 #include <span>
 
+#include "loudness/sample_reader.h"
 #include "mxf/analysis.h"
 #include "mxf/audio_element.h"
-#include "mxf/row_reader.h"
 #include "mxf/sample_pattern.h"
 #include "state/frame_range.h"
 
 namespace quorvan {
 namespace {
 
-constexpr std::uint32_t kChannels = 2;
 constexpr std::uint32_t kPadSeconds = 5;
-constexpr std::size_t kSampleFloats = 19200;
 constexpr int kMode = EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA |
                       EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_TRUE_PEAK;
-
-static_assert(kLargestFrameSamples * kChannels <= kSampleFloats);
 
 struct DestroyState {
   void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
 };
 using LibraryState = std::unique_ptr<ebur128_state, DestroyState>;
-
-// Turns `count` little-endian signed samples of kWidth bytes into every second float from `target`
-// on. A sample stands in the upper bytes of a word, whose sign is its own; behind the first one,
-// what stands in front of it fills the word up, so that one load brings both.
-template <std::uint32_t kWidth>
-void Convert(const std::uint8_t* bytes, std::uint32_t count, float* target) {
-  static_assert(std::endian::native == std::endian::little);
-  constexpr std::uint32_t rest = sizeof(std::uint32_t) - kWidth;
-  constexpr std::uint32_t sampleBits = ~std::uint32_t{0} << (8 * rest);
-  constexpr float factor = 1.0F / static_cast<float>(std::uint32_t{1} << 31);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    std::uint32_t word = 0;
-    if (i > 0) {
-      std::memcpy(&word, bytes + i * kWidth - rest, sizeof word);
-    } else {
-      std::memcpy(&word, bytes, kWidth);
-      word <<= 8 * rest;
-    }
-    target[i * kChannels] =
-        static_cast<float>(static_cast<std::int32_t>(word & sampleBits)) * factor;
-  }
-}
-
-using Converter = void (*)(const std::uint8_t*, std::uint32_t, float*);
-
-Converter ConverterOf(std::uint32_t blockAlign) {
-  switch (blockAlign) {
-    case 2:
-      return Convert<2>;
-    case 3:
-      return Convert<3>;
-    case 4:
-      return Convert<4>;
-    default:
-      return nullptr;
-  }
-}
 
 std::int32_t CodeOf(ElementState state) {
   switch (state) {
@@ -98,13 +55,13 @@ class Measurement {
     if (!Feed(pad_.get(), padFrames_)) return kLoudnessNoMemory;
     if (const std::int32_t failed = FeedAll()) return failed;
     if (!Feed(pad_.get(), padFrames_)) return kLoudnessNoMemory;
-    StoreResults();
-    return kSuccess;
+    return StoreResults() ? kSuccess : static_cast<std::int32_t>(kLoudnessNoMemory);
   }
 
  private:
   void SelectTracks(const std::uint8_t* trackSelected) {
-    for (std::uint32_t t = 0; t < UsableTracks(*mxf_.audio) && trackCount_ < kChannels; ++t) {
+    for (std::uint32_t t = 0; t < UsableTracks(*mxf_.audio) && trackCount_ < kLoudnessChannels;
+         ++t) {
       if (trackSelected[t] == 1) track_[trackCount_++] = t;
     }
   }
@@ -113,8 +70,8 @@ class Measurement {
 
   std::int32_t Prepare(const std::u16string& path) {
     const MXF_AUDIO_INFO& audio = *mxf_.audio;
-    convert_ = ConverterOf(audio.blockAlign);
-    if (convert_ == nullptr || audio.sampleRate != kSampleRate || !IndexHolds(range_, mxf_)) {
+    if (!SampleReader::CanConvert(audio.blockAlign) || audio.sampleRate != kSampleRate ||
+        !IndexHolds(range_, mxf_)) {
       return kLoudnessUnfit;
     }
     if (!MakeLibraryState()) return kLoudnessNoMemory;
@@ -127,12 +84,12 @@ class Measurement {
     if (!size || *size == 0) return kLoudnessEmptyClip;
     if (*size != mxf_.fileSize) return kLoudnessUnfit;
     clip_.ExpectScattered();
-    rows_.emplace(clip_, mxf_, Tracks(), range_.firstEntry, range_.total);
-    return rows_->Allocate() ? kSuccess : static_cast<std::int32_t>(kLoudnessNoMemory);
+    reader_.emplace(clip_, mxf_, Tracks(), range_);
+    return reader_->Start() ? kSuccess : static_cast<std::int32_t>(kLoudnessNoMemory);
   }
 
   bool MakeLibraryState() {
-    library_.reset(ebur128_init(kChannels, mxf_.audio->sampleRate, kMode));
+    library_.reset(ebur128_init(kLoudnessChannels, mxf_.audio->sampleRate, kMode));
     return library_ != nullptr &&
            ebur128_set_channel(library_.get(), 0, EBUR128_LEFT) == EBUR128_SUCCESS &&
            ebur128_set_channel(library_.get(), 1, EBUR128_RIGHT) == EBUR128_SUCCESS;
@@ -140,9 +97,8 @@ class Measurement {
 
   bool AllocateBuffers() {
     padFrames_ = std::size_t{mxf_.audio->sampleRate} * kPadSeconds;
-    pad_.reset(new (std::nothrow) float[padFrames_ * kChannels]());
-    samples_.reset(new (std::nothrow) float[kSampleFloats]());
-    return pad_ != nullptr && samples_ != nullptr;
+    pad_.reset(new (std::nothrow) float[padFrames_ * kLoudnessChannels]());
+    return pad_ != nullptr;
   }
 
   bool Feed(const float* frames, std::size_t count) {
@@ -151,27 +107,13 @@ class Measurement {
 
   std::int32_t FeedAll() {
     for (std::uint32_t done = 0; done < range_.total;) {
-      if (const std::int32_t failed = FeedFrame(range_.firstEntry + done)) return failed;
+      const SampleFrame frame = reader_->Next();
+      if (frame.state != ElementState::kSound) return CodeOf(frame.state);
+      if (tracks_.cancel == 1) return Cancel();
+      if (!Feed(frame.samples, frame.count)) return kLoudnessNoMemory;
       tracks_.currentFrame = ++done;
     }
     return kSuccess;
-  }
-
-  std::int32_t FeedFrame(std::uint32_t entryIndex) {
-    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-    // Without a selected track no element speaks for the count.
-    if (entry.audioSamples > kLargestFrameSamples) return kLoudnessUnfit;
-    const ElementState state = rows_->Read(entryIndex);
-    if (state != ElementState::kSound) return CodeOf(state);
-    if (tracks_.cancel == 1) return Cancel();
-    for (std::uint32_t c = 0; c < trackCount_; ++c) {
-      const auto value = LocateElementValue(mxf_, entry, track_[c]);
-      const std::uint8_t* bytes = value ? rows_->At(value->fileOffset(), value->bytes()) : nullptr;
-      if (bytes == nullptr) return kLoudnessUnfit;
-      convert_(bytes, entry.audioSamples, samples_.get() + c);
-    }
-    return Feed(samples_.get(), entry.audioSamples) ? kSuccess
-                                                    : static_cast<std::int32_t>(kLoudnessNoMemory);
   }
 
   std::int32_t Cancel() {
@@ -180,11 +122,15 @@ class Measurement {
     return kCancelled;
   }
 
-  void StoreResults() {
+  bool StoreResults() {
     double integrated = 0.0;
-    if (ebur128_loudness_global(library_.get(), &integrated) != EBUR128_SUCCESS) return;
+    double range = 0.0;
+    if (ebur128_loudness_global(library_.get(), &integrated) != EBUR128_SUCCESS ||
+        ebur128_loudness_range(library_.get(), &range) != EBUR128_SUCCESS) {
+      return false;
+    }
     double peak = 0.0;
-    for (std::uint32_t c = 0; c < kChannels; ++c) {
+    for (std::uint32_t c = 0; c < kLoudnessChannels; ++c) {
       double channelPeak = 0.0;
       if (ebur128_true_peak(library_.get(), c, &channelPeak) == EBUR128_SUCCESS) {
         peak = std::max(peak, channelPeak);
@@ -193,21 +139,20 @@ class Measurement {
     MXF_AUDIO_INFO& audio = *mxf_.audio;
     audio.integratedLoudness = integrated;
     audio.truePeak = peak > 0.0 ? 20.0 * std::log10(peak) : kSilentTruePeak;
-    ebur128_loudness_range(library_.get(), &audio.loudnessRange);
+    audio.loudnessRange = range;
+    return true;
   }
 
   const FrameRange& range_;
   AUDIOTRACK_IO_INFO& tracks_;
   MXF_BASE_INFO& mxf_;
   std::uint32_t trackCount_ = 0;
-  std::array<std::uint32_t, kChannels> track_{};  // left, right
-  Converter convert_ = nullptr;
+  std::array<std::uint32_t, kLoudnessChannels> track_{};  // left, right
   LibraryState library_;
   platform::File clip_;
-  std::optional<RowReader> rows_;
+  std::optional<SampleReader> reader_;
   std::size_t padFrames_ = 0;
   std::unique_ptr<float[]> pad_;
-  std::unique_ptr<float[]> samples_;
 };
 
 }  // namespace

@@ -93,7 +93,9 @@ std::int32_t ReadIndexEntries(std::span<const std::uint8_t> value, Segment* segm
                            segment->posTableCount * kPosTableBytes;
   if (count == 0) return kSuccess;
   if (count > (value.size() - kBatchHeaderBytes) / step) return kNoIndexTable;
-  segment->entries.reserve(segment->entries.size() + count);
+  if (count > kMostFrames - segment->entries.size()) return kNoIndexTable;
+  // A set of many such items grows by doubling: room for just the next one would be made each time.
+  if (segment->entries.empty()) segment->entries.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
     segment->entries.push_back(
         ReadEntry(value.data() + kBatchHeaderBytes + i * step, segment->sliceCount));

@@ -49,7 +49,8 @@ class FileIoRewrite {
 
   std::int32_t Finish() {
     run_.files.Close();
-    return RenewUmids(&run_.clip, &mxf_) ? kSuccess : static_cast<std::int32_t>(kRewrapLongUmid);
+    if (!RenewUmids(&run_.clip, &mxf_)) return kRewrapLongUmid;
+    return run_.clip.Close() ? kSuccess : kFileRewrapClipFault;
   }
 
   const RewrapPlan& plan_;

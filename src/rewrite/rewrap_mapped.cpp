@@ -49,10 +49,10 @@ class MappedRewrite {
     if (!run_.files.Open()) return kRewrapNoWav;
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
+    run_.Start();
     view_ = mapping_.View(0, mapping_.size());
     if (!view_.IsMapped()) return kRewrapClipFault;
     view_.ExpectScattered();
-    run_.Start();
     return kSuccess;
   }
 
@@ -78,7 +78,7 @@ class MappedRewrite {
     if (!RenewUmids(&run_.clip, &mxf_)) return kRewrapLongUmid;
     // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
     if (times) run_.clip.SetTimes(*times);
-    return kSuccess;
+    return run_.clip.Close() ? kSuccess : kRewrapClipFault;
   }
 
   // Sets last access and last write to now; the creation stays.

@@ -16,7 +16,9 @@ std::int32_t RewrapRun::ProveAndWrite(const platform::MappedView* view) {
   if (const std::int32_t failed = Prove(view)) return failed;
   if (tracks_.cancel == 1) return Cancel();
   if (const std::int32_t failed = Write()) return failed;
-  return clip.Size() == mxf_.fileSize ? kSuccess : codes_.clipFault;
+  if (clip.Size() != mxf_.fileSize) return codes_.clipFault;
+  // One that was written to meanwhile has given something of both.
+  return files.Check() == SourceState::kSound ? kSuccess : codes_.wavFault;
 }
 
 // Nothing is written before all of this holds: the clip is the one that was analysed, every value

@@ -165,7 +165,10 @@ bool RenewUmids(platform::File* file, MXF_BASE_INFO* mxf) {
   if (mxf->materialUmidSize != kUmidBytes || mxf->sourceUmidSize != kUmidBytes) return false;
   const std::uint64_t limit =
       std::min((*mxf->partitionTable)[0].headerByteCount, MetadataEnd(*mxf));
+  const bool shared = mxf->materialUmid == mxf->sourceUmid;
   RegenerateUmid(file, PackageKind::kMaterial, &mxf->materialUmid, limit);
+  // Where both packages have one UMID, it is replaced for both at once.
+  if (shared) mxf->sourceUmid = mxf->materialUmid;
   RegenerateUmid(file, PackageKind::kSource, &mxf->sourceUmid, limit);
   RefreshMaterialPackage(file, mxf);  // the file is the truth from here on
   return true;

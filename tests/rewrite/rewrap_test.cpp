@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <fstream>
 #include <span>
 #include <thread>
 
 #include "platform/text.h"
 #include "rewrap_job.h"
+#include "rewrite/umid.h"
 #include "state/wav_buffer.h"
 #include "support/failing_memory.h"
 #include "support/mxf_tags.h"
@@ -592,6 +594,26 @@ TEST_P(Rewrap, SurvivesAFileThatIsCutShortWhileItIsWritten) {
     if (result == 0) continue;
     EXPECT_EQ(result, Code(2012));
     EXPECT_TRUE(platform::File::Open(job.path, platform::OpenMode::kRewrite).IsOpen());
+    break;
+  }
+}
+
+TEST_P(Rewrap, IsNotDoneWhenASourceHasChangedMeanwhile) {
+  for (int attempt = 0;; ++attempt) {
+    ASSERT_LT(attempt, 20) << "never caught it at work";
+    RewrapJob job(LongClip());
+    job.Put(0, Wav(1, 16, 20000 * 800));
+    const std::string source = platform::ToUtf8(job.folder.PathOf("track0.wav"));
+    std::int32_t result = -1;
+    std::thread worker([&] { result = job.Run(); });
+    while (job.app.tracks.currentFrame < 10) {
+    }
+    std::fstream(source, std::ios::in | std::ios::out | std::ios::binary).seekp(1000) << "take 2";
+    worker.join();
+    if (result == 0) continue;
+    EXPECT_EQ(result, GetParam() ? 3013 : 2013);
+    EXPECT_TRUE(HoldsUmids(platform::File::Open(job.path, platform::OpenMode::kReadAlone),
+                           *job.app.info.mxf));
     break;
   }
 }

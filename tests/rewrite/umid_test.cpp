@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <set>
 
+#include "mxf/analysis.h"
 #include "platform/clock.h"
 #include "support/clip_builder.h"
 #include "support/mxf_tags.h"
@@ -91,6 +92,21 @@ TEST_F(RegenerateUmidTest, StampsItsPackageWithTheLocalTime) {
   EXPECT_EQ(now[stamp + 7], before.dayOfWeek);
   EXPECT_EQ(Places(umid).size(), clip.layout.sourceUmids.size());
   EXPECT_EQ(Places(kMaterialUmid).size(), clip.layout.materialUmids.size());
+}
+
+TEST_F(RegenerateUmidTest, KeepsWhatBothPackagesShare) {
+  ClipSpec spec;
+  Clip clip = BuildClip(spec);
+  for (const std::uint64_t place : clip.layout.sourceUmids)
+    Patch(clip.bytes, place, {kMaterialUmid.begin(), kMaterialUmid.end()});
+  Open(clip.bytes);
+  MxfRecords records;
+  ASSERT_EQ(AnalyzeMxfFile(&file_, &records.base), 0);
+  file_ = platform::File::Open(path_, platform::OpenMode::kRewrite);
+  ASSERT_TRUE(RenewUmids(&file_, &records.base));
+  EXPECT_EQ(records.base.materialUmid, records.base.sourceUmid);
+  EXPECT_EQ(Places(records.base.sourceUmid).size(),
+            clip.layout.materialUmids.size() + clip.layout.sourceUmids.size());
 }
 
 TEST_F(RegenerateUmidTest, WritesNoStampWhereItDoesNotFit) {
