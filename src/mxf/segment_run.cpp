@@ -45,13 +45,16 @@ SegmentRun NextRun(const MXF_BASE_INFO& mxf, std::uint32_t firstEntry, std::uint
 // than those that were asked for.
 bool CountsEveryFrame(const MXF_BASE_INFO& mxf) {
   const INDEX_ENTRY_ARRAY* entries = mxf.indexEntries->get();
-  // Fewer entries than the clip lasts: nobody can tell which frame has lost its own.
-  if (mxf.timecode->frameCount < mxf.timecode->duration) return false;
-  if (entries[0].segmentStart != 0) return false;
-  for (std::uint32_t i = 1; i < mxf.timecode->frameCount; ++i) {
-    const bool sameSegment = entries[i].segmentStart == entries[i - 1].segmentStart;
-    if (!sameSegment && entries[i].segmentStart != i) return false;
-    if (entries[i].fileOffset <= entries[i - 1].fileOffset) return false;
+  const std::uint32_t count = mxf.timecode->frameCount;
+  const bool endsEarly = count < mxf.timecode->duration;
+  std::uint32_t first = 0;  // of the segment
+  for (std::uint32_t i = 0; i < count; ++i) {
+    if (i > 0 && entries[i].fileOffset <= entries[i - 1].fileOffset) return false;
+    if (i == 0 || entries[i].segmentStart != entries[i - 1].segmentStart) first = i;
+    if (entries[first].segmentStart != first) return false;
+    const bool closes = i + 1 == count || entries[i + 1].segmentStart != entries[i].segmentStart;
+    // Of a segment with fewer entries than it says nobody can tell which frame has lost its own.
+    if (endsEarly && closes && entries[i].segmentDuration != i + 1 - first) return false;
   }
   return true;
 }

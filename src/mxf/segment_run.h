@@ -20,7 +20,8 @@ struct SegmentRun {
 // entry, or to `most` frames, at least 1, whatever comes first. It holds at least one frame.
 SegmentRun NextRun(const MXF_BASE_INFO& mxf, std::uint32_t firstEntry, std::uint32_t most);
 
-// True when the index counts every frame of the clip from 0 on, in ascending places.
+// True when the index counts its frames from 0 on without a gap and in ascending places. A table
+// that ends before the clip does is sound when each segment holds all of its own frames.
 bool CountsEveryFrame(const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

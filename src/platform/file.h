@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -138,8 +139,11 @@ bool RemoveFile(const std::u16string& path);
 bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to);
 
 // The same, but a file that has the name `to` gives way, in one step: there is no moment without a
-// file of that name.
+// file of that name. A folder, a device or a pipe does not.
 bool RenameReplacing(const std::u16string& from, const std::u16string& to);
+
+// The system's own number for a name that something else has.
+inline constexpr std::uint32_t kNameTakenError = EEXIST;
 
 // The system's own number for why the last call of this header failed on this thread.
 std::uint32_t LastSystemError();

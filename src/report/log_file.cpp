@@ -26,6 +26,7 @@ bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
 
 LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::move(path)) {
   if (IsMaterial(path_, app)) {
+    error_ = platform::kNameTakenError;
     failed_ = true;
     return;
   }

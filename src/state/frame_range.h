@@ -45,7 +45,7 @@ ArgumentFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tra
                              const MXF_BASE_INFO* mxf, const RangeFields& fields,
                              FrameRange* range);
 
-// True when the index counts every frame of the clip, in ascending places, and has the range.
+// True when the index counts its frames without a gap, in ascending places, and has the range.
 bool IndexHolds(const FrameRange& range, const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

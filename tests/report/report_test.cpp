@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <csignal>
@@ -226,11 +227,19 @@ TEST(Logs, ComeWholeOrNotAtAll) {
   EXPECT_FALSE(write("folder.txt", &error));
   EXPECT_EQ(error, static_cast<std::uint32_t>(EISDIR));
   EXPECT_EQ(files(), 3) << "something was left behind";
+  // What is no file stays, also where a link leads to it.
+  ASSERT_EQ(mkfifo((clip.folder.Path() / "pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink("pipe", clip.folder.Path() / "to_pipe.txt");
+  for (const char* name : {"pipe", "to_pipe.txt", "clip.mxf"}) {
+    EXPECT_FALSE(write(name, &error)) << name;
+    EXPECT_EQ(error, static_cast<std::uint32_t>(EEXIST)) << name;
+  }
+  EXPECT_EQ(files(), 5);
   // A link in the way of the temporary name.
   std::filesystem::create_symlink("clip.mxf", clip.folder.Path() / "quorvan_log.part0");
   EXPECT_TRUE(write("b.txt", &error));
   EXPECT_TRUE(clip.Now() == clip.clip.bytes);
-  EXPECT_EQ(files(), 5);
+  EXPECT_EQ(files(), 7);
 }
 
 TEST(Logs, NameTheRate) {

@@ -314,6 +314,30 @@ TEST_P(Rewrap, TouchesNothingWhenTheIndexLeadsAstray) {
   }
 }
 
+// A clip whose index ends early can be filled as far as the index goes, but only when each segment
+// holds what it says.
+TEST_P(Rewrap, TrustsAnIndexThatEndsEarlyAsFarAsItGoes) {
+  for (const bool sound : {true, false}) {
+    ClipSpec spec;
+    spec.frames = 10;
+    spec.indexEdits.push_back([&](std::vector<IndexSegment>& s) {
+      s[1].entries.pop_back();
+      if (sound) --s[1].duration;
+    });
+    RewrapJob job(spec);
+    job.Put(1, Wav(1, 24, kPlenty));
+    job.Range(2, 9);  // with the frame that has no entry
+    ExpectUntouched(job, 2002);
+    job.Range(2, 8);
+    SCOPED_TRACE(sound);
+    if (sound) {
+      ExpectExactly(job);
+    } else {
+      ExpectUntouched(job, 2002);
+    }
+  }
+}
+
 // Bytes in a picture that look like what may be written.
 TEST_P(Rewrap, IsNotTakenInByAPicture) {
   ClipSpec spec;

@@ -278,7 +278,14 @@ bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to
 }
 
 bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
-  return rename(ToUtf8(from).c_str(), ToUtf8(to).c_str()) == 0;
+  const std::string target = ToUtf8(to);
+  struct stat status {};
+  const bool exists = stat(target.c_str(), &status) == 0;
+  if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+    errno = static_cast<int>(kNameTakenError);
+    return false;
+  }
+  return rename(ToUtf8(from).c_str(), target.c_str()) == 0;
 }
 
 std::uint32_t LastSystemError() {
