@@ -41,8 +41,13 @@ GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row) {
   if (row.size() > kMaxTracks || !Ascends(row)) return GateResult::kRefused;
   while (!row.empty()) {
     const std::size_t length = RunLength(row);
-    if (WriteRun(clip, row.first(length)) != platform::WriteResult::kDone) {
-      return GateResult::kClipFault;
+    switch (WriteRun(clip, row.first(length))) {
+      case platform::WriteResult::kDone:
+        break;
+      case platform::WriteResult::kFailed:
+        return GateResult::kClipFault;
+      case platform::WriteResult::kSourceFault:
+        return GateResult::kSampleFault;
     }
     row = row.subspan(length);
   }

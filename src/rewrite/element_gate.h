@@ -11,7 +11,12 @@
 
 namespace quorvan {
 
-enum class GateResult { kDone, kRefused, kClipFault };
+enum class GateResult {
+  kDone,
+  kRefused,
+  kClipFault,    // the clip could not be written
+  kSampleFault,  // the samples lie in a view whose storage has failed
+};
 
 // What becomes of one value of a row.
 struct RowPiece {

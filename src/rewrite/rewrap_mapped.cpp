@@ -47,6 +47,7 @@ class MappedRewrite {
     mapping_ = platform::FileMapping::Create(run_.clip, kClipMappingName);
     if (!mapping_.IsOpen()) return kRewrapNoClipMapping;
     if (!run_.files.Open()) return kRewrapNoWav;
+    if (!run_.files.Map()) return kRewrapNoWavMapping;
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
     run_.Start();

@@ -19,7 +19,7 @@ enum RewrapMappedCode : std::int32_t {
   kRewrapNoClip = 2006,
   kRewrapNoClipMapping = 2007,
   kRewrapNoWav = 2008,
-  kRewrapNoWavMapping = 2009,  // not used: sources are read, not mapped
+  kRewrapNoWavMapping = 2009,
   kRewrapNoSilence = 2010,
   kRewrapNoTrackBuffer = 2011,
   kRewrapClipFault = 2012,

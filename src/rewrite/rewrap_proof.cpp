@@ -19,6 +19,22 @@ bool SourceFiles::Open() {
   return true;
 }
 
+bool SourceFiles::Map() {
+  for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
+    const TrackSource& source = plan_.sources[i];
+    if (source.wav == nullptr) continue;
+    std::u16string name = u"IDWAVTRK00";  // the track's number in two digits, from 1
+    const std::uint32_t number = source.firstTrack + 1;
+    name[8] = static_cast<char16_t>(u'0' + number / 10);
+    name[9] = static_cast<char16_t>(u'0' + number % 10);
+    const auto mapping = platform::FileMapping::Create(Of(source), name);
+    platform::MappedView& view = views_[source.firstTrack];
+    view = mapping.View(0, mapping.size());
+    if (!view.IsMapped()) return false;
+  }
+  return true;
+}
+
 SourceState SourceFiles::Check() const {
   for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
     const TrackSource& source = plan_.sources[i];
@@ -30,6 +46,8 @@ SourceState SourceFiles::Check() const {
 }
 
 void SourceFiles::Close() {
+  for (platform::MappedView& view : views_)
+    view.Unmap();
   for (platform::File& file : handles_)
     file.Close();
 }

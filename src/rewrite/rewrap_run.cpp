@@ -56,7 +56,7 @@ std::int32_t RewrapRun::Write() {
     const std::uint32_t firstEntry = plan_.range.firstEntry + done;
     if (!blocks.Read(firstEntry, frames)) return codes_.wavFault;
     for (std::uint32_t i = 0; i < frames; ++i) {
-      blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_);
+      if (!blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_)) return codes_.wavFault;
       const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
       if (written != GateResult::kDone) return CodeOf(written);
       if (tracks_.cancel == 1) return Cancel();
@@ -77,8 +77,17 @@ std::int32_t RewrapRun::CodeOf(ElementState state) const {
 }
 
 std::int32_t RewrapRun::CodeOf(GateResult result) const {
-  if (result == GateResult::kDone) return kSuccess;
-  return result == GateResult::kRefused ? codes_.unfit : codes_.clipFault;
+  switch (result) {
+    case GateResult::kDone:
+      return kSuccess;
+    case GateResult::kRefused:
+      return codes_.unfit;
+    case GateResult::kClipFault:
+      return codes_.clipFault;
+    case GateResult::kSampleFault:
+      return codes_.wavFault;
+  }
+  return codes_.clipFault;
 }
 
 }  // namespace quorvan

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "platform/fault_guard.h"
 #include "rewrite/wav_source.h"
 #include "state/wav_buffer.h"
 
@@ -29,15 +30,23 @@ bool SourceBlocks::AllocateAhead(std::uint32_t aheadFrames) {
     frameBytes += RegionBytes(plan_.sources[s], 1);
   aheadFrames_ = std::min(FramesInMemory(aheadFrames, frameBytes), plan_.range.total);
   blockFrames_ = FramesInCache(aheadFrames_, frameBytes);
-  wavBlock_.reset(new (std::nothrow) std::uint8_t[frameBytes * blockFrames_ + 1]);
+  std::uint64_t blockBytes = 0;
+  for (std::uint32_t s = 0; s < plan_.sourceCount; ++s)
+    blockBytes += BlockBytes(plan_.sources[s]);
+  wavBlock_.reset(new (std::nothrow) std::uint8_t[blockBytes + 1]);
   silence_.reset(new (std::nothrow) std::uint8_t[kFrameRoom]());
   if (wavBlock_ == nullptr || silence_ == nullptr) return false;
   std::uint8_t* start = wavBlock_.get();
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {
     regions_[s].start = start;
-    start += RegionBytes(plan_.sources[s], blockFrames_);
+    start += BlockBytes(plan_.sources[s]);
   }
   return true;
+}
+
+// Memory for what is read of a source: none where it is mapped.
+std::uint64_t SourceBlocks::BlockBytes(const TrackSource& source) const {
+  return files_.ViewOf(source).IsMapped() ? 0 : RegionBytes(source, blockFrames_);
 }
 
 bool SourceBlocks::AllocateTrackBuffers() {
@@ -77,16 +86,28 @@ bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
     const std::uint64_t held = SamplesLeft(wav, region.consumed, samples);
     const auto bytes = static_cast<std::size_t>(held * wav.blockAlign);
     const std::uint64_t place = wav.dataOffset + region.consumed * wav.blockAlign;
-    if (files_.Of(source).ReadAt(place, region.start, bytes) != bytes) return false;
+    const platform::MappedView& view = files_.ViewOf(source);
+    if (view.IsMapped()) {
+      if (!view.Covers(place, bytes)) return false;
+      region.readPos = view.data() + (place - view.fileOffset());
+    } else {
+      if (files_.Of(source).ReadAt(place, region.start, bytes) != bytes) return false;
+      region.readPos = region.start;
+    }
     region.consumed += held;
     region.held = static_cast<std::uint32_t>(held);
-    region.readPos = region.start;
   }
   return true;
 }
 
-void SourceBlocks::Take(const INDEX_ENTRY_ARRAY& entry,
+bool SourceBlocks::Take(const INDEX_ENTRY_ARRAY& entry,
                         std::array<const std::uint8_t*, kMaxTracks>* samples) {
+  auto split = [&] { Split(entry, samples); };
+  return platform::RunGuarded(split).completed;
+}
+
+void SourceBlocks::Split(const INDEX_ENTRY_ARRAY& entry,
+                         std::array<const std::uint8_t*, kMaxTracks>* samples) {
   const std::uint32_t width = mxf_.audio->blockAlign;
   std::uint32_t n = 0;
   for (std::uint32_t s = 0; s < plan_.sourceCount; ++s) {

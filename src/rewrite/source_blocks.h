@@ -1,5 +1,5 @@
-// The samples of all sources of a rewrite, read in long runs by plain file access and handed out
-// frame by frame.
+// The samples of all sources of a rewrite, handed out frame by frame: straight from views of the
+// files where they are mapped, else read in long runs by plain file access.
 
 #pragma once
 
@@ -32,15 +32,15 @@ class SourceBlocks {
   // Frames of a full block: few enough to stay in the processor's cache until they are written.
   std::uint32_t frames() const { return blockFrames_; }
 
-  // Reads what each file gives to the `frames` frames from `firstEntry` on, in one go; blocks
-  // follow each other from the plan's first frame on. False when it does not come.
+  // Turns to what each file gives to the `frames` frames from `firstEntry` on; blocks follow each
+  // other from the plan's first frame on. False when it does not come.
   bool Read(std::uint32_t firstEntry, std::uint32_t frames);
 
   // What each track of the plan, in their order, gets in the block's current frame, which is the
-  // one of `entry`, in the clip's sample width: straight from the block where its bytes are just
-  // those, else split; silence where the file has ended. Valid until the next call, which is for
-  // the frame behind.
-  void Take(const INDEX_ENTRY_ARRAY& entry, std::array<const std::uint8_t*, kMaxTracks>* samples);
+  // one of `entry`, in the clip's sample width: straight from the file's view or the block where
+  // its bytes are just those, else split; silence where the file has ended. Valid until the next
+  // call, which is for the frame behind. False when a view's storage has failed.
+  bool Take(const INDEX_ENTRY_ARRAY& entry, std::array<const std::uint8_t*, kMaxTracks>* samples);
 
  private:
   // What the block holds of one source.
@@ -52,6 +52,8 @@ class SourceBlocks {
   };
 
   void AskFor(std::uint32_t firstEntry);
+  std::uint64_t BlockBytes(const TrackSource& source) const;
+  void Split(const INDEX_ENTRY_ARRAY& entry, std::array<const std::uint8_t*, kMaxTracks>* samples);
 
   const RewrapPlan& plan_;
   const MXF_BASE_INFO& mxf_;
