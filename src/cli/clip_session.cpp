@@ -2,11 +2,11 @@
 
 #include <utility>
 
-#include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/job_runner.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
+#include "mxf/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_state.h"
@@ -20,13 +20,20 @@ bool Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
   return false;
 }
 
+// The worker's texts ask the operator of a window what to do; here nobody is asked.
+std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, JobOutcome outcome) {
+  if (outcome.result == kContinuityBreaks) return TimecodeBreaksMessage(app.mxfPath);
+  if (outcome.result == kCancelled) return LoadStoppedMessage(app.mxfPath);
+  return std::move(outcome.text);
+}
+
 }  // namespace
 
-bool LoadClip(const std::string& path, const LoadOptions& options, ClipSession* session) {
+bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSession* session) {
   APP_STATE_INFO& app = session->app.info;
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
   if (fullPath.size() >= kMxfPathChars) {
-    return Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, kNoFileHandle), session);
+    return Refuse(kNoFileHandle, ClipPathTooLongMessage(fullPath), session);
   }
   app.mxfFile = platform::File::Open(fullPath, platform::OpenMode::kReadAlone);
   if (!app.mxfFile.IsOpen()) {
@@ -35,17 +42,19 @@ bool LoadClip(const std::string& path, const LoadOptions& options, ClipSession* 
   }
   platform::CopyText(app.mxfPath, kMxfPathChars, fullPath);
   app.jobKind = kAnalysisJob;
-  app.useFileIo = options.fileIo ? 1 : 0;
-  app.noTimecodeCheck = options.timecodeCheck ? 0 : 1;
+  app.useFileIo = arguments.fileIo ? 1 : 0;
+  app.noTimecodeCheck = arguments.noTimecodeCheck ? 1 : 0;
   JobOutcome outcome = RunJob(&app);
   app.mxfFile.Close();
-  if (outcome.result != kSuccess) return Refuse(outcome.result, std::move(outcome.text), session);
+  if (outcome.result != kSuccess) {
+    return Refuse(outcome.result, TextWithoutQuestion(app, std::move(outcome)), session);
+  }
   EnterLoadedState(&app);
   return true;
 }
 
-int LoadClipOrSay(const std::string& path, const LoadOptions& options, ClipSession* session) {
-  if (LoadClip(path, options, session)) return kDone;
+int LoadClipOrSay(const std::string& path, const LoadArguments& arguments, ClipSession* session) {
+  if (LoadClip(path, arguments, session)) return kDone;
   PrintError(session->message);
   return session->result == kCancelled ? kInterrupted : kFailed;
 }

@@ -14,14 +14,20 @@ enum ExitStatus : int {
   kFailed = 1,  // refused or failed; the reason is on standard error
   kWrongUsage = 2,
   kInterrupted = 3,  // cancelled by the operator
+  kDoneNotice = 4,   // done, with a notice on standard error
+};
+
+// How a clip is opened and looked at before anything else.
+struct LoadArguments {
+  bool fileIo = false;
+  bool noTimecodeCheck = false;
 };
 
 struct InfoArguments {
   std::string file;
   bool json = false;
   bool index = false;
-  bool fileIo = false;
-  bool noTimecodeCheck = false;
+  LoadArguments load;
   std::optional<std::string> timecodeLog;  // where the breaks are written to
 };
 
@@ -41,9 +47,11 @@ struct RewrapArguments {
   std::string file;
   PlacementArguments placement;
   RangeArguments range;
-  bool fileIo = false;
+  LoadArguments load;
   std::optional<std::uint32_t> buffer;  // row of the buffer durations
   bool noLog = false;
+  bool noFlush = false;
+  bool keepUmids = false;
   bool yes = false;
 };
 
@@ -53,13 +61,15 @@ struct ExportArguments {
   std::string folder;
   std::optional<std::string> prefix;
   RangeArguments range;
-  bool fileIo = false;
+  LoadArguments load;
+  bool noFlush = false;
 };
 
 struct LoudnessArguments {
   std::string file;
   std::string tracks;  // "A,B" or "A"
   RangeArguments range;
+  LoadArguments load;
   bool json = false;
 };
 
@@ -67,6 +77,7 @@ struct VerifyArguments {
   std::string file;
   PlacementArguments placement;
   RangeArguments range;
+  LoadArguments load;
 };
 
 struct ConformArguments {

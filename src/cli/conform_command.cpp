@@ -22,7 +22,9 @@ int RunConform(const ConformArguments& arguments) {
                              "bytes",
                              {}};
   ConformResult result;
-  RunWithProgress([&] { result = ConformClip(in, out, &counters); }, progress);
+  if (!RunWithProgress([&] { result = ConformClip(in, out, &counters); }, progress)) {
+    result.reason = "no thread for the copy";
+  }
 
   if (result.done) return kDone;
   if (result.cancelled) {
@@ -31,7 +33,8 @@ int RunConform(const ConformArguments& arguments) {
   }
   PrintError(fmt::format("{}: {}", arguments.in, result.reason));
   if (result.analysisCode != kSuccess) {
-    PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode, 0));
+    PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode, 0,
+                                  result.hasAudioDescriptor));
   }
   return kFailed;
 }

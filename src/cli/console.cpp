@@ -1,7 +1,5 @@
 #include "cli/console.h"
 
-#include <atomic>
-#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -27,6 +25,10 @@ bool PrintLine(std::string_view text) {
   return written;
 }
 
+bool PrintLine(std::u16string_view text) {
+  return PrintLine(platform::ToUtf8(text));
+}
+
 void PrintError(std::u16string_view message) {
   PrintRaw(platform::ToUtf8(message) + "\n");
 }
@@ -45,6 +47,10 @@ void WatchForInterrupts() {
 
 bool Interrupted() {
   return interrupted == 1;
+}
+
+const std::atomic<std::uint32_t>* InterruptFlag() {
+  return &interrupted;
 }
 
 }  // namespace quorvan::cli

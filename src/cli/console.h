@@ -2,6 +2,8 @@
 
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <string_view>
 
 namespace quorvan::cli {
@@ -9,6 +11,7 @@ namespace quorvan::cli {
 // Writes text and a line end to standard output. False, and said on standard error, when
 // it could not be written whole.
 bool PrintLine(std::string_view text);
+bool PrintLine(std::u16string_view text);
 
 // Writes a message, or an English line with the program's name in front, to standard error.
 void PrintError(std::u16string_view message);
@@ -20,5 +23,8 @@ void PrintRaw(std::string_view text);
 // From now on the interrupt key only makes Interrupted() true.
 void WatchForInterrupts();
 bool Interrupted();
+
+// What Interrupted tells, for those who look by themselves: 1 from the interrupt key on.
+const std::atomic<std::uint32_t>* InterruptFlag();
 
 }  // namespace quorvan::cli

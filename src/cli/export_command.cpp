@@ -36,7 +36,7 @@ int SetTarget(const ExportArguments& arguments, APP_STATE_INFO* app) {
 int RunExport(const ExportArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
-  if (const int status = LoadClipOrSay(arguments.file, {arguments.fileIo, false}, &session)) {
+  if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) {
     return status;
   }
   APP_STATE_INFO& app = session.app.info;
@@ -47,7 +47,9 @@ int RunExport(const ExportArguments& arguments) {
   if (const int status = SetRange(arguments.range, kExportRange, &app)) return status;
   for (const std::uint32_t t : tracks)
     app.tracks->exportSwitch[t] = kSwitchOn;
+  if (const int status = CheckOrSay(app)) return status;
   ++app.tracks->exportCount;
+  app.tracks->noFlush = arguments.noFlush ? 1 : 0;
   return ReportJob(RunJob(&app));
 }
 

@@ -26,8 +26,7 @@ bool WriteLog(const InfoArguments& arguments, const ClipSession& session) {
 int RunInfo(const InfoArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
-  const bool accepted =
-      LoadClip(arguments.file, {arguments.fileIo, !arguments.noTimecodeCheck}, &session);
+  const bool accepted = LoadClip(arguments.file, arguments.load, &session);
   bool printed = true;
   if (arguments.json) {
     printed = PrintLine(InfoJson(session, arguments.index && accepted));

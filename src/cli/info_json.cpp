@@ -164,6 +164,7 @@ std::string InfoJson(const ClipSession& session, bool index) {
   root["MXF_TIMECODE_INFO"] = TimecodeInfo(*mxf.timecode);
   root["MXF_AUDIO_INFO"] = AudioInfo(*mxf.audio);
   root["MXF_VIDEO_INFO"] = VideoInfo(*mxf.video);
+  if (session.result == 0) root["notices"] = NoticeLines(mxf);
   if (mxf.timecode->errorCount > 0) root["TIMECODE_ERROR_INFO"] = TimecodeErrors(*mxf.timecode);
   if (index) root["INDEX_ENTRY_ARRAY"] = IndexEntries(mxf);
   // A name that is no UTF-8 shows with replacement characters.

@@ -7,6 +7,7 @@
 #include "cli/info_views.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "state/clip_notices.h"
 #include "state/clip_text.h"
 
 namespace quorvan::cli {
@@ -63,9 +64,13 @@ void AddIdentity(const MXF_BASE_INFO& mxf, Page* page) {
 
 void AddTimecode(const MXF_TIMECODE_INFO& t, Page* page) {
   page->Heading("Timecode");
-  page->Line("First frame", TimecodeText(t, t.startFrames));
-  page->Line("Last frame", TimecodeText(t, t.lastFrames));
-  page->Line("Duration", fmt::format("{} ({} frames)", TimecodeText(t, t.duration), t.duration));
+  if (HasRange(t)) {
+    page->Line("First frame", TimecodeText(t, t.startFrames));
+    page->Line("Last frame", TimecodeText(t, t.lastFrames));
+    page->Line("Duration", fmt::format("{} ({} frames)", TimecodeText(t, t.duration), t.duration));
+  } else {
+    page->Line("First frame", "unknown");
+  }
   page->Line("Base", fmt::format("{}{}", t.roundedBase, t.dropFrame == 1 ? " drop frame" : ""));
   page->Line("Frame rate", FrameRate(t));
   page->Line("Index entries", fmt::format("{}", t.frameCount));
@@ -126,6 +131,32 @@ void AddIndex(const MXF_BASE_INFO& mxf, Page* page) {
 
 }  // namespace
 
+std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
+  std::vector<std::string> lines;
+  for (const ClipNotice notice : NoticesOf(mxf)) {
+    switch (notice) {
+      case ClipNotice::kNoRange:
+        lines.emplace_back(
+            "start, timecode base or duration cannot be read: nothing but looking is possible");
+        break;
+      case ClipNotice::kNoSampleFormat:
+        lines.emplace_back(
+            "sampling rate or sample width cannot be read: nothing but looking is possible");
+        break;
+      case ClipNotice::kOtherLength:
+        lines.push_back(fmt::format("the duration says {} frames, the index holds {}",
+                                    mxf.timecode->duration, mxf.timecode->frameCount));
+        break;
+      case ClipNotice::kHiddenTracks:
+        lines.push_back(
+            fmt::format("the index holds {} audio elements a frame, {} audio tracks were counted",
+                        IndexedAudioElements(mxf), mxf.audio->trackCount));
+        break;
+    }
+  }
+  return lines;
+}
+
 std::string InfoText(const ClipSession& session, bool index) {
   const APP_STATE_INFO& app = session.app.info;
   Page page;
@@ -135,6 +166,10 @@ std::string InfoText(const ClipSession& session, bool index) {
   AddAudio(*app.mxf, &page);
   AddVideo(*app.mxf->video, &page);
   AddPartitions(*app.mxf, &page);
+  const std::vector<std::string> notices = NoticeLines(*app.mxf);
+  if (!notices.empty()) page.Heading("Notices");
+  for (const std::string& line : notices)
+    page.Line("", line);
   if (index) AddIndex(*app.mxf, &page);
   return page.Finished();
 }

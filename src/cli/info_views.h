@@ -3,16 +3,20 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "cli/clip_session.h"
 
 namespace quorvan::cli {
 
+// A sentence about each notice of the clip, in English.
+std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
+
 // Aligned text for people, with a line for each frame when `index` is set.
 std::string InfoText(const ClipSession& session, bool index);
 
-// One JSON object: result, processCode, message on a failure, and each record under its name, with
-// INDEX_ENTRY_ARRAY when `index` is set.
+// One JSON object: result, processCode, message on a failure, notices, and each record under its
+// name, with INDEX_ENTRY_ARRAY when `index` is set.
 std::string InfoJson(const ClipSession& session, bool index);
 
 }  // namespace quorvan::cli

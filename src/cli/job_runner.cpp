@@ -1,14 +1,16 @@
 #include "cli/job_runner.h"
 
 #include <atomic>
-#include <thread>
+#include <new>
 
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/progress_bar.h"
+#include "job/process_table.h"
 #include "job/worker.h"
 #include "mxf/analysis.h"
 #include "platform/text.h"
+#include "platform/thread.h"
 
 namespace quorvan::cli {
 namespace {
@@ -27,21 +29,30 @@ JobProgress ProgressOfAnalysis(APP_STATE_INFO* app, const std::atomic<const char
 JobProgress ProgressOfJob(APP_STATE_INFO* app) {
   AUDIOTRACK_IO_INFO& tracks = *app->tracks;
   return {[&] { return std::uint64_t{tracks.currentFrame}; },
-          [&] { return std::uint64_t{tracks.totalFrames}; },
-          [&] { tracks.cancel = 1; },
-          "frames",
-          {}};
+          // A wait for the medium has no length.
+          [&] { return tracks.phase == kPhaseFlushing ? 0 : std::uint64_t{tracks.totalFrames}; },
+          [&] { tracks.cancel = 1; }, "frames",
+          [] { return std::string("waiting until all of it is on the medium"); }};
 }
 
-void RunAnalysis(APP_STATE_INFO* app) {
+bool RunAnalysis(APP_STATE_INFO* app) {
   // Each stage's text lives as long as the program, so that a pointer to it can be handed on.
   std::atomic<const char16_t*> stage = nullptr;
   app->ui.stageTextControl = [&](std::u16string_view text) { stage = text.data(); };
   app->stageThreadStop = 0;
-  app->stageThread = std::thread(StageTextThread, app);
-  RunWithProgress([app] { WorkerThread(app); }, ProgressOfAnalysis(app, &stage));
+  // Without that thread the analysis only goes on without its stages' names.
+  const bool named = platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
+  const bool ran = RunWithProgress([app] { WorkerThread(app); }, ProgressOfAnalysis(app, &stage));
   app->stageThreadStop = 1;
-  app->stageThread.join();
+  if (named) app->stageThread.join();
+  return ran;
+}
+
+// The job never began.
+JobOutcome NotStarted(const APP_STATE_INFO& app) {
+  constexpr auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
+  return {code, platform::ToUtf16(std::string(platform::ToUtf8(app.mxfPath)) + "\n" +
+                                  platform::ToUtf8(FailureText(kStageRewrapMapped, code)))};
 }
 
 }  // namespace
@@ -51,24 +62,39 @@ JobOutcome RunJob(APP_STATE_INFO* app) {
   app->ui.progressDialog = [&](const JobReport& report) {
     if (report.message == JOB_MSG_PHASE) return;
     outcome.result = report.result;
-    if (report.text != nullptr) outcome.text = report.text;
+    if (report.text == nullptr) return;
+    try {
+      outcome.text = report.text;
+    } catch (const std::bad_alloc&) {
+      outcome.text.clear();  // the result says enough
+    }
   };
   app->jobStartTime = platform::LocalTimeNow();
-  if (app->jobKind == kAnalysisJob) {
-    RunAnalysis(app);
-  } else {
-    RunWithProgress([app] { WorkerThread(app); }, ProgressOfJob(app));
-  }
+  const bool ran = app->jobKind == kAnalysisJob
+                       ? RunAnalysis(app)
+                       : RunWithProgress([app] { WorkerThread(app); }, ProgressOfJob(app));
   app->ui = {};
-  return outcome;
+  return ran ? outcome : NotStarted(*app);
 }
 
 int ReportJob(const JobOutcome& outcome) {
-  if (outcome.result == kSuccess) {
-    return PrintLine(platform::ToUtf8(outcome.text)) ? kDone : kFailed;
+  // The job has ended as it has, whatever happens to the words about it.
+  try {
+    outcome.result == kSuccess ? static_cast<void>(PrintLine(outcome.text))
+                               : PrintError(outcome.text);
+  } catch (const std::bad_alloc&) {
+    PrintRaw("out of memory\n");
   }
-  PrintError(outcome.text);
-  return outcome.result == kCancelled ? kInterrupted : kFailed;
+  switch (outcome.result) {
+    case kSuccess:
+      return kDone;
+    case kDoneWithNotice:
+      return kDoneNotice;
+    case kCancelled:
+      return kInterrupted;
+    default:
+      return kFailed;
+  }
 }
 
 }  // namespace quorvan::cli

@@ -18,7 +18,8 @@ struct JobOutcome {
 JobOutcome RunJob(APP_STATE_INFO* app);
 
 // Tells the outcome of a rewrite, an export or a measurement: the text of a success on standard
-// output, any other on standard error. Returns the exit status.
+// output, any other on standard error. Returns the exit status, which is that of the job, whether
+// or not its text could be written.
 int ReportJob(const JobOutcome& outcome);
 
 }  // namespace quorvan::cli

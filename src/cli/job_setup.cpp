@@ -9,6 +9,7 @@
 
 #include "cli/arguments.h"
 #include "cli/console.h"
+#include "job/job_check.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "platform/path.h"
@@ -44,7 +45,7 @@ WAV_FILE_INFO* FindInLibrary(const APP_STATE_INFO& app, std::u16string_view path
 WAV_FILE_INFO* AddToLibrary(const std::string& path, APP_STATE_INFO* app) {
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
   if (WAV_FILE_INFO* known = FindInLibrary(*app, fullPath)) return known;
-  const int refused = AddWavFile(fullPath.c_str(), app->wavList, *app->mxf);
+  const int refused = AddWavFile(fullPath.c_str(), app->wavList, *app->mxf, InterruptFlag());
   if (refused != kWavOk) {
     PrintError(WavFailureText(refused, fullPath));
     return nullptr;
@@ -54,7 +55,7 @@ WAV_FILE_INFO* AddToLibrary(const std::string& path, APP_STATE_INFO* app) {
 
 int PlaceFile(const TrackArgument& argument, APP_STATE_INFO* app, TakenTracks* taken) {
   WAV_FILE_INFO* entry = AddToLibrary(argument.path, app);
-  if (entry == nullptr) return kFailed;
+  if (entry == nullptr) return Interrupted() ? kInterrupted : kFailed;
   if (!Take(argument.track, entry->channels, taken)) return kWrongUsage;
   const AssignResult assigned =
       AssignWavFile(app, entry, static_cast<std::int32_t>(argument.track));
@@ -134,15 +135,14 @@ int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STA
       !SetPoint(arguments.out, LastFramePoint(timecode), timecode, &(tracks.*fields.out))) {
     return kWrongUsage;
   }
-  FrameRange range{};
-  const ArgumentFault fault = CheckArguments(app->mxfPath, &tracks, app->mxf, fields, &range);
-  // No frame at all is what the engines allow and no operator means.
-  if (fault == kArgumentsSound && range.total > 0) return kDone;
-  const std::uint32_t stage = JobProcessCode(app->jobKind, app->useFileIo);
-  // A measurement has the numbers of the export.
-  const std::uint32_t first = stage == kStageLoudness ? kStageExportMapped : stage;
-  PrintError(JobFailureMessage(app->mxfPath, app->jobKind, stage,
-                               static_cast<std::int32_t>(first) + kBadRange, app->useFileIo));
+  return kDone;
+}
+
+int CheckOrSay(const APP_STATE_INFO& app) {
+  const std::int32_t refused = CheckJob(app);
+  if (refused == kSuccess) return kDone;
+  PrintError(JobFailureMessage(app.mxfPath, app.jobKind, JobProcessCode(app.jobKind, app.useFileIo),
+                               refused, app.useFileIo));
   return kFailed;
 }
 

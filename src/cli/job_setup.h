@@ -17,8 +17,12 @@ namespace quorvan::cli {
 // Puts files and silence on the tracks of the loaded clip and switches them ON.
 int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app);
 
-// Sets the range of the job that `app` describes by jobKind and useFileIo.
+// Sets the range of the job that `app` describes by jobKind and useFileIo; CheckOrSay compares it
+// with the clip.
 int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STATE_INFO* app);
+
+// Asks CheckJob about the job that `app` describes.
+int CheckOrSay(const APP_STATE_INFO& app);
 
 // Reads "1,3-5" into tracks from 0, ascending, each of which the clip must have.
 int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,

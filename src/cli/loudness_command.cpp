@@ -36,7 +36,7 @@ std::string ResultJson(const MXF_AUDIO_INFO& audio) {
 int RunLoudness(const LoudnessArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
-  if (const int status = LoadClipOrSay(arguments.file, {}, &session)) return status;
+  if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
   app.jobKind = kLoudnessJob;
   std::vector<std::uint32_t> tracks;
@@ -46,6 +46,7 @@ int RunLoudness(const LoudnessArguments& arguments) {
     return kWrongUsage;
   }
   if (const int status = SetRange(arguments.range, kLoudnessRange, &app)) return status;
+  if (const int status = CheckOrSay(app)) return status;
   app.trackSelected.fill(0);
   for (const std::uint32_t t : tracks)
     app.trackSelected[t] = 1;

@@ -3,15 +3,18 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cmath>
+#include <condition_variable>
+#include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 
 #include "cli/console.h"
 #include "platform/clock.h"
 #include "platform/console.h"
+#include "platform/thread.h"
 
 namespace quorvan::cli {
 namespace {
@@ -54,26 +57,45 @@ void Draw(const JobProgress& progress, double started) {
   PrintRaw("\r" + line + "\x1b[K");
 }
 
+// A bar that cannot be drawn must not end the job.
+void TryToDraw(const JobProgress& progress, double started) {
+  try {
+    Draw(progress, started);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+}
+
 }  // namespace
 
-void RunWithProgress(const std::function<void()>& job, const JobProgress& progress) {
-  std::atomic<bool> ended = false;
-  std::thread worker([&] {
+bool RunWithProgress(const std::function<void()>& job, const JobProgress& progress) {
+  std::mutex mutex;
+  std::condition_variable hasEnded;
+  bool ended = false;
+  std::thread worker;
+  const bool started = platform::StartThread(&worker, [&] {
     job();
+    const std::lock_guard lock(mutex);
     ended = true;
+    hasEnded.notify_one();
   });
+  if (!started) return false;
   const bool shows = platform::ErrorIsTerminal();
-  const double started = platform::MonotonicSeconds();
-  for (int poll = 0; !ended; ++poll) {
-    std::this_thread::sleep_for(kPollInterval);
+  const double startTime = platform::MonotonicSeconds();
+  for (int poll = 0;; ++poll) {
+    {
+      std::unique_lock lock(mutex);
+      if (hasEnded.wait_for(lock, kPollInterval, [&] { return ended; })) break;
+    }
     if (Interrupted()) progress.requestCancel();
-    if (shows && poll % kPollsPerRedraw == 0) Draw(progress, started);
+    if (shows && poll % kPollsPerRedraw == 0) TryToDraw(progress, startTime);
   }
   worker.join();
   if (shows) {
-    Draw(progress, started);
+    TryToDraw(progress, startTime);
     PrintRaw("\n");
   }
+  return true;
 }
 
 }  // namespace quorvan::cli

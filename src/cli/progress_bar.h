@@ -20,7 +20,7 @@ struct JobProgress {
 
 // Runs `job` to its end. With a terminal on standard error a bar shows the count, the
 // percentage and the time left. From the interrupt key on `requestCancel` is called until the job
-// ends.
-void RunWithProgress(const std::function<void()>& job, const JobProgress& progress);
+// ends. False, without a call of `job`, when there is no thread for it. `job` must not throw.
+bool RunWithProgress(const std::function<void()>& job, const JobProgress& progress);
 
 }  // namespace quorvan::cli

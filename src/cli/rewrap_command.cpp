@@ -1,3 +1,4 @@
+#include <new>
 #include <string_view>
 
 #include "cli/clip_session.h"
@@ -5,6 +6,7 @@
 #include "cli/console.h"
 #include "cli/job_runner.h"
 #include "cli/job_setup.h"
+#include "job/job_check.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "platform/console.h"
@@ -31,15 +33,46 @@ int ConfirmBackup(bool yes) {
   return kInterrupted;
 }
 
+// A clip whose UMIDs cannot be renewed is rewritten only when that is what was asked for.
+int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
+  if (!NeedsOldIdentity(*app)) return kDone;
+  app->tracks->keepUmids = keepUmids ? 1 : 0;
+  if (keepUmids) return kDone;
+  PrintError(JobFailureMessage(app->mxfPath, app->jobKind,
+                               JobProcessCode(app->jobKind, app->useFileIo), kUmidTooLong,
+                               app->useFileIo));
+  PrintError("--keep-umids rewrites the sound under the old UMIDs; nothing was written");
+  return kFailed;
+}
+
+int CheckLogName(const APP_STATE_INFO& app) {
+  if (CanHaveRewrapLog(app.mxfPath)) return kDone;
+  PrintError(NoRewrapLogMessage(app.mxfPath));
+  PrintError("--no-log rewrites the clip without a log; nothing was written");
+  return kFailed;
+}
+
 // The rewrite stands, with or without a log.
-void WriteLog(APP_STATE_INFO* app) {
-  std::u16string logPath;
+void WriteLog(std::int32_t result, APP_STATE_INFO* app) {
   std::uint32_t error = 0;
-  if (WriteRewrapLog(app, &logPath, &error)) {
-    PrintLine(platform::ToUtf8(logPath));
+  const std::u16string_view notice =
+      result == kDoneWithNotice ? UmidStateText(app->tracks->umidState) : std::u16string_view();
+  if (WriteRewrapLog(app, notice, &error)) {
+    PrintLine(platform::ToUtf8(RewrapLogPath(app->mxfPath)));
   } else {
     PrintError(RewrapLogFailureMessage(app->mxfPath, error));
   }
+}
+
+int Prepare(const RewrapArguments& arguments, APP_STATE_INFO* app) {
+  app->jobKind = kRewriteJob;
+  if (arguments.buffer) app->tracks->wavBufferIndex = *arguments.buffer;
+  app->tracks->noFlush = arguments.noFlush ? 1 : 0;
+  if (const int status = PlaceAll(arguments.placement, app)) return status;
+  if (const int status = SetRange(arguments.range, kRewrapRange, app)) return status;
+  if (const int status = CheckOrSay(*app)) return status;
+  if (const int status = CheckIdentity(arguments.keepUmids, app)) return status;
+  return arguments.noLog ? kDone : CheckLogName(*app);
 }
 
 }  // namespace
@@ -47,14 +80,9 @@ void WriteLog(APP_STATE_INFO* app) {
 int RunRewrap(const RewrapArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
-  if (const int status = LoadClipOrSay(arguments.file, {arguments.fileIo, false}, &session)) {
-    return status;
-  }
+  if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  app.jobKind = kRewriteJob;
-  if (arguments.buffer) app.tracks->wavBufferIndex = *arguments.buffer;
-  if (const int status = PlaceAll(arguments.placement, &app)) return status;
-  if (const int status = SetRange(arguments.range, kRewrapRange, &app)) return status;
+  if (const int status = Prepare(arguments, &app)) return status;
   if (const int status = ConfirmBackup(arguments.yes)) return status;
   if (Interrupted()) {
     PrintError("cancelled; nothing was written");
@@ -62,7 +90,14 @@ int RunRewrap(const RewrapArguments& arguments) {
   }
   const JobOutcome outcome = RunJob(&app);
   const int status = ReportJob(outcome);
-  if (outcome.result == kSuccess && !arguments.noLog) WriteLog(&app);
+  const bool done = status == kDone || status == kDoneNotice;
+  if (!done || arguments.noLog) return status;
+  // The clip is done: whatever happens to the words about it, the status tells so.
+  try {
+    WriteLog(outcome.result, &app);
+  } catch (const std::bad_alloc&) {
+    PrintRaw("out of memory\n");
+  }
   return status;
 }
 

@@ -36,9 +36,9 @@ int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::str
     case VerifyState::kFailed:
       break;
   }
-  PrintError(fmt::format("{}: {} ERR: {}", file,
+  PrintError(fmt::format("{}: {} ERR: {}{}", file,
                          platform::ToUtf8(FailureText(kStageRewrapFileIo, result.code)),
-                         result.code));
+                         result.code, platform::ToUtf8(FaultDetails(app.tracks->fault, timecode))));
   return kFailed;
 }
 
@@ -47,18 +47,23 @@ int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::str
 int RunVerify(const VerifyArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
-  if (const int status = LoadClipOrSay(arguments.file, {}, &session)) return status;
+  if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
   app.jobKind = kRewriteJob;
   if (const int status = PlaceAll(arguments.placement, &app)) return status;
   if (const int status = SetRange(arguments.range, kRewrapRange, &app)) return status;
+  if (const int status = CheckOrSay(app)) return status;
   VerifyResult result{};
   const JobProgress progress{[&] { return std::uint64_t{app.tracks->currentFrame}; },
                              [&] { return std::uint64_t{app.tracks->totalFrames}; },
                              [&] { app.tracks->cancel = 1; },
                              "frames",
                              {}};
-  RunWithProgress([&] { result = VerifyRewrap(app.mxfPath, app.tracks, app.mxf); }, progress);
+  const bool ran =
+      RunWithProgress([&] { result = VerifyRewrap(app.mxfPath, app.tracks, app.mxf); }, progress);
+  if (!ran) {
+    result = {VerifyState::kFailed, {}, static_cast<std::int32_t>(kStageRewrapFileIo) + kNoThread};
+  }
   return Report(app, result, arguments.file);
 }
 

@@ -58,11 +58,11 @@ class UnfinishedCopy {
 
   platform::File& file() { return file_; }
 
+  // False when the copy has not got its name, or the folder with it is not on the medium.
   bool TakeName(const std::u16string& out) {
-    file_.Close();
-    if (!platform::RenameWithoutReplacing(path_, out)) return false;
+    if (!file_.Close() || !platform::RenameWithoutReplacing(path_, out)) return false;
     exists_ = false;
-    return true;
+    return platform::FlushFolderOf(out);
   }
 
  private:
@@ -205,12 +205,14 @@ ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
   records->timecode.useFileIo = 1;
   ConformResult result;
   const std::int32_t code = AnalyzeMxfFile(file, &records->base);
+  if (code == kCancelled) return Cancelled();
   if (code <= 0) {
     result.done = true;
     return result;
   }
   result.analysisCode = code;
   result.processCode = records->base.processCode;
+  result.hasAudioDescriptor = records->audio.hasDescriptor == 1;
   result.reason = fmt::format("the clip is refused in its conformed form too, with {}", code);
   return result;
 }
@@ -241,6 +243,7 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
       std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[kCopyBlockBytes]),
       {}};
   if (!writer.block) return Refused("no memory for the copy");
+  copy.file().StopOn(&progress->cancel);
   const auto writeFault = [&writer, progress] {
     return CancelWanted(*progress) ? Cancelled() : Refused(writer.reason);
   };
@@ -251,30 +254,49 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
   ConformResult result = CheckCopy(&copy.file(), layout);
   if (!result.done) return result;
   if (CancelWanted(*progress)) return Cancelled();
-  if (!copy.TakeName(out)) return Refused("the copy cannot take its name: a file has it by now");
+  if (in.Trouble() != platform::ReadTrouble::kNone) return Refused("the clip cannot be read");
+  if (!copy.TakeName(out)) {
+    return Refused("the copy cannot take its name, or the name not be brought onto the medium");
+  }
   return result;
 }
 
 }  // namespace
 
-ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
-                          ConformProgress* progress) {
+namespace {
+
+ConformResult Conform(const std::u16string& in, const std::u16string& out,
+                      ConformProgress* progress) {
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
     return Refused("the copy would replace the clip itself");
   }
   if (platform::IsNameTaken(out)) {
     return Refused(fmt::format("{} exists already", platform::ToUtf8(out)));
   }
-  const platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
+  platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
   if (!file.IsOpen()) return Refused("the clip cannot be opened");
+  file.StopOn(&progress->cancel);
   const std::optional<std::uint64_t> size = file.Size();
   if (!size) return Refused("the size of the clip is unknown");
   std::vector<SourcePartition> map;
   std::string reason;
   if (!ReadPartitionMap(file, *size, progress->cancel, &map, &reason)) {
-    return CancelWanted(*progress) ? Cancelled() : Refused(reason);
+    if (CancelWanted(*progress)) return Cancelled();
+    const bool failed = file.Trouble() == platform::ReadTrouble::kFailed;
+    return Refused(failed ? "the clip cannot be read" : reason);
   }
   return WriteCopy(file, map, out, progress);
+}
+
+}  // namespace
+
+ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
+                          ConformProgress* progress) {
+  try {
+    return Conform(in, out, progress);
+  } catch (const std::bad_alloc&) {
+    return Refused("out of memory");
+  }
 }
 
 }  // namespace quorvan

@@ -34,7 +34,8 @@ class FileIoExport {
       : plan_(plan),
         tracks_(*tracks),
         mxf_(mxf),
-        rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
+        rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total),
+        outcome_(tracks, kStageExportFileIo, files_) {}
   FileIoExport(const FileIoExport&) = delete;
   FileIoExport& operator=(const FileIoExport&) = delete;
 
@@ -42,22 +43,25 @@ class FileIoExport {
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = WriteAll()) return failed;
-    return files_.Close() ? kSuccess : static_cast<std::int32_t>(kFileExportNoFile);
+    return outcome_.Finish(&files_);
   }
 
  private:
   std::int32_t Prepare(const std::u16string& path) {
-    if (!CanBeExported(plan_, mxf_) || !MeasureRows()) return kFileExportUnfit;
+    if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return outcome_.Of(fault);
+    if (const std::int32_t failed = MeasureRows()) return failed;
     if (!AllocateRows()) return kFileExportNoBlock;
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kFileExportNoClip;
-    if (clip_.Size() != mxf_.fileSize) return kFileExportUnfit;
+    const auto size = clip_.Size();
+    if (!size) return outcome_.Of(kClipFault);
+    if (*size != mxf_.fileSize) return outcome_.Of(kClipChanged);
     clip_.ExpectScattered();
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
-    const BwfHeader header = HeaderOf(plan_, mxf_, kExtensionSize);
-    return files_.Create(plan_, tracks_, header) ? kSuccess
-                                                 : static_cast<std::int32_t>(kFileExportNoFile);
+    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
+    outcome_.NameFile();
+    return kFileExportNoFile;
   }
 
   // Room for the rows that are read before they are written: a block, or what of it stays in the
@@ -71,14 +75,14 @@ class FileIoExport {
     return rows_.Allocate(frames_);
   }
 
-  // False when the index does not lead to every row.
-  bool MeasureRows() {
-    for (std::uint32_t i = 0; i < plan_.range.total && plan_.trackCount > 0; ++i) {
+  // Fails when the index does not lead to every row.
+  std::int32_t MeasureRows() {
+    for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       const auto row = LocateRow(mxf_, Entry(i), plan_.Tracks());
-      if (!row) return false;
+      if (!row) return outcome_.Of(ElementState::kMisplaced, plan_.range.firstEntry + i);
       largestRow_ = std::max(largestRow_, row->bytes);
     }
-    return true;
+    return kSuccess;
   }
 
   // Of the range's `i`-th frame.
@@ -86,26 +90,27 @@ class FileIoExport {
     return (*mxf_.indexEntries)[plan_.range.firstEntry + i];
   }
 
-  // What is sound in front of a frame that is not gets written all the same.
+  // Writes the valid frames in front of the first invalid one.
   std::int32_t WriteAll() {
+    tracks_.phase = kPhaseWriting;
     for (std::uint32_t done = 0; done < plan_.range.total; done += frames_) {
       const std::uint32_t frames = std::min(frames_, plan_.range.total - done);
       const std::int32_t taken =
           TakeFrames(&tracks_, done, frames, [&](std::uint32_t frame) { return TakeFrame(frame); });
-      if (files_.WriteTaken() != platform::WriteResult::kDone) return kFileExportNoFile;
+      if (const std::int32_t failed = outcome_.Of(files_.WriteTaken())) return failed;
       if (taken != kSuccess) return taken;
     }
     return kSuccess;
   }
 
   std::int32_t TakeFrame(std::uint32_t frame) {
-    const ElementState state = rows_.Read(plan_.range.firstEntry + frame);
-    if (state == ElementState::kFault) return kFileExportNoClip;
-    if (state != ElementState::kSound) return kFileExportUnfit;
+    const std::uint32_t entryIndex = plan_.range.firstEntry + frame;
+    const ElementState state = rows_.Read(entryIndex);
+    if (state != ElementState::kProven) return outcome_.Of(state, entryIndex);
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const auto value = LocateElementValue(mxf_, Entry(frame), plan_.track[n]);
       const std::uint8_t* samples = value ? rows_.At(value->fileOffset(), value->bytes()) : nullptr;
-      if (samples == nullptr) return kFileExportUnfit;
+      if (samples == nullptr) return outcome_.Of(ElementState::kMisplaced, entryIndex);
       files_.Take(n, {samples, value->bytes()});
     }
     return kSuccess;
@@ -117,6 +122,7 @@ class FileIoExport {
   platform::File clip_;
   RowReader rows_;
   ExportFiles files_;
+  ExportOutcome outcome_;
   std::uint64_t largestRow_ = 0;
   std::uint32_t frames_ = 1;  // that are read before they are written
 };
@@ -124,11 +130,9 @@ class FileIoExport {
 }  // namespace
 
 std::int32_t ExportFileIo(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
-  ExportPlan plan{};
-  if (const ArgumentFault fault = PlanExport(path, tracks, mxf, &plan)) {
-    return static_cast<std::int32_t>(kStageExportFileIo) + fault;
-  }
-  return FileIoExport(plan, tracks, *mxf).Run(path);
+  return RunPlannedExport(path, tracks, mxf, kStageExportFileIo, [&](const ExportPlan& plan) {
+    return FileIoExport(plan, tracks, *mxf).Run(path);
+  });
 }
 
 }  // namespace quorvan

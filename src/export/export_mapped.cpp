@@ -19,30 +19,6 @@ namespace {
 constexpr char16_t kMappingName[] = u"fmMXF_2";
 constexpr std::uint16_t kExtensionSize = 22;
 
-std::int32_t CodeOf(ElementState state) {
-  switch (state) {
-    case ElementState::kSound:
-      return kSuccess;
-    case ElementState::kMisplaced:
-      return kExportUnfit;
-    case ElementState::kFault:
-      return kExportClipFault;
-  }
-  return kExportUnfit;
-}
-
-std::int32_t CodeOf(platform::WriteResult result) {
-  switch (result) {
-    case platform::WriteResult::kDone:
-      return kSuccess;
-    case platform::WriteResult::kFailed:
-      return kExportNoFile;
-    case platform::WriteResult::kSourceFault:
-      return kExportClipFault;
-  }
-  return kExportNoFile;
-}
-
 // One export from its plan to its end. Everything it opens goes with it.
 class MappedExport {
  public:
@@ -50,6 +26,7 @@ class MappedExport {
       : plan_(plan),
         tracks_(*tracks),
         mxf_(mxf),
+        outcome_(tracks, kStageExportMapped, files_),
         ahead_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
   MappedExport(const MappedExport&) = delete;
   MappedExport& operator=(const MappedExport&) = delete;
@@ -59,30 +36,31 @@ class MappedExport {
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = WriteAll()) return failed;
     // The page in which a clip ends that was cut short meanwhile gives zeros, and no fault.
-    if (clip_.Size() != mxf_.fileSize) return kExportClipFault;
-    return files_.Close() ? kSuccess : static_cast<std::int32_t>(kExportNoFile);
+    if (clip_.Size() != mxf_.fileSize) return outcome_.Of(kClipFault);
+    return outcome_.Finish(&files_);
   }
 
  private:
   std::int32_t Prepare(const std::u16string& path) {
-    if (!CanBeExported(plan_, mxf_)) return kExportUnfit;
+    if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return outcome_.Of(fault);
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kExportNoClip;
     mapping_ = platform::FileMapping::Create(clip_, kMappingName);
     if (!mapping_.IsOpen()) return kExportNoClipMapping;
-    if (mapping_.size() != mxf_.fileSize) return kExportUnfit;
+    if (mapping_.size() != mxf_.fileSize) return outcome_.Of(kClipChanged);
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
-    const BwfHeader header = HeaderOf(plan_, mxf_, kExtensionSize);
-    return files_.Create(plan_, tracks_, header) ? kSuccess
-                                                 : static_cast<std::int32_t>(kExportNoFile);
+    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
+    outcome_.NameFile();
+    return kExportNoFile;
   }
 
   std::int32_t WriteAll() {
+    tracks_.phase = kPhaseWriting;
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const SegmentRun run = NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
       const platform::MappedView view = mapping_.ViewCovering(run.start, run.length);
-      if (!view.IsMapped()) return kExportClipFault;
+      if (!view.IsMapped()) return kExportNoView;
       view.ExpectScattered();
       for (const std::uint32_t end = done + run.frames; done < end;) {
         const std::uint32_t frames = std::min(end - done, ExportFiles::kMostFrames);
@@ -93,24 +71,26 @@ class MappedExport {
     return kSuccess;
   }
 
-  // What is sound in front of a frame that is not gets written all the same.
+  // Writes the valid frames in front of the first invalid one.
   std::int32_t WriteFrames(const platform::MappedView& view, std::uint32_t first,
                            std::uint32_t frames) {
     const std::int32_t taken = TakeFrames(&tracks_, first, frames, [&](std::uint32_t frame) {
       return TakeFrame(view, plan_.range.firstEntry + frame);
     });
-    const std::int32_t written = CodeOf(files_.WriteTaken());
+    const std::int32_t written = outcome_.Of(files_.WriteTaken());
     return written != kSuccess ? written : taken;
   }
 
   std::int32_t TakeFrame(const platform::MappedView& view, std::uint32_t entryIndex) {
     ahead_.LookAndAsk(entryIndex);
     const ElementState state = ProveElements(view, mxf_, entryIndex, plan_.Tracks());
-    if (state != ElementState::kSound) return CodeOf(state);
+    if (state != ElementState::kProven) return outcome_.Of(state, entryIndex);
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const auto value = LocateElementValue(mxf_, entry, plan_.track[n]);
-      if (!value || !view.Covers(value->fileOffset(), value->bytes())) return kExportUnfit;
+      if (!value || !view.Covers(value->fileOffset(), value->bytes())) {
+        return outcome_.Of(ElementState::kMisplaced, entryIndex);
+      }
       files_.Take(n, {view.data() + (value->fileOffset() - view.fileOffset()), value->bytes()});
     }
     return kSuccess;
@@ -121,18 +101,17 @@ class MappedExport {
   const MXF_BASE_INFO& mxf_;
   platform::File clip_;
   platform::FileMapping mapping_;
-  ReadAhead ahead_;
   ExportFiles files_;
+  ExportOutcome outcome_;
+  ReadAhead ahead_;
 };
 
 }  // namespace
 
 std::int32_t ExportMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
-  ExportPlan plan{};
-  if (const ArgumentFault fault = PlanExport(path, tracks, mxf, &plan)) {
-    return static_cast<std::int32_t>(kStageExportMapped) + fault;
-  }
-  return MappedExport(plan, tracks, *mxf).Run(path);
+  return RunPlannedExport(path, tracks, mxf, kStageExportMapped, [&](const ExportPlan& plan) {
+    return MappedExport(plan, tracks, *mxf).Run(path);
+  });
 }
 
 }  // namespace quorvan

@@ -9,16 +9,12 @@
 
 namespace quorvan {
 
+// Besides the stage's code plus a JobFault.
 enum ExportMappedCode : std::int32_t {
-  kExportNoPath = 4001,
-  kExportNoTracks = 4002,
-  kExportUnfit = 4003,  // no records, or records that do not fit the clip
-  kExportUnknownRate = 4004,
-  kExportBadRange = 4005,
   kExportNoClip = 4006,
   kExportNoClipMapping = 4007,
-  kExportNoFile = 4008,     // a new file cannot be made or written
-  kExportClipFault = 4009,  // no view, or its storage has failed
+  kExportNoFile = 4008,  // a new file cannot be made
+  kExportNoView = 4009,
 };
 
 // Writes each track of the clip at `path` whose exportSwitch is ON, from the exportIn to the
@@ -27,8 +23,12 @@ enum ExportMappedCode : std::int32_t {
 // gets a number; no file that exists is changed. Writes `totalFrames` and, from 0 on, the number of
 // the frame at work to `currentFrame`, and stops behind the frame during which `cancel` becomes 1.
 //
-// Returns 0; kCancelled; or an ExportMappedCode. Up to 4007 no file was made. New files stay
-// afterwards, as far as they were written: shorter than their headers say when the result is not 0.
+// Each file, and the folder with its name, is on the medium before the export is done, unless
+// `noFlush` is 1.
+//
+// Returns 0; kCancelled; or a failure: `fault` tells which frame or file was at fault. Up to 4007
+// no file was made. New files stay afterwards, as far as they were written: shorter than their
+// headers say when the result is not 0. Throws nothing.
 std::int32_t ExportMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -2,21 +2,23 @@
 
 namespace quorvan {
 
-ArgumentFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                         const MXF_BASE_INFO* mxf, ExportPlan* plan) {
-  const ArgumentFault fault = CheckArguments(path, tracks, mxf, kExportRange, &plan->range);
-  if (fault != kArgumentsSound) return fault;
+JobFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
+                    const MXF_BASE_INFO* mxf, ExportPlan* plan) {
+  const JobFault fault = CheckArguments(path, tracks, mxf, kExportRange, &plan->range);
+  if (fault != kNoFault) return fault;
   plan->trackCount = 0;
   for (std::uint32_t t = 0; t < UsableTracks(*mxf->audio); ++t) {
     if (tracks->exportSwitch[t] == kSwitchOn) plan->track[plan->trackCount++] = t;
   }
-  return kArgumentsSound;
+  return plan->trackCount == 0 ? kNothingOn : kNoFault;
 }
 
-bool CanBeExported(const ExportPlan& plan, const MXF_BASE_INFO& mxf) {
+JobFault CheckClipFormat(const ExportPlan& plan, const MXF_BASE_INFO& mxf) {
+  if (!IndexHolds(plan.range, mxf)) return kIndexUnfit;
   const MXF_AUDIO_INFO& audio = *mxf.audio;
-  return IndexHolds(plan.range, mxf) && audio.sampleRate > 0 && audio.blockAlign > 0 &&
-         audio.quantizationBits == audio.blockAlign * 8u;
+  const bool fits = audio.sampleRate > 0 && audio.blockAlign > 0 &&
+                    audio.quantizationBits == audio.blockAlign * 8u;
+  return fits ? kNoFault : kNoSampleFormat;
 }
 
 BwfHeader HeaderOf(const ExportPlan& plan, const MXF_BASE_INFO& mxf, std::uint16_t extensionSize) {

@@ -21,15 +21,16 @@ struct ExportPlan {
   std::span<const std::uint32_t> Tracks() const { return std::span(track).first(trackCount); }
 };
 
-// Checks the arguments and the range of an export and collects the tracks that are ON.
-ArgumentFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                         const MXF_BASE_INFO* mxf, ExportPlan* plan);
+// Checks the arguments and the range of an export and collects the tracks that are ON. What
+// CheckArguments finds, or kNothingOn.
+JobFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
+                    const MXF_BASE_INFO* mxf, ExportPlan* plan);
 
-// True when the index holds every frame of the plan and the audio format is one that a BWF file
-// can state.
-bool CanBeExported(const ExportPlan& plan, const MXF_BASE_INFO& mxf);
+// kNoFault when the index holds every frame of the plan and the audio format is one that a BWF file
+// can state; else kIndexUnfit or kNoSampleFormat.
+JobFault CheckClipFormat(const ExportPlan& plan, const MXF_BASE_INFO& mxf);
 
-// The header of every file of a plan that CanBeExported.
+// The header of every file of a plan whose clip format is in order.
 BwfHeader HeaderOf(const ExportPlan& plan, const MXF_BASE_INFO& mxf, std::uint16_t extensionSize);
 
 }  // namespace quorvan

@@ -5,13 +5,17 @@
 #include <cstdio>
 #include <initializer_list>
 
+#include "mxf/analysis.h"
+#include "mxf/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "state/clip_text.h"
+#include "state/job_fault.h"
 
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kResultColumns = 15;
+constexpr std::size_t kResultColumns = 32;
 constexpr std::size_t kStageCount = 16;
 
 // Texts by result minus process code. An empty cell shows kFillerText.
@@ -20,20 +24,71 @@ using FailureRow = std::array<std::u16string_view, kResultColumns>;
 constexpr std::u16string_view kFillerText = u"エラーコード未定です。";
 constexpr std::u16string_view kGeneralStageText = u"Loading MXF file...";
 
+constexpr std::size_t kOwnColumns = 15;  // of a row: the ones behind mean the same for every engine
+
+// Why a job could not get at what it needs, for both the stages and the engines.
+constexpr std::u16string_view kUnreadableText =
+    u"MXFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認して下さい。";
+constexpr std::u16string_view kNoMemoryText =
+    u"メモリが確保できません。\n他のアプリを終了してからもう一度お試し下さい。";
+
+// A row with the texts that all stages of an analysis share.
+constexpr FailureRow OfStage(FailureRow row) {
+  row[kStageUnreadable] = kUnreadableText;
+  row[kStageNoMemory] = kNoMemoryText;
+  return row;
+}
+
 // One text a line, unbroken, so that it can be searched for.
 // clang-format off
+
+// Columns by JobFault, from kNothingOn on.
+constexpr std::u16string_view kEngineFailures[kResultColumns - kOwnColumns] = {
+    u"トラックスイッチが全てOFFになっています。",
+    u"MXFファイルのタイムコード情報(開始・ベース・長さ)が読取れないため、処理できません。\n情報の表示のみ可能です。",
+    u"MXFファイルのサンプルレートまたはサンプルビット数が読取れないか、オーディオエレメントと合わないため、処理できません。",
+    u"オーディオエレメントのサンプル数が、5フレームのサンプルパターンと一致しないフレームがあります。",
+    u"インデックステーブルの位置にオーディオエレメントが見つからないフレームがあります。",
+    u"ロードした後でMXFファイルが変更されています。\nもう一度ロードして下さい。",
+    u"追加した後でBWFファイルが変更されています。\nもう一度追加して下さい。",
+    u"BWFファイルに、ヘッダーに記録された長さの音声がありません。\nファイルを確認してください。",
+    u"BWFファイルのサンプル形式が対応していません。\n16bitまたは24bitのリニアPCMをお使い下さい。",
+    u"MXFファイルの読み書き中にエラーが発生しました。\n接続デバイスを確認して下さい。",
+    u"BWFファイルの読込み中にエラーが発生したか、処理中にファイルが変更されました。\n接続デバイスとファイルを確認して下さい。",
+    u"ストレージへの書込みを完了できませんでした。\n空き容量と接続デバイスを確認して下さい。",
+    u"音声は書込みましたが、UMIDの書込みを完了できませんでした。\n空き容量と接続デバイスを確認して下さい。",
+    kNoMemoryText,
+    u"処理用のスレッドを開始できません。\n他のアプリを終了してからもう一度お試し下さい。",
+    u"BWFファイルを書込めません。\n空き容量と接続デバイスを確認して下さい。",
+    u"インデックステーブルが、範囲の全てのフレームを順に示していません。",
+};
+constexpr std::u16string_view kNoExportOnText = u"書出しトラックのON/OFFスイッチが全てOFFになっています。";
+constexpr std::u16string_view kSampleBitsText = u"サンプルビット数が対応していません。このアプリは24bit または 16bitに対応しています。 ";
+
+constexpr FailureRow OfEngine(FailureRow row) {
+  for (std::size_t column = kOwnColumns; column < kResultColumns; ++column)
+    row[column] = kEngineFailures[column - kOwnColumns];
+  return row;
+}
+
+constexpr FailureRow OfExport(FailureRow row) {
+  row = OfEngine(row);
+  row[kNothingOn] = kNoExportOnText;
+  return row;
+}
+
 constexpr FailureRow kUnenteredFailures = {{
     {},
     {},
     u"MXF_BASE_INFOポインタが無効な値になっています。",
 }};
 
-constexpr FailureRow kFileSizeFailures = {{
+constexpr FailureRow kFileSizeFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
-}};
+}});
 
-constexpr FailureRow kPartitionsFailures = {{
+constexpr FailureRow kPartitionsFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効になっています。",
@@ -42,9 +97,11 @@ constexpr FailureRow kPartitionsFailures = {{
     u"ランダム・インデックス・テーブルを格納用のメモリが確保できません。",
     u"パーティション情報格納用のメモリが確保できません。",
     u"パーティションステータスがOPEN(未確定状態)になっているため情報が読み取れません。",
-}};
+    u"基本パーティションが足りません。データが壊れている可能性があります。",
+    u"MXFバージョンが 1.2 または 1.3ではないため、このアプリケーションでは読込めません。",
+}});
 
-constexpr FailureRow kPrefaceFailures = {{
+constexpr FailureRow kPrefaceFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効になっています。",
@@ -54,9 +111,9 @@ constexpr FailureRow kPrefaceFailures = {{
     u"オペレーショナルパターンが op1a ではないため読込めません。",
     u"フレームラッピングではないため読込めません。",
     u"MXFバージョンが 1.2 または 1.3ではないため、このアプリケーションでは読込めません。",
-}};
+}});
 
-constexpr FailureRow kMaterialPackageFailures = {{
+constexpr FailureRow kMaterialPackageFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効な値になっています。",
@@ -68,9 +125,9 @@ constexpr FailureRow kMaterialPackageFailures = {{
     u"タイムコードコンポーネントが見つかりません。",
     u"メディアのデュレーションが０になっています。XDCAM書出しにを想定した設定になっていませんか？",
     u"オーディオトラックがありません。",
-}};
+}});
 
-constexpr FailureRow kSourcePackageFailures = {{
+constexpr FailureRow kSourcePackageFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効になっています。",
@@ -82,9 +139,10 @@ constexpr FailureRow kSourcePackageFailures = {{
     u"ビデオディスクリプターが見つかりません。",
     u"エッセンスコーデックが見つかりません。",
     u"オーディオディスクリプターが見つかりません。",
-}};
+    u"サンプルレートが48kHzになっていません。",
+}});
 
-constexpr FailureRow kIndexTableFailures = {{
+constexpr FailureRow kIndexTableFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効になっています。",
@@ -93,9 +151,11 @@ constexpr FailureRow kIndexTableFailures = {{
     u"INDEX_ENTRY_ARRAYポインタが無効になっています。",
     u"MXF_AUDIO_INFOポインタが無効な値になっています。",
     u"デルタエントリー数が想定数26(映像1+TC1+音声24)を越えているため、処理ができません。",
-}};
+    u"インデックステーブルがありません。書出しに失敗している可能性があります。",
+    u"SMPTEが定める5フレーム１セットのサンプルパターンが取得できません。",
+}});
 
-constexpr FailureRow kContentStorageFailures = {{
+constexpr FailureRow kContentStorageFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"コンテンツストレージセットが無いありません。op1-aの規格に合致しません。",
@@ -105,9 +165,9 @@ constexpr FailureRow kContentStorageFailures = {{
     u"このファイルのビットレートが16bit または 24bit になっていません。",
     u"このファイルのサンプルレートが48kHzになっていません。",
     u"5フレームシーケンスパターンがリストにありません。",
-}};
+}});
 
-constexpr FailureRow kEssenceContainerDataFailures = {{
+constexpr FailureRow kEssenceContainerDataFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"エッセンスコンテナ・データセットが見つかりません。",
@@ -116,14 +176,14 @@ constexpr FailureRow kEssenceContainerDataFailures = {{
     u"重要タグが見つかりません。ファイルの内容に問題があります。",
     u"エッセンス・コーディングラベルが見つからりません。",
     u"映像コーディングがテーブルにないか、対応していません。",
-}};
+}});
 
-constexpr FailureRow kIdentificationFailures = {{
+constexpr FailureRow kIdentificationFailures = OfStage({{
     {},
     u"ファイルハンドルが無効になっています。",
     u"MXF_BASE_INFOポインタが無効になっています。",
     u"MXF_PARTITION_INFOポインタが無効になっています。",
-}};
+}});
 
 constexpr FailureRow kContinuityFailures = {{
     {},
@@ -136,9 +196,10 @@ constexpr FailureRow kContinuityFailures = {{
     u"マッピングビューを作成できません。\nアプリを再起動してみてください。",
     u"エラー情報を格納するメモリが確保できません。",
     u"タイムコードエラーが検出されました。\r\nログファイルを作成しますか？",
+    kUnreadableText,
 }};
 
-constexpr FailureRow kRewrapMappedFailures = {{
+constexpr FailureRow kRewrapMappedFailures = OfEngine({{
     {},
     u"ファイルパスがありません。",
     u"ラッピングに必要な情報がみつかりませんでした。",
@@ -154,9 +215,9 @@ constexpr FailureRow kRewrapMappedFailures = {{
     u"MXFファイルのマッピングビューが作成できません。",
     u"BWFファイルのマッピングビューが作成できません。",
     u"UMIDのサイズが64バイトになっているため、現行バージョンでの新規生成ができません。",
-}};
+}});
 
-constexpr FailureRow kRewrapFileIoFailures = {{
+constexpr FailureRow kRewrapFileIoFailures = OfEngine({{
     {},
     u"ファイルパスがありません。",
     u"ラッピングに必要な情報がみつかりませんでした。",
@@ -169,11 +230,9 @@ constexpr FailureRow kRewrapFileIoFailures = {{
     {},
     {},
     u"トラックセグメントバッファが確保できません。\n一度に実行するトラック数を減らしてみてください。",
-    u"MXFファイルの読み書き中にエラーが発生しました。\n接続デバイスを確認してください。",
-    u"BWFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認してください。",
-}};
+}});
 
-constexpr FailureRow kExportMappedFailures = {{
+constexpr FailureRow kExportMappedFailures = OfExport({{
     {},
     u"ファイルパスがありません。",
     u"AUDIOTRACK_IO_INFOのポインタが無効になっています。",
@@ -184,9 +243,9 @@ constexpr FailureRow kExportMappedFailures = {{
     u"MXFファイルのメモリマッピングハンドルが取得できませんでした。\nアプリを再起動してみてください。",
     u"BWFファイルが作成出来ません。",
     u"MXFファイルのマッピングビューが作成できません。",
-}};
+}});
 
-constexpr FailureRow kExportFileIoFailures = {{
+constexpr FailureRow kExportFileIoFailures = OfExport({{
     {},
     u"ファイルパスがありません。",
     u"書出しに必要な情報がみつかりませんでした。",
@@ -196,10 +255,10 @@ constexpr FailureRow kExportFileIoFailures = {{
     u"書込みバッファが確保できません。\nPCの再起動が必要かもしれません。",
     u"MXFファイルを開くことができません。",
     u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。",
-}};
+}});
 
 // A measurement uses the numbers of the export from 4001 on, in a meaning of its own from 4006 on.
-constexpr FailureRow kMeasurementFailures = {{
+constexpr FailureRow kMeasurementFailures = OfEngine({{
     {},
     kExportMappedFailures[1],
     kExportMappedFailures[2],
@@ -210,7 +269,7 @@ constexpr FailureRow kMeasurementFailures = {{
     kExportMappedFailures[6],
     kExportMappedFailures[7],
     kExportMappedFailures[9],
-}};
+}});
 
 struct Stage {
   std::uint32_t code;
@@ -261,21 +320,43 @@ constexpr std::u16string_view kBackupQuestion =
     u"完了後のファイルは、新規素材として認識されます。\n開始してもよろしいでしょうか？";
 constexpr std::u16string_view kLoadFailureForm = u"%s\n\nこのファイルはロードできません。\n\n%s\n\n処理セクション: %s\nERR: %s  process: %s";
 constexpr std::u16string_view kContinuityFailureForm = u"%s\n\nこのファイルはロードできません。\n\n%s\n\nsection: %s\nERR: %s";
+constexpr std::u16string_view kTimecodeBreaksForm = u"%s\n\nこのファイルはロードできません。\n\nタイムコードエラーが検出されました。\n\nsection: %s\nERR: %s";
+constexpr std::u16string_view kPathTooLongForm = u"%s\n\nパスが長すぎるため、MXFファイルを開くことができません。";
+constexpr std::u16string_view kLoadStoppedForm = u"%s\n\n解析を中断しました。";
 constexpr std::u16string_view kAnalysisStoppedForm = u"%s\n\n解析を中断しました。\nこのままロードしますか？";
 constexpr std::u16string_view kJobDoneForm = u"%s\n\n%sが完了しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobCancelledForm = u"MXFファイル\n%s\n\n%sを中断しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobFailureForm = u"%s\n\n%s中にエラーが発生しました。\n%s\n\n\tERR: %s  process: %s";
 constexpr std::u16string_view kJobNoticeForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了していますので、同時に作成されたログテキストをご覧ください。";
+
+// What follows a message, each on a line of its own.
+constexpr std::u16string_view kFileAtFaultForm = u"\n\nファイル: %s";
+constexpr std::u16string_view kFrameAtFaultForm = u"\n\nフレーム: %s (%s)";
+constexpr std::u16string_view kNothingWrittenText = u"\n\nMXFファイルには何も書込んでいません。";
+constexpr std::u16string_view kWrittenForm = u"\n\n%s から %s までの音声は書換えられている可能性があります。";
+constexpr std::u16string_view kOldUmidsText = u"\nUMIDは元のままです。";
+constexpr std::u16string_view kLongUmidQuestion = u"\n\n元のUMIDのまま、音声を書換えてもよろしいですか？";
+
+// By UmidState: what a clip holds when its UMIDs could not be renewed.
+constexpr std::u16string_view kUmidNoticeForm = u"%s\n\nラッピングは完了していますが、UMIDの更新が正しく行われませんでした。\n%s\n同時に作成されたログテキストをご覧ください。";
+constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
+    u"MXFファイルのUMIDは新しいものです。",
+    u"MXFファイルのUMIDは元のままです。",
+    u"MXFファイルには新しいUMIDと元のUMIDが混在しています。",
+    u"MXFファイルのUMIDは新しいものですが、更新日時は元のままです。",
+    u"MXFファイルのUMIDを読取って確認することができませんでした。",
+}};
 // clang-format on
 
 // A rewrite by plain file access ends with the mapped one's result when it cannot renew the UMIDs.
 constexpr std::uint32_t kRewrapFileIoCode = 3000;
-constexpr std::int32_t kUmidSizeResult = 2014;
-constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures.back();
+constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures[14];
 static_assert(!kUmidSizeText.empty());
 
 constexpr std::uint32_t kExportMappedCode = 4000;
 constexpr std::uint32_t kMeasurementCode = 6000;
+
+constexpr std::int32_t kStageSpan = 1000;  // from one engine's process code to the next
 
 constexpr std::u16string_view kPlace = u"%s";
 
@@ -341,7 +422,7 @@ std::u16string_view StageText(std::uint32_t processCode) {
 }
 
 std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result) {
-  if (processCode == kRewrapFileIoCode && result == kUmidSizeResult) return kUmidSizeText;
+  if (processCode == kRewrapFileIoCode && result == kUmidTooLong) return kUmidSizeText;
   const Stage* stage = FindStage(processCode);
   if (stage == nullptr) return kFillerText;
   std::u16string_view text = TextOf(stage->failures, std::int64_t{result} - stage->code);
@@ -362,8 +443,12 @@ std::u16string_view BackupQuestion() {
 }
 
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                  std::int32_t result, std::uint32_t useFileIo) {
-  return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath), FailureText(processCode, result),
+                                  std::int32_t result, std::uint32_t useFileIo,
+                                  bool hasAudioDescriptor) {
+  // The stage has one number for a descriptor that is missing and for one of another sample width.
+  const bool otherWidth = result == kAudioDescriptorUnfit && hasAudioDescriptor;
+  return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath),
+                                 otherWidth ? kSampleBitsText : FailureText(processCode, result),
                                  StageName(processCode), Number(result), MethodName(useFileIo)});
 }
 
@@ -372,6 +457,20 @@ std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32
   return Fill(kContinuityFailureForm,
               {platform::LastComponent(mxfPath), FailureText(processCode, result),
                StageName(processCode), Number(result)});
+}
+
+std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath) {
+  return Fill(kTimecodeBreaksForm,
+              {platform::LastComponent(mxfPath), StageName(kStageTimecodeContinuity),
+               Number(kContinuityBreaks)});
+}
+
+std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath) {
+  return Fill(kPathTooLongForm, {platform::LastComponent(mxfPath)});
+}
+
+std::u16string LoadStoppedMessage(std::u16string_view mxfPath) {
+  return Fill(kLoadStoppedForm, {platform::LastComponent(mxfPath)});
 }
 
 std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath) {
@@ -384,8 +483,18 @@ std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind
               {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
 }
 
-std::u16string JobNoticeMessage(std::u16string_view mxfPath) {
-  return Fill(kJobNoticeForm, {platform::LastComponent(mxfPath)});
+std::u16string_view UmidStateText(UmidState state) {
+  return state < kUmidStateTexts.size() ? kUmidStateTexts[state] : kUmidSizeText;
+}
+
+std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state) {
+  const std::u16string_view name = platform::LastComponent(mxfPath);
+  if (state == kUmidsKept) return Fill(kJobNoticeForm, {name});
+  return Fill(kUmidNoticeForm, {name, UmidStateText(state)});
+}
+
+std::u16string LongUmidQuestion() {
+  return std::u16string(kUmidSizeText) + std::u16string(kLongUmidQuestion);
 }
 
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
@@ -400,6 +509,30 @@ std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobK
   return Fill(kJobFailureForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind),
                FailureText(processCode, result), Number(result), MethodName(useFileIo)});
+}
+
+std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode) {
+  std::u16string details;
+  if (fault.path[0] != 0) details += Fill(kFileAtFaultForm, {fault.path});
+  if (fault.frame != kNoFrame) {
+    const std::int64_t count = std::int64_t{timecode.startFrames} + fault.frame;
+    details += Fill(kFrameAtFaultForm, {platform::ToUtf16(TimecodeText(timecode, count)),
+                                        platform::ToUtf16(std::to_string(fault.frame))});
+  }
+  return details;
+}
+
+std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,
+                             std::int32_t result) {
+  const std::uint32_t begun = tracks.fault.framesBegun;
+  if (begun == 0) return std::u16string(kNothingWrittenText);
+  const std::int64_t in = tracks.inFrame[0];
+  const auto text = [&](std::int64_t count) {
+    return platform::ToUtf16(TimecodeText(timecode, count));
+  };
+  std::u16string written = Fill(kWrittenForm, {text(in), text(in + begun - 1)});
+  const bool umidsTouched = result % kStageSpan == kUmidsNotFlushed;
+  return umidsTouched ? written : written.append(kOldUmidsText);
 }
 
 }  // namespace quorvan

@@ -1,8 +1,9 @@
 // The stages of all operations: their process codes, names and texts, the text of every failure,
 // and the messages that tell a job's outcome. Texts are those of the user interface, in Japanese.
 //
-// A stage's failures are its process code plus 1 to 14; 0 is success and kCancelled a stop by the
-// operator, for every stage alike.
+// A stage's failures are its process code plus 1 to 31, from 15 on the same for every engine
+// (state/job_fault.h); 0 is success, kCancelled a stop by the operator and kDoneWithNotice a job
+// that is done but for something that the operator has to know, for every stage alike.
 
 #pragma once
 
@@ -47,13 +48,27 @@ std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint3
 // Asked before a rewrite, since it works on the only copy of the clip.
 std::u16string_view BackupQuestion();
 
-// The analysis sequence has refused the clip with `result`.
+// The path of the clip has more characters than the records hold.
+std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath);
+
+// Asked before a rewrite of a clip whose UMIDs are not 32 bytes long.
+std::u16string LongUmidQuestion();
+
+// The analysis sequence has refused the clip with `result`. `hasAudioDescriptor` is what the audio
+// record tells by then.
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                  std::int32_t result, std::uint32_t useFileIo);
+                                  std::int32_t result, std::uint32_t useFileIo,
+                                  bool hasAudioDescriptor = false);
+
+// The operator has stopped the analysis sequence: the clip cannot be loaded.
+std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
 
 // The continuity check behind it has failed, or found breaks, with `result`.
 std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                         std::int32_t result);
+
+// The breaks of ContinuityFailureMessage, for a face that cannot ask whether to write a log.
+std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
 
 // The operator has stopped the continuity check; asks whether to load the clip anyway.
 std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
@@ -61,11 +76,24 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 // A rewrite, an export or a measurement has ended well, was cancelled, or failed with `result`.
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                               std::uint32_t useFileIo);
-std::u16string JobNoticeMessage(std::u16string_view mxfPath);  // done, but for its UMIDs
+std::u16string JobNoticeMessage(std::u16string_view mxfPath,
+                                UmidState state);  // done, but for UMIDs
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                    std::uint32_t useFileIo);
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                  std::uint32_t processCode, std::int32_t result,
                                  std::uint32_t useFileIo);
+
+// What the header metadata of a rewritten clip holds.
+std::u16string_view UmidStateText(UmidState state);
+
+// What stands behind the message of a job that failed: the file and the frame at fault, as far as
+// they are known, each in a paragraph of its own.
+std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode);
+
+// What stands behind the message of a rewrite that failed with `result` or was cancelled: how much
+// of the clip has changed.
+std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,
+                             std::int32_t result);
 
 }  // namespace quorvan

@@ -1,6 +1,7 @@
 #include "job/worker.h"
 
 #include <chrono>
+#include <new>
 #include <string>
 
 #include "export/export_file_io.h"
@@ -16,7 +17,7 @@ namespace quorvan {
 namespace {
 
 constexpr char16_t kDoneCaption[] = u"MXF Lattice Core";
-constexpr std::int32_t kDoneWithNotice = 98;  // all but the UMIDs
+constexpr char16_t kNoMemoryText[] = u"メモリが確保できません。";
 constexpr std::int32_t kLastContinuityResult = 1012;
 constexpr auto kStagePollInterval = std::chrono::milliseconds(2);
 constexpr std::uint32_t kNoStageShown = ~std::uint32_t{0};
@@ -38,61 +39,79 @@ std::int32_t RunEngine(APP_STATE_INFO* app) {
   return kCancelled;
 }
 
-JobReport JobReportOf(const APP_STATE_INFO& app, std::int32_t result, const std::u16string& title,
-                      std::u16string* text) {
-  if (result == kSuccess) {
-    *text = JobDoneMessage(app.mxfPath, app.jobKind, app.useFileIo);
-    return {JOB_MSG_DONE, result, kDoneCaption, text->c_str()};
+// Sends the job's last message, with the text that `compose` makes; without memory for it, with a
+// fixed one.
+template <typename Compose>
+void SendEnd(APP_STATE_INFO* app, JobReport report, Compose compose) {
+  std::u16string text;
+  try {
+    text = compose();
+    report.text = text.c_str();
+  } catch (const std::bad_alloc&) {
+    report.text = kNoMemoryText;
   }
-  if (result == kDoneWithNotice) {
-    *text = JobNoticeMessage(app.mxfPath);
-    return {JOB_MSG_DONE, result, title.c_str(), text->c_str()};
-  }
-  *text = result == kCancelled ? JobCancelledMessage(app.mxfPath, app.jobKind, app.useFileIo)
-                               : JobFailureMessage(app.mxfPath, app.jobKind, app.mxf->processCode,
-                                                   result, app.useFileIo);
-  return {JOB_MSG_FAILED, result, title.c_str(), text->c_str()};
+  app->ui.progressDialog(report);
+}
+
+std::u16string TextOfFailure(const APP_STATE_INFO& app, std::int32_t result) {
+  const MXF_TIMECODE_INFO& timecode = *app.mxf->timecode;
+  std::u16string text = result == kCancelled
+                            ? JobCancelledMessage(app.mxfPath, app.jobKind, app.useFileIo)
+                            : JobFailureMessage(app.mxfPath, app.jobKind, app.mxf->processCode,
+                                                result, app.useFileIo) +
+                                  FaultDetails(app.tracks->fault, timecode);
+  if (app.jobKind == kRewriteJob) text += WrittenFrames(*app.tracks, timecode, result);
+  return text;
 }
 
 void RunJob(APP_STATE_INFO* app) {
   app->mxf->processCode = JobProcessCode(app->jobKind, app->useFileIo);
   const std::int32_t result = RunEngine(app);
-  const std::u16string title(JobTitle(app->jobKind));
-  std::u16string text;
-  app->ui.progressDialog(JobReportOf(*app, result, title, &text));
+  // Titles are parts of literals: what stands behind them is a zero.
+  const char16_t* title = JobTitle(app->jobKind).data();
+  if (result == kSuccess) {
+    return SendEnd(app, {JOB_MSG_DONE, result, kDoneCaption, nullptr},
+                   [app] { return JobDoneMessage(app->mxfPath, app->jobKind, app->useFileIo); });
+  }
+  if (result == kDoneWithNotice) {
+    return SendEnd(app, {JOB_MSG_DONE, result, title, nullptr},
+                   [app] { return JobNoticeMessage(app->mxfPath, app->tracks->umidState); });
+  }
+  SendEnd(app, {JOB_MSG_FAILED, result, title, nullptr},
+          [app, result] { return TextOfFailure(*app, result); });
 }
 
-// The analysis sequence and the continuity check. `text` is what the operator is told.
-std::int32_t Analyse(APP_STATE_INFO* app, std::u16string* text) {
+// The analysis sequence and the continuity check.
+std::int32_t Analyse(APP_STATE_INFO* app) {
   MXF_BASE_INFO& mxf = *app->mxf;
   mxf.timecode->useFileIo = app->useFileIo;
-  const std::int32_t analysed = AnalyzeMxfFile(&app->mxfFile, &mxf);
-  if (analysed != kSuccess) {
-    *text = LoadFailureMessage(app->mxfPath, mxf.processCode, analysed, app->useFileIo);
-    return analysed;
-  }
+  app->mxfFile.StopOn(&mxf.timecode->stopRequest);
+  if (const std::int32_t refused = AnalyzeMxfFile(&app->mxfFile, &mxf)) return refused;
   mxf.timecode->progressTotal = mxf.timecode->frameCount;
   app->ui.progressDialog({JOB_MSG_PHASE, kSuccess, nullptr, nullptr});
   if (app->noTimecodeCheck != 0) return kSuccess;
-
   mxf.processCode = kStageTimecodeContinuity;
-  const std::int32_t checked = CheckTimecodeContinuity(&app->mxfFile, &mxf);
-  if (checked == kCancelled) {
-    *text = AnalysisStoppedMessage(app->mxfPath);
-  } else if (checked >= kContinuityNoFile && checked <= kLastContinuityResult) {
-    *text = ContinuityFailureMessage(app->mxfPath, mxf.processCode, checked);
+  return CheckTimecodeContinuity(&app->mxfFile, &mxf);
+}
+
+// What the operator is told of an analysis that has ended with `result`.
+std::u16string TextOfAnalysis(const APP_STATE_INFO& app, std::int32_t result) {
+  const MXF_BASE_INFO& mxf = *app.mxf;
+  if (mxf.processCode != kStageTimecodeContinuity) {
+    if (result == kCancelled) return LoadStoppedMessage(app.mxfPath);
+    return LoadFailureMessage(app.mxfPath, mxf.processCode, result, app.useFileIo,
+                              mxf.audio->hasDescriptor == 1);
   }
-  return checked;
+  if (result == kCancelled) return AnalysisStoppedMessage(app.mxfPath);
+  if (result < kContinuityNoFile || result > kLastContinuityResult) return {};
+  return ContinuityFailureMessage(app.mxfPath, mxf.processCode, result);
 }
 
 void RunAnalysis(APP_STATE_INFO* app) {
-  std::u16string text;
-  const std::int32_t result = Analyse(app, &text);
-  if (result == kSuccess) {
-    app->ui.progressDialog({JOB_MSG_DONE, result, u"", nullptr});
-  } else {
-    app->ui.progressDialog({JOB_MSG_FAILED, result, nullptr, text.c_str()});
-  }
+  const std::int32_t result = Analyse(app);
+  if (result == kSuccess) return app->ui.progressDialog({JOB_MSG_DONE, result, u"", nullptr});
+  SendEnd(app, {JOB_MSG_FAILED, result, nullptr, nullptr},
+          [app, result] { return TextOfAnalysis(*app, result); });
 }
 
 }  // namespace

@@ -28,16 +28,8 @@ struct DestroyState {
 };
 using LibraryState = std::unique_ptr<ebur128_state, DestroyState>;
 
-std::int32_t CodeOf(ElementState state) {
-  switch (state) {
-    case ElementState::kSound:
-      return kSuccess;
-    case ElementState::kMisplaced:
-      return kLoudnessUnfit;
-    case ElementState::kFault:
-      return kLoudnessClipFault;
-  }
-  return kLoudnessUnfit;
+constexpr std::int32_t Failed(JobFault fault) {
+  return static_cast<std::int32_t>(kStageExportMapped) + fault;
 }
 
 // One measurement from its range to its results. Everything it opens goes with it.
@@ -70,10 +62,10 @@ class Measurement {
 
   std::int32_t Prepare(const std::u16string& path) {
     const MXF_AUDIO_INFO& audio = *mxf_.audio;
-    if (!SampleReader::CanConvert(audio.blockAlign) || audio.sampleRate != kSampleRate ||
-        !IndexHolds(range_, mxf_)) {
-      return kLoudnessUnfit;
+    if (!SampleReader::CanConvert(audio.blockAlign) || audio.sampleRate != kSampleRate) {
+      return Failed(kNoSampleFormat);
     }
+    if (!IndexHolds(range_, mxf_)) return Failed(kIndexUnfit);
     if (!MakeLibraryState()) return kLoudnessNoMemory;
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
@@ -81,11 +73,14 @@ class Measurement {
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kLoudnessNoClip;
     const auto size = clip_.Size();
-    if (!size || *size == 0) return kLoudnessEmptyClip;
-    if (*size != mxf_.fileSize) return kLoudnessUnfit;
+    if (!size) return Failed(kClipFault);
+    if (*size == 0) return kLoudnessEmptyClip;
+    if (*size != mxf_.fileSize) return Failed(kClipChanged);
+    tracks_.phase = kPhaseWriting;
     clip_.ExpectScattered();
     reader_.emplace(clip_, mxf_, Tracks(), range_);
-    return reader_->Start() ? kSuccess : static_cast<std::int32_t>(kLoudnessNoMemory);
+    const JobFault fault = reader_->Start();
+    return fault == kNoFault ? kSuccess : Failed(fault);
   }
 
   bool MakeLibraryState() {
@@ -108,7 +103,10 @@ class Measurement {
   std::int32_t FeedAll() {
     for (std::uint32_t done = 0; done < range_.total;) {
       const SampleFrame frame = reader_->Next();
-      if (frame.state != ElementState::kSound) return CodeOf(frame.state);
+      if (const JobFault fault = FaultOfFrame(frame.state)) {
+        tracks_.fault.frame = range_.firstEntry + done;
+        return Failed(fault);
+      }
       if (tracks_.cancel == 1) return Cancel();
       if (!Feed(frame.samples, frame.count)) return kLoudnessNoMemory;
       tracks_.currentFrame = ++done;
@@ -159,12 +157,17 @@ class Measurement {
 
 std::int32_t MeasureLoudness(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf,
                              const std::uint8_t* trackSelected) {
+  if (tracks != nullptr) BeginJob(tracks);
   FrameRange range{};
-  if (const ArgumentFault fault = CheckArguments(path, tracks, mxf, kLoudnessRange, &range)) {
-    return static_cast<std::int32_t>(kStageExportMapped) + fault;
+  if (const JobFault fault = CheckArguments(path, tracks, mxf, kLoudnessRange, &range)) {
+    return Failed(fault);
   }
-  if (trackSelected == nullptr) return kLoudnessNoTracks;
-  return Measurement(range, tracks, mxf).Run(path, trackSelected);
+  if (trackSelected == nullptr) return Failed(kNoTracks);
+  try {
+    return Measurement(range, tracks, mxf).Run(path, trackSelected);
+  } catch (const std::bad_alloc&) {
+    return Failed(kOutOfMemory);
+  }
 }
 
 }  // namespace quorvan

@@ -9,16 +9,11 @@
 
 namespace quorvan {
 
+// Besides the code of the export through views plus a JobFault.
 enum LoudnessCode : std::int32_t {
-  kLoudnessNoPath = 4001,
-  kLoudnessNoTracks = 4002,
-  kLoudnessUnfit = 4003,  // no records, or records that do not fit the clip
-  kLoudnessUnknownRate = 4004,
-  kLoudnessBadRange = 4005,
   kLoudnessNoMemory = 4006,
   kLoudnessNoClip = 4007,
   kLoudnessEmptyClip = 4008,
-  kLoudnessClipFault = 4009,  // its storage has failed
 };
 
 // True peak, in dBTP, of a stretch of digital silence.
@@ -31,7 +26,8 @@ inline constexpr double kSilentTruePeak = -99.9;
 // `currentFrame` for those who watch, and stops at the frame during which `cancel` becomes 1.
 //
 // Returns 0, with integratedLoudness (LUFS), truePeak (dBTP) and loudnessRange (LU) in the audio
-// record of `mxf`; kCancelled; or a LoudnessCode. Without success the results stay what they were.
+// record of `mxf`; kCancelled; or a failure: `fault` tells which frame was at fault. Without
+// success the results stay what they were. Throws nothing.
 std::int32_t MeasureLoudness(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf,
                              const std::uint8_t* trackSelected);
 

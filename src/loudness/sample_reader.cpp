@@ -3,7 +3,8 @@
 #include <bit>
 #include <cstring>
 #include <new>
-#include <system_error>
+
+#include "platform/thread.h"
 
 namespace quorvan {
 namespace {
@@ -60,15 +61,10 @@ SampleReader::~SampleReader() {
   thread_.join();
 }
 
-bool SampleReader::Start() {
+JobFault SampleReader::Start() {
   samples_.reset(new (std::nothrow) float[kSlotFloats * kSlots]());
-  if (samples_ == nullptr || !rows_.Allocate()) return false;
-  try {
-    thread_ = std::thread([this] { ReadAll(); });
-  } catch (const std::system_error&) {
-    return false;
-  }
-  return true;
+  if (samples_ == nullptr || !rows_.Allocate()) return kOutOfMemory;
+  return platform::StartThread(&thread_, [this] { ReadAll(); }) ? kNoFault : kNoThread;
 }
 
 SampleFrame SampleReader::Next() {
@@ -88,7 +84,7 @@ void SampleReader::ReadAll() {
     frames_[frame % kSlots] = Read(frame);
     filled_.store(frame + 1, std::memory_order_release);
     filled_.notify_one();
-    if (frames_[frame % kSlots].state != ElementState::kSound) return;
+    if (frames_[frame % kSlots].state != ElementState::kProven) return;
   }
 }
 
@@ -107,7 +103,7 @@ SampleFrame SampleReader::Read(std::uint32_t frame) {
   // Without a selected track no element speaks for the count.
   if (entry.audioSamples > kLargestFrameSamples) return {ElementState::kMisplaced};
   const ElementState state = rows_.Read(entryIndex);
-  if (state != ElementState::kSound) return {state};
+  if (state != ElementState::kProven) return {state};
   float* const samples = samples_.get() + kSlotFloats * (frame % kSlots);
   const Converter convert = ConverterOf(mxf_.audio->blockAlign);
   for (std::size_t c = 0; c < tracks_.size(); ++c) {
@@ -116,7 +112,7 @@ SampleFrame SampleReader::Read(std::uint32_t frame) {
     if (bytes == nullptr) return {ElementState::kMisplaced};
     convert(bytes, entry.audioSamples, samples + c);
   }
-  return {ElementState::kSound, entry.audioSamples, samples};
+  return {ElementState::kProven, entry.audioSamples, samples};
 }
 
 }  // namespace quorvan

@@ -15,6 +15,7 @@
 #include "mxf/row_reader.h"
 #include "platform/file.h"
 #include "state/frame_range.h"
+#include "state/job_fault.h"
 
 namespace quorvan {
 
@@ -22,7 +23,7 @@ inline constexpr std::uint32_t kLoudnessChannels = 2;
 
 // One frame as it was read.
 struct SampleFrame {
-  ElementState state = ElementState::kSound;
+  ElementState state = ElementState::kProven;
   std::uint32_t count = 0;         // samples of each channel
   const float* samples = nullptr;  // interleaved, full scale is 1; valid until the next is taken
 };
@@ -43,9 +44,8 @@ class SampleReader {
   // Ends the reading, wherever it is.
   ~SampleReader();
 
-  // Starts to read. False when there is no memory for it, or no thread. The samples must be such
-  // that CanConvert.
-  bool Start();
+  // Starts to read. kNoFault, kOutOfMemory or kNoThread. The samples must be such that CanConvert.
+  JobFault Start();
 
   // Waits for the next frame. Not to be called behind the last one, nor behind one that is not
   // kSound.

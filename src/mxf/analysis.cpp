@@ -1,5 +1,7 @@
 #include "mxf/analysis.h"
 
+#include <new>
+
 #include "mxf/metadata_set.h"
 #include "mxf/readers.h"
 
@@ -22,11 +24,31 @@ struct Stage {
   std::int32_t (*read)(platform::File* file, MXF_BASE_INFO* mxf);
 };
 
+// A reader takes what it could not read for the end of the file or a set that is not there: whether
+// that was so is decided here, for all of them.
+std::int32_t RunStage(const Stage& stage, platform::File* file, MXF_BASE_INFO* mxf) {
+  const auto base = static_cast<std::int32_t>(stage.code);
+  std::int32_t result = kSuccess;
+  try {
+    result = stage.read(file, mxf);
+  } catch (const std::bad_alloc&) {
+    return base + kStageNoMemory;
+  }
+  if (file->Trouble() == platform::ReadTrouble::kFailed) return base + kStageUnreadable;
+  return file->StopAsked() ? kCancelled : result;
+}
+
+std::int32_t ReadFileSize(platform::File* file, MXF_BASE_INFO* mxf) {
+  mxf->fileSize = file->Size().value_or(0);
+  return kSuccess;
+}
+
 const MXF_PARTITION_INFO& FirstPartition(const MXF_BASE_INFO& mxf) {
   return mxf.partitionTable->get()[0];
 }
 
 constexpr Stage kStages[] = {
+    {kStageFileSize, ReadFileSize},
     {kStageRandomIndex,
      [](platform::File* file, MXF_BASE_INFO* mxf) {
        return ReadRandomIndexAndPartitions(file, mxf->fileSize, mxf);
@@ -53,12 +75,10 @@ constexpr Stage kStages[] = {
 std::int32_t AnalyzeMxfFile(platform::File* file, MXF_BASE_INFO* mxf) {
   if (const std::int32_t refused = CheckArguments(file, mxf)) return refused;
 
-  mxf->processCode = kStageFileSize;
-  if (const auto size = file->Size()) mxf->fileSize = *size;
-
+  ForgetMxf(mxf);
   for (const Stage& stage : kStages) {
     mxf->processCode = stage.code;
-    const std::int32_t result = stage.read(file, mxf);
+    const std::int32_t result = RunStage(stage, file, mxf);
     if (result > 0) return result;
   }
   return kSuccess;

@@ -32,6 +32,11 @@ enum ProcessCode : std::uint32_t {
 inline constexpr std::int32_t kSuccess = 0;
 inline constexpr std::int32_t kCancelled = 99;
 
+// Failures that every stage of an analysis can have, added to its process code: the file cannot be
+// read, memory is out.
+inline constexpr std::int32_t kStageUnreadable = 13;
+inline constexpr std::int32_t kStageNoMemory = 14;
+
 // What a refused analysis returns.
 enum AnalysisCode : std::int32_t {
   kNoFileHandle = 1,
@@ -110,9 +115,11 @@ enum AnalysisCode : std::int32_t {
 };
 
 // Runs all readers over the open `file` and fills the records of `mxf`, of which
-// `timecode->useFileIo` must be set. Returns 0, or the AnalysisCode of the first stage that
-// refuses; `processCode` is left at that stage, at 600 on success. The file is only read. What
-// earlier stages filled stays until UnloadMxf.
+// `timecode->useFileIo` must be set; nothing of a file that was analysed before survives in them.
+// Returns 0, or the AnalysisCode of the first stage that refuses, or its process code plus
+// kStageUnreadable or kStageNoMemory, or kCancelled when the stop request of `file` came;
+// `processCode` is left at that stage, at 600 on success. The file is only read. What earlier
+// stages filled stays until UnloadMxf. Throws nothing.
 std::int32_t AnalyzeMxfFile(platform::File* file, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

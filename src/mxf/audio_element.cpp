@@ -12,9 +12,6 @@ namespace quorvan {
 namespace {
 
 constexpr std::size_t kKeyBytes = 16;
-constexpr std::uint8_t kLongForm = 0x80;
-constexpr std::size_t kMostLengthBytes = 8;
-static_assert(kMostHeaderBytes == kKeyBytes + 1 + kMostLengthBytes);
 
 AudioElementKind KindOf(const std::uint8_t* key) {
   if (KeyMatches(key, keys::kAes3Element)) return kAes3Element;
@@ -22,25 +19,9 @@ AudioElementKind KindOf(const std::uint8_t* key) {
   return kNoAudioElement;
 }
 
-// A key with its length in any BER form, in the `rest` bytes at `p`. Bytes of key and length field,
-// or 0 when there is none.
-std::size_t ReadHeader(const std::uint8_t* p, std::uint64_t rest, std::uint64_t* length) {
-  if (rest <= kKeyBytes || std::memcmp(p, kUlPrefix.data(), kUlPrefix.size()) != 0) return 0;
-  const std::uint8_t first = p[kKeyBytes];
-  *length = first;
-  if (first < kLongForm) return kKeyBytes + 1;
-  const std::size_t lengthBytes = first - kLongForm;
-  const std::size_t header = kKeyBytes + 1 + lengthBytes;
-  if (lengthBytes == 0 || lengthBytes > kMostLengthBytes || rest < header) return 0;
-  *length = 0;
-  for (std::size_t i = 0; i < lengthBytes; ++i)
-    *length = *length << 8 | p[kKeyBytes + 1 + i];
-  return header;
-}
-
 AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::uint64_t length) {
   const bool followed = key[kKeyBytes] == kFourByteLength;
-  return {keyOffset, followed ? length : 0, KindOf(key)};
+  return {keyOffset, followed ? std::optional(length) : std::nullopt, KindOf(key)};
 }
 
 }  // namespace
@@ -48,7 +29,8 @@ AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::ui
 std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t keyOffset,
                                          std::uint64_t rest, FrameElements* elements) {
   std::uint64_t length = 0;
-  const std::size_t header = ReadHeader(key, rest, &length);
+  const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(rest, kMostKlvHeaderBytes));
+  const std::size_t header = ReadKlvHeader({key, held}, &length);
   if (header == 0 || length > rest - header) return std::nullopt;
   if (KindOf(key) != kNoAudioElement) {
     elements->element[elements->count++] = ElementAt(key, keyOffset, length);
@@ -56,16 +38,20 @@ std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t 
   return header + length;
 }
 
-bool AreWhereTheIndexSays(const FrameElements& elements, const MXF_BASE_INFO& mxf,
-                          const INDEX_ENTRY_ARRAY& entry, std::span<const std::uint32_t> tracks) {
-  return std::all_of(tracks.begin(), tracks.end(), [&](std::uint32_t track) {
+ElementState CompareWithIndex(const FrameElements& elements, const MXF_BASE_INFO& mxf,
+                              const INDEX_ENTRY_ARRAY& entry,
+                              std::span<const std::uint32_t> tracks) {
+  for (const std::uint32_t track : tracks) {
     const auto value = LocateElementValue(mxf, entry, track);
-    if (!value || track >= elements.count) return false;
+    if (!value || track >= elements.count) return ElementState::kMisplaced;
     const AudioElement& element = elements.element[track];
-    return element.kind == mxf.audio->elementKind && element.keyOffset == value->keyOffset() &&
-           element.valueBytes >= value->bytes() &&
-           element.valueBytes - value->bytes() <= mxf.audio->blockAlign;
-  });
+    if (element.kind != mxf.audio->elementKind || element.keyOffset != value->keyOffset() ||
+        !element.valueBytes) {
+      return ElementState::kMisplaced;
+    }
+    if (*element.valueBytes != value->bytes()) return ElementState::kOtherLength;
+  }
+  return ElementState::kProven;
 }
 
 std::uint32_t TracksUpToLast(std::span<const std::uint32_t> tracks) {
@@ -117,8 +103,7 @@ ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO
     complete = elements.count == wanted;
   };
   if (!platform::RunGuarded(walk).completed) return ElementState::kFault;
-  return complete && AreWhereTheIndexSays(elements, mxf, entry, tracks) ? ElementState::kSound
-                                                                        : ElementState::kMisplaced;
+  return complete ? CompareWithIndex(elements, mxf, entry, tracks) : ElementState::kMisplaced;
 }
 
 }  // namespace quorvan

@@ -45,17 +45,18 @@ std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
                                                const INDEX_ENTRY_ARRAY& entry, std::uint32_t track);
 
 enum class ElementState {
-  kSound,
-  kMisplaced,  // no such element where it was looked for
-  kFault,      // the storage failed
+  kProven,
+  kMisplaced,    // no such element where it was looked for
+  kOtherLength,  // the element is there, but does not hold exactly the samples of its frame
+  kFault,        // the storage failed
 };
 
 // Proves the values of `tracks`, from 0 and ascending, in the frame of entry `entryIndex`: goes
 // from key to key through the frame, whose n-th audio element is that of track n, and compares what
 // it finds with what the index says: the place, the kind that the analysis found, and a four-byte
-// length that holds the value and at most one sample more. kMisplaced when they differ, what stands
-// there is no row of KLVs, or `view` does not cover the frame that far. Without a view, RowReader
-// does the same.
+// length that is the value's own. kMisplaced when place or kind differ, what stands there is no row
+// of KLVs, or `view` does not cover the frame that far; kOtherLength when only the length differs.
+// Without a view, RowReader does the same.
 ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO& mxf,
                            std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
 

@@ -15,6 +15,9 @@ namespace {
 // Frames whose words are asked for ahead: enough to keep the queue of a disk full.
 constexpr std::uint32_t kFramesAhead = 256;
 
+// Frames that are worked on between two looks at a stop request, where nothing is read.
+constexpr std::uint32_t kFramesPerLook = 1u << 16;
+
 // Place of the word in a frame: key and length of the system element, then what stands in front of
 // the timecode in its value.
 constexpr std::uint64_t kWordOffset = kElementHeaderBytes + 41;
@@ -40,17 +43,20 @@ struct WordReading {
   std::uint32_t scale;    // counts are multiplied by this
   std::uint32_t step;     // frames from one value to the next
   std::uint32_t mark;     // flag without which no word is of this kind, 0 for none
+  bool onlyPairs;         // believed only when each value stands in exactly two frames
 };
 
-constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1, 0}};
-constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1, 0}};
-constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1, 0}};
+constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1, 0, false}};
+constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1, 0, false}};
+constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1, 0, false}};
 // The frames byte has room for tens up to 3: writers either use the flag's place for the 4, or
-// count 25 values that stand in two frames each.
-constexpr WordReading kReadings50[] = {{kDropFrameFlag, 3, 1, 1, 0},
-                                       {0, 3, 1, 1, 0},
-                                       {kDropFrameFlag | kFieldMark50, 1, 2, 2, kFieldMark50}};
-constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2, 0}};
+// count 25 values that stand in two frames each, with a mark in the second of the two or without.
+constexpr WordReading kReadings50[] = {
+    {kDropFrameFlag, 3, 1, 1, 0, false},
+    {0, 3, 1, 1, 0, false},
+    {kDropFrameFlag | kFieldMark50, 1, 2, 2, kFieldMark50, false},
+    {kDropFrameFlag | kFieldMark50, 1, 2, 2, 0, true}};
+constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2, 0, false}};
 
 // By fpsIndex. The one with the fewest breaks counts.
 constexpr std::array<std::span<const WordReading>, kTimecodeBases> kReadings = {
@@ -61,8 +67,10 @@ std::uint32_t CountBase(const MXF_TIMECODE_INFO& timecode, const WordReading& re
   return reading.scale == 1 ? reading.base : timecode.fpsIndex;
 }
 
-std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
-                      const WordReading& reading) {
+// The count that a word stands for, as it is written; kInvalidTimecode for a word that is no
+// timecode.
+std::int32_t WrittenCount(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
+                          const WordReading& reading) {
   word &= ~reading.cleared;
   TimeFields fields;
   for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -70,9 +78,14 @@ std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
     fields[i] = (digits >> 4) * 10 + (digits & 0x0F);
   }
   const std::int32_t frames = TimecodeToFrames(reading.base, timecode.dropFrame, fields);
-  if (frames < 0) return static_cast<std::uint32_t>(frames);
-  const std::uint32_t count = static_cast<std::uint32_t>(frames) * reading.scale;
-  if (timecode.startHour23 != 1) return count;
+  return frames < 0 ? frames : frames * static_cast<std::int32_t>(reading.scale);
+}
+
+// The same in the domain in which material that passes midnight stays ascending.
+std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
+                      const WordReading& reading) {
+  const auto count = static_cast<std::uint32_t>(WrittenCount(word, timecode, reading));
+  if (static_cast<std::int32_t>(count) < 0 || timecode.startHour23 != 1) return count;
   return static_cast<std::uint32_t>(
       ShiftHours(CountBase(timecode, reading), timecode.dropFrame, count, 1, '+'));
 }
@@ -103,7 +116,6 @@ class ContinuityCheck {
     if (words_ == nullptr) return kContinuityNoMemory;
     timecode_.timecodeWords = words_.get();
     timecode_.progressFrame = 0;
-    timecode_.stopRequest = 0;
     if (file_.Size().value_or(0) == 0 && timecode_.useFileIo == 0) return kContinuityNoMapping;
     const std::int32_t read = ReadWords();
     if (read != kSuccess) return read;
@@ -111,7 +123,9 @@ class ContinuityCheck {
     if (counts_ == nullptr) return kContinuityNoCounts;
     timecode_.timecodeFrames = counts_.get();
     const WordReading& reading = BestReading();
-    if (!ListBreaks(reading)) return kContinuityNoCounts;
+    const bool listed = ListBreaks(reading);
+    if (file_.StopAsked()) return kCancelled;
+    if (!listed) return kContinuityNoCounts;
     return timecode_.errorCount > 0 ? static_cast<std::int32_t>(kContinuityBreaks) : kSuccess;
   }
 
@@ -120,25 +134,19 @@ class ContinuityCheck {
     return (*mxf_.indexEntries)[entry].fileOffset + kWordOffset;
   }
 
-  bool Stopped() {
-    if (timecode_.stopRequest != 1) return false;
-    timecode_.stopRequest = 0;
-    return true;
-  }
-
   std::int32_t ReadWords() {
     file_.ExpectScattered();
     for (std::uint32_t i = 0; i < timecode_.frameCount; ++i) {
-      if (Stopped()) return kCancelled;
-      if (!ReadWord(i)) return kContinuityNoView;
+      if (timecode_.stopRequest == 1) return kCancelled;
+      ReadWord(i);
+      if (file_.Trouble() == platform::ReadTrouble::kFailed) return kContinuityUnreadable;
       timecode_.progressFrame = i;
     }
-    return kSuccess;
+    return file_.Trouble() == platform::ReadTrouble::kNone ? kSuccess : kCancelled;
   }
 
-  // False when the storage fails under a mapping; plain access takes that for a word that is none,
-  // as both take one behind the end of the file.
-  bool ReadWord(std::uint32_t i) {
+  // A word behind the end of the file is none.
+  void ReadWord(std::uint32_t i) {
     const std::uint64_t place = WordPlace(i);
     std::array<std::uint8_t, kWordBytes> bytes;
     if (cold_) Ask(i);
@@ -148,7 +156,6 @@ class ContinuityCheck {
       cold_ = true;
     }
     words_[i] = held ? WordAt(bytes.data()) : kNoWord;
-    return held || timecode_.useFileIo != 0 || place + kWordBytes > mxf_.fileSize;
   }
 
   // A clip that is not in memory has the pages of its words asked for ahead, and nothing between.
@@ -164,6 +171,7 @@ class ContinuityCheck {
   template <typename Visit>
   bool CompareAll(const WordReading& reading, Visit visit) const {
     for (std::uint64_t i = 0; i + reading.step < timecode_.frameCount; i += reading.step) {
+      if (LooksAt(i) && file_.StopAsked()) return false;
       const auto previous = static_cast<std::uint32_t>(i);
       const std::uint32_t next = previous + reading.step;
       if (!visit(previous, next, KindOfBreak(counts_[previous], counts_[next], reading.scale))) {
@@ -174,8 +182,34 @@ class ContinuityCheck {
   }
 
   void Count(const WordReading& reading) {
-    for (std::uint32_t i = 0; i < timecode_.frameCount; ++i)
+    for (std::uint32_t i = 0; i < timecode_.frameCount; ++i) {
+      if (LooksAt(i) && file_.StopAsked()) return;
       counts_[i] = CountOf(words_[i], timecode_, reading);
+    }
+  }
+
+  static bool LooksAt(std::uint64_t i) { return i % kFramesPerLook == 0; }
+
+  // True when each count follows the one before, and stands in two frames: the first and the last
+  // may stand in one.
+  bool StandInPairs(const WordReading& reading) const {
+    std::uint32_t run = 1;
+    bool first = true;
+    const auto isTimecode = [](std::uint32_t count) {
+      return static_cast<std::int32_t>(count) >= 0;
+    };
+    if (!std::all_of(counts_.get(), counts_.get() + timecode_.frameCount, isTimecode)) return false;
+    for (std::uint32_t i = 1; i < timecode_.frameCount; ++i) {
+      if (counts_[i] == counts_[i - 1]) {
+        if (++run > 2) return false;
+        continue;
+      }
+      if (KindOfBreak(counts_[i - 1], counts_[i], reading.scale) != 0) return false;
+      if (run != 2 && !first) return false;
+      first = false;
+      run = 1;
+    }
+    return true;
   }
 
   // True when a word has the flag, or none is needed: frames that stand still are not pairs.
@@ -195,6 +229,7 @@ class ContinuityCheck {
     for (const WordReading& reading : readings) {
       if (!HasMark(reading.mark)) continue;
       Count(reading);
+      if (reading.onlyPairs && !StandInPairs(reading)) continue;
       std::uint32_t breaks = 0;
       CompareAll(reading, [&](std::uint32_t, std::uint32_t, std::uint32_t kind) {
         breaks += kind != 0;
@@ -208,17 +243,13 @@ class ContinuityCheck {
     return *best;
   }
 
-  // False when memory is out.
+  // False when memory is out, or a stop is asked for.
   bool ListBreaks(const WordReading& reading) {
     TIMECODE_ERROR_INFO* last = timecode_.errorList;
     return CompareAll(reading, [&](std::uint32_t previous, std::uint32_t next, std::uint32_t kind) {
       if (kind == 0) return true;
-      auto* node = new (std::nothrow) TIMECODE_ERROR_INFO{Plain(counts_[previous], reading),
-                                                          Plain(counts_[next], reading),
-                                                          kind,
-                                                          previous,
-                                                          last,
-                                                          nullptr};
+      auto* node = new (std::nothrow) TIMECODE_ERROR_INFO{
+          Written(previous, reading), Written(next, reading), kind, previous, last, nullptr};
       if (node == nullptr) return false;
       last->next = node;
       last = node;
@@ -227,12 +258,8 @@ class ContinuityCheck {
     });
   }
 
-  // The count as it was written, before the shift that keeps midnight ascending.
-  std::uint32_t Plain(std::uint32_t count, const WordReading& reading) const {
-    const bool isCount = static_cast<std::int32_t>(count) >= 0;
-    if (timecode_.startHour23 != 1 || !isCount) return count;
-    return static_cast<std::uint32_t>(
-        ShiftHours(CountBase(timecode_, reading), timecode_.dropFrame, count, 1, '-'));
+  std::uint32_t Written(std::uint32_t frame, const WordReading& reading) const {
+    return static_cast<std::uint32_t>(WrittenCount(words_[frame], timecode_, reading));
   }
 
   const platform::File& file_;
@@ -249,13 +276,19 @@ class ContinuityCheck {
 std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf) {
   if (file == nullptr || !file->IsOpen()) return kContinuityNoFile;
   if (mxf == nullptr) return kContinuityNoBaseInfo;
-  if (mxf->timecode == nullptr || mxf->timecode->fpsIndex >= kTimecodeBases) {
-    return kContinuityNoTimecodeInfo;
-  }
+  if (mxf->timecode == nullptr) return kContinuityNoTimecodeInfo;
   if (mxf->audio == nullptr) return kContinuityNoAudioInfo;
   if (mxf->indexEntries == nullptr || *mxf->indexEntries == nullptr) return kContinuityNoMemory;
   FreeTimecodeErrors(mxf->timecode);
-  return ContinuityCheck(*file, *mxf).Run();
+  mxf->timecode->stopRequest = 0;
+  // Words cannot be counted on an unknown base; such a clip can only be looked at.
+  if (mxf->timecode->fpsIndex >= kTimecodeBases) return kSuccess;
+  const std::int32_t result = ContinuityCheck(*file, *mxf).Run();
+  if (result == kCancelled) {
+    mxf->timecode->stopRequest = 0;
+    FreeTimecodeErrors(mxf->timecode);
+  }
+  return result;
 }
 
 void FreeTimecodeErrors(MXF_TIMECODE_INFO* timecode) {

@@ -9,6 +9,7 @@
 #include "mxf/metadata_set.h"
 #include "mxf/readers.h"
 #include "mxf/sample_pattern.h"
+#include "platform/memory.h"
 
 namespace quorvan {
 namespace {
@@ -35,6 +36,11 @@ constexpr std::uint64_t kElementSearchBytes = 28;
 constexpr std::uint64_t kMostFrames = 1u << 24;
 constexpr std::uint64_t kLargestIndexBlock = std::uint64_t{1} << 30;
 constexpr std::size_t kMostSegments = std::size_t{1} << 18;
+
+// Entries that are worked on between two looks at a stop request.
+constexpr std::uint32_t kEntriesPerLook = 1u << 14;
+
+constexpr std::int32_t kNoMemory = static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
 
 // Samples that the first frame of a clip may hold.
 constexpr std::array<std::uint64_t, 8> kFirstFrameSamples = {2000, 1920, 1600, 960,
@@ -138,8 +144,8 @@ struct SegmentList {
   std::uint64_t bytesRead = 0;
 };
 
-std::int32_t AppendSegment(std::span<const std::uint8_t> set, const MXF_PARTITION_INFO& partition,
-                           SegmentList* list) {
+std::int32_t AppendSegment(const platform::File& file, std::span<const std::uint8_t> set,
+                           const MXF_PARTITION_INFO& partition, SegmentList* list) {
   if (list->segments.size() == kMostSegments) return kNoIndexTable;
   Segment& segment = list->segments.emplace_back();
   segment.foundIn = &partition;
@@ -147,12 +153,13 @@ std::int32_t AppendSegment(std::span<const std::uint8_t> set, const MXF_PARTITIO
   LocalItem item;
   for (LocalSetWalk walk(set); walk.Next(&item);) {
     if (const std::int32_t refused = ReadSegmentItem(item, &segment)) return refused;
+    if (file.StopAsked()) return kCancelled;
   }
   list->frames += segment.entries.size();
   return list->frames > kMostFrames ? kNoIndexTable : kSuccess;
 }
 
-std::int32_t ReadSegmentsOfBlock(std::span<const std::uint8_t> block,
+std::int32_t ReadSegmentsOfBlock(const platform::File& file, std::span<const std::uint8_t> block,
                                  const MXF_PARTITION_INFO& partition, SegmentList* list) {
   // Fill between the segments is followed by its length like any other KLV, so a search that finds
   // no segment has seen all of the block.
@@ -166,7 +173,7 @@ std::int32_t ReadSegmentsOfBlock(std::span<const std::uint8_t> block,
     }
     const auto set = rest.subspan(static_cast<std::size_t>(value));
     const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(length, set.size()));
-    if (const std::int32_t refused = AppendSegment(set.first(held), partition, list)) {
+    if (const std::int32_t refused = AppendSegment(file, set.first(held), partition, list)) {
       return refused;
     }
     position += value + length;
@@ -186,18 +193,17 @@ std::int32_t ReadPartitionIndex(const platform::File& file, const MXF_PARTITION_
   if (wanted > kLargestIndexBlock || list->bytesRead > fileSize) return kNoIndexTable;
   const auto size = static_cast<std::size_t>(wanted);
   const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[size + 1]);
-  if (block == nullptr) return kNoIndexTable;
+  if (block == nullptr) return kNoMemory;
   const std::size_t held = file.ReadAt(start, block.get(), size);
-  return ReadSegmentsOfBlock({block.get(), held}, partition, list);
+  return ReadSegmentsOfBlock(file, {block.get(), held}, partition, list);
 }
 
 std::int32_t ReadAllSegments(const platform::File& file, const MXF_BASE_INFO& mxf,
                              SegmentList* list) {
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  const std::uint64_t fileSize = file.Size().value_or(0);
   for (std::uint32_t i = 0; i < table[0].partitionCount; ++i) {
     if (table[i].indexSid == 0) continue;
-    if (const std::int32_t refused = ReadPartitionIndex(file, table[i], fileSize, list)) {
+    if (const std::int32_t refused = ReadPartitionIndex(file, table[i], mxf.fileSize, list)) {
       return refused;
     }
   }
@@ -255,11 +261,19 @@ bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t rea
   return true;
 }
 
-std::int32_t Flatten(const SegmentList& list, std::uint64_t fileSize, MXF_BASE_INFO* mxf) {
+// True when a table of so many entries leaves some memory for the rest of the work.
+bool FitsMemory(std::uint64_t entries) {
+  const auto available = platform::AvailableMemory();
+  return !available || entries * sizeof(INDEX_ENTRY_ARRAY) <= *available / 4 * 3;
+}
+
+std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BASE_INFO* mxf) {
   MXF_TIMECODE_INFO* timecode = mxf->timecode;
+  const std::uint64_t fileSize = mxf->fileSize;
   IndexEntryCell& cell = *mxf->indexEntries;
+  if (!FitsMemory(list.frames)) return kNoMemory;
   cell.reset(new (std::nothrow) INDEX_ENTRY_ARRAY[static_cast<std::size_t>(list.frames)]);
-  if (cell == nullptr) return kNoIndexTable;
+  if (cell == nullptr) return kNoMemory;
 
   std::uint64_t longest = 0;
   std::uint32_t frame = 0;
@@ -271,8 +285,10 @@ std::int32_t Flatten(const SegmentList& list, std::uint64_t fileSize, MXF_BASE_I
         cell.reset();
         return kNoIndexTable;
       }
-      entry->audioSamples = SamplesInFrame(timecode->rateIndex, frame);
+      entry->audioSamples =
+          timecode->rateIndex < kRateCount ? SamplesInFrame(timecode->rateIndex, frame) : 0;
       ++frame;
+      if (frame % kEntriesPerLook == 0 && file.StopAsked()) return kCancelled;
     }
     longest = std::max(longest, segment.duration);
   }
@@ -364,7 +380,7 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   ChooseSegments(&list);
   if (list.frames == 0) return kNoIndexTable;
   AssignPartitions(*mxf, &list.segments);
-  if (const std::int32_t refused = Flatten(list, file->Size().value_or(0), mxf)) return refused;
+  if (const std::int32_t refused = Flatten(*file, list, mxf)) return refused;
   MeasureAncillaryElement(file, mxf);
   return MeasureAudioElement(file, mxf);
 }

@@ -145,6 +145,22 @@ int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_
   return 0;
 }
 
+std::size_t ReadKlvHeader(std::span<const std::uint8_t> bytes, std::uint64_t* length) {
+  constexpr std::uint8_t longForm = 0x80;
+  constexpr std::size_t mostLengthBytes = kMostKlvHeaderBytes - kKeyBytes - 1;
+  if (bytes.size() <= kKeyBytes || !StartsWithPrefix(bytes.data())) return 0;
+  const std::uint8_t first = bytes[kKeyBytes];
+  *length = first;
+  if (first < longForm) return kKeyBytes + 1;
+  const std::size_t lengthBytes = first - longForm;
+  const std::size_t header = kKeyBytes + 1 + lengthBytes;
+  if (lengthBytes == 0 || lengthBytes > mostLengthBytes || bytes.size() < header) return 0;
+  *length = 0;
+  for (std::size_t i = kKeyBytes + 1; i < header; ++i)
+    *length = *length << 8 | bytes[i];
+  return header;
+}
+
 bool LocalSetWalk::Next(LocalItem* item) {
   constexpr std::size_t kItemHeader = 4;
   if (next_ >= set_.size() || set_.size() - next_ < kItemHeader) return false;

@@ -91,6 +91,14 @@ int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffse
 int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_t bufferLength,
                        std::uint64_t* outValueOffset, std::uint64_t* outLength);
 
+// Most bytes of a key with its length field, whatever the field's form.
+inline constexpr std::size_t kMostKlvHeaderBytes = 25;
+
+// Reads a key and a length field of any BER form from the start of `bytes`. Returns the bytes of
+// both and the length in `*length`; 0 when no KLV starts there or its header does not lie there
+// whole.
+std::size_t ReadKlvHeader(std::span<const std::uint8_t> bytes, std::uint64_t* length);
+
 struct LocalItem {
   std::uint16_t tag;
   std::span<const std::uint8_t> value;

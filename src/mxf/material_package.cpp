@@ -8,7 +8,6 @@
 #include "mxf/metadata_set.h"
 #include "mxf/package_uid.h"
 #include "mxf/readers.h"
-#include "platform/text.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -40,6 +39,7 @@ struct TrackWalk {
   MXF_BASE_INFO* mxf;
   std::uint64_t limit;
   std::uint32_t soundTracks;
+  bool startKnown;  // a timecode component has told the start
 
   bool FindNext(const KlvKey& key, std::uint64_t* length) const {
     return FindKlvKey(file, key, file->Position(), limit, length) == 1;
@@ -53,7 +53,9 @@ void ReadDate(std::span<const std::uint8_t> value, char16_t* text, std::size_t c
   char ascii[32];
   std::snprintf(ascii, sizeof ascii, "%04d/%02d/%02d  %02d:%02d:%02d", ReadBe16(value.data()),
                 value[2], value[3], value[4], value[5], value[6]);
-  platform::CopyText(text, capacity, platform::ToUtf16(ascii));
+  const std::size_t length = std::min(std::strlen(ascii), capacity - 1);
+  std::copy_n(ascii, length, text);
+  text[length] = 0;
 }
 
 // The package's own tags; returns how many tracks it lists.
@@ -81,13 +83,16 @@ std::uint32_t ReadPackageTags(std::span<const std::uint8_t> set, MXF_BASE_INFO* 
   return tracks;
 }
 
-void ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* timecode) {
+// True when the component tells the start.
+bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* timecode) {
+  bool startKnown = false;
   LocalItem item;
   for (LocalSetWalk walk(set); walk.Next(&item);) {
     const std::uint8_t* p = item.value.data();
     if (item.tag == kTagStartTimecode && item.value.size() >= 8) {
       timecode->startFrames = static_cast<std::uint32_t>(ReadBe64(p));
       timecode->startShifted = timecode->startFrames;
+      startKnown = true;
     } else if (item.tag == kTagRoundedBase && item.value.size() >= 2) {
       timecode->roundedBase = ReadBe16(p);
       const auto* row =
@@ -102,6 +107,7 @@ void ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* tim
       timecode->duration = duration == kUnknownDuration ? 0 : static_cast<std::uint32_t>(duration);
     }
   }
+  return startKnown;
 }
 
 // Picks the slot in which the material stays ascending, and fills both.
@@ -118,15 +124,16 @@ void FixWorkingDomain(MXF_TIMECODE_INFO* timecode) {
       static_cast<std::uint32_t>(ShiftHours(fps, drop, timecode->lastShifted, 1, '-'));
 }
 
-std::int32_t ReadTimecodeComponent(const TrackWalk& walk) {
+std::int32_t ReadTimecodeComponent(TrackWalk* walk) {
   std::uint64_t length = 0;
-  if (!walk.FindNext(keys::kTimecodeComponent, &length)) return kTimecodeComponentMissing;
-  const auto set = MetadataSet::Read(walk.file, length);
+  if (!walk->FindNext(keys::kTimecodeComponent, &length)) return kTimecodeComponentMissing;
+  const auto set = MetadataSet::Read(walk->file, length);
   if (!set) return kTimecodeComponentMissing;
-  MXF_TIMECODE_INFO* timecode = walk.mxf->timecode;
-  ReadComponentTags(set->value(), timecode);
+  MXF_TIMECODE_INFO* timecode = walk->mxf->timecode;
+  walk->startKnown = ReadComponentTags(set->value(), timecode) || walk->startKnown;
   if (timecode->duration == 0) return kDurationZero;
   FixWorkingDomain(timecode);
+  timecode->rangeKnown = walk->startKnown && timecode->fpsIndex < kTimecodeBases ? 1 : 0;
   return kSuccess;
 }
 
@@ -141,7 +148,7 @@ std::int32_t ReadTrack(TrackWalk* walk) {
   LocalItem item;
   for (LocalSetWalk tags(set->value()); tags.Next(&item);) {
     if (item.tag != kTagDataDefinition) continue;
-    if (EqualsLabel(item.value, kTimecodeDefinition)) return ReadTimecodeComponent(*walk);
+    if (EqualsLabel(item.value, kTimecodeDefinition)) return ReadTimecodeComponent(walk);
     if (EqualsLabel(item.value, kSoundDefinition)) ++walk->soundTracks;
     if (EqualsLabel(item.value, kDataDefinition)) walk->mxf->hasAncillaryData = 1;
   }
@@ -158,10 +165,8 @@ std::optional<MetadataSet> FindPackage(platform::File* file, const MXF_PARTITION
 
 }  // namespace
 
-void RefreshMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
-  if (const auto set = FindPackage(file, (*mxf->partitionTable)[0])) {
-    ReadPackageTags(set->value(), mxf);
-  }
+void RefreshMaterialPackage(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf) {
+  ReadPackageTags(set, mxf);
 }
 
 std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
@@ -171,9 +176,10 @@ std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf) {
   if (mxf->audio == nullptr || mxf->timecode == nullptr) return kMaterialNoAudioInfo;
 
   const MXF_PARTITION_INFO& first = (*mxf->partitionTable)[0];
-  TrackWalk walk{file, mxf, first.headerByteCount, 0};
+  TrackWalk walk{file, mxf, first.headerByteCount, 0, false};
   const auto set = FindPackage(file, first);
   if (!set) return kMaterialPackageNotFound;
+  mxf->materialPackageSet = {set->fileOffset(), set->value().size()};
   const std::uint32_t tracks = ReadPackageTags(set->value(), mxf);
   for (std::uint32_t i = 0; i < tracks; ++i) {
     if (const std::int32_t refused = ReadTrack(&walk)) return refused;

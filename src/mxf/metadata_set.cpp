@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
 namespace quorvan {
 namespace {
@@ -18,8 +17,7 @@ std::optional<MetadataSet> MetadataSet::Read(platform::File* file, std::uint64_t
   const std::uint64_t wanted = std::min<std::uint64_t>(length & 0xFFFFFFFF, rest);
   if (wanted > kLargestSet) return std::nullopt;
   const auto size = static_cast<std::size_t>(wanted);
-  set.bytes_.reset(new (std::nothrow) std::uint8_t[std::max<std::size_t>(size, 1)]);
-  if (set.bytes_ == nullptr) return std::nullopt;
+  set.bytes_.reset(new std::uint8_t[std::max<std::size_t>(size, 1)]);
   set.size_ = file->Read(set.bytes_.get(), size);
   return set;
 }

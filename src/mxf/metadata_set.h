@@ -16,8 +16,8 @@ namespace quorvan {
 class MetadataSet {
  public:
   // Reads `length` bytes (its low 32 bits) at the file pointer, fewer where the file ends, and
-  // leaves the pointer behind them. Nothing when there is no memory for them or they are too many
-  // for a set.
+  // leaves the pointer behind them. Nothing when they are too many for a set. Throws when memory is
+  // out.
   static std::optional<MetadataSet> Read(platform::File* file, std::uint64_t length);
 
   std::span<const std::uint8_t> value() const { return {bytes_.get(), size_}; }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 
 #include "mxf/analysis.h"
 #include "mxf/metadata_set.h"
@@ -68,7 +69,12 @@ std::int32_t ReadPrefaceSet(platform::File* file, MXF_BASE_INFO* mxf) {
   std::uint64_t length = 0;
   const std::uint64_t limit = (*mxf->partitionTable)[0].essenceBase;
   if (FindKlvKey(file, keys::kPreface, 0, limit, &length) == 0) return kPrefaceNotFound;
-  const auto set = MetadataSet::Read(file, length);
+  std::optional<MetadataSet> set;
+  try {
+    set = MetadataSet::Read(file, length);
+  } catch (const std::bad_alloc&) {
+    return kPrefaceNoMemory;
+  }
   if (!set) return kPrefaceNoMemory;
 
   LocalItem item;

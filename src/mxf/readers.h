@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "mxf/klv.h"
 #include "mxf/records.h"
@@ -36,9 +37,9 @@ std::int32_t CheckEssenceContainerData(platform::File* file, std::uint64_t start
 // Identity, dates, tracks by kind, and start, length and base of the timecode. 401 to 410.
 std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf);
 
-// Of a loaded clip, only identity and dates again. What does not come keeps its value; tracks and
-// timecode, which other threads may be reading, are not touched.
-void RefreshMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf);
+// Of a loaded clip, only identity and dates again, from the value of its Material Package as it
+// stands in the file now. Tracks and timecode, which other threads may be reading, are not touched.
+void RefreshMaterialPackage(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf);
 
 // The top-level Source Package with the picture and the first audio descriptor. 501 to 511.
 std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf);

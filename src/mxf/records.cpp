@@ -19,6 +19,37 @@ MxfRecords::~MxfRecords() {
   FreeTimecodeErrors(&timecode);
 }
 
+namespace {
+
+void ForgetTimecode(MXF_TIMECODE_INFO* timecode) {
+  timecode->dropFrame = 0;
+  timecode->startFrames = timecode->startShifted = 0;
+  timecode->lastFrames = timecode->lastShifted = 0;
+  timecode->duration = 0;
+  timecode->fpsIndex = kUnknownFpsIndex;
+  timecode->roundedBase = 0;
+  timecode->editRateNumerator = timecode->editRateDenominator = 0;
+  timecode->rateIndex = kUnknownRateIndex;
+  timecode->frameCount = 0;
+  timecode->startHour23 = 0;
+  timecode->maxIndexDuration = 0;
+  timecode->rangeKnown = 0;
+}
+
+}  // namespace
+
+void ForgetMxf(MXF_BASE_INFO* mxf) {
+  UnloadMxf(mxf);
+  ForgetTimecode(mxf->timecode);
+  mxf->fileSize = 0;
+  mxf->materialUmid = {};
+  mxf->sourceUmid = {};
+  mxf->materialUmidSize = 0;
+  mxf->sourceUmidSize = 0;
+  mxf->materialPackageSet = {};
+  mxf->sourcePackageSet = {};
+}
+
 void UnloadMxf(MXF_BASE_INFO* mxf) {
   mxf->partitionTable->reset();
   mxf->indexEntries->reset();
@@ -42,6 +73,10 @@ std::uint32_t WorkingStart(const MXF_TIMECODE_INFO& timecode) {
 
 std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode) {
   return timecode.startHour23 == 1 ? timecode.lastShifted : timecode.lastFrames;
+}
+
+bool HasRange(const MXF_TIMECODE_INFO& timecode) {
+  return timecode.rangeKnown == 1;
 }
 
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio) {

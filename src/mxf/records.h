@@ -26,6 +26,10 @@ inline constexpr std::uint32_t kElementHeaderBytes = 20;
 
 inline constexpr std::size_t kUmidBytes = 32;  // SMPTE 330M basic UMID
 
+// Of MXF_TIMECODE_INFO, while the file has named none of the table's rows.
+inline constexpr std::uint32_t kUnknownFpsIndex = 5;
+inline constexpr std::uint32_t kUnknownRateIndex = 8;
+
 enum PartitionKind : std::uint32_t {
   kHeaderPartition = 0,
   kBodyPartition = 1,
@@ -69,22 +73,24 @@ struct MXF_TIMECODE_INFO {
   std::uint32_t lastFrames;    // slot 0
   std::uint32_t lastShifted;   // slot 1
   std::uint32_t duration;      // frames
-  std::uint32_t fpsIndex;      // 0 to 4: base 24, 25, 30, 50, 60
+  std::uint32_t fpsIndex;      // 0 to 4: base 24, 25, 30, 50, 60; else kUnknownFpsIndex
   std::uint32_t roundedBase;   // RoundedTimecodeBase
   std::uint32_t editRateNumerator;
   std::uint32_t editRateDenominator;
-  std::uint32_t rateIndex;         // 0 to 7: 24, 25, 30, 50, 60, 24000/1001, 30000/1001, 60000/1001
-  std::uint32_t* timecodeWords;    // one a frame, only during the continuity check
-  std::uint32_t* timecodeFrames;   // one a frame, only during the continuity check
-  std::uint32_t frameCount;        // entries of the INDEX_ENTRY_ARRAY
-  std::uint32_t errorCount;        // breaks that the continuity check found
-  std::uint32_t startHour23;       // 1 when the start lies in hour 23
-  std::uint32_t maxIndexDuration;  // largest IndexDuration of the segments, frames
+  // 0 to 7: 24, 25, 30, 50, 60, 24000/1001, 30000/1001, 60000/1001; else kUnknownRateIndex
+  std::uint32_t rateIndex;
+  std::uint32_t* timecodeWords;              // one a frame, only during the continuity check
+  std::uint32_t* timecodeFrames;             // one a frame, only during the continuity check
+  std::uint32_t frameCount;                  // entries of the INDEX_ENTRY_ARRAY
+  std::uint32_t errorCount;                  // breaks that the continuity check found
+  std::uint32_t startHour23;                 // 1 when the start lies in hour 23
+  std::uint32_t maxIndexDuration;            // largest IndexDuration of the segments, frames
   std::atomic<std::uint32_t> progressTotal;  // frames of the continuity check
   std::atomic<std::uint32_t> progressFrame;  // frame that it has reached
-  std::atomic<std::uint32_t> stopRequest;    // 1 asks it to stop
+  std::atomic<std::uint32_t> stopRequest;    // 1 asks an analysis to stop, in any of its stages
   std::uint32_t useFileIo;                   // 0 mapped views, else plain reads
   TIMECODE_ERROR_INFO* errorList;            // permanent head node
+  std::uint32_t rangeKnown;                  // 1 when the file tells start, base and duration
 };
 
 // Which audio element the first frame holds (SMPTE 382).
@@ -101,6 +107,7 @@ struct MXF_AUDIO_INFO {
   double truePeak;                  // dBTP
   double loudnessRange;             // LU
   AudioElementKind elementKind;     // of the first frame's first audio element
+  std::uint32_t hasDescriptor;      // 1 when the file has an audio descriptor
 };
 
 struct MXF_VIDEO_INFO {
@@ -139,6 +146,12 @@ struct INDEX_ENTRY_ARRAY {
 using PartitionTableCell = std::unique_ptr<MXF_PARTITION_INFO[]>;
 using IndexEntryCell = std::unique_ptr<INDEX_ENTRY_ARRAY[]>;
 
+// Where the value of a set of the header metadata lies in the file.
+struct METADATA_SET_PLACE {
+  std::uint64_t fileOffset;
+  std::uint64_t bytes;
+};
+
 struct MXF_BASE_INFO {
   std::uint64_t fileSize;  // bytes
   char16_t creationDateText[64];
@@ -161,6 +174,8 @@ struct MXF_BASE_INFO {
   MXF_VIDEO_INFO* video;
   IndexEntryCell* indexEntries;            // permanent cell, empty while no file is loaded
   std::atomic<std::uint32_t> processCode;  // stage that is running; read by other threads
+  METADATA_SET_PLACE materialPackageSet;   // as the analysis has accepted them
+  METADATA_SET_PLACE sourcePackageSet;
 };
 
 // All records of one file, zeroed and wired together, with the cells that own the heap blocks.
@@ -179,6 +194,12 @@ struct MxfRecords {
   IndexEntryCell indexEntries;
 };
 
+// Puts every field into the state of a program that has loaded nothing yet, so that an analysis
+// inherits nothing from the file before: what UnloadMxf does, and size, UMIDs and timecode too. The
+// method of file access, the words that the analysis shares with other threads and the list of
+// breaks stay.
+void ForgetMxf(MXF_BASE_INFO* mxf);
+
 // Forgets the loaded file: frees both heap blocks, zeroes the audio and video records and the
 // ancillary fields and versions, and empties the texts. The timecode record keeps its values. Safe
 // to call with nothing loaded.
@@ -187,6 +208,9 @@ void UnloadMxf(MXF_BASE_INFO* mxf);
 // Working start and last frame count: the slot that startHour23 picks.
 std::uint32_t WorkingStart(const MXF_TIMECODE_INFO& timecode);
 std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode);
+
+// True when the file tells all that a range of frames needs: start, timecode base and duration.
+bool HasRange(const MXF_TIMECODE_INFO& timecode);
 
 // Tracks that take part: trackCount, at most kMaxTracks.
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio);

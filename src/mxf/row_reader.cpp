@@ -91,7 +91,7 @@ ElementState RowReader::Read(std::uint32_t entryIndex) {
   head_.held = row_.held = 0;
   row_.bytes = rowBytes_.get() + (entryIndex - firstEntry_) % rowsKept_ * largestRow_;
   failed_ = false;
-  if (wanted == 0) return ElementState::kSound;
+  if (wanted == 0) return ElementState::kProven;
   const auto row = LocateRow(mxf_, entry, tracks_);
   if (wanted > kMaxTracks || end < start || !row) return ElementState::kMisplaced;
   ahead_.Ask(entryIndex);
@@ -99,17 +99,17 @@ ElementState RowReader::Read(std::uint32_t entryIndex) {
   FrameElements elements;
   for (std::uint64_t at = start; elements.count < wanted && at < end;) {
     const std::uint64_t rest = end - at;
-    const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(rest, kMostHeaderBytes));
+    const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(rest, kMostKlvHeaderBytes));
     const std::uint8_t* key = HeaderAt(at, held, *row, rest);
     if (key == nullptr) return failed_ ? ElementState::kFault : ElementState::kMisplaced;
     const auto step = TakeElement(key, at, rest, &elements);
     if (!step) return ElementState::kMisplaced;
     at += *step;
   }
-  const bool sound = elements.count == wanted &&
-                     AreWhereTheIndexSays(elements, mxf_, entry, tracks_) &&
-                     row_.At(row->start, row->bytes) != nullptr;
-  return sound ? ElementState::kSound : ElementState::kMisplaced;
+  if (elements.count != wanted || row_.At(row->start, row->bytes) == nullptr) {
+    return ElementState::kMisplaced;
+  }
+  return CompareWithIndex(elements, mxf_, entry, tracks_);
 }
 
 }  // namespace quorvan

@@ -202,6 +202,7 @@ std::int32_t ReadPackageIdentity(const SearchRange& range, MXF_BASE_INFO* mxf) {
   }
   const auto set = MetadataSet::Read(range.file, length);
   if (!set) return kSourcePackageNotFound;
+  mxf->sourcePackageSet = {set->fileOffset(), set->value().size()};
   LocalItem item;
   for (LocalSetWalk walk(set->value()); walk.Next(&item);) {
     if (item.tag == kTagPackageUid) {
@@ -300,6 +301,7 @@ std::int32_t ReadAudioDescriptor(const SearchRange& range, std::uint64_t from,
   const EitherSet found =
       FindEither(range, from, keys::kAes3AudioDescriptor, keys::kWaveAudioDescriptor);
   if (!found.found) return kAudioDescriptorUnfit;
+  audio->hasDescriptor = 1;
   const auto set = MetadataSet::Read(range.file, found.length);
   if (!set) return kAudioDescriptorUnfit;
   LocalItem item;

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -27,6 +28,13 @@ enum class WriteResult {
   kSourceFault,  // what was to be written is a view whose storage has failed
 };
 
+// What has kept a read from giving all that was asked for, beside the end of the file.
+enum class ReadTrouble {
+  kNone,
+  kFailed,   // the system has reported an error: of the size of a file, too
+  kStopped,  // the request of StopOn has come
+};
+
 // A point in time in units of 100 ns since 1601-01-01 00:00 UTC.
 using FileTime = std::uint64_t;
 
@@ -42,8 +50,7 @@ struct FileInfo {
   FileTimes times;
 };
 
-// An open file, closed on destruction. Not safe for use by two threads at once, since the file
-// pointer belongs to all sequential calls; ReadAt and WriteAt do not touch it.
+// An open file, closed on destruction. Not safe for use by two threads at once.
 class File {
  public:
   File() = default;
@@ -63,7 +70,18 @@ class File {
   // a file that is not open.
   bool Close();
 
-  // Size in bytes, or nothing when the system cannot tell.
+  // What reads have met since the file was opened, in the first place an error: a reader that took
+  // a read which failed for the end of the file finds out here. It stays.
+  ReadTrouble Trouble() const { return trouble_; }
+
+  // From now on reads give nothing once `*request` is 1, so that whoever reads comes to an end. The
+  // request must outlive the file; null takes it back.
+  void StopOn(const std::atomic<std::uint32_t>* request) { stopRequest_ = request; }
+
+  // True once the request of StopOn has come: for loops that work without reading.
+  bool StopAsked() const { return stopRequest_ != nullptr && *stopRequest_ == 1; }
+
+  // Size in bytes, or nothing when the system cannot tell, which counts as a read that failed.
   std::optional<std::uint64_t> Size() const;
 
   // Moves the file pointer to an absolute offset. Offsets above 2^63 - 1 are refused: returns false
@@ -74,7 +92,8 @@ class File {
   std::uint64_t Position() const { return position_; }
 
   // Reads up to `length` bytes at the file pointer, moves the pointer behind what came, and returns
-  // the number of bytes read: fewer than asked at the end of the file or after an error.
+  // the number of bytes read: fewer than asked at the end of the file, or for the reason that
+  // Trouble gives.
   std::size_t Read(void* buffer, std::size_t length);
 
   // Writes `length` bytes at the file pointer and moves the pointer behind them. Returns false
@@ -100,7 +119,9 @@ class File {
   WriteResult WriteGathered(std::uint64_t offset,
                             std::span<const std::span<const std::uint8_t>> pieces);
 
-  // Asks the system to bring all written bytes onto the medium. False when it reports an error.
+  // Waits until all that was written, with size and times, is on the medium. False when the system
+  // reports that some of it is lost; a second call could be told otherwise and means nothing then.
+  // Storage that knows no such request counts as flushed.
   bool Flush();
 
   // Cuts or extends the file to `size` bytes.
@@ -119,6 +140,8 @@ class File {
 
   int handle_ = -1;
   std::uint64_t position_ = 0;
+  const std::atomic<std::uint32_t>* stopRequest_ = nullptr;
+  mutable ReadTrouble trouble_ = ReadTrouble::kNone;
 };
 
 // Size and times of the file at `path`; nothing when there is no such file.
@@ -127,12 +150,24 @@ std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
 // True when anything stands under that name: a file, a folder, a link that leads nowhere.
 bool IsNameTaken(const std::u16string& path);
 
+// True when a link stands under that name, wherever it leads.
+bool IsLink(const std::u16string& path);
+
 // True when what stands under the name `a`, be it a link, is what stands under `b` or what a link
 // there leads to.
 bool IsSameFile(const std::u16string& a, const std::u16string& b);
 
-// Removes the file at `path`. True when it is gone.
-bool RemoveFile(const std::u16string& path);
+// Removes the file at `path`. True when it is gone. Never throws.
+bool RemoveFile(const std::u16string& path) noexcept;
+
+// Waits until the folder in which the file at `path` stands is on the medium, and with it the
+// file's name. False when the system reports an error; a folder that cannot be flushed counts as
+// flushed.
+bool FlushFolderOf(const std::u16string& path);
+
+// False when no file can have the last component of `path` as its name, since it is too long for
+// the folder's file system.
+bool CanBeNamed(const std::u16string& path);
 
 // Gives the file at `from` the name `to` in the same folder tree. Fails, and changes nothing, when
 // `to` exists already.

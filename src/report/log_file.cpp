@@ -1,5 +1,7 @@
 #include "report/log_file.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/path.h"
@@ -22,14 +24,43 @@ bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
   return false;
 }
 
+// True when a file stands at `path`, and not only a link to one, that begins as MXF or RIFF, or
+// that cannot be looked into: a log must not replace it.
+bool HoldsMaterial(const std::u16string& path) {
+  constexpr std::array<std::string_view, 4> starts = {"\x06\x0E\x2B\x34", "RIFF", "RF64", "FORM"};
+  if (!platform::QueryFileInfo(path) || platform::IsLink(path)) return false;
+  const auto file = platform::File::Open(path, platform::OpenMode::kReadShared);
+  if (!file.IsOpen()) return true;
+  char head[4] = {};
+  const std::size_t held = file.ReadAt(0, head, sizeof head);
+  if (file.Trouble() != platform::ReadTrouble::kNone) return true;
+  return std::find(starts.begin(), starts.end(), std::string_view(head, held)) != starts.end();
+}
+
 }  // namespace
 
 LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::move(path)) {
-  if (IsMaterial(path_, app)) {
+  if (IsMaterial(path_, app) || HoldsMaterial(path_)) {
     error_ = platform::kNameTakenError;
     failed_ = true;
     return;
   }
+  OpenTemporary();
+  if (file_.IsOpen()) return;
+  if (platform::QueryFileInfo(path_) && !platform::IsLink(path_)) {
+    file_ = platform::File::Open(path_, platform::OpenMode::kRewrite);
+    inPlace_ = file_.IsOpen();
+  }
+  failed_ = !inPlace_;
+}
+
+LogFile::~LogFile() {
+  if (!file_.IsOpen()) return;
+  file_.Close();
+  if (!inPlace_) platform::RemoveFile(temporaryPath_);
+}
+
+void LogFile::OpenTemporary() {
   const std::size_t nameLength = platform::LastComponent(path_).size();
   const std::u16string base = path_.substr(0, path_.size() - nameLength).append(kTemporaryName);
   for (int n = 0; n < kMostNames; ++n) {
@@ -39,15 +70,8 @@ LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::mo
     file_ = platform::File::Open(temporaryPath_, platform::OpenMode::kCreateNew);
     if (file_.IsOpen()) return;
     error_ = platform::LastSystemError();
-    if (!platform::IsNameTaken(temporaryPath_)) break;
+    if (!platform::IsNameTaken(temporaryPath_)) return;
   }
-  failed_ = true;
-}
-
-LogFile::~LogFile() {
-  if (!file_.IsOpen()) return;
-  file_.Close();
-  platform::RemoveFile(temporaryPath_);
 }
 
 void LogFile::Write(std::string_view text) {
@@ -58,10 +82,19 @@ void LogFile::Write(std::string_view text) {
 bool LogFile::Finish() {
   Flush();
   if (failed_) return false;
-  if (file_.Close() && platform::RenameReplacing(temporaryPath_, path_)) return true;
+  if (inPlace_ ? EndInPlace() : TakePlace()) return true;
   Fail();
-  platform::RemoveFile(temporaryPath_);
+  if (!inPlace_) platform::RemoveFile(temporaryPath_);
   return false;
+}
+
+bool LogFile::TakePlace() {
+  return file_.Flush() && file_.Close() && platform::RenameReplacing(temporaryPath_, path_) &&
+         platform::FlushFolderOf(path_);
+}
+
+bool LogFile::EndInPlace() {
+  return file_.Resize(file_.Position()) && file_.Flush() && file_.Close();
 }
 
 void LogFile::Fail() {

@@ -11,11 +11,14 @@
 namespace quorvan {
 
 // Collects text under a name of its own in the folder of its path, and gets its name at the end. A
-// file that has the name gives way then; one that it only leads to, as a link, stays what it is.
+// file that has the name gives way then; one that it only leads to, as a link, stays what it is. In
+// a folder that takes no new file, a log that stands there already is overwritten in place.
+//
+// A log never takes the place of the clip of `app`, of a file of its library, or of any file that
+// begins as MXF or RIFF.
 class LogFile {
  public:
-  // `path` is where the log is to stand. A log that would take the place of the clip of `app` or of
-  // a file of its library cannot be made.
+  // `path` is where the log is to stand.
   LogFile(std::u16string path, const APP_STATE_INFO& app);
   LogFile(const LogFile&) = delete;
   LogFile& operator=(const LogFile&) = delete;
@@ -24,20 +27,25 @@ class LogFile {
   // Appends UTF-8 text.
   void Write(std::string_view text);
 
-  // Brings the log to its place. False when anything went wrong since the start, and then nothing
-  // is left behind.
+  // Brings the log to its place and onto the medium. False when anything went wrong since the
+  // start, and then nothing is left behind but, of a log that was being overwritten in place, what
+  // was written of it.
   bool Finish();
 
   // The system's number of what went wrong.
   std::uint32_t error() const { return error_; }
 
  private:
+  void OpenTemporary();
+  bool TakePlace();
+  bool EndInPlace();
   void Fail();
   void Flush();
 
   std::u16string path_;
   std::u16string temporaryPath_;
   platform::File file_;
+  bool inPlace_ = false;
   std::string pending_;
   bool failed_ = false;
   std::uint32_t error_ = 0;

@@ -2,11 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "platform/path.h"
 #include "platform/text.h"
 #include "report/log_file.h"
 #include "report/report_text.h"
 #include "state/program_name.h"
+#include "state/track_plan.h"
 
 namespace quorvan {
 namespace {
@@ -90,12 +93,17 @@ std::string SourceBlock(const WAV_FILE_INFO& file, std::uint32_t channel,
 }
 
 std::string TrackBlock(const APP_STATE_INFO& app, std::uint32_t track) {
-  const AUDIOTRACK_IO_INFO& tracks = *app.tracks;
   const std::string head = fmt::format("Track {}\r\n", track + 1);
-  if (tracks.rewrapSwitch[track] == kSwitchOff) return head + "\t未処理\r\n\r\n";
-  const WAV_FILE_INFO* file = tracks.wav[track];
-  if (file == nullptr || file->fileName[0] == 0) return head + "\t無音を書込みました。\r\n\r\n";
-  return head + SourceBlock(*file, tracks.wavChannel[track], *app.mxf->timecode);
+  const TrackPlan plan = PlanOfTrack(*app.tracks, *app.mxf->audio, track);
+  switch (plan.content) {
+    case TrackContent::kUntouched:
+      return head + "\t未処理\r\n\r\n";
+    case TrackContent::kSilence:
+      return head + "\t無音を書込みました。\r\n\r\n";
+    case TrackContent::kFile:
+      break;
+  }
+  return head + SourceBlock(*plan.wav, plan.channel, *app.mxf->timecode);
 }
 
 }  // namespace
@@ -119,21 +127,41 @@ std::string RewrapLogEnd(const APP_STATE_INFO& app) {
       start.hour, start.minute, start.second, TimeText(app.jobEndTime));
 }
 
-bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string* logPath, std::uint32_t* error) {
-  *logPath = std::u16string(platform::WithoutExtension(app->mxfPath)).append(kLogSuffix);
-  LogFile log(*logPath, *app);
-  log.Write(RewrapLogText(*app, platform::LocalTimeNow()));
-  app->jobEndTime = platform::LocalTimeNow();
-  log.Write(RewrapLogEnd(*app));
-  const bool written = log.Finish();
-  *error = log.error();
-  return written;
+std::u16string RewrapLogPath(std::u16string_view mxfPath) {
+  return std::u16string(platform::WithoutExtension(mxfPath)).append(kLogSuffix);
+}
+
+bool CanHaveRewrapLog(std::u16string_view mxfPath) {
+  return platform::CanBeNamed(RewrapLogPath(mxfPath));
+}
+
+bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32_t* error) {
+  *error = 0;
+  try {
+    LogFile log(RewrapLogPath(app->mxfPath), *app);
+    log.Write(RewrapLogText(*app, platform::LocalTimeNow()));
+    app->jobEndTime = platform::LocalTimeNow();
+    log.Write(RewrapLogEnd(*app));
+    if (!notice.empty()) log.Write(fmt::format("\r\n[ UMID ]\r\n{}\r\n", ToUtf8(notice)));
+    const bool written = log.Finish();
+    *error = log.error();
+    return written;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {
   return platform::ToUtf16(fmt::format(
       "{}\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\nERR: {:X}",
       ToUtf8(platform::LastComponent(mxfPath)), error));
+}
+
+std::u16string NoRewrapLogMessage(std::u16string_view mxfPath) {
+  return platform::ToUtf16(fmt::format(
+      "{}\n\nファイル名が長すぎるため、同じ場所にログファイル(_LOG.txt)を作成できません。\n"
+      "ファイル名を短くしてからもう一度お試し下さい。",
+      ToUtf8(platform::LastComponent(mxfPath))));
 }
 
 std::u16string RewrapCompletionMessage(std::u16string_view mxfPath, std::u16string_view logPath) {

@@ -17,13 +17,23 @@ std::string RewrapLogText(const APP_STATE_INFO& app, const platform::CalendarTim
 // The last block: when the job of `app` has started and ended.
 std::string RewrapLogEnd(const APP_STATE_INFO& app);
 
-// Writes the log beside the clip, under the clip's name without its extension and with "_LOG.txt",
-// where it replaces an earlier one, and sets `jobEndTime`. True with its path in `logPath`; false,
-// with the system's number of the reason in `error`, when there is none.
-bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string* logPath, std::uint32_t* error);
+// Path of the log of the clip at `mxfPath`: beside the clip, under its name without its extension
+// and with "_LOG.txt".
+std::u16string RewrapLogPath(std::u16string_view mxfPath);
+
+// False when no file can have that name, since it is too long. Asked before a rewrite begins.
+bool CanHaveRewrapLog(std::u16string_view mxfPath);
+
+// Writes the log to its path, where it replaces an earlier one, and sets `jobEndTime`. `notice`
+// stands in a block of its own behind the last one, and may be empty. False, with the system's
+// number of the reason in `error`, when there is no log. Throws nothing.
+bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32_t* error);
 
 // What the operator is told of a log that could not be written.
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
+
+// What the operator is told of a clip that cannot have a log.
+std::u16string NoRewrapLogMessage(std::u16string_view mxfPath);
 
 // What the operator is told of a rewrite with its log.
 std::u16string RewrapCompletionMessage(std::u16string_view mxfPath, std::u16string_view logPath);

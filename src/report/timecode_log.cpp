@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <new>
 
 #include "platform/path.h"
 #include "platform/text.h"
@@ -26,14 +27,15 @@ std::string_view ScanLetter(const MXF_VIDEO_INFO& video) {
   return video.frameLayout == 1 || video.codecIndex == 5 || video.codecIndex == 6 ? "p" : "";
 }
 
-// The timecode of a count as the frames carry it; dashes for a word that was no timecode.
+// The timecode of a count as the frames carry it, whatever its hour; dashes for a word that was no
+// timecode.
 std::string WordText(const MXF_TIMECODE_INFO& timecode, std::uint32_t count) {
-  const std::uint64_t frames =
-      timecode.fpsIndex == kFpsIndex60 ? std::uint64_t{count} * 2 : std::uint64_t{count};
-  if (frames >= FramesPerDay(timecode.fpsIndex, timecode.dropFrame)) {
+  if (static_cast<std::int32_t>(count) < 0) {
     return timecode.dropFrame != 0 ? "--:--:--.--" : "--:--:--:--";
   }
-  return TimecodeText(timecode, static_cast<std::int64_t>(frames));
+  const std::int64_t frames =
+      timecode.fpsIndex == kFpsIndex60 ? std::int64_t{count} * 2 : std::int64_t{count};
+  return TimecodeText(timecode, frames);
 }
 
 std::string FactsBlock(const APP_STATE_INFO& app, const platform::CalendarTime& now) {
@@ -87,15 +89,20 @@ std::string TimecodeLogLine(const APP_STATE_INFO& app, std::uint32_t number,
 }
 
 bool WriteTimecodeLog(const std::u16string& path, const APP_STATE_INFO& app, std::uint32_t* error) {
-  LogFile log(path, app);
-  log.Write(TimecodeLogHead(app, platform::LocalTimeNow()));
-  std::uint32_t number = 0;
-  const TIMECODE_ERROR_INFO* head = app.mxf->timecode->errorList;
-  for (const auto* node = head->next; node != nullptr; node = node->next)
-    log.Write(TimecodeLogLine(app, number++, *node));
-  const bool written = log.Finish();
-  *error = log.error();
-  return written;
+  *error = 0;
+  try {
+    LogFile log(path, app);
+    log.Write(TimecodeLogHead(app, platform::LocalTimeNow()));
+    std::uint32_t number = 0;
+    const TIMECODE_ERROR_INFO* head = app.mxf->timecode->errorList;
+    for (const auto* node = head->next; node != nullptr; node = node->next)
+      log.Write(TimecodeLogLine(app, number++, *node));
+    const bool written = log.Finish();
+    *error = log.error();
+    return written;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {

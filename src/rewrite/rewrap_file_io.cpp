@@ -3,27 +3,18 @@
 #include <string>
 
 #include "mxf/analysis.h"
-#include "rewrite/rewrap_mapped.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_run.h"
-#include "rewrite/umid.h"
 #include "state/wav_buffer.h"
 
 namespace quorvan {
 namespace {
 
-constexpr RunCodes kCodes = {.unfit = kFileRewrapUnfit,
-                             .sourceChanged = kFileRewrapNoWav,
-                             .sourceCutShort = kFileRewrapNoWav,
-                             .noMemory = kFileRewrapNoTrackBuffer,
-                             .clipFault = kFileRewrapClipFault,
-                             .wavFault = kFileRewrapWavFault};
-
 // One rewrite from its plan to its end. Everything it opens goes with it.
 class FileIoRewrite {
  public:
   FileIoRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
-      : plan_(plan), tracks_(*tracks), mxf_(*mxf), run_(plan, tracks, mxf, kCodes) {}
+      : plan_(plan), tracks_(*tracks), mxf_(*mxf), run_(plan, tracks, mxf, kStageRewrapFileIo) {}
   FileIoRewrite(const FileIoRewrite&) = delete;
   FileIoRewrite& operator=(const FileIoRewrite&) = delete;
 
@@ -31,7 +22,7 @@ class FileIoRewrite {
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = run_.ProveAndWrite(nullptr)) return failed;
-    return Finish();
+    return run_.Finish(false);
   }
 
  private:
@@ -41,16 +32,13 @@ class FileIoRewrite {
     if (!run_.blocks.AllocateBlock(BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode))) {
       return kFileRewrapNoBlock;
     }
-    if (!run_.files.Open()) return kFileRewrapNoWav;
+    if (const WAV_FILE_INFO* wav = run_.files.Open()) {
+      run_.NameFile(*wav);
+      return kFileRewrapNoWav;
+    }
     if (!run_.blocks.AllocateTrackBuffers()) return kFileRewrapNoTrackBuffer;
     run_.Start();
     return kSuccess;
-  }
-
-  std::int32_t Finish() {
-    run_.files.Close();
-    if (!RenewUmids(&run_.clip, &mxf_)) return kRewrapLongUmid;
-    return run_.clip.Close() ? kSuccess : kFileRewrapClipFault;
   }
 
   const RewrapPlan& plan_;
@@ -62,11 +50,9 @@ class FileIoRewrite {
 }  // namespace
 
 std::int32_t RewrapFileIo(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
-  RewrapPlan plan{};
-  if (const ArgumentFault fault = PlanRewrap(path, tracks, mxf, &plan)) {
-    return static_cast<std::int32_t>(kStageRewrapFileIo) + fault;
-  }
-  return FileIoRewrite(plan, tracks, mxf).Run(path);
+  return RunPlanned(path, tracks, mxf, kStageRewrapFileIo, [&](const RewrapPlan& plan) {
+    return FileIoRewrite(plan, tracks, mxf).Run(path);
+  });
 }
 
 }  // namespace quorvan

@@ -2,39 +2,30 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 
 #include "mxf/analysis.h"
-#include "platform/clock.h"
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_run.h"
-#include "rewrite/umid.h"
 
 namespace quorvan {
 namespace {
 
 constexpr char16_t kClipMappingName[] = u"fmMXF";
 
-constexpr RunCodes kCodes = {.unfit = kRewrapUnfit,
-                             .sourceChanged = kRewrapNoWav,
-                             .sourceCutShort = kRewrapWavFault,
-                             .noMemory = kRewrapNoTrackBuffer,
-                             .clipFault = kRewrapClipFault,
-                             .wavFault = kRewrapWavFault};
-
 // One rewrite from its plan to its end. Everything it opens goes with it.
 class MappedRewrite {
  public:
   MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
-      : plan_(plan), tracks_(*tracks), mxf_(*mxf), run_(plan, tracks, mxf, kCodes) {}
+      : plan_(plan), tracks_(*tracks), mxf_(*mxf), run_(plan, tracks, mxf, kStageRewrapMapped) {}
   MappedRewrite(const MappedRewrite&) = delete;
   MappedRewrite& operator=(const MappedRewrite&) = delete;
 
   std::int32_t Run(const std::u16string& path) {
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = run_.ProveAndWrite(&view_)) return failed;
-    return Finish();
+    view_.Unmap();
+    return run_.Finish(true);
   }
 
  private:
@@ -46,13 +37,13 @@ class MappedRewrite {
     if (!run_.clip.IsOpen()) return kRewrapNoClip;
     mapping_ = platform::FileMapping::Create(run_.clip, kClipMappingName);
     if (!mapping_.IsOpen()) return kRewrapNoClipMapping;
-    if (!run_.files.Open()) return kRewrapNoWav;
-    if (!run_.files.Map()) return kRewrapNoWavMapping;
+    if (const auto* wav = run_.files.Open()) return NoWav(kRewrapNoWav, *wav);
+    if (const auto* wav = run_.files.Map()) return NoWav(kRewrapNoWavMapping, *wav);
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = AllocateBuffers()) return failed;
     run_.Start();
     view_ = mapping_.View(0, mapping_.size());
-    if (!view_.IsMapped()) return kRewrapClipFault;
+    if (!view_.IsMapped()) return kRewrapNoView;
     view_.ExpectScattered();
     return kSuccess;
   }
@@ -72,24 +63,9 @@ class MappedRewrite {
                        [](const TrackSource& source) { return source.wav != nullptr; });
   }
 
-  std::int32_t Finish() {
-    const auto times = StampTimes();
-    view_.Unmap();
-    run_.files.Close();
-    if (!RenewUmids(&run_.clip, &mxf_)) return kRewrapLongUmid;
-    // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
-    if (times) run_.clip.SetTimes(*times);
-    return run_.clip.Close() ? kSuccess : kRewrapClipFault;
-  }
-
-  // Sets last access and last write to now; the creation stays.
-  std::optional<platform::FileTimes> StampTimes() {
-    auto times = run_.clip.Times();
-    if (times) {
-      times->lastAccess = times->lastWrite = platform::FileTimeNow();
-      run_.clip.SetTimes(*times);
-    }
-    return times;
+  std::int32_t NoWav(RewrapMappedCode code, const WAV_FILE_INFO& wav) {
+    run_.NameFile(wav);
+    return code;
   }
 
   const RewrapPlan& plan_;
@@ -103,11 +79,9 @@ class MappedRewrite {
 }  // namespace
 
 std::int32_t RewrapMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf) {
-  RewrapPlan plan{};
-  if (const ArgumentFault fault = PlanRewrap(path, tracks, mxf, &plan)) {
-    return static_cast<std::int32_t>(kStageRewrapMapped) + fault;
-  }
-  return MappedRewrite(plan, tracks, mxf).Run(path);
+  return RunPlanned(path, tracks, mxf, kStageRewrapMapped, [&](const RewrapPlan& plan) {
+    return MappedRewrite(plan, tracks, mxf).Run(path);
+  });
 }
 
 }  // namespace quorvan

@@ -14,13 +14,13 @@
 
 namespace quorvan {
 
-// One source and the tracks that it fills: a file's channels in order, or silence.
+// One source and the tracks that it fills: channels of a file in a row, or silence. A file of which
+// a track between two others is left alone counts once for each row.
 struct TrackSource {
   const WAV_FILE_INFO* wav;    // null for silence
   std::uint32_t firstTrack;    // from 0
   std::uint32_t trackCount;    // tracks in a row
   std::uint32_t firstChannel;  // of the file, on the first track
-  bool widen;                  // 16-bit samples into the upper bytes of 24-bit ones
 };
 
 struct RewrapPlan {
@@ -33,14 +33,13 @@ struct RewrapPlan {
   std::span<const std::uint32_t> Tracks() const { return std::span(track).first(trackCount); }
 };
 
-// Checks the arguments and the range of a rewrite and walks the tracks that are ON. A file counts
-// with all its channels from the first of its tracks that is ON; the switches of the tracks behind
-// it are not looked at, and each track gets the channel that the assignment gave it.
-ArgumentFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                         const MXF_BASE_INFO* mxf, RewrapPlan* plan);
+// Checks the arguments and the range of a rewrite and walks the tracks as PlanOfTrack says. What
+// CheckArguments finds, or kNothingOn.
+JobFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
+                    const MXF_BASE_INFO* mxf, RewrapPlan* plan);
 
-// True when the index holds every frame of the plan and every sample width is one that can be
-// written: bytes are copied, or 16 bits widened to 24, and nothing else.
-bool CanBeWritten(const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
+// kNoFault when the index holds every frame of the plan and the clip's samples are such that bytes
+// can be copied; else kIndexUnfit or kNoSampleFormat.
+JobFault CheckClipFormat(const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

@@ -1,25 +1,41 @@
 #include "rewrite/rewrap_proof.h"
 
-#include "rewrite/umid.h"
+#include "wav/wav_check.h"
 
 namespace quorvan {
 
-bool IsPlannedClip(const platform::File& clip, const RewrapPlan& plan, const MXF_BASE_INFO& mxf) {
-  return clip.Size() == mxf.fileSize && CanBeWritten(plan, mxf) && HoldsUmids(clip, mxf);
+namespace {
+
+JobFault FaultOf(SourceState state) {
+  switch (state) {
+    case SourceState::kUsable:
+      return kNoFault;
+    case SourceState::kChanged:
+      return kSourceChanged;
+    case SourceState::kNotPcm:
+      return kSourceNotPcm;
+    case SourceState::kCutShort:
+      return kSourceCutShort;
+    case SourceState::kUnreadable:
+      return kSourceFault;
+  }
+  return kSourceFault;
 }
 
-bool SourceFiles::Open() {
+}  // namespace
+
+const WAV_FILE_INFO* SourceFiles::Open() {
   for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
     const TrackSource& source = plan_.sources[i];
     if (source.wav == nullptr) continue;
     platform::File& file = handles_[source.firstTrack];
     file = platform::File::Open(source.wav->filePath, platform::OpenMode::kReadShared);
-    if (!file.IsOpen()) return false;
+    if (!file.IsOpen()) return source.wav;
   }
-  return true;
+  return nullptr;
 }
 
-bool SourceFiles::Map() {
+const WAV_FILE_INFO* SourceFiles::Map() {
   for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
     const TrackSource& source = plan_.sources[i];
     if (source.wav == nullptr) continue;
@@ -30,19 +46,20 @@ bool SourceFiles::Map() {
     const auto mapping = platform::FileMapping::Create(Of(source), name);
     platform::MappedView& view = views_[source.firstTrack];
     view = mapping.View(0, mapping.size());
-    if (!view.IsMapped()) return false;
+    if (!view.IsMapped()) return source.wav;
   }
-  return true;
+  return nullptr;
 }
 
-SourceState SourceFiles::Check() const {
+SourceCheck SourceFiles::Check() const {
   for (std::uint32_t i = 0; i < plan_.sourceCount; ++i) {
     const TrackSource& source = plan_.sources[i];
     if (source.wav == nullptr) continue;
-    const SourceState state = CheckSource(Of(source), *source.wav);
-    if (state != SourceState::kSound) return state;
+    const SourceState state =
+        FitsClip(*source.wav, audio_) ? CheckSource(Of(source), *source.wav) : SourceState::kNotPcm;
+    if (state != SourceState::kUsable) return {FaultOf(state), source.wav};
   }
-  return SourceState::kSound;
+  return {kNoFault, nullptr};
 }
 
 void SourceFiles::Close() {

@@ -7,32 +7,35 @@
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
 #include "state/audiotrack_io_info.h"
-#include "wav/wav_check.h"
+#include "wav/wav_library.h"
 
 namespace quorvan {
 
-// True when the open `clip` is the one that was analysed, and the plan can be written into it.
-bool IsPlannedClip(const platform::File& clip, const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
+// What is wrong with the first source that is not usable; kNoFault, and null, when all are.
+struct SourceCheck {
+  JobFault fault;
+  const WAV_FILE_INFO* wav;
+};
 
 // The source files of a running rewrite, in AUDIOTRACK_IO_INFO.wavHandle, and views of them. Closed
 // on destruction.
 class SourceFiles {
  public:
-  SourceFiles(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks)
-      : plan_(plan), handles_(tracks->wavHandle) {}
+  SourceFiles(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_AUDIO_INFO& audio)
+      : plan_(plan), audio_(audio), handles_(tracks->wavHandle) {}
   SourceFiles(const SourceFiles&) = delete;
   SourceFiles& operator=(const SourceFiles&) = delete;
   ~SourceFiles() { Close(); }
 
-  // Opens every file of the plan. False when one cannot be opened.
-  bool Open();
+  // Opens every file of the plan. The first that cannot be opened; null when all are open.
+  const WAV_FILE_INFO* Open();
 
-  // Makes a view of each whole file, all of them open. False when one cannot be mapped.
-  bool Map();
+  // Makes a view of each whole file, all of them open. The first that cannot be mapped; null when
+  // all are.
+  const WAV_FILE_INFO* Map();
 
-  // kSound when each is the file that was added and holds the audio that it claims; else what is
-  // wrong with the first that is not.
-  SourceState Check() const;
+  // Whether each is the file that was added and holds the audio that it claims.
+  SourceCheck Check() const;
 
   const platform::File& Of(const TrackSource& source) const { return handles_[source.firstTrack]; }
 
@@ -45,6 +48,7 @@ class SourceFiles {
 
  private:
   const RewrapPlan& plan_;
+  const MXF_AUDIO_INFO& audio_;
   std::array<platform::File, kMaxTracks>& handles_;
   std::array<platform::MappedView, kMaxTracks> views_;
 };

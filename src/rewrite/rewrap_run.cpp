@@ -3,9 +3,36 @@
 #include <algorithm>
 #include <span>
 
-#include "mxf/analysis.h"
+#include "platform/clock.h"
+#include "platform/text.h"
 
 namespace quorvan {
+namespace {
+
+JobFault FaultOf(GateResult result) {
+  switch (result) {
+    case GateResult::kDone:
+      return kNoFault;
+    case GateResult::kRefused:
+      return kMisplacedFrame;
+    case GateResult::kClipFault:
+      return kClipFault;
+    case GateResult::kSampleFault:
+      return kSourceFault;
+  }
+  return kClipFault;
+}
+
+}  // namespace
+
+std::int32_t RewrapRun::Failed(JobFault fault, const WAV_FILE_INFO* wav) {
+  if (wav != nullptr) NameFile(*wav);
+  return static_cast<std::int32_t>(stage_) + fault;
+}
+
+void RewrapRun::NameFile(const WAV_FILE_INFO& wav) {
+  platform::CopyText(tracks_.fault.path, std::size(tracks_.fault.path), wav.filePath);
+}
 
 void RewrapRun::Start() {
   tracks_.currentFrame = 0;
@@ -16,49 +43,56 @@ std::int32_t RewrapRun::ProveAndWrite(const platform::MappedView* view) {
   if (const std::int32_t failed = Prove(view)) return failed;
   if (tracks_.cancel == 1) return Cancel();
   if (const std::int32_t failed = Write()) return failed;
-  if (clip.Size() != mxf_.fileSize) return codes_.clipFault;
-  // One that was written to meanwhile has given something of both.
-  return files.Check() == SourceState::kSound ? kSuccess : codes_.wavFault;
+  if (clip.Size() != mxf_.fileSize) return Failed(kClipFault);
+  // A source file that changed during the job may have supplied a mix of old and new audio.
+  const SourceCheck sources = files.Check();
+  return sources.fault == kNoFault ? kSuccess : Failed(kSourceFault, sources.wav);
 }
 
 // Nothing is written before all of this holds: the clip is the one that was analysed, every value
 // is the one of its track in its frame, and every source is what it was and holds what it claims.
 std::int32_t RewrapRun::Prove(const platform::MappedView* view) {
-  if (!IsPlannedClip(clip, plan_, mxf_)) return codes_.unfit;
-  if (const std::int32_t failed = CheckSources()) return failed;
-  if (!rows_.Allocate()) return codes_.noMemory;
+  if (const std::int32_t failed = ProveClip()) return failed;
+  const SourceCheck sources = files.Check();
+  if (sources.fault != kNoFault) return Failed(sources.fault, sources.wav);
+  if (!rows_.Allocate()) return Failed(kOutOfMemory);
   if (view != nullptr) rows_.ProveThrough(view);
   for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
     if (tracks_.cancel == 1) return Cancel();
-    if (const std::int32_t failed = CodeOf(rows_.Prove(i))) return failed;
+    const JobFault fault = FaultOfFrame(rows_.Prove(i));
+    if (fault == kNoFault) continue;
+    tracks_.fault.frame = plan_.range.firstEntry + i;
+    return Failed(fault);
   }
   return kSuccess;
 }
 
-std::int32_t RewrapRun::CheckSources() const {
-  switch (files.Check()) {
-    case SourceState::kSound:
-      return kSuccess;
-    case SourceState::kChanged:
-      return codes_.sourceChanged;
-    case SourceState::kNotPcm:
-      return codes_.unfit;
-    case SourceState::kCutShort:
-      return codes_.sourceCutShort;
-  }
-  return codes_.sourceChanged;
+std::int32_t RewrapRun::ProveClip() {
+  const auto size = clip.Size();
+  if (!size) return Failed(kClipFault);
+  if (*size != mxf_.fileSize) return Failed(kClipChanged);
+  if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return Failed(fault);
+  if (const JobFault fault = identity_.Locate()) return Failed(fault);
+  const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
+  return renewable || tracks_.keepUmids == 1 ? kSuccess : kUmidTooLong;
 }
 
 std::int32_t RewrapRun::Write() {
+  tracks_.phase = kPhaseWriting;
   rows_.StartWriting();
   for (std::uint32_t done = 0; done < plan_.range.total;) {
     const std::uint32_t frames = std::min(blocks.frames(), plan_.range.total - done);
     const std::uint32_t firstEntry = plan_.range.firstEntry + done;
-    if (!blocks.Read(firstEntry, frames)) return codes_.wavFault;
+    if (const WAV_FILE_INFO* wav = blocks.Read(firstEntry, frames)) {
+      return Failed(kSourceFault, wav);
+    }
     for (std::uint32_t i = 0; i < frames; ++i) {
-      if (!blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_)) return codes_.wavFault;
+      if (!blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_)) {
+        return Failed(kSourceFault);
+      }
+      tracks_.fault.framesBegun = done + 1;
       const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
-      if (written != GateResult::kDone) return CodeOf(written);
+      if (written != GateResult::kDone) return Failed(FaultOf(written));
       if (tracks_.cancel == 1) return Cancel();
       tracks_.currentFrame = ++done;
     }
@@ -66,28 +100,42 @@ std::int32_t RewrapRun::Write() {
   return kSuccess;
 }
 
+std::int32_t RewrapRun::Finish(bool stampTimes) {
+  const platform::FileTime audioEnd = platform::FileTimeNow();
+  tracks_.phase = kPhaseFlushing;
+  if (!Flush()) return Failed(kNotFlushed);
+  if (tracks_.cancel == 1) return Cancel();
+  files.Close();
+  return RenewIdentity(audioEnd, stampTimes);
+}
+
+// What is written here is on the medium before the job is done, and looked at once more.
+std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
+  const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
+  if (renewable) identity_.Renew();
+  // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
+  if (stampTimes) StampTimes(audioEnd);
+  if (!Flush()) return Failed(kUmidsNotFlushed);
+  tracks_.umidState = renewable ? identity_.ReadBack() : kUmidsKept;
+  if (!clip.Close()) return Failed(kUmidsNotFlushed);
+  return tracks_.umidState == kUmidsRenewed ? kSuccess : kDoneWithNotice;
+}
+
+bool RewrapRun::Flush() {
+  return tracks_.noFlush == 1 || clip.Flush();
+}
+
+// The creation stays what it is.
+void RewrapRun::StampTimes(platform::FileTime time) {
+  auto times = clip.Times();
+  if (!times) return;
+  times->lastAccess = times->lastWrite = time;
+  clip.SetTimes(*times);
+}
+
 std::int32_t RewrapRun::Cancel() {
   tracks_.cancel = 0;
   return kCancelled;
-}
-
-std::int32_t RewrapRun::CodeOf(ElementState state) const {
-  if (state == ElementState::kSound) return kSuccess;
-  return state == ElementState::kMisplaced ? codes_.unfit : codes_.clipFault;
-}
-
-std::int32_t RewrapRun::CodeOf(GateResult result) const {
-  switch (result) {
-    case GateResult::kDone:
-      return kSuccess;
-    case GateResult::kRefused:
-      return codes_.unfit;
-    case GateResult::kClipFault:
-      return codes_.clipFault;
-    case GateResult::kSampleFault:
-      return codes_.wavFault;
-  }
-  return codes_.clipFault;
 }
 
 }  // namespace quorvan

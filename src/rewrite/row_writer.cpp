@@ -21,10 +21,10 @@ bool RowWriter::LocateValues(std::uint32_t i) {
 
 ElementState RowWriter::Prove(std::uint32_t i) {
   const ElementState state = reader_.Read(EntryIndex(i));
-  if (state != ElementState::kSound) return state;
+  if (state != ElementState::kProven) return state;
   if (!LocateValues(i)) return ElementState::kMisplaced;
   const bool kept = gaps_.Keep(i, plan_.Tracks(), values_, reader_);
-  return kept ? ElementState::kSound : ElementState::kFault;
+  return kept ? ElementState::kProven : ElementState::kFault;
 }
 
 GateResult RowWriter::Write(std::uint32_t i, std::span<const std::uint8_t* const> samples) {

@@ -73,7 +73,7 @@ void SourceBlocks::AskFor(std::uint32_t firstEntry) {
   askedUpTo_ = firstEntry + frames;
 }
 
-bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
+const WAV_FILE_INFO* SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
   AskFor(firstEntry);
   std::uint64_t samples = 0;
   for (std::uint32_t i = 0; i < frames; ++i)
@@ -88,16 +88,16 @@ bool SourceBlocks::Read(std::uint32_t firstEntry, std::uint32_t frames) {
     const std::uint64_t place = wav.dataOffset + region.consumed * wav.blockAlign;
     const platform::MappedView& view = files_.ViewOf(source);
     if (view.IsMapped()) {
-      if (!view.Covers(place, bytes)) return false;
+      if (!view.Covers(place, bytes)) return &wav;
       region.readPos = view.data() + (place - view.fileOffset());
     } else {
-      if (files_.Of(source).ReadAt(place, region.start, bytes) != bytes) return false;
+      if (files_.Of(source).ReadAt(place, region.start, bytes) != bytes) return &wav;
       region.readPos = region.start;
     }
     region.consumed += held;
     region.held = static_cast<std::uint32_t>(held);
   }
-  return true;
+  return nullptr;
 }
 
 bool SourceBlocks::Take(const INDEX_ENTRY_ARRAY& entry,

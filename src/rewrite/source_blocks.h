@@ -33,8 +33,8 @@ class SourceBlocks {
   std::uint32_t frames() const { return blockFrames_; }
 
   // Turns to what each file gives to the `frames` frames from `firstEntry` on; blocks follow each
-  // other from the plan's first frame on. False when it does not come.
-  bool Read(std::uint32_t firstEntry, std::uint32_t frames);
+  // other from the plan's first frame on. The first file that does not give it; null when all do.
+  const WAV_FILE_INFO* Read(std::uint32_t firstEntry, std::uint32_t frames);
 
   // What each track of the plan, in their order, gets in the block's current frame, which is the
   // one of `entry`, in the clip's sample width: straight from the file's view or the block where

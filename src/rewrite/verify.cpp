@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 #include "mxf/analysis.h"
 #include "mxf/row_reader.h"
+#include "platform/text.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_proof.h"
@@ -18,9 +20,6 @@ constexpr std::uint32_t kMostSampleBytes = 4;
 
 VerifyResult Same() {
   return {VerifyState::kSame, {}, kSuccess};
-}
-VerifyResult Failed(std::int32_t code) {
-  return {VerifyState::kFailed, {}, code};
 }
 
 // A little-endian signed sample of `width` bytes.
@@ -37,7 +36,7 @@ class Verification {
       : plan_(plan),
         tracks_(*tracks),
         mxf_(mxf),
-        files_(plan, tracks),
+        files_(plan, tracks, *mxf.audio),
         blocks_(plan, mxf, files_),
         rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
   Verification(const Verification&) = delete;
@@ -47,11 +46,13 @@ class Verification {
     tracks_.totalFrames = plan_.range.total;
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
-    if (const std::int32_t failed = Prepare(path)) return Failed(failed);
+    if (const std::int32_t failed = Prepare(path)) return {VerifyState::kFailed, {}, failed};
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
       const std::uint32_t firstEntry = plan_.range.firstEntry + done;
-      if (!blocks_.Read(firstEntry, frames)) return Failed(kFileRewrapWavFault);
+      if (const WAV_FILE_INFO* wav = blocks_.Read(firstEntry, frames)) {
+        return Failed(kSourceFault, wav);
+      }
       for (std::uint32_t i = 0; i < frames; ++i) {
         const VerifyResult compared = CompareFrame(firstEntry + i);
         if (compared.state != VerifyState::kSame) return compared;
@@ -69,21 +70,46 @@ class Verification {
     if (!blocks_.AllocateBlock(BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode))) {
       return kFileRewrapNoBlock;
     }
-    if (!files_.Open()) return kFileRewrapNoWav;
+    if (const WAV_FILE_INFO* wav = files_.Open()) {
+      NameFile(wav);
+      return kFileRewrapNoWav;
+    }
     if (!blocks_.AllocateTrackBuffers()) return kFileRewrapNoTrackBuffer;
-    if (!IsPlannedClip(clip_, plan_, mxf_)) return kFileRewrapUnfit;
     clip_.ExpectScattered();
-    if (!rows_.Allocate()) return kFileRewrapNoTrackBuffer;
-    return files_.Check() == SourceState::kSound ? kSuccess
-                                                 : static_cast<std::int32_t>(kFileRewrapNoWav);
+    const JobFault fault = Prove();
+    return fault == kNoFault ? kSuccess : static_cast<std::int32_t>(kStageRewrapFileIo) + fault;
+  }
+
+  JobFault Prove() {
+    if (!clip_.Size()) return kClipFault;
+    if (clip_.Size() != mxf_.fileSize) return kClipChanged;
+    if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return fault;
+    if (!rows_.Allocate()) return kOutOfMemory;
+    const SourceCheck sources = files_.Check();
+    NameFile(sources.wav);
+    return sources.fault;
+  }
+
+  VerifyResult Failed(JobFault fault, const WAV_FILE_INFO* wav = nullptr) const {
+    NameFile(wav);
+    return {VerifyState::kFailed, {}, static_cast<std::int32_t>(kStageRewrapFileIo) + fault};
+  }
+
+  VerifyResult FailedAt(JobFault fault, std::uint32_t entryIndex) const {
+    tracks_.fault.frame = entryIndex;
+    return Failed(fault);
+  }
+
+  void NameFile(const WAV_FILE_INFO* wav) const {
+    if (wav == nullptr) return;
+    platform::CopyText(tracks_.fault.path, std::size(tracks_.fault.path), wav->filePath);
   }
 
   VerifyResult CompareFrame(std::uint32_t entryIndex) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     const ElementState state = rows_.Read(entryIndex);
-    if (state == ElementState::kFault) return Failed(kFileRewrapClipFault);
-    if (state != ElementState::kSound) return Failed(kFileRewrapUnfit);
-    blocks_.Take(entry, &samples_);
+    if (state != ElementState::kProven) return FailedAt(FaultOfFrame(state), entryIndex);
+    if (!blocks_.Take(entry, &samples_)) return Failed(kSourceFault);
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const VerifyResult compared = CompareValue(plan_.track[n], entryIndex, samples_[n]);
       if (compared.state != VerifyState::kSame) return compared;
@@ -94,9 +120,9 @@ class Verification {
   VerifyResult CompareValue(std::uint32_t track, std::uint32_t entryIndex,
                             const std::uint8_t* wanted) const {
     const auto value = LocateElementValue(mxf_, (*mxf_.indexEntries)[entryIndex], track);
-    if (!value) return Failed(kFileRewrapUnfit);
+    if (!value) return FailedAt(kMisplacedFrame, entryIndex);
     const std::uint8_t* found = rows_.At(value->fileOffset(), value->bytes());
-    if (found == nullptr) return Failed(kFileRewrapUnfit);
+    if (found == nullptr) return FailedAt(kMisplacedFrame, entryIndex);
     const std::uint8_t* end = wanted + value->bytes();
     const std::uint8_t* place = std::mismatch(wanted, end, found).first;
     if (place == end) return Same();
@@ -123,11 +149,17 @@ class Verification {
 
 VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
                           const MXF_BASE_INFO* mxf) {
+  const auto failed = [](JobFault fault) -> VerifyResult {
+    return {VerifyState::kFailed, {}, static_cast<std::int32_t>(kStageRewrapFileIo) + fault};
+  };
+  if (tracks != nullptr) BeginJob(tracks);
   RewrapPlan plan{};
-  if (const ArgumentFault fault = PlanRewrap(path, tracks, mxf, &plan)) {
-    return Failed(static_cast<std::int32_t>(kStageRewrapFileIo) + fault);
+  if (const JobFault fault = PlanRewrap(path, tracks, mxf, &plan)) return failed(fault);
+  try {
+    return Verification(plan, tracks, *mxf).Run(path);
+  } catch (const std::bad_alloc&) {
+    return failed(kOutOfMemory);
   }
-  return Verification(plan, tracks, *mxf).Run(path);
 }
 
 }  // namespace quorvan

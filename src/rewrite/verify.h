@@ -24,10 +24,12 @@ enum class VerifyState { kSame, kDiffers, kStopped, kFailed };
 struct VerifyResult {
   VerifyState state;
   SampleDifference difference;  // when it differs
-  std::int32_t code;            // when it failed: a RewrapFileIoCode
+  std::int32_t code;            // when it failed: a result of RewrapFileIo
 };
 
-// Takes the arguments of RewrapFileIo, only reads, and proves the same before it compares.
+// Takes the arguments of RewrapFileIo, only reads, and proves the same of each frame before it
+// compares the frame. A failure names its frame or file in `fault` as a rewrite does. Throws
+// nothing.
 VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
                           const MXF_BASE_INFO* mxf);
 

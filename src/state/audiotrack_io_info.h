@@ -9,6 +9,7 @@
 
 #include "mxf/records.h"
 #include "platform/file.h"
+#include "state/job_fault.h"
 
 namespace quorvan {
 
@@ -45,6 +46,18 @@ struct AUDIOTRACK_IO_INFO {
   std::atomic<std::uint32_t> currentFrame;  // frames done by the running job
   std::atomic<std::uint32_t> totalFrames;   // frames of the running job
   std::atomic<std::uint32_t> cancel;        // 1 asks the running job to stop
+  std::atomic<std::uint32_t> phase;         // JobPhase of the running job
+  std::uint8_t keepUmids;                   // 1 lets a rewrite leave 64-byte UMIDs as they are
+  std::uint8_t noFlush;                     // 1 lets a job end before its bytes are on the medium
+  UmidState umidState;                      // behind a rewrite
+  JOB_FAULT_INFO fault;                     // behind a job
 };
+
+// Forgets what the job before has left: phase, UMID state and fault. Every engine begins with it.
+inline void BeginJob(AUDIOTRACK_IO_INFO* tracks) {
+  tracks->phase = kPhaseProving;
+  tracks->umidState = kUmidsRenewed;
+  tracks->fault = {};
+}
 
 }  // namespace quorvan

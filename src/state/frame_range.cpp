@@ -14,14 +14,15 @@ bool HasRecords(const MXF_BASE_INFO* mxf) {
 
 }  // namespace
 
-ArgumentFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                             const MXF_BASE_INFO* mxf, const RangeFields& fields,
-                             FrameRange* range) {
+JobFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
+                        const MXF_BASE_INFO* mxf, const RangeFields& fields, FrameRange* range) {
   if (path == nullptr || *path == 0) return kNoPath;
   if (tracks == nullptr) return kNoTracks;
   if (!HasRecords(mxf)) return kNoRecords;
   const MXF_TIMECODE_INFO& timecode = *mxf->timecode;
+  if (!HasRange(timecode)) return kNoRange;
   if (timecode.rateIndex >= kRateCount) return kUnknownRate;
+  if (mxf->audio->sampleRate == 0 || mxf->audio->quantizationBits == 0) return kNoSampleFormat;
 
   const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
   const std::int64_t in = (tracks->*fields.in)[slot];
@@ -32,7 +33,7 @@ ArgumentFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tra
   if (total < (slot == 0 ? 1 : 0) || in < start || out > last) return kBadRange;
   range->firstEntry = static_cast<std::uint32_t>(in - start);
   range->total = static_cast<std::uint32_t>(total);
-  return kArgumentsSound;
+  return kNoFault;
 }
 
 bool IndexHolds(const FrameRange& range, const MXF_BASE_INFO& mxf) {

@@ -43,11 +43,11 @@ bool IsForeign(const std::uint8_t* fmt, std::size_t held) {
 // audio that is none, kSound when they agree or lead nowhere.
 SourceState CompareWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
   std::uint8_t chunk[kChunkHeaderBytes + kExtensibleBytes];
-  SourceState format = SourceState::kSound;
+  SourceState format = SourceState::kUsable;
   std::uint64_t at = kRiffHeaderBytes;
   for (int chunks = 0; chunks < kMostChunks; ++chunks) {
     const std::size_t held = file.ReadAt(at, chunk, sizeof chunk);
-    if (held < kChunkHeaderBytes) return SourceState::kSound;
+    if (held < kChunkHeaderBytes) return SourceState::kUsable;
     at += kChunkHeaderBytes;
     if (std::memcmp(chunk, "data", 4) == 0) {
       return at == wav.dataOffset ? format : SourceState::kChanged;
@@ -58,29 +58,43 @@ SourceState CompareWithChunks(const platform::File& file, const WAV_FILE_INFO& w
       const std::uint64_t bytes = std::min<std::uint64_t>(size, held - kChunkHeaderBytes);
       format = !IsFormatOf(fmt, wav)   ? SourceState::kChanged
                : IsForeign(fmt, bytes) ? SourceState::kNotPcm
-                                       : SourceState::kSound;
+                                       : SourceState::kUsable;
     }
     at += size + size % 2;
   }
-  return SourceState::kSound;
+  return SourceState::kUsable;
 }
 
 }  // namespace
 
+bool IsPcm(const WAV_FILE_INFO& wav) {
+  return wav.formatTag == kPcmTag || wav.formatTag == kExtensibleTag;
+}
+
+bool FitsClip(const WAV_FILE_INFO& wav, const MXF_AUDIO_INFO& audio) {
+  if (!IsPcm(wav)) return false;
+  const std::uint32_t held = std::uint32_t{wav.bytesPerChannelSample} * wav.channels;
+  if (wav.blockAlign == 0 || wav.channels == 0 || held != wav.blockAlign) return false;
+  const bool widened =
+      wav.bitsPerSample == 16 && wav.bytesPerChannelSample == 2 && audio.quantizationBits == 24;
+  return widened || wav.bytesPerChannelSample == audio.blockAlign;
+}
+
 SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav) {
   const auto size = file.Size();
   const auto times = file.Times();
-  if (!size || *size != wav.findData.size || !times ||
-      times->lastWrite != wav.findData.times.lastWrite) {
+  if (!size || !times) return SourceState::kUnreadable;
+  if (*size != wav.findData.size || times->lastWrite != wav.findData.times.lastWrite) {
     return SourceState::kChanged;
   }
   const SourceState chunks = CompareWithChunks(file, wav);
-  if (chunks != SourceState::kSound) return chunks;
+  if (file.Trouble() != platform::ReadTrouble::kNone) return SourceState::kUnreadable;
+  if (chunks != SourceState::kUsable) return chunks;
   if (wav.dataOffset > *size) return SourceState::kCutShort;
   const std::uint64_t rest = *size - wav.dataOffset;
   const bool unfinished = wav.dataSize < wav.blockAlign && rest >= wav.blockAlign;
   if (wav.dataSize > rest || unfinished) return SourceState::kCutShort;
-  return SourceState::kSound;
+  return SourceState::kUsable;
 }
 
 }  // namespace quorvan

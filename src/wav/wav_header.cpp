@@ -192,7 +192,40 @@ WavResult ScanTags(Scan* scan) {
   return kWavOk;
 }
 
-WavResult Evaluate(const Scan& scan) {
+constexpr std::uint32_t kSizeUnknown = 0xFFFFFFFF;
+
+// True when chunks, followed by their sizes, lead from `offset` exactly to the end of the file: an
+// empty data chunk with others behind it, not a stream.
+bool ChunksFollow(Scan* scan, std::uint64_t offset) {
+  constexpr int mostChunks = 4096;
+  constexpr std::size_t headerBytes = kTagBytes + kSizeBytes;
+  for (int chunks = 0; chunks < mostChunks && offset < scan->fileSize; ++chunks) {
+    const Bytes head = scan->window.At(offset, headerBytes);
+    const auto isPrintable = [](std::uint8_t letter) { return letter >= ' ' && letter <= '~'; };
+    if (head.size() < headerBytes ||
+        !std::all_of(head.begin(), head.begin() + kTagBytes, isPrintable)) {
+      return false;
+    }
+    const std::uint64_t size = LoadLittleEndian<std::uint32_t>(head.data() + kTagBytes);
+    offset += headerBytes + size + size % 2;
+  }
+  return offset == scan->fileSize || offset == scan->fileSize + 1;
+}
+
+// Bytes of audio up to the end of the file when the header states no size, whole sample frames.
+std::uint64_t StreamBytes(Scan* scan) {
+  const WAV_HEADER_INFO& header = *scan->header;
+  const std::uint64_t stated = header.isRF64 != 0 ? header.ds64DataSize : header.dataChunkSize;
+  const std::uint64_t unknown =
+      header.isRF64 != 0 ? std::numeric_limits<std::uint64_t>::max() : kSizeUnknown;
+  if (header.dataOffset >= scan->fileSize || (stated != 0 && stated != unknown)) return 0;
+  if (stated == 0 && ChunksFollow(scan, header.dataOffset)) return 0;
+  const std::uint64_t rest = scan->fileSize - header.dataOffset;
+  return rest - rest % header.blockAlign;
+}
+
+WavResult Evaluate(Scan* scanned) {
+  const Scan& scan = *scanned;
   if (scan.marks == 0) return kWavNotWave;
   WAV_HEADER_INFO* const header = scan.header;
   header->isRF64 = (scan.marks & Mark(kRf64)) != 0;
@@ -200,6 +233,7 @@ WavResult Evaluate(const Scan& scan) {
   const std::uint32_t required = header->isRF64 != 0 ? kRf64Marks : kRiffMarks;
   if ((scan.marks & required) != required) return kWavHeaderIncomplete;
   if (header->channels == 0 || header->blockAlign < header->channels) return kWavHeaderIncomplete;
+  header->streamBytes = StreamBytes(scanned);
   return kWavOk;
 }
 
@@ -284,16 +318,33 @@ std::uint64_t AddUpToLast(std::uint64_t a, std::uint64_t b) {
 
 }  // namespace
 
-WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header) {
+WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header,
+                        const std::atomic<std::uint32_t>* stop) {
   if (path == nullptr) return kWavNoPath;
   if (header == nullptr) return kWavNoRecord;
-  const platform::File file = platform::File::Open(path, platform::OpenMode::kReadAlone);
+  platform::File file = platform::File::Open(path, platform::OpenMode::kReadShared);
   if (!file.IsOpen()) return kWavCannotOpen;
+  file.StopOn(stop);
 
   const std::uint64_t fileSize = file.Size().value_or(0);
   Scan scan{ByteWindow(file), header, fileSize, fileSize, 0};
-  const WavResult result = ScanTags(&scan);
-  return result != kWavOk ? result : Evaluate(scan);
+  WavResult result = ScanTags(&scan);
+  if (result == kWavOk) result = Evaluate(&scan);
+  // The scan takes what it could not read for the end of the file.
+  switch (file.Trouble()) {
+    case platform::ReadTrouble::kNone:
+      break;
+    case platform::ReadTrouble::kFailed:
+      return kWavUnreadable;
+    case platform::ReadTrouble::kStopped:
+      return kWavStopped;
+  }
+  return result;
+}
+
+std::uint64_t AudioBytes(const WAV_HEADER_INFO& header) {
+  if (header.streamBytes != 0) return header.streamBytes;
+  return header.isRF64 != 0 ? header.ds64DataSize : header.dataChunkSize;
 }
 
 int ComputeWavPosition(WAV_HEADER_INFO* header, std::uint32_t rateIndex, std::uint32_t fpsIndex,
@@ -303,9 +354,7 @@ int ComputeWavPosition(WAV_HEADER_INFO* header, std::uint32_t rateIndex, std::ui
                                   ? 0
                                   : (static_cast<std::uint64_t>(header->timeReferenceHigh) << 32) |
                                         header->timeReferenceLow;
-  const std::uint64_t audioBytes =
-      header->isRF64 != 0 ? header->ds64DataSize : header->dataChunkSize;
-  header->samplePosition = {start, AddUpToLast(start, audioBytes / header->blockAlign)};
+  header->samplePosition = {start, AddUpToLast(start, AudioBytes(*header) / header->blockAlign)};
 
   const TimelinePlace startPlace = FindPlace(rateIndex, header->samplePosition[0]);
   TimelinePlace endPlace = FindPlace(rateIndex, header->samplePosition[1]);

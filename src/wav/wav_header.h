@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 
 namespace quorvan {
@@ -19,6 +20,13 @@ enum WavResult : int {
   kWavOtherSampleRate = 6,
   kWavTooManyBits = 7,
   kWavTooManyChannels = 8,
+  kWavNotPcm = 9,
+  kWavOtherWidth = 10,  // samples that cannot be copied into the clip
+  kWavCutShort = 11,    // the file ends before its audio does, or claims none though it has some
+  kWavChunksDiffer =
+      12,  // its chunks, followed by their sizes, lead to other audio than its letters
+  kWavUnreadable = 13,
+  kWavStopped = 94,
   kWavNoLibrary = 90,
   kWavAlreadyAdded = 91,
   kWavNotFound = 92,
@@ -44,6 +52,7 @@ struct WAV_HEADER_INFO {
   std::uint64_t dataOffset;     // file offset of the first audio byte
   std::uint32_t isRF64;         // 1 or 0
   std::uint32_t hasBext;        // 1 or 0
+  std::uint64_t streamBytes;  // bytes of audio up to the file's end when no size is stated, else 0
 
   std::uint32_t startsInLastHour;  // 1 when the start lies in hour 23, else 0
   std::uint32_t startFrame;        // frames since midnight
@@ -54,15 +63,23 @@ struct WAV_HEADER_INFO {
 };
 
 // Reads the header of the file at `path`, zero terminated, into `header`, which must be zeroed.
-// The file is open, shared with nobody, only during the call. Known tags are found wherever they
-// stand in front of the audio, whatever the sizes of unknown chunks claim; no byte behind the head
-// of the data chunk counts. Fields that a chunk is too short for stay as they are.
+// The file is open, shared with other readers, only during the call. Known tags are found wherever
+// they stand in front of the audio, whatever the sizes of unknown chunks claim; no byte behind the
+// head of the data chunk counts. Fields that a chunk is too short for stay as they are.
 //
-// Returns kWavOk; kWavNoPath and kWavNoRecord for null arguments; kWavCannotOpen; kWavNotWave when
-// the file does not begin with a known tag; kWavHeaderIncomplete when it ends behind a tag, lacks
-// one of RIFF or RF64, WAVE, ds64 (RF64 only), fmt and data, or has a sample of no bytes: no
-// channels, or fewer bytes in a block than channels.
-WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header);
+// A data chunk without a size, as a stream's header has it (FFFFFFFF, or 0 with bytes behind that
+// are no chunks), reaches to the end of the file. Once `*stop` is 1 the call comes to an end; null
+// for none.
+//
+// Returns kWavOk; kWavUnreadable; kWavStopped; kWavNoPath and kWavNoRecord for null arguments;
+// kWavCannotOpen; kWavNotWave when the file does not begin with a known tag; kWavHeaderIncomplete
+// when it ends behind a tag, lacks one of RIFF or RF64, WAVE, ds64 (RF64 only), fmt and data, or
+// has a sample of no bytes: no channels, or fewer bytes in a block than channels.
+WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header,
+                        const std::atomic<std::uint32_t>* stop = nullptr);
+
+// Bytes of audio that the file states, or that reach to its end.
+std::uint64_t AudioBytes(const WAV_HEADER_INFO& header);
 
 // Fills the second block of `header` from the first. `rateIndex` (0 to 7) gives the samples of a
 // frame, `fpsIndex` (0 to 4) and `dropFrame` the timecode in which the position wraps at midnight.

@@ -10,6 +10,7 @@
 #include "platform/text.h"
 #include "timecode/timecode.h"
 #include "wav/size_text.h"
+#include "wav/wav_check.h"
 
 namespace quorvan {
 namespace {
@@ -28,6 +29,18 @@ constexpr FailureText kFailureTexts[] = {
     {kWavOtherSampleRate, u"%s\n\nサンプル周波数が48kHzではありません。\nERR: %d"},
     {kWavTooManyBits, u"%s\n\nビットレートが対応していません。\nERR: %d"},
     {kWavTooManyChannels, u"%s\n\nこのファイルはマルチチャンネル形式のため読込めません。\nERR: %d"},
+    {kWavNotPcm, u"%s\n\nリニアPCM形式ではないため読込めません。\nERR: %d"},
+    {kWavOtherWidth,
+     u"%s\n\nサンプルビット数が対応していません。16bitまたは24bitのファイルをお使いください。\nERR:"
+     u" %d"},
+    {kWavCutShort,
+     u"%s\n\nヘッダーに記録された長さの音声がありません。書出しに失敗している可能性があります。\nER"
+     u"R: %d"},
+    {kWavChunksDiffer,
+     u"%s\n\nチャンクの構造が正しくないため、音声データの位置を特定できません。\nERR: %d"},
+    {kWavUnreadable,
+     u"%s\n\nファイルの読込み中にエラーが発生しました。接続デバイスを確認して下さい。\nERR: %d"},
+    {kWavStopped, u"%s\n\n読込みを中断しました。\nERR: %d"},
     {kWavNoLibrary, u"%s\n\nファイルをリンクに追加できません。\nERR: %d"},
     {kWavAlreadyAdded, u"%s\n\nすでに追加されています。\nERR: %d"},
     {kWavNotFound, u"%s\n\nファイルが見つかりません。\nERR: %d"},
@@ -69,7 +82,7 @@ void CopyHeader(const WAV_HEADER_INFO& header, WAV_FILE_INFO* entry) {
       header.channels > 1 ? static_cast<std::uint16_t>(header.blockAlign / header.channels)
                           : header.blockAlign;
   entry->bitsPerSample = header.bitsPerSample;
-  entry->dataSize = header.isRF64 != 0 ? header.ds64DataSize : header.dataChunkSize;
+  entry->dataSize = AudioBytes(header);
   entry->dataOffset = header.dataOffset;
   entry->samplePosition = header.samplePosition;
   entry->startFrame = header.startFrame;
@@ -148,33 +161,65 @@ void Append(WAV_FILE_INFO* head, WAV_FILE_INFO* entry) {
 
 }  // namespace
 
-WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf) {
-  if (head == nullptr || mxf.audio == nullptr || mxf.timecode == nullptr) return kWavNoLibrary;
-  if (path == nullptr) return kWavNoPath;
-  if (HasPath(*head, path)) return kWavAlreadyAdded;
+namespace {
 
-  WAV_HEADER_INFO header{};
-  WavResult result = ReadWavHeader(path, &header);
-  if (result == kWavOk) result = CheckAgainstMxf(header, *mxf.audio);
-  if (result != kWavOk) return result;
+// Whether a rewrite would take the file, which must be as it was when `entry` was filled.
+WavResult CheckForRewrite(const WAV_FILE_INFO& entry, const MXF_AUDIO_INFO& audio) {
+  const platform::File file = platform::File::Open(entry.filePath, platform::OpenMode::kReadShared);
+  if (!file.IsOpen()) return kWavCannotOpen;
+  switch (CheckSource(file, entry)) {
+    case SourceState::kUsable:
+      return FitsClip(entry, audio) ? kWavOk : IsPcm(entry) ? kWavOtherWidth : kWavNotPcm;
+    case SourceState::kNotPcm:
+      return kWavNotPcm;
+    case SourceState::kCutShort:
+      return kWavCutShort;
+    case SourceState::kChanged:
+      return kWavChunksDiffer;
+    case SourceState::kUnreadable:
+      return kWavUnreadable;
+  }
+  return kWavUnreadable;
+}
 
+WavResult AddToLibrary(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
+                       const std::atomic<std::uint32_t>* stop) {
   // A path cut to the field would name another file.
   const std::u16string_view pathText(path);
   const auto fileInfo = platform::QueryFileInfo(path);
   if (!fileInfo || pathText.size() >= kWavPathChars) return kWavNotFound;
-  WAV_FILE_INFO* const entry = new (std::nothrow) WAV_FILE_INFO{};
-  if (entry == nullptr) return kWavNoMemory;
+  WAV_HEADER_INFO header{};
+  WavResult result = ReadWavHeader(path, &header, stop);
+  if (result == kWavOk) result = CheckAgainstMxf(header, *mxf.audio);
+  if (result != kWavOk) return result;
 
+  std::unique_ptr<WAV_FILE_INFO> entry(new WAV_FILE_INFO{});
   const MXF_TIMECODE_INFO& timecode = *mxf.timecode;
   ComputeWavPosition(&header, timecode.rateIndex, timecode.fpsIndex, timecode.dropFrame);
-  CopyHeader(header, entry);
+  CopyHeader(header, entry.get());
   entry->findData = *fileInfo;
   platform::CopyText(entry->filePath, kWavPathChars, pathText);
   platform::CopyText(entry->fileName, kWavPathChars, platform::NameBehindSeparator(pathText));
-  FillSortKeys(entry);
-  FillColumns(entry, timecode);
-  Append(head, entry);
+  result = CheckForRewrite(*entry, *mxf.audio);
+  if (result != kWavOk) return result;
+  FillSortKeys(entry.get());
+  FillColumns(entry.get(), timecode);
+  Append(head, entry.release());
   return kWavOk;
+}
+
+}  // namespace
+
+WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
+                     const std::atomic<std::uint32_t>* stop) {
+  if (head == nullptr || mxf.audio == nullptr || mxf.timecode == nullptr) return kWavNoLibrary;
+  if (path == nullptr) return kWavNoPath;
+  if (HasPath(*head, path)) return kWavAlreadyAdded;
+  try {
+    return AddToLibrary(path, head, mxf, stop);
+  } catch (const std::bad_alloc&) {
+    return kWavNoMemory;
+  }
 }
 
 std::u16string WavFailureText(int code, std::u16string_view path) {

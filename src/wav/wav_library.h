@@ -83,11 +83,13 @@ using WavIndex = std::unique_ptr<WAV_FILE_INFO*[]>;
 // index has to be built anew afterwards.
 //
 // Returns kWavOk, or the reason of the refusal, and then leaves the list as it was: the results of
-// ReadWavHeader; kWavOtherSampleRate, kWavTooManyBits, kWavTooManyChannels; kWavNoLibrary without a
-// head or without the audio and timecode records; kWavAlreadyAdded for a path that an entry has,
-// letter for letter; kWavNotFound when the file is gone or its path does not fit the record;
-// kWavNoMemory.
-WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf);
+// ReadWavHeader, to which `stop` goes; kWavOtherSampleRate, kWavTooManyBits, kWavTooManyChannels;
+// kWavNotPcm, kWavOtherWidth, kWavCutShort and kWavChunksDiffer for a file that no rewrite would
+// take; kWavNoLibrary without a head or without the audio and timecode records; kWavAlreadyAdded
+// for a path that an entry has, letter for letter; kWavNotFound when there is no such file or its
+// path does not fit the record; kWavNoMemory. Throws nothing.
+WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
+                     const std::atomic<std::uint32_t>* stop = nullptr);
 
 // What the operator is told of a refusal: `code` is a WavResult or its number, `path` the full path
 // of the file. Empty for kWavOk and unknown codes.

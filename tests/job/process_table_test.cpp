@@ -4,63 +4,57 @@
 
 #include <limits>
 
+#include "mxf/analysis.h"
+
 namespace quorvan {
 namespace {
 
 constexpr std::u16string_view kFiller = u"エラーコード未定です。";
-constexpr std::uint32_t kStageCodes[] = {0,   100, 200,  300,  400,  500,  600,  700,
-                                         800, 900, 1000, 2000, 3000, 4000, 5000, 6000};
-
-TEST(FailureText, EndsEachRowWithItsLastText) {
+TEST(FailureText, HasAnswersForEveryResultOfEveryStageAndNoOther) {
+  // The last result of a row's own; behind it an engine's row has those from 15 to 31, an
+  // analysis's those of a file that cannot be read and of memory that is out.
   const struct {
     std::uint32_t code;
     std::int32_t last;
     std::u16string_view text;
   } kRows[] = {
-      {0, 2, u"MXF_BASE_INFOポインタが無効な値になっています。"},
-      {100, 101, u"ファイルハンドルが無効になっています。"},
-      {200, 207,
-       u"パーティションステータスがOPEN(未確定状態)になっているため情報が読み取れません。"},
+      {200, 209,
+       u"MXFバージョンが 1.2 または 1.3ではないため、このアプリケーションでは読込めません。"},
       {300, 308,
        u"MXFバージョンが 1.2 または 1.3ではないため、このアプリケーションでは読込めません。"},
       {400, 410, u"オーディオトラックがありません。"},
-      {500, 510, u"オーディオディスクリプターが見つかりません。"},
-      {600, 607,
-       u"デルタエントリー数が想定数26(映像1+TC1+音声24)を越えているため、処理ができません。"},
+      {500, 511, u"サンプルレートが48kHzになっていません。"},
+      {600, 609, u"SMPTEが定める5フレーム１セットのサンプルパターンが取得できません。"},
       {700, 708, u"5フレームシーケンスパターンがリストにありません。"},
       {800, 807, u"映像コーディングがテーブルにないか、対応していません。"},
       {900, 903, u"MXF_PARTITION_INFOポインタが無効になっています。"},
-      {1000, 1009, u"タイムコードエラーが検出されました。\r\nログファイルを作成しますか？"},
       {2000, 2014,
        u"UMIDのサイズが64バイトになっているため、現行バージョンでの新規生成ができません。"},
-      {3000, 3013,
-       u"BWFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認してください。"},
+      {3000, 3008,
+       u"BWFファイルの中に開けないファイルがあったため中断します。\nファイルを確認してください。"},
       {4000, 4009, u"MXFファイルのマッピングビューが作成できません。"},
       {5000, 5008,
-       u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。"},
-      {6000, 6008,
        u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。"},
   };
   for (const auto& row : kRows) {
     EXPECT_EQ(FailureText(row.code, row.last), row.text) << row.code;
-    EXPECT_EQ(FailureText(row.code, row.last + 1), kFiller) << row.code;
-    EXPECT_EQ(FailureText(row.code, static_cast<std::int32_t>(row.code)), kFiller) << row.code;
-  }
-}
-
-TEST(FailureText, FitsAMessageBufferAndHasNoGapButTheKnownOnes) {
-  for (const std::uint32_t code : kStageCodes) {
-    bool ended = false;
-    for (std::int32_t column = 1; column <= 14; ++column) {
-      const std::int32_t result = static_cast<std::int32_t>(code) + column;
-      const std::u16string_view text = FailureText(code, result);
-      EXPECT_LE(text.size(), 255U) << result;
-      const bool known =
-          (code == 0 && column == 2) || (code == 3000 && column >= 11 && column <= 13);
-      EXPECT_TRUE(!ended || known || text == kFiller) << result;
-      ended = ended || text == kFiller;
+    const auto base = static_cast<std::int32_t>(row.code);
+    const bool engine = row.code >= 2000;
+    for (std::int32_t column = 0; column <= 40; ++column) {
+      const std::u16string_view text = FailureText(row.code, base + column);
+      EXPECT_LE(text.size(), 255U) << base + column;
+      const bool own = column >= 1 && column <= row.last - base;
+      const bool shared = engine ? column >= kNothingOn && column <= kIndexUnfit
+                                 : column == kStageUnreadable || column == kStageNoMemory;
+      const bool odd = base + column == 3011;
+      EXPECT_EQ(text != kFiller, own || shared || odd) << base + column;
     }
   }
+  EXPECT_EQ(FailureText(2000, 2000 + kNothingOn), u"トラックスイッチが全てOFFになっています。");
+  EXPECT_EQ(FailureText(5000, 5000 + kNothingOn),
+            u"書出しトラックのON/OFFスイッチが全てOFFになっています。");
+  for (std::int32_t fault = kNothingOn; fault <= kIndexUnfit; ++fault)
+    EXPECT_NE(FailureText(6000, 4000 + fault), kFiller) << fault;
 }
 
 TEST(FailureText, FallsBackOutsideTheRows) {
@@ -69,7 +63,6 @@ TEST(FailureText, FallsBackOutsideTheRows) {
   EXPECT_EQ(FailureText(4000, 2014), kFiller);
   EXPECT_EQ(FailureText(6000, 4010), kFiller);
   EXPECT_EQ(FailureText(6000, 4000), kFiller);
-  EXPECT_EQ(FailureText(2000, 2015), kFiller);
   EXPECT_EQ(FailureText(2000, 1999), kFiller);
   EXPECT_EQ(FailureText(150, 151), kFiller);
   EXPECT_EQ(FailureText(100, std::numeric_limits<std::int32_t>::min()), kFiller);
@@ -103,6 +96,9 @@ TEST(Messages, NameTheClipTheReasonAndTheMethod) {
   EXPECT_EQ(ContinuityFailureMessage(u"A.mxf", 1000, 1012),
             u"A.mxf\n\nこのファイルはロードできません。\n\nエラーコード未定です。"
             u"\n\nsection: Timecode continuity check\nERR: 1012");
+  EXPECT_NE(
+      LoadFailureMessage(u"/A.mxf", 500, 510, 0, true).find(u"サンプルビット数が対応していません"),
+      std::u16string::npos);
   EXPECT_EQ(AnalysisStoppedMessage(u"/A.mxf"),
             u"A.mxf\n\n解析を中断しました。\nこのままロードしますか？");
   EXPECT_EQ(JobDoneMessage(u"/A.mxf", kExportJob, 1),
@@ -112,6 +108,37 @@ TEST(Messages, NameTheClipTheReasonAndTheMethod) {
   EXPECT_EQ(JobFailureMessage(u"/A.mxf", kRewriteJob, JobProcessCode(kRewriteJob, 7), 3005, 7),
             u"A.mxf\n\nラッピング中にエラーが発生しました。\nIN / OUT "
             u"タイムコードが不適切な値になっています。\n\n\tERR: 3005  process: Generic File I/O");
+}
+
+// How much of the clip has changed, and which frame and file are at fault.
+TEST(Messages, SayWhatWasWritten) {
+  AUDIOTRACK_IO_INFO tracks{};
+  MXF_TIMECODE_INFO timecode{};
+  timecode.fpsIndex = 1;
+  timecode.startFrames = 90000;
+  tracks.inFrame = {90010, 90010};
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 2018), u"\n\nMXFファイルには何も書込んでいません。");
+  tracks.fault.framesBegun = 5;
+  const std::u16string written =
+      u"\n\n01:00:00:10 から 01:00:00:14 までの音声は書換えられている可能性があります。";
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 2024), written + u"\nUMIDは元のままです。");
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 3027), written);
+  EXPECT_EQ(FaultDetails(tracks.fault, timecode), u"");
+  tracks.fault.frame = 3;
+  std::u16string(u"/a/b.wav").copy(tracks.fault.path, 9);
+  EXPECT_EQ(FaultDetails(tracks.fault, timecode),
+            u"\n\nファイル: /a/b.wav\n\nフレーム: 01:00:00:03 (3)");
+}
+
+TEST(Messages, TellWhichUmidsTheClipHolds) {
+  EXPECT_EQ(
+      JobNoticeMessage(u"/A.mxf", kUmidsKept),
+      u"A.mxf\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了し"
+      u"ていますので、同時に作成されたログテキストをご覧ください。");
+  for (const UmidState state : {kUmidsOld, kUmidsMixed, kUmidsUndated, kUmidsUnknown}) {
+    const std::u16string text = JobNoticeMessage(u"/A.mxf", state);
+    EXPECT_NE(text.find(UmidStateText(state)), std::u16string::npos);
+  }
 }
 
 }  // namespace

@@ -106,7 +106,8 @@ TEST(Worker, TellsWhyAJobHasFailed) {
   EXPECT_EQ(
       umid.text,
       u"clip.mxf\n\nラッピング中にエラーが発生しました。\nUMIDのサイズが64バイトになっているた"
-      u"め、現行バージョンでの新規生成ができません。\n\n\tERR: 2014  process: Generic File I/O");
+      u"め、現行バージョンでの新規生成ができません。\n\n\tERR: 2014  process: Generic File I/O"
+      u"\n\nMXFファイルには何も書込んでいません。");
 
   std::filesystem::remove(platform::ToUtf8(clip.path));
   const Received lost = face.Run(kLoudnessJob);
@@ -184,17 +185,26 @@ TEST(Worker, TellsWhyAClipIsNotLoaded) {
       u"Mapping");
 }
 
+// The check can be left out by the operator; a clip whose analysis was stopped cannot be loaded.
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
-  LoadedClip clip(LongClip(6000));
-  Face face(&clip);
-  std::atomic<bool> ended = false;
-  face.whenTold = [&](const JobReport& report) { ended = report.message != JOB_MSG_PHASE; };
-  const Received& told = face.Run(kAnalysisJob, [&] {
-    while (!ended)
-      clip.app.mxf.timecode.stopRequest = 1;
-  });
-  EXPECT_EQ(told.result, kCancelled);
-  EXPECT_EQ(told.text, u"clip.mxf\n\n解析を中断しました。\nこのままロードしますか？");
+  for (const bool inCheck : {true, false}) {
+    LoadedClip clip(LongClip(6000));
+    Face face(&clip);
+    std::atomic<bool> ended = false;
+    std::atomic<bool> asks = !inCheck;
+    face.whenTold = [&](const JobReport& report) {
+      asks = true;
+      ended = report.message != JOB_MSG_PHASE;
+    };
+    const Received& told = face.Run(kAnalysisJob, [&] {
+      while (!ended) {
+        if (asks) clip.app.mxf.timecode.stopRequest = 1;
+      }
+    });
+    EXPECT_EQ(told.result, kCancelled);
+    const std::u16string text = u"clip.mxf\n\n解析を中断しました。";
+    EXPECT_EQ(told.text, inCheck ? text + u"\nこのままロードしますか？" : text);
+  }
 }
 
 TEST(StageText, FollowsTheStageUntilItIsStopped) {

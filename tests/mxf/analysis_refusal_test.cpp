@@ -292,11 +292,12 @@ TEST(AnalysisWithoutMemory, EndsWithTheCodeOfItsStage) {
     results.push_back(AnalyzeMxfFile(&file, &records.base));
   } while (AllocationFailed());
   FailAllocation(0);
-  // Raw entries, table, preface, identification, content storage, essence container data, ...
-  ASSERT_GT(results.size(), 8u);
-  EXPECT_EQ(std::vector(results.begin(), results.begin() + 7),
-            (std::vector<std::int32_t>{205, 206, 305, 0, 702, 802, 405}));
-  EXPECT_EQ(results[results.size() - 2], 608);
+  ASSERT_GT(results.size(), 20u);
+  for (std::size_t i = 0; i + 1 < results.size(); ++i) {
+    const std::int32_t column = results[i] % 100;
+    const bool own = results[i] == 205 || results[i] == 206 || results[i] == 305;
+    EXPECT_TRUE(own || column == kStageNoMemory) << results[i] << " for allocation " << i + 1;
+  }
   EXPECT_EQ(results.back(), 0);
 }
 

@@ -182,19 +182,43 @@ TEST(Analysis, CountsOneHourOnWhenTheClipStartsInTheLastHour) {
   EXPECT_EQ(t.lastFrames, 49u);
 }
 
-TEST(Analysis, KeepsWhatTheFileDoesNotTell) {
-  ClipSpec spec;
-  spec.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kSampleRate,
+// What a file does not tell is unknown, whatever the file before told.
+TEST(Analysis, InheritsNothingFromTheFileBefore) {
+  ClipSpec mute;
+  mute.timecodeTracks = 0;
+  mute.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kSampleRate,
               {0, 0, 0xBB, 0x80, 0, 0, 3, 0xE9});
+  mute.RemoveTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits);
+  ClipSpec other;
+  other.start = {23, 0, 0, 0};
+  other.dropFrame = true;
+  other.rate = Rate::k29_97;
+  other.dataTrack = other.dataElement = true;
+  const TempFolder folder;
+  MxfRecords records;
+  for (const ClipSpec& spec : {other, mute}) {
+    auto file = platform::File::Open(folder.Write("clip.mxf", BuildClip(spec).bytes),
+                                     platform::OpenMode::kReadAlone);
+    ASSERT_EQ(AnalyzeMxfFile(&file, &records.base), 0);
+    EXPECT_EQ(HasRange(records.timecode), &spec != &mute && spec.timecodeTracks == 1);
+  }
+  const MXF_TIMECODE_INFO& timecode = records.timecode;
+  EXPECT_EQ(timecode.rateIndex, kUnknownRateIndex);
+  EXPECT_EQ(timecode.fpsIndex, kUnknownFpsIndex);
+  EXPECT_EQ(timecode.startHour23, 0u);
+  EXPECT_EQ(timecode.startFrames + timecode.duration + timecode.dropFrame, 0u);
+  EXPECT_EQ(records.audio.quantizationBits, 0u);
+  EXPECT_EQ(records.base.hasAncillaryData, 0u);
+}
+
+TEST(Analysis, KnowsNoRangeOnATimecodeBaseThatIsNone) {
+  ClipSpec spec;
   spec.SetTag(SetKind::kTimecodeComponent, 0, tag::kRoundedTimecodeBase, Big16(48));
   Analysed analysed;
-  analysed.records.timecode.rateIndex = 1;
-  analysed.records.timecode.fpsIndex = 3;
   ASSERT_TRUE(Analyse(BuildClip(spec).bytes, &analysed));
   EXPECT_EQ(analysed.result, 0);
-  EXPECT_EQ(analysed.records.timecode.rateIndex, 1u);
-  EXPECT_EQ(analysed.records.timecode.fpsIndex, 3u);
   EXPECT_EQ(analysed.records.timecode.roundedBase, 48u);
+  EXPECT_FALSE(HasRange(analysed.records.timecode));
 }
 
 TEST(Analysis, PassesFormsThatOnlyLookWrong) {

@@ -6,6 +6,7 @@
 #include <csignal>
 
 #include "mxf/continuity.h"
+#include "platform/fault_seam.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "report/report_text.h"
@@ -149,30 +150,30 @@ TEST(RewrapLog, StandsBesideTheClipAndReplacesOnlyItsPredecessor) {
   LoadedClip clip{ClipSpec()};
   APP_STATE_INFO& app = clip.app.info;
   const auto log = clip.folder.Path() / "clip_LOG.txt";
-  std::u16string path;
   std::uint32_t error = 0;
   // A link of the log's name that leads to the clip.
   std::filesystem::create_symlink(clip.folder.Path() / "clip.mxf", log);
-  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
-  EXPECT_EQ(platform::ToUtf8(path), log.string());
+  ASSERT_TRUE(WriteRewrapLog(&app, {}, &error));
+  EXPECT_EQ(platform::ToUtf8(RewrapLogPath(app.mxfPath)), log.string());
   EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   EXPECT_FALSE(std::filesystem::is_symlink(log));
   EXPECT_GT(app.jobEndTime.year, 2000);
   const std::string first = Text(log);
   EXPECT_EQ(first.find("再ラップ処理ログ"), 0u);
   EXPECT_NE(first.find("\r\n処理終了: "), std::string::npos);
-  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
+  ASSERT_TRUE(WriteRewrapLog(&app, {}, &error));
   EXPECT_EQ(Text(log).size(), first.size());
   const std::filesystem::directory_iterator files(clip.folder.Path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "something was left behind";
 
   PutPath(clip.folder.PathOf("a.b/clip"), &clip);
-  EXPECT_FALSE(WriteRewrapLog(&app, &path, &error));
+  EXPECT_FALSE(WriteRewrapLog(&app, {}, &error));
   EXPECT_EQ(RewrapLogFailureMessage(app.mxfPath, error),
             u"clip\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\n"
             u"ERR: 2");
   std::filesystem::create_directory(clip.folder.Path() / "a.b");
-  ASSERT_TRUE(WriteRewrapLog(&app, &path, &error));
+  ASSERT_TRUE(WriteRewrapLog(&app, {}, &error));
+  const std::u16string path = RewrapLogPath(app.mxfPath);
   EXPECT_EQ(path, clip.folder.PathOf("a.b/clip_LOG.txt"));
   EXPECT_EQ(RewrapCompletionMessage(app.mxfPath, path),
             u"再ラップ処理が完了しました。\n詳細ログをMXFファイルと同じ場所に作成しましたのでご確"
@@ -194,9 +195,36 @@ TEST(Logs, NeverTakeThePlaceOfTheClipOrASource) {
   EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   Add(&clip, "clip_LOG.txt", WavSpec());
   const std::string source = Text(clip.folder.Path() / "clip_LOG.txt");
-  std::u16string path;
-  EXPECT_FALSE(WriteRewrapLog(&clip.app.info, &path, &error));
+  EXPECT_FALSE(WriteRewrapLog(&clip.app.info, {}, &error));
   EXPECT_EQ(Text(clip.folder.Path() / "clip_LOG.txt"), source);
+  // Nor of anything else that begins as MXF or RIFF.
+  for (const char* start : {"\x06\x0E\x2B\x34", "RIFF", "RF64"}) {
+    const std::u16string other = clip.folder.Write("other", Bytes(start, start + 4));
+    EXPECT_FALSE(WriteTimecodeLog(other, clip.app.info, &error));
+    EXPECT_EQ(ReadAll(clip.folder.Path() / "other").size(), 4u);
+  }
+}
+
+// A folder that takes no new file, with a longer log in it; and a clip whose log can have no name.
+TEST(Logs, AreOverwrittenInPlaceWhereNoFileCanBeMade) {
+  LoadedClip clip{ClipSpec()};
+  APP_STATE_INFO& app = clip.app.info;
+  const auto log = clip.folder.Path() / "clip_LOG.txt";
+  ASSERT_TRUE(WriteBytes(log, Bytes(100000, 1)));
+  platform::SetFaultSeam([](platform::SystemCall call) {
+    static int opens = 0;
+    const bool first = call == platform::SystemCall::kOpen && ++opens == 2;
+    return first ? platform::CallOutcome::kFails : platform::CallOutcome::kAsEver;
+  });
+  std::uint32_t error = 0;
+  const bool written = WriteRewrapLog(&app, u"notice", &error);
+  platform::SetFaultSeam(nullptr);
+  ASSERT_TRUE(written);
+  const std::string text = Text(log);
+  EXPECT_EQ(text.find('\x01'), std::string::npos);
+  EXPECT_TRUE(text.ends_with("\r\n[ UMID ]\r\nnotice\r\n"));
+  EXPECT_TRUE(CanHaveRewrapLog(app.mxfPath));
+  EXPECT_FALSE(CanHaveRewrapLog(clip.folder.PathOf(std::string(250, 'a') + ".mxf")));
 }
 
 TEST(Logs, ComeWholeOrNotAtAll) {
@@ -288,7 +316,7 @@ TEST(TimecodeLog, ListsEveryBreak) {
             "この数値が全フレームと同じかそれに近い場合、エレメントが壊れている可能性があります。"
             "\r\n\r\n#       発生場所     再開ＴＣ     積算         状態\r\n"
             "     0  10:00:00.00  10:00:00.10  00:00:00.00  inc\r\n"
-            "     1  --:--:--.--  23:59:59.58  00:00:00.04  dec\r\n"
+            "     1  24:00:00.00  23:59:59.58  00:00:00.04  dec\r\n"
             "     2  00:00:00.14  00:00:00.14  00:19:27.52  still\r\n"
             "     3  00:00:00.14  --:--:--.--  00:00:00.06  **\r\n");
 }

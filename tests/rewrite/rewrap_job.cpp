@@ -73,7 +73,7 @@ void RewrapJob::FillTrack(std::uint32_t track, const WavSpec* wav, std::uint32_t
   }
 }
 
-Bytes RewrapJob::Expected(bool renewed) const {
+Bytes RewrapJob::ExpectedAudio() const {
   Bytes expected = clip.bytes;
   for (const Source& source : sources_) {
     for (std::uint32_t c = 0; c < source.wav.channels; ++c) {
@@ -82,7 +82,11 @@ Bytes RewrapJob::Expected(bool renewed) const {
   }
   for (const std::uint32_t track : silent_)
     FillTrack(track, nullptr, 0, &expected);
+  return expected;
+}
 
+Bytes RewrapJob::Expected(bool renewed) const {
+  Bytes expected = ExpectedAudio();
   const Bytes now = Now();
   EXPECT_EQ(now.size(), expected.size());
   if (now.size() != expected.size()) return expected;

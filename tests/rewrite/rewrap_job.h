@@ -36,7 +36,10 @@ class RewrapJob : public LoadedClip {
 
   std::int32_t Run() { return Engine()(path.c_str(), &app.tracks, app.info.mxf); }
 
-  // The original with the wanted audio in the wanted frames. UMIDs and stamps are taken over from
+  // The original with the wanted audio in the wanted frames.
+  Bytes ExpectedAudio() const;
+
+  // The same as the whole file has to be. UMIDs and stamps are taken over from
   // the file as it is now, after a check that each is renewed or, with `renewed` false, not.
   Bytes Expected(bool renewed = true) const;
 

@@ -15,7 +15,6 @@ namespace quorvan {
 namespace {
 
 using namespace test;
-using Umid = std::array<std::uint8_t, kUmidBytes>;
 
 TEST(Umid, KeepsWhatKindOfMaterialItNames) {
   Umid old{};
@@ -39,103 +38,127 @@ TEST(Umid, ShowsAsUpperCaseHexadecimals) {
   EXPECT_LT(UmidToHexText(umid.data(), nullptr), 0);
 }
 
-class RegenerateUmidTest : public ::testing::Test {
+class ClipIdentityTest : public ::testing::Test {
  protected:
+  // Analyses a clip of these bytes and opens it for writing.
   void Open(const Bytes& bytes) {
     file_.Close();
     path_ = folder_.Write("clip.mxf", bytes);
+    file_ = platform::File::Open(path_, platform::OpenMode::kReadAlone);
+    ASSERT_EQ(AnalyzeMxfFile(&file_, &records_.base), 0);
+    file_ = {};
     file_ = platform::File::Open(path_, platform::OpenMode::kRewrite);
   }
+
+  UmidState Renew() {
+    ClipIdentity identity(&file_, &records_.base);
+    EXPECT_EQ(identity.Locate(), kNoFault);
+    identity.Renew();
+    return identity.ReadBack();
+  }
+
   // Offsets of a UMID in the file.
-  std::vector<std::size_t> Places(const Umid& umid) const {
+  std::vector<std::uint64_t> Places(const Umid& umid) const {
     const Bytes bytes = ReadAll(path_);
-    std::vector<std::size_t> places;
+    std::vector<std::uint64_t> places;
     for (auto at = bytes.begin();; ++at) {
       at = std::search(at, bytes.end(), umid.begin(), umid.end());
       if (at == bytes.end()) return places;
-      places.push_back(static_cast<std::size_t>(at - bytes.begin()));
+      places.push_back(static_cast<std::uint64_t>(at - bytes.begin()));
     }
   }
 
   TempFolder folder_;
   std::u16string path_;
   platform::File file_;
+  MxfRecords records_;
 };
 
-TEST_F(RegenerateUmidTest, ReplacesEveryPlaceThatStartsBelowTheLimit) {
-  constexpr std::size_t block = std::size_t{1} << 20;
-  const std::size_t places[] = {0, 40, 72, block - 16, block + 20, 2 * block - 1, 2 * block + 31};
-  Bytes bytes(2 * block + 100);
-  for (const std::size_t place : places)
-    Patch(bytes, place, {kMaterialUmid.begin(), kMaterialUmid.end()});
-  Open(bytes);
-  Umid umid = kMaterialUmid;
-  EXPECT_EQ(RegenerateUmid(&file_, PackageKind::kMaterial, &umid, 2 * block), 405);
-  EXPECT_EQ(umid, kMaterialUmid) << "kept when the set is missing";
-  EXPECT_EQ(Places(kMaterialUmid), (std::vector<std::size_t>{2 * block + 31}));
-  const Bytes now = ReadAll(path_);
-  std::copy_n(now.begin() + 40, kUmidBytes, umid.begin());
-  EXPECT_EQ(Places(umid), (std::vector<std::size_t>(std::begin(places), std::end(places) - 1)));
-}
-
-TEST_F(RegenerateUmidTest, StampsItsPackageWithTheLocalTime) {
-  const Clip clip = BuildClip(ClipSpec());
-  Open(clip.bytes);
-  Umid umid = kSourceUmid;
-  const platform::CalendarTime before = platform::LocalTimeNow();
-  ASSERT_EQ(RegenerateUmid(&file_, PackageKind::kSource, &umid, clip.layout.headerByteCount), 0);
-  const Bytes now = ReadAll(path_);
-  const std::uint64_t stamp =
-      clip.layout.TagValueOffset(SetKind::kSourcePackage, tag::kPackageModifiedDate);
-  EXPECT_EQ(now[stamp] << 8 | now[stamp + 1], before.year);
-  EXPECT_EQ(now[stamp + 2], before.month);
-  EXPECT_EQ(now[stamp + 7], before.dayOfWeek);
-  EXPECT_EQ(Places(umid).size(), clip.layout.sourceUmids.size());
-  EXPECT_EQ(Places(kMaterialUmid).size(), clip.layout.materialUmids.size());
-}
-
-TEST_F(RegenerateUmidTest, KeepsWhatBothPackagesShare) {
+// In every item of a set, to the last bytes that the pack's length and HeaderByteCount lead to, and
+// nowhere else: not in the fill, and not in the essence.
+TEST_F(ClipIdentityTest, ReplacesEveryReferenceInTheMetadataAndNothingElse) {
   ClipSpec spec;
   Clip clip = BuildClip(spec);
+  const Bytes umid(kSourceUmid.begin(), kSourceUmid.end());
+  // A set in the last KAG of the header metadata that refers to the package.
+  const std::uint64_t end = clip.layout.partitions[0].essenceOffset;
+  const std::uint64_t set = end - 20 - 4 - 32;
+  Bytes klv = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x53, 0x01, 0x01, 0x0D, 0x01,
+               0x01, 0x01, 0x01, 0x01, 0x11, 0x00, 0x83, 0,    0,    36};
+  klv.insert(klv.end(), {0x11, 0x01, 0x00, 0x20});
+  klv.insert(klv.end(), umid.begin(), umid.end());
+  // The fill in front of it gives way.
+  const SetPlace& last = clip.layout.sets.back();
+  const std::uint64_t fill = last.klv.value + last.klv.valueBytes;
+  const std::uint64_t fillLength = set - fill - 20;
+  Patch(clip.bytes, fill + 17,
+        {static_cast<std::uint8_t>(fillLength >> 16), static_cast<std::uint8_t>(fillLength >> 8),
+         static_cast<std::uint8_t>(fillLength)});
+  Patch(clip.bytes, set, klv);
+  Patch(clip.bytes, fill + 24, umid);  // in the fill: no item
+  Patch(clip.bytes, clip.layout.frames[1].picture.value, umid);
+  Open(clip.bytes);
+  EXPECT_EQ(Renew(), kUmidsRenewed);
+  std::vector<std::uint64_t> renewed = clip.layout.sourceUmids;
+  renewed.push_back(set + 24);
+  EXPECT_EQ(Places(records_.base.sourceUmid), renewed);
+  EXPECT_EQ(Places(kSourceUmid),
+            (std::vector<std::uint64_t>{fill + 24, clip.layout.frames[1].picture.value}));
+  EXPECT_EQ(Places(records_.base.materialUmid), clip.layout.materialUmids);
+}
+
+TEST_F(ClipIdentityTest, StampsBothPackagesWithTheLocalTime) {
+  const Clip clip = BuildClip(ClipSpec());
+  Open(clip.bytes);
+  const platform::CalendarTime before = platform::LocalTimeNow();
+  EXPECT_EQ(Renew(), kUmidsRenewed);
+  const Bytes now = ReadAll(path_);
+  for (const SetKind kind : {SetKind::kMaterialPackage, SetKind::kSourcePackage}) {
+    const std::uint64_t stamp = clip.layout.TagValueOffset(kind, tag::kPackageModifiedDate);
+    EXPECT_EQ(now[stamp] << 8 | now[stamp + 1], before.year);
+    EXPECT_EQ(now[stamp + 2], before.month);
+    EXPECT_EQ(now[stamp + 7], before.dayOfWeek);
+  }
+}
+
+TEST_F(ClipIdentityTest, KeepsWhatBothPackagesShare) {
+  Clip clip = BuildClip(ClipSpec());
   for (const std::uint64_t place : clip.layout.sourceUmids)
     Patch(clip.bytes, place, {kMaterialUmid.begin(), kMaterialUmid.end()});
   Open(clip.bytes);
-  MxfRecords records;
-  ASSERT_EQ(AnalyzeMxfFile(&file_, &records.base), 0);
-  file_ = platform::File::Open(path_, platform::OpenMode::kRewrite);
-  ASSERT_TRUE(RenewUmids(&file_, &records.base));
-  EXPECT_EQ(records.base.materialUmid, records.base.sourceUmid);
-  EXPECT_EQ(Places(records.base.sourceUmid).size(),
+  EXPECT_EQ(Renew(), kUmidsRenewed);
+  EXPECT_EQ(records_.base.materialUmid, records_.base.sourceUmid);
+  EXPECT_EQ(Places(records_.base.sourceUmid).size(),
             clip.layout.materialUmids.size() + clip.layout.sourceUmids.size());
 }
 
-TEST_F(RegenerateUmidTest, WritesNoStampWhereItDoesNotFit) {
+TEST_F(ClipIdentityTest, WritesNoStampWhereItDoesNotFit) {
   for (const bool removed : {false, true}) {
     ClipSpec spec;
     spec.SetTag(SetKind::kMaterialPackage, 0, tag::kPackageModifiedDate, Bytes(7, 1));
+    spec.RemoveTag(SetKind::kSourcePackage, 0, tag::kPackageModifiedDate);
     if (removed) spec.RemoveTag(SetKind::kMaterialPackage, 0, tag::kPackageModifiedDate);
     const Clip clip = BuildClip(spec);
     Open(clip.bytes);
-    Umid umid = kMaterialUmid;
-    ASSERT_EQ(RegenerateUmid(&file_, PackageKind::kMaterial, &umid, clip.layout.headerByteCount),
-              0);
+    EXPECT_EQ(Renew(), kUmidsRenewed);
     Bytes now = ReadAll(path_);
-    for (const std::uint64_t place : clip.layout.materialUmids) {
+    for (const std::uint64_t place : clip.layout.materialUmids)
       Patch(now, place, {kMaterialUmid.begin(), kMaterialUmid.end()});
-    }
+    for (const std::uint64_t place : clip.layout.sourceUmids)
+      Patch(now, place, {kSourceUmid.begin(), kSourceUmid.end()});
     EXPECT_TRUE(now == clip.bytes);
   }
 }
 
-TEST_F(RegenerateUmidTest, FailsWithoutRightsOrArguments) {
-  const Clip clip = BuildClip(ClipSpec());
-  Open(clip.bytes);
-  EXPECT_LT(RegenerateUmid(&file_, PackageKind::kMaterial, nullptr, 9999), 0);
+TEST_F(ClipIdentityTest, TellsThatNothingCouldBeWritten) {
+  Open(BuildClip(ClipSpec()).bytes);
   file_ = {};
   file_ = platform::File::Open(path_, platform::OpenMode::kReadAlone);
+  EXPECT_EQ(Renew(), kUmidsOld);
+  EXPECT_EQ(records_.base.materialUmid, kMaterialUmid);
   Umid umid = kMaterialUmid;
-  EXPECT_LT(RegenerateUmid(&file_, PackageKind::kMaterial, &umid, 9999), 0);
-  EXPECT_EQ(umid, kMaterialUmid);
+  EXPECT_LT(RegenerateUmid(nullptr, &umid, {}, {}), 0);
+  EXPECT_LT(RegenerateUmid(&file_, nullptr, {}, {}), 0);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ class TrackAssignment : public ::testing::Test {
   TrackAssignment() {
     state_.mxf.audio.sampleRate = 48000;
     state_.mxf.audio.quantizationBits = 24;
+    state_.mxf.audio.blockAlign = 3;
     UseTracks(8);
     app_.libraryView = 1;
   }

@@ -1,25 +1,37 @@
 #include "support/failing_memory.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdlib>
 #include <new>
 
 namespace quorvan::test {
 namespace {
 
-thread_local int countdown = 0;
-thread_local bool failed = false;
+std::atomic<int> countdown = 0;
+std::atomic<bool> failed = false;
 
 bool FailsNow() {
-  if (countdown == 0 || --countdown > 0) return false;
+  if (countdown.load(std::memory_order_relaxed) <= 0 || countdown.fetch_sub(1) != 1) return false;
   failed = true;
   return true;
+}
+
+void* Allocate(std::size_t size) noexcept {
+  return FailsNow() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
+void* AllocateOrThrow(std::size_t size) {
+  void* memory = Allocate(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
 }
 
 }  // namespace
 
 void FailAllocation(int nth) {
-  countdown = nth;
   failed = false;
+  countdown = nth;
 }
 
 bool AllocationFailed() {
@@ -28,21 +40,28 @@ bool AllocationFailed() {
 
 }  // namespace quorvan::test
 
-// The program's own forms in place of the library's; what they give is freed as ever.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (quorvan::test::FailsNow()) return nullptr;
-  try {
-    return ::operator new(size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+// The program's own forms in place of the library's.
+void* operator new(std::size_t size) {
+  return quorvan::test::AllocateOrThrow(size);
 }
-
+void* operator new[](std::size_t size) {
+  return quorvan::test::AllocateOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return quorvan::test::Allocate(size);
+}
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  if (quorvan::test::FailsNow()) return nullptr;
-  try {
-    return ::operator new[](size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
+  return quorvan::test::Allocate(size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  std::free(memory);
 }

@@ -4,8 +4,8 @@
 
 namespace quorvan::test {
 
-// From now on the `nth` allocation of this thread by new (std::nothrow) fails, from 1, and no
-// other. 0 lets all succeed.
+// From now on the `nth` allocation by new, from 1, on whatever thread, fails, and no other. 0 lets
+// all succeed.
 void FailAllocation(int nth);
 
 // Whether that allocation has come to pass.

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <thread>
+
 #include <string>
 #include <vector>
 
@@ -186,16 +190,51 @@ TEST_F(WavHeader, AKnownChunkThatClaimsMoreThanTheFileSwallowsTheRest) {
   EXPECT_EQ(Read(spec), kWavHeaderIncomplete);
 }
 
-TEST_F(WavHeader, RefusesNullArgumentsAndFilesThatCannotBeHadAlone) {
+TEST_F(WavHeader, RefusesNullArgumentsAndFilesThatAreWritten) {
   const std::u16string path = folder_.Write("held.wav", BuildWav({}).bytes);
   EXPECT_EQ(ReadWavHeader(nullptr, &header_), kWavNoPath);
   EXPECT_EQ(ReadWavHeader(path.c_str(), nullptr), kWavNoRecord);
   EXPECT_EQ(ReadWavHeader(folder_.PathOf("none.wav").c_str(), &header_), kWavCannotOpen);
-  platform::File held = platform::File::Open(path, platform::OpenMode::kReadShared);
+  platform::File reader = platform::File::Open(path, platform::OpenMode::kReadShared);
+  EXPECT_EQ(ReadWavHeader(path.c_str(), &header_), kWavOk) << "another program reads it, too";
+  reader.Close();
+  platform::File held = platform::File::Open(path, platform::OpenMode::kRewrite);
   ASSERT_TRUE(held.IsOpen());
   EXPECT_EQ(ReadWavHeader(path.c_str(), &header_), kWavCannotOpen);
   held.Close();
   EXPECT_EQ(ReadWavHeader(path.c_str(), &header_), kWavOk);
+}
+
+TEST_F(WavHeader, ReadsAStreamToTheEndOfTheFile) {
+  for (const std::uint32_t claimed : {0u, 0xFFFFFFFFu}) {
+    WavSpec stream;
+    stream.sampleFrames = 100;
+    stream.dataSize = claimed;
+    EXPECT_EQ(Read(stream), kWavOk);
+    EXPECT_EQ(AudioBytes(header_), 300u) << claimed;
+  }
+  WavSpec empty;
+  empty.sampleFrames = 0;
+  empty.chunksBehindData = {{"LIST", {1, 2, 3, 4}}};
+  EXPECT_EQ(Read(empty), kWavOk);
+  EXPECT_EQ(AudioBytes(header_), 0u) << "the chunk behind is no audio";
+}
+
+// Two terabytes without a tag.
+TEST_F(WavHeader, StopsWhenItIsAsked) {
+  const std::u16string path = folder_.Write("hole.wav", {'R', 'I', 'F', 'F', 0, 0, 0, 0});
+  auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
+  if (!file.Resize(std::uint64_t{2} << 40)) GTEST_SKIP() << "no file of that size here";
+  file.Close();
+  std::atomic<std::uint32_t> stop = 0;
+  WavResult result = kWavOk;
+  std::thread reader([&] { result = ReadWavHeader(path.c_str(), &header_, &stop); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  stop = 1;
+  const auto asked = std::chrono::steady_clock::now();
+  reader.join();
+  EXPECT_LT(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(1000));
+  EXPECT_EQ(result, kWavStopped);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -20,6 +21,7 @@ class WavLibrary : public ::testing::Test {
   WavLibrary() {
     mxf_.audio.sampleRate = 48000;
     mxf_.audio.quantizationBits = 24;
+    mxf_.audio.blockAlign = 3;
     mxf_.timecode.rateIndex = 1;
     mxf_.timecode.fpsIndex = 1;
   }
@@ -59,16 +61,66 @@ TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
   EXPECT_EQ(Add("y", tooWide), kWavTooManyBits);
   EXPECT_EQ(Add("z", tooMany), kWavTooManyChannels);
   EXPECT_EQ(Add("a"), kWavAlreadyAdded);
-  EXPECT_EQ(AddWavFile(folder_.PathOf("none").c_str(), &head_, mxf_.base), kWavCannotOpen);
+  EXPECT_EQ(AddWavFile(folder_.PathOf("none").c_str(), &head_, mxf_.base), kWavNotFound);
   EXPECT_EQ(AddWavFile(nullptr, &head_, mxf_.base), kWavNoPath);
   EXPECT_EQ(AddWavFile(u"a", nullptr, mxf_.base), kWavNoLibrary);
-  test::FailAllocation(1);
-  EXPECT_EQ(Add("b"), kWavNoMemory);
-  test::FailAllocation(0);
+  const std::u16string path = folder_.Write("b", BuildWav({}).bytes);
+  for (int nth = 1;; ++nth) {
+    test::FailAllocation(nth);
+    const WavResult result = AddWavFile(path.c_str(), &head_, mxf_.base);
+    const bool failed = test::AllocationFailed();
+    test::FailAllocation(0);
+    if (!failed) break;
+    ASSERT_EQ(result, kWavNoMemory) << nth;
+  }
+  RemoveWavEntry(head_.prev);
   EXPECT_EQ(Add("b", widest), kWavOk);
   EXPECT_EQ(Names(), "ab");
   EXPECT_EQ(head_.entryCount, 2);
   EXPECT_EQ(head_.prev->bytesPerChannelSample, 2);
+}
+
+// What a rewrite would refuse is refused at once, with words that fit.
+TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
+  const std::pair<WavResult, std::function<void(WavSpec&)>> cases[] = {
+      {kWavOtherWidth, [](WavSpec& w) { w.bits = 8; }},
+      {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 4; }},
+      {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 2; }},
+      {kWavNotPcm, [](WavSpec& w) { w.formatTag = 0xF1AC; }},
+      {kWavNotPcm,
+       [](WavSpec& w) {
+         w.fmtSize = 40;
+         w.formatTag = 0xFFFE;
+         w.subFormat = 3;
+       }},
+      {kWavCutShort, [](WavSpec& w) { w.truncateAt = 20000; }},
+      {kWavCutShort,
+       [](WavSpec& w) {
+         w.sampleFrames = 0;
+         w.chunksBehindData = {{"LIST", {1, 2, 3, 4}}};
+       }},
+      {kWavChunksDiffer,
+       [](WavSpec& w) {
+         w.chunksBeforeData = {
+             {"_PMX", {'M', 'e', 't', 'a', 'd', 'a', 't', 'a', 'D', 'a', 't', 'e'}}};
+       }},
+      {kWavChunksDiffer,
+       [](WavSpec& w) {
+         w.chunksBeforeData = {{"LIST", {'f',  'm',  't', ' ', 16, 0, 0,    0, 1, 0, 2,  0,
+                                         0x80, 0xBB, 0,   0,   0,  0, 0xEE, 2, 4, 0, 16, 0}}};
+       }},
+      {kWavOk,
+       [](WavSpec& w) {
+         w.fmtSize = 40;
+         w.formatTag = 0xFFFE;
+       }},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    WavSpec spec;
+    cases[i].second(spec);
+    EXPECT_EQ(Add(std::to_string(i), spec), cases[i].first) << i;
+    EXPECT_EQ(WavFailureText(cases[i].first, u"p").empty(), cases[i].first == kWavOk);
+  }
 }
 
 TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {

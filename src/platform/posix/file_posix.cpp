@@ -11,8 +11,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
+#include <new>
 #include <utility>
 
+#include "platform/fault_seam.h"
+#include "platform/path.h"
 #include "platform/posix/file_time.h"
 #include "platform/text.h"
 
@@ -21,7 +24,74 @@ namespace {
 
 constexpr std::uint64_t kMaxOffset = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
-constexpr std::size_t kMostPieces = 64;  // of one call
+constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between looks at a request
+constexpr std::size_t kMostPieces = 64;                           // of one call
+
+// Makes a call of the system that answers 0 or a handle, or does what the seam wants instead.
+template <typename Call>
+int Through(SystemCall kind, Call call) {
+  switch (OutcomeOf(kind)) {
+    case CallOutcome::kFails:
+      errno = EIO;
+      return -1;
+    case CallOutcome::kIsInterrupted:
+      errno = EINTR;
+      return -1;
+    case CallOutcome::kAsEver:
+    case CallOutcome::kComesShort:
+      break;
+  }
+  return call();
+}
+
+// The same, repeated as often as it is interrupted.
+template <typename Call>
+int Uninterrupted(SystemCall kind, Call call) {
+  int result = -1;
+  do {
+    result = Through(kind, call);
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+// The same for a call that transfers up to `length` bytes, at least 1, and answers how many.
+template <typename Call>
+ssize_t TransferThrough(SystemCall kind, std::size_t length, Call call) {
+  switch (OutcomeOf(kind)) {
+    case CallOutcome::kFails:
+      errno = EIO;
+      return -1;
+    case CallOutcome::kIsInterrupted:
+      errno = EINTR;
+      return -1;
+    case CallOutcome::kComesShort:
+      return call(std::max<std::size_t>(length / 2, 1));
+    case CallOutcome::kAsEver:
+      break;
+  }
+  return call(length);
+}
+
+std::size_t BytesOf(std::span<const iovec> pieces) {
+  std::size_t bytes = 0;
+  for (const iovec& piece : pieces)
+    bytes += piece.iov_len;
+  return bytes;
+}
+
+// Leaves the first `bytes` bytes of the pieces, which hold more. Returns how many pieces are left.
+std::size_t CutTo(std::size_t bytes, std::span<iovec> pieces) {
+  std::size_t count = 0;
+  while (bytes > pieces[count].iov_len)
+    bytes -= pieces[count++].iov_len;
+  pieces[count].iov_len = bytes;
+  return count + 1;
+}
+
+// Storage without such a request: nothing could be flushed, so nothing is lost.
+bool KnowsNoFlush(int error) {
+  return error == EINVAL || error == ENOTSUP;
+}
 
 FileTime ToFileTime(std::int64_t seconds, std::int64_t nanoseconds) {
   return static_cast<FileTime>(seconds * kTicksPerSecond + nanoseconds / 100 +
@@ -58,11 +128,9 @@ int OpenFlags(OpenMode mode) {
 // locks or wants write access for an exclusive one; writing needs its lock.
 bool LockFor(int handle, OpenMode mode) {
   const int kind = mode == OpenMode::kReadShared ? LOCK_SH : LOCK_EX;
-  int result = -1;
-  do {
-    result = flock(handle, kind | LOCK_NB);
-  } while (result != 0 && errno == EINTR);
-  if (result == 0) return true;
+  if (Uninterrupted(SystemCall::kLock, [&] { return flock(handle, kind | LOCK_NB); }) == 0) {
+    return true;
+  }
   const bool readsOnly = mode == OpenMode::kReadAlone || mode == OpenMode::kReadShared;
   return readsOnly && errno != EWOULDBLOCK;
 }
@@ -84,30 +152,21 @@ FileTimes TimesOf(const struct statx& status) {
 
 constexpr unsigned kStatxMask = STATX_BASIC_STATS | STATX_BTIME;
 
-// Repeats `transfer` (pread, pwrite) until `length` bytes went through, it reports the end, or it
-// fails. Returns the bytes that went through.
-template <typename Transfer>
-std::size_t TransferAll(std::size_t length, Transfer transfer) {
-  std::size_t done = 0;
-  while (done < length) {
-    const ssize_t step = transfer(done, std::min(length - done, kMaxTransfer));
-    if (step < 0 && errno == EINTR) continue;
-    if (step <= 0) break;
-    done += static_cast<std::size_t>(step);
-  }
-  return done;
-}
-
 }  // namespace
 
 File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)), position_(std::exchange(other.position_, 0)) {}
+    : handle_(std::exchange(other.handle_, -1)),
+      position_(std::exchange(other.position_, 0)),
+      stopRequest_(std::exchange(other.stopRequest_, nullptr)),
+      trouble_(std::exchange(other.trouble_, ReadTrouble::kNone)) {}
 
 File& File::operator=(File&& other) noexcept {
   if (this != &other) {
     Close();
     handle_ = std::exchange(other.handle_, -1);
     position_ = std::exchange(other.position_, 0);
+    stopRequest_ = std::exchange(other.stopRequest_, nullptr);
+    trouble_ = std::exchange(other.trouble_, ReadTrouble::kNone);
   }
   return *this;
 }
@@ -119,7 +178,8 @@ File::~File() {
 File File::Open(const std::u16string& path, OpenMode mode) {
   const std::string name = ToUtf8(path);
   if (name.empty() || name.find('\0') != std::string::npos) return File();
-  File file(open(name.c_str(), OpenFlags(mode), 0666));
+  File file(
+      Uninterrupted(SystemCall::kOpen, [&] { return open(name.c_str(), OpenFlags(mode), 0666); }));
   if (!file.IsOpen()) return File();
   if (!IsRegularFile(file.handle_) || !LockFor(file.handle_, mode)) {
     if (mode == OpenMode::kCreateNew) unlink(name.c_str());
@@ -129,15 +189,23 @@ File File::Open(const std::u16string& path, OpenMode mode) {
 }
 
 bool File::Close() {
-  const bool closed = handle_ < 0 || close(handle_) == 0 || errno == EINTR;
+  bool closed = true;
+  if (handle_ >= 0) {
+    const CallOutcome outcome = OutcomeOf(SystemCall::kClose);
+    closed = (close(handle_) == 0 || errno == EINTR) && outcome != CallOutcome::kFails;
+  }
   handle_ = -1;
   position_ = 0;
+  stopRequest_ = nullptr;
   return closed;
 }
 
 std::optional<std::uint64_t> File::Size() const {
   struct stat status {};
-  if (fstat(handle_, &status) != 0) return std::nullopt;
+  if (Through(SystemCall::kSize, [&] { return fstat(handle_, &status); }) != 0) {
+    trouble_ = ReadTrouble::kFailed;
+    return std::nullopt;
+  }
   return static_cast<std::uint64_t>(status.st_size);
 }
 
@@ -161,18 +229,39 @@ bool File::Write(const void* data, std::size_t length) {
 
 std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const {
   if (offset > kMaxOffset || length > kMaxOffset - offset) return 0;
-  return TransferAll(length, [&](std::size_t done, std::size_t rest) {
-    return pread(handle_, static_cast<char*>(buffer) + done, rest,
-                 static_cast<off_t>(offset + done));
-  });
+  const std::size_t most = stopRequest_ == nullptr ? kMaxTransfer : kStoppableTransfer;
+  std::size_t done = 0;
+  while (done < length) {
+    if (StopAsked()) {
+      if (trouble_ == ReadTrouble::kNone) trouble_ = ReadTrouble::kStopped;
+      break;
+    }
+    const ssize_t step =
+        TransferThrough(SystemCall::kRead, std::min(length - done, most), [&](std::size_t part) {
+          return pread(handle_, static_cast<char*>(buffer) + done, part,
+                       static_cast<off_t>(offset + done));
+        });
+    if (step < 0 && errno == EINTR) continue;
+    if (step < 0) trouble_ = ReadTrouble::kFailed;
+    if (step <= 0) break;
+    done += static_cast<std::size_t>(step);
+  }
+  return done;
 }
 
 bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
   if (offset > kMaxOffset || length > kMaxOffset - offset) return false;
-  return TransferAll(length, [&](std::size_t done, std::size_t rest) {
-           return pwrite(handle_, static_cast<const char*>(data) + done, rest,
-                         static_cast<off_t>(offset + done));
-         }) == length;
+  for (std::size_t done = 0; done < length;) {
+    const ssize_t step = TransferThrough(
+        SystemCall::kWrite, std::min(length - done, kMaxTransfer), [&](std::size_t part) {
+          return pwrite(handle_, static_cast<const char*>(data) + done, part,
+                        static_cast<off_t>(offset + done));
+        });
+    if (step < 0 && errno == EINTR) continue;
+    if (step <= 0) return false;
+    done += static_cast<std::size_t>(step);
+  }
+  return true;
 }
 
 bool File::ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const {
@@ -203,8 +292,11 @@ WriteResult File::WriteGathered(std::uint64_t offset,
       calls[i] = {const_cast<std::uint8_t*>(piece.data()), piece.size()};
     }
     if (offset > kMaxOffset) return WriteResult::kFailed;
-    const ssize_t step =
-        pwritev(handle_, calls.data(), static_cast<int>(count), static_cast<off_t>(offset));
+    const std::size_t total = BytesOf(std::span(calls).first(count));
+    const ssize_t step = TransferThrough(SystemCall::kGatheredWrite, total, [&](std::size_t part) {
+      const std::size_t used = part < total ? CutTo(part, calls) : count;
+      return pwritev(handle_, calls.data(), static_cast<int>(used), static_cast<off_t>(offset));
+    });
     if (step < 0 && errno == EINTR) continue;
     if (step < 0) return errno == EFAULT ? WriteResult::kSourceFault : WriteResult::kFailed;
     offset += static_cast<std::uint64_t>(step);
@@ -220,22 +312,26 @@ WriteResult File::WriteGathered(std::uint64_t offset,
 }
 
 bool File::Flush() {
-  return fsync(handle_) == 0;
+  return Uninterrupted(SystemCall::kFlush, [&] { return fsync(handle_); }) == 0 ||
+         KnowsNoFlush(errno);
 }
 
 bool File::Resize(std::uint64_t size) {
-  return size <= kMaxOffset && ftruncate(handle_, static_cast<off_t>(size)) == 0;
+  return size <= kMaxOffset && Uninterrupted(SystemCall::kWrite, [&] {
+                                 return ftruncate(handle_, static_cast<off_t>(size));
+                               }) == 0;
 }
 
 std::optional<FileTimes> File::Times() const {
   struct statx status {};
-  if (statx(handle_, "", AT_EMPTY_PATH, kStatxMask, &status) != 0) return std::nullopt;
+  const auto ask = [&] { return statx(handle_, "", AT_EMPTY_PATH, kStatxMask, &status); };
+  if (Through(SystemCall::kTimes, ask) != 0) return std::nullopt;
   return TimesOf(status);
 }
 
 bool File::SetTimes(const FileTimes& times) {
   const timespec values[2] = {ToTimespec(times.lastAccess), ToTimespec(times.lastWrite)};
-  return futimens(handle_, values) == 0;
+  return Through(SystemCall::kTimes, [&] { return futimens(handle_, values); }) == 0;
 }
 
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
@@ -253,6 +349,11 @@ bool IsNameTaken(const std::u16string& path) {
   return lstat(ToUtf8(path).c_str(), &status) == 0;
 }
 
+bool IsLink(const std::u16string& path) {
+  struct stat status {};
+  return lstat(ToUtf8(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
 bool IsSameFile(const std::u16string& a, const std::u16string& b) {
   struct stat first {};
   struct stat second {};
@@ -262,16 +363,38 @@ bool IsSameFile(const std::u16string& a, const std::u16string& b) {
                                                    (stat(name.c_str(), &second) == 0 && same()));
 }
 
-bool RemoveFile(const std::u16string& path) {
-  return unlink(ToUtf8(path).c_str()) == 0;
+bool RemoveFile(const std::u16string& path) noexcept {
+  try {
+    return unlink(ToUtf8(path).c_str()) == 0;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+bool FlushFolderOf(const std::u16string& path) {
+  const std::string folder = ToUtf8(FolderOf(AbsolutePath(path)));
+  const int handle = Uninterrupted(
+      SystemCall::kOpen, [&] { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+  // A folder into which files may be put, but which may not be read.
+  if (handle < 0) return errno == EACCES;
+  const bool flushed =
+      Uninterrupted(SystemCall::kFlush, [&] { return fsync(handle); }) == 0 || KnowsNoFlush(errno);
+  close(handle);
+  return flushed;
+}
+
+bool CanBeNamed(const std::u16string& path) {
+  struct stat status {};
+  return lstat(ToUtf8(path).c_str(), &status) == 0 || errno != ENAMETOOLONG;
 }
 
 bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to) {
   const std::string source = ToUtf8(from);
   const std::string target = ToUtf8(to);
-  if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
-    return true;
-  }
+  const auto move = [&] {
+    return renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
+  };
+  if (Through(SystemCall::kRename, move) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   // A file system without that operation: a second name, which fails where the target exists.
   return link(source.c_str(), target.c_str()) == 0 && unlink(source.c_str()) == 0;
@@ -285,7 +408,8 @@ bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
     errno = static_cast<int>(kNameTakenError);
     return false;
   }
-  return rename(ToUtf8(from).c_str(), target.c_str()) == 0;
+  const std::string source = ToUtf8(from);
+  return Through(SystemCall::kRename, [&] { return rename(source.c_str(), target.c_str()); }) == 0;
 }
 
 std::uint32_t LastSystemError() {

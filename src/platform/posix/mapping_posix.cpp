@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include "platform/fault_seam.h"
+
 namespace quorvan::platform {
 
 std::uint64_t MappingGranularity() {
@@ -64,6 +66,7 @@ MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
   const auto size = file_->Size();
   if (!size || offset > *size || length > *size - offset) return view;
   if (length > std::numeric_limits<std::size_t>::max()) return view;
+  if (OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return view;
   void* data = mmap(nullptr, static_cast<std::size_t>(length), PROT_READ, MAP_SHARED,
                     file_->NativeHandle(), static_cast<off_t>(offset));
   if (data == MAP_FAILED) return view;

@@ -7,7 +7,9 @@
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "report/timecode_log.h"
+#include "state/clip_notices.h"
 #include "state/clip_state.h"
+#include "state/job_fault.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
@@ -80,6 +82,8 @@ int AnalysisDialog::exec() {
   app_.mxf->timecode->progressTotal = 0;
   app_.mxf->timecode->progressFrame = 0;
   running_ = true;
+  stopping_ = false;
+  app_.mxf->timecode->stopRequest = 0;
   PlaceJobDialog(this);
   setStatus_(u"MXFファイルを解析中...");
   job_.Start();
@@ -91,13 +95,15 @@ int AnalysisDialog::exec() {
 // Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
 void AnalysisDialog::reject() {
   if (!running_) return;
-  app_.mxf->timecode->stopRequest = 1;
+  stopping_ = true;
   stage_->setText("中断処理を行っています。しばらくお待ちください...");
   setStatus_(u"中断処理中...");
   ShowProgress();
 }
 
+// The start of a phase clears the request: what was asked for before is asked for again.
 void AnalysisDialog::ShowProgress() {
+  if (stopping_) app_.mxf->timecode->stopRequest = 1;
   const MXF_TIMECODE_INFO& timecode = *app_.mxf->timecode;
   const std::uint32_t total = timecode.progressTotal;
   const std::uint32_t done = timecode.progressFrame;
@@ -125,9 +131,21 @@ void AnalysisDialog::TellOfHiddenTracks(std::u16string_view form, int first) {
   Tell(this, BoxKind::kWarning, FromQString(text));
 }
 
+// A clip that no job takes can be looked at all the same.
+void AnalysisDialog::TellWhatIsMissing() {
+  for (const ClipNotice notice : NoticesOf(*app_.mxf)) {
+    const bool noRange = notice == ClipNotice::kNoRange;
+    if (!noRange && notice != ClipNotice::kNoSampleFormat) continue;
+    const JobFault fault = noRange ? kNoRange : kNoSampleFormat;
+    Tell(this, BoxKind::kWarning,
+         FailureText(kStageRewrapMapped, static_cast<std::int32_t>(kStageRewrapMapped) + fault));
+  }
+}
+
 void AnalysisDialog::OnDone() {
   bar_->setValue(100);
   Ended();
+  TellWhatIsMissing();
   TellOfHiddenTracks(u"アプリの設計上 %d から %dトラックは認識されません。", kMaxTracks + 1);
   setStatus_(u"ロード完了");
   app_.analysisOk = 1;
@@ -150,6 +168,11 @@ void AnalysisDialog::OnStopped(const QString& text) {
   setStatus_(u"解析をキャンセル");
   stage_->setText("解析をキャンセルしました。");
   app_.analysisOk = 0;
+  if (!checking_) {
+    Tell(this, BoxKind::kWarning, FromQString(text), kStoppedTitle);
+    ClearMxfState(&app_);
+    return;
+  }
   if (Ask(this, BoxKind::kWarning, FromQString(text), kStoppedTitle)) {
     app_.analysisOk = 1;
     TellOfHiddenTracks(u"アプリの仕様上 %d から %dトラックは認識されません。\nご了承ください。",

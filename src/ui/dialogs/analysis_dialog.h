@@ -32,6 +32,7 @@ class AnalysisDialog : public QDialog {
  private:
   void ShowProgress();
   void Ended();
+  void TellWhatIsMissing();
   void TellOfHiddenTracks(std::u16string_view form, int first);
   void OnDone();
   void OnFailed(qint32 result, const QString& text);
@@ -50,6 +51,7 @@ class AnalysisDialog : public QDialog {
   QPushButton* button_;
   bool checking_ = false;  // the second phase
   bool running_ = false;
+  bool stopping_ = false;
   std::uint32_t shownStage_ = UINT32_MAX;  // none yet
 };
 

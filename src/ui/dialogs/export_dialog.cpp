@@ -8,6 +8,8 @@
 
 #include <iterator>
 
+#include "job/job_check.h"
+#include "job/process_table.h"
 #include "platform/text.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
@@ -203,13 +205,12 @@ std::u16string_view ExportDialog::RewrapRangeTitle() const {
 void ExportDialog::Start() {
   if (!RequireRange(u"タイムコード入力")) return;
   AUDIOTRACK_IO_INFO& tracks = *app_.tracks;
-  const auto end = tracks.exportSwitch.begin() + UsableTracks(*app_.mxf->audio);
-  if (std::find(tracks.exportSwitch.begin(), end, kSwitchOn) == end) {
-    Tell(this, BoxKind::kNotice, u"書出しトラックのON/OFFスイッチが全てOFFになっています。",
-         u"書出しトラック");
-    return;
-  }
   app_.jobKind = kExportJob;
+  if (const std::int32_t refused = CheckJob(app_)) {
+    return Tell(this, BoxKind::kNotice,
+                FailureText(JobProcessCode(kExportJob, app_.useFileIo), refused),
+                u"書出しトラック");
+  }
   ++tracks.exportCount;
   TakePrefix();
   platform::CopyText(tracks.exportFolder, std::size(tracks.exportFolder),

@@ -99,6 +99,7 @@ int JobDialog::exec() {
       (app_.tracks->*range_.out)[slot] - (app_.tracks->*range_.in)[slot] + 1;
   app_.tracks->totalFrames = static_cast<std::uint32_t>(frames);
   app_.tracks->currentFrame = 0;
+  app_.tracks->phase = kPhaseProving;
   percent_ = frames * 0.01;
   running_ = true;
   stopping_ = false;
@@ -128,11 +129,19 @@ void JobDialog::ShowProgress() {
   const std::uint32_t done = app_.tracks->currentFrame;
   progress_->setText(Timecode((app_.tracks->*range_.in)[slot] + static_cast<std::int32_t>(done)) +
                      "まで完了");
+  if (app_.tracks->phase == kPhaseFlushing) return ShowFlush();
   if (percent_ > 0) bar_->setValue(static_cast<int>(done / percent_));
+}
+
+// How long the medium takes nobody knows: the bar has no end.
+void JobDialog::ShowFlush() {
+  bar_->setRange(0, 0);
+  if (!stopping_) action_->setText("ストレージへの書込み完了を待っています...");
 }
 
 void JobDialog::OnFailed(qint32 result, const QString& text) {
   timer_.stop();
+  bar_->setRange(0, 100);
   running_ = false;
   setStatus_(kJobTexts[app_.jobKind].stopped);
   action_->setText(ToQString(kJobTexts[app_.jobKind].stopped));
@@ -142,14 +151,15 @@ void JobDialog::OnFailed(qint32 result, const QString& text) {
   done(result & 0xFFFF);
 }
 
-void JobDialog::OnDone() {
+void JobDialog::OnDone(qint32 result, const QString& text) {
+  bar_->setRange(0, 100);
   bar_->setValue(100);
   timer_.stop();
   running_ = false;
   setStatus_(kJobTexts[app_.jobKind].statusAtEnd);
   hide();
   if (app_.jobKind == kRewriteJob) {
-    ReportRewrite();
+    ReportRewrite(result, text);
   } else if (app_.jobKind == kExportJob) {
     setStatus_(u"BWFファイルの書出し完了");
     Tell(parentWidget(), BoxKind::kNotice,
@@ -159,17 +169,24 @@ void JobDialog::OnDone() {
   accept();
 }
 
-void JobDialog::ReportRewrite() {
+void JobDialog::ReportRewrite(qint32 result, const QString& text) {
   setStatus_(u"再ラップ詳細ログを作成中...");
-  std::u16string logPath;
   std::uint32_t error = 0;
-  const bool logged = WriteRewrapLog(&app_, &logPath, &error);
+  const bool noticed = result == kDoneWithNotice;
+  const std::u16string_view notice =
+      noticed ? UmidStateText(app_.tracks->umidState) : std::u16string_view();
+  const bool logged = WriteRewrapLog(&app_, notice, &error);
   setStatus_(u"再ラップ処理完了");
-  if (logged) {
-    Tell(parentWidget(), BoxKind::kNotice, RewrapCompletionMessage(app_.mxfPath, logPath));
-  } else {
+  if (!logged) {
     Tell(parentWidget(), BoxKind::kError, RewrapLogFailureMessage(app_.mxfPath, error),
          u"再ラップ処理詳細ログの保存");
+  }
+  if (noticed) {
+    Tell(parentWidget(), BoxKind::kWarning, FromQString(text));
+  } else if (logged) {
+    Tell(parentWidget(), BoxKind::kNotice,
+         RewrapCompletionMessage(app_.mxfPath, RewrapLogPath(app_.mxfPath)));
+  } else {
     // The rewrite stands all the same.
     Tell(parentWidget(), BoxKind::kNotice,
          JobDoneMessage(app_.mxfPath, kRewriteJob, app_.useFileIo));

@@ -31,9 +31,10 @@ class JobDialog : public QDialog {
 
  private:
   void ShowProgress();
-  void OnDone();
+  void ShowFlush();
+  void OnDone(qint32 result, const QString& text);
   void OnFailed(qint32 result, const QString& text);
-  void ReportRewrite();
+  void ReportRewrite(qint32 result, const QString& text);
   QString Timecode(std::int32_t frames) const;
 
   APP_STATE_INFO& app_;

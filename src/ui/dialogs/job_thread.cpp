@@ -1,6 +1,9 @@
 #include "ui/dialogs/job_thread.h"
 
+#include "job/process_table.h"
 #include "job/worker.h"
+#include "mxf/analysis.h"
+#include "platform/thread.h"
 #include "ui/main/qt_text.h"
 
 namespace quorvan::ui {
@@ -23,7 +26,11 @@ void JobThread::Start() {
     emit EndReported();
   };
   app_.jobStartTime = platform::LocalTimeNow();
-  app_.workerThread = std::thread(WorkerThread, &app_);
+  if (platform::StartThread(&app_.workerThread, [app = &app_] { WorkerThread(app); })) return;
+  message_ = JOB_MSG_FAILED;
+  result_ = static_cast<qint32>(kStageRewrapMapped) + kNoThread;
+  text_ = ToQString(FailureText(kStageRewrapMapped, result_));
+  emit EndReported();
 }
 
 // The last message was the thread's last act: this does not wait for work.
@@ -33,7 +40,7 @@ void JobThread::Finish() {
 
 void JobThread::TakeEnd() {
   Finish();
-  if (message_ == JOB_MSG_DONE) return emit Done();
+  if (message_ == JOB_MSG_DONE) return emit Done(result_, text_);
   emit Failed(result_, text_);
 }
 

@@ -16,12 +16,13 @@ class JobThread : public QObject {
   JobThread(APP_STATE_INFO* app, QObject* parent);
   ~JobThread() override;
 
-  // Starts the job that the state record describes.
+  // Starts the job that the state record describes. Where the system has no thread for it, Failed
+  // comes as of any other job.
   void Start();
 
  signals:
   void PhaseEntered();
-  void Done();
+  void Done(qint32 result, const QString& text);
   void Failed(qint32 result, const QString& text);
 
   // Sent by the worker, on its own thread.

@@ -11,9 +11,11 @@
 #include <QStatusBar>
 #include <QUrl>
 
+#include "job/job_check.h"
 #include "job/process_table.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "report/rewrap_log.h"
 #include "state/clip_state.h"
 #include "state/program_name.h"
 #include "state/track_assignment.h"
@@ -21,6 +23,7 @@
 #include "ui/dialogs/job_dialog.h"
 #include "ui/dialogs/loudness_dialog.h"
 #include "ui/dialogs/small_dialogs.h"
+#include "ui/dialogs/wav_reading.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
@@ -37,6 +40,7 @@ constexpr std::u16string_view kAlreadyLoaded =
     u"を行ってください。";
 constexpr std::u16string_view kDroppedMxfTitle = u"ドロップされたMXFファイル";
 constexpr std::u16string_view kDroppedWavTitle = u"ドロップされたWAVファイル";
+constexpr std::u16string_view kConfirmTitle = u"オーディオ再ラップ実行の確認";
 constexpr std::u16string_view kAddTitle = u"BWFファイルを追加";
 constexpr std::u16string_view kNoIndexMemory =
     u"メモリ確保でエラーが発生したため、ファイルリストに追加できません。\n"
@@ -54,6 +58,11 @@ constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kRewrap, kRewrapButton}, {MainButton::kExport, kExportButton},
     {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
     {MainButton::kDuration, kDurButton}};
+
+// True for a path that the state record cannot hold.
+bool IsTooLong(std::u16string_view path) {
+  return path.size() >= kMxfPathChars;
+}
 
 // Files are looked at and stay where they are. Whoever is told that they were moved deletes them:
 // no other answer than a copy may be given, whatever was proposed.
@@ -318,6 +327,7 @@ void MainWindow::LoadByDialog() {
                                    QFileDialog::HideNameFilterDetails);
   if (path.isEmpty()) return;
   const std::u16string chosen = FromQString(path);
+  if (IsTooLong(chosen)) return Tell(this, BoxKind::kError, ClipPathTooLongMessage(chosen));
   if (!OpenClip(chosen)) {
     const std::u16string name(platform::LastComponent(chosen));
     const std::u16string code =
@@ -330,7 +340,6 @@ void MainWindow::LoadByDialog() {
 
 bool MainWindow::OpenClip(const std::u16string& path) {
   app_.mxfFile = platform::File();
-  if (path.size() >= kMxfPathChars) return false;
   app_.mxfFile = platform::File::Open(path, platform::OpenMode::kReadAlone);
   return app_.mxfFile.IsOpen();
 }
@@ -377,7 +386,7 @@ void MainWindow::AddByDialog() {
 bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title) {
   bool added = false;
   for (const std::u16string& path : paths) {
-    const WavResult result = AddWavFile(path.c_str(), app_.wavList, *app_.mxf);
+    const WavResult result = AddWavFileWatched(path, &app_, this);
     if (result == kWavOk) {
       added = true;
     } else {
@@ -453,16 +462,23 @@ void MainWindow::SelectAll() {
 
 void MainWindow::Rewrite() {
   app_.jobKind = kRewriteJob;
-  const auto& switches = app_.tracks->rewrapSwitch;
-  const auto end = switches.begin() + UsableTracks(*app_.mxf->audio);
-  if (std::find(switches.begin(), end, kSwitchOn) == end) {
-    return Tell(this, BoxKind::kNotice, u"トラックスイッチが全てOFFになっています。");
+  if (const std::int32_t refused = CheckJob(app_)) {
+    return Tell(this, BoxKind::kNotice,
+                FailureText(JobProcessCode(kRewriteJob, app_.useFileIo), refused));
+  }
+  if (!CanHaveRewrapLog(app_.mxfPath)) {
+    return Tell(this, BoxKind::kError, NoRewrapLogMessage(app_.mxfPath));
+  }
+  app_.tracks->keepUmids = 0;
+  if (NeedsOldIdentity(app_)) {
+    if (!Ask(this, BoxKind::kWarning, LongUmidQuestion(), kConfirmTitle)) return;
+    app_.tracks->keepUmids = 1;
   }
   if (ConfirmRewrite()) JobDialog(&app_, StatusSetter(), this).exec();
 }
 
 bool MainWindow::ConfirmRewrite() {
-  QMessageBox box(QMessageBox::Warning, "オーディオ再ラップ実行の確認", ToQString(BackupQuestion()),
+  QMessageBox box(QMessageBox::Warning, ToQString(kConfirmTitle), ToQString(BackupQuestion()),
                   QMessageBox::NoButton, this);
   box.setTextFormat(Qt::PlainText);
   // Buttons of one role stand in the order in which they come.
@@ -527,6 +543,10 @@ void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {
 
 // False when the clip cannot be opened, which has been told then.
 bool MainWindow::LoadDropped(const std::u16string& path) {
+  if (IsTooLong(path)) {
+    Tell(this, BoxKind::kError, ClipPathTooLongMessage(path), kDroppedMxfTitle);
+    return false;
+  }
   if (OpenClip(path)) {
     AnalyseOpenClip(path);
     return true;

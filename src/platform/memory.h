@@ -1,0 +1,15 @@
+// How much memory there is.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace quorvan::platform {
+
+// Bytes that the process could still take without driving others out of memory; nothing when the
+// system does not tell. Systems that promise more memory than they have end a process that uses
+// what it was promised, so a large table asks here first.
+std::optional<std::uint64_t> AvailableMemory();
+
+}  // namespace quorvan::platform

@@ -1,0 +1,74 @@
+#include "ui/dialogs/wav_reading.h"
+
+#include <QProgressDialog>
+#include <QTimer>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "platform/path.h"
+#include "platform/thread.h"
+#include "ui/main/qt_text.h"
+#include "wav/wav_library.h"
+
+namespace quorvan::ui {
+namespace {
+
+constexpr auto kPatience = std::chrono::milliseconds(300);
+constexpr int kPollMilliseconds = 30;
+
+// One search for a header, and its end.
+struct Search {
+  std::atomic<std::uint32_t> stop = 0;
+  std::mutex mutex;
+  std::condition_variable hasEnded;
+  bool ended = false;
+  WavResult result = kWavNoMemory;
+
+  bool EndsWithin(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex);
+    return hasEnded.wait_for(lock, time, [this] { return ended; });
+  }
+
+  void End(WavResult with) {
+    const std::lock_guard lock(mutex);
+    result = with;
+    ended = true;
+    hasEnded.notify_one();
+  }
+};
+
+void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
+  QProgressDialog dialog(
+      ToQString(platform::LastComponent(path)) + "\n\nWAVファイルの情報を取得中...", "キャンセル",
+      0, 0, parent);
+  dialog.setWindowTitle("BWFファイルを追加");
+  dialog.setObjectName("wavReading");
+  dialog.setWindowModality(Qt::WindowModal);
+  QTimer poll;
+  QObject::connect(&poll, &QTimer::timeout, &dialog, [&] {
+    if (search->EndsWithin(std::chrono::milliseconds(0))) dialog.accept();
+  });
+  poll.start(kPollMilliseconds);
+  dialog.exec();
+  search->stop = 1;
+}
+
+}  // namespace
+
+WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent) {
+  Search search;
+  std::thread reader;
+  const bool started = platform::StartThread(&reader, [&] {
+    search.End(AddWavFile(path.c_str(), app->wavList, *app->mxf, &search.stop));
+  });
+  if (!started) return kWavNoMemory;
+  if (!search.EndsWithin(kPatience)) ShowUntilEnded(&search, path, parent);
+  reader.join();
+  return search.result;
+}
+
+}  // namespace quorvan::ui
