@@ -174,11 +174,19 @@ bool BareRewrite(const APP_STATE_INFO& app, bool advised) {
   const auto fetch = [&](std::uint32_t frame) {
     if (advised) FetchAudio(app, frame + kFramesAhead, clip);
   };
-  return VisitValues(app, fetch, [&](std::uint32_t t, const ElementValue& value) {
+  const bool written = VisitValues(app, fetch, [&](std::uint32_t t, const ElementValue& value) {
     std::memcpy(clip.data() + value.fileOffset(), next[t], value.bytes());
     next[t] += value.bytes();
     return true;
   });
+  return written && (app.tracks->noFlush == 1 || FlushFile(platform::ToUtf8(app.mxfPath)));
+}
+
+bool FlushFile(const std::filesystem::path& path) {
+  const int file = open(path.c_str(), O_RDONLY);
+  const bool flushed = file >= 0 && fsync(file) == 0;
+  if (file >= 0) close(file);
+  return flushed;
 }
 
 bool BlankAudio(const APP_STATE_INFO& app) {
@@ -223,8 +231,11 @@ bool BareExport(const APP_STATE_INFO& app, const std::filesystem::path& folder) 
             file.waiting.insert(file.waiting.end(), bytes, bytes + value.bytes());
             return true;
           });
-  for (ExportFile& file : files)
-    sound = file.Flush() && close(file.file) == 0 && sound;
+  for (ExportFile& file : files) {
+    sound = file.Flush() && sound;
+    if (app.tracks->noFlush == 0) sound = fsync(file.file) == 0 && sound;
+    sound = close(file.file) == 0 && sound;
+  }
   return sound;
 }
 

@@ -25,7 +25,7 @@ ClipFacts FactsOf(const APP_STATE_INFO& app);
 
 // One view of the whole clip and one of each source, and a copy for each frame and track. The
 // sources are mono and have the clip's width. `advised` tells the system ahead which pages of the
-// clip come.
+// clip come. Unless `noFlush` of the state is 1, it waits for the medium as the engines do.
 bool BareRewrite(const APP_STATE_INFO& app, bool advised);
 
 // Gives all audio of the clip one value, so that a rewrite that does nothing shows.
@@ -34,8 +34,11 @@ bool BlankAudio(const APP_STATE_INFO& app);
 // True when the clip holds, in every frame and track, the samples of the sources on its tracks.
 bool HoldsSources(const APP_STATE_INFO& app);
 
-// Every track into a file of `folder`, behind a header of zeros.
+// Every track into a file of `folder`, behind a header of zeros. Flushes as BareRewrite does.
 bool BareExport(const APP_STATE_INFO& app, const std::filesystem::path& folder);
+
+// Waits until the file is on the medium.
+bool FlushFile(const std::filesystem::path& path);
 
 // True when the files hold the clip's audio behind a BWF header, and nothing else.
 bool HoldExports(const APP_STATE_INFO& app, const std::filesystem::path& folder);

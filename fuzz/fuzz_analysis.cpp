@@ -19,7 +19,9 @@ void Require(bool holds) {
 void RequireSoundRecords(const MXF_BASE_INFO& mxf, std::size_t size) {
   Require(mxf.fileSize == size);
   Require(mxf.audio->trackCount >= 1 && mxf.timecode->frameCount >= 1);
-  Require(mxf.timecode->rateIndex <= 7 && mxf.timecode->fpsIndex <= 4);
+  Require(mxf.timecode->rateIndex <= kUnknownRateIndex);
+  Require(mxf.timecode->fpsIndex <= kUnknownFpsIndex);
+  Require(!HasRange(*mxf.timecode) || mxf.timecode->fpsIndex < kUnknownFpsIndex);
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
   for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
     const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[i];
@@ -39,6 +41,7 @@ void WriteSilence(const std::u16string& path, AppState* app) {
   }
   app->tracks.inFrame = FirstFramePoint(app->mxf.timecode);
   app->tracks.outFrame = LastFramePoint(app->mxf.timecode);
+  app->tracks.noFlush = app->tracks.keepUmids = 1;
   RewrapMapped(path.c_str(), &app->tracks, app->info.mxf);
 }
 
@@ -54,6 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(file.IsOpen());
   const std::int32_t result = AnalyzeMxfFile(&file, app.info.mxf);
   Require(result >= 0 && result < 1000);
+  Require(result % 100 != kStageUnreadable);
   file.Close();
   if (result != kSuccess) return 0;
 

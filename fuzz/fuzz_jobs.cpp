@@ -12,6 +12,7 @@
 #include "loudness/measure_loudness.h"
 #include "memory_file.h"
 #include "mxf/analysis.h"
+#include "mxf/audio_element.h"
 #include "mxf/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
@@ -30,7 +31,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kExtensionSizePlace = 72;  // of cbSize in a BWF header
 constexpr std::uint32_t kMeasuredInputs = 16;    // one in so many, since it takes long
-constexpr std::uint32_t kUntouchedResults = 11;  // of a rewrite, behind its process code
 
 void Require(bool holds) {
   if (!holds) std::abort();
@@ -53,11 +53,38 @@ class Clip {
       app.tracks.*range.out = LastFramePoint(app.mxf.timecode);
     }
     app.tracks.wavBufferIndex = 0;
+    app.tracks.noFlush = app.tracks.keepUmids = 1;
   }
 
   bool accepted() const { return accepted_; }
   const std::u16string& path() const { return memory_.Path(); }
   bool IsUntouched() const { return Now() == original_; }
+
+  // True when nothing has changed but values of audio elements, and bytes in front of the first
+  // frame and the second partition.
+  bool HoldsItsPicture() const {
+    Bytes now = Now();
+    if (now.size() != original_.size()) return false;
+    const MXF_BASE_INFO& mxf = app.mxf.base;
+    const auto takeOver = [&](std::uint64_t from, std::uint64_t to) {
+      std::copy(original_.begin() + static_cast<long>(from),
+                original_.begin() + static_cast<long>(to), now.begin() + static_cast<long>(from));
+    };
+    std::uint64_t metadataEnd = (*mxf.indexEntries)[0].fileOffset;
+    const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
+    for (std::uint32_t i = 1; i < table[0].partitionCount; ++i) {
+      if (table[i].thisPartition > table[0].thisPartition)
+        metadataEnd = std::min(metadataEnd, table[i].thisPartition);
+    }
+    takeOver(0, metadataEnd);
+    for (std::uint32_t f = 0; f < mxf.timecode->frameCount; ++f) {
+      for (std::uint32_t t = 0; t < UsableTracks(*mxf.audio); ++t) {
+        const auto value = LocateElementValue(mxf, (*mxf.indexEntries)[f], t);
+        if (value) takeOver(value->fileOffset(), value->end());
+      }
+    }
+    return now == original_;
+  }
 
   platform::File Open() const {
     return platform::File::Open(memory_.Path(), platform::OpenMode::kReadAlone);
@@ -132,17 +159,16 @@ void Measure(Clip* clip) {
 std::int32_t Rewrite(Clip* clip, bool fileIo) {
   const auto engine = fileIo ? RewrapFileIo : RewrapMapped;
   const std::int32_t result = engine(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
-  if (result == kSuccess || result == kRewrapLongUmid) {
+  if (result == kSuccess || result == kDoneWithNotice) {
+    Require(clip->HoldsItsPicture());
     const VerifyResult verified =
         VerifyRewrap(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
-    // With long UMIDs the clip does not count as the analysed one's equal by them alone.
     Require(verified.state == VerifyState::kSame);
-    return result;
+    return kSuccess;
   }
-  const std::int32_t stage = fileIo ? kStageRewrapFileIo : kStageRewrapMapped;
-  Require(result > stage && result - stage <= static_cast<std::int32_t>(kUntouchedResults));
-  Require(clip->IsUntouched());
-  return result - stage;
+  // Nothing fails here by itself: what is refused is refused before the first write.
+  Require(clip->app.tracks.fault.framesBegun == 0 && clip->IsUntouched());
+  return result;
 }
 
 }  // namespace
