@@ -116,7 +116,9 @@ class ContinuityCheck {
     if (words_ == nullptr) return kContinuityNoMemory;
     timecode_.timecodeWords = words_.get();
     timecode_.progressFrame = 0;
-    if (file_.Size().value_or(0) == 0 && timecode_.useFileIo == 0) return kContinuityNoMapping;
+    const auto size = file_.Size();
+    if (!size) return kContinuityUnreadable;
+    if (*size == 0 && timecode_.useFileIo == 0) return kContinuityNoMapping;
     const std::int32_t read = ReadWords();
     if (read != kSuccess) return read;
     counts_.reset(new (std::nothrow) std::uint32_t[timecode_.frameCount]);

@@ -263,8 +263,11 @@ bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t rea
 
 // True when a table of so many entries leaves some memory for the rest of the work.
 bool FitsMemory(std::uint64_t entries) {
+  constexpr std::uint64_t alwaysThere = std::uint64_t{64} << 20;
+  const std::uint64_t bytes = entries * sizeof(INDEX_ENTRY_ARRAY);
+  if (bytes <= alwaysThere) return true;
   const auto available = platform::AvailableMemory();
-  return !available || entries * sizeof(INDEX_ENTRY_ARRAY) <= *available / 4 * 3;
+  return !available || bytes <= *available / 4 * 3;
 }
 
 std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BASE_INFO* mxf) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "mxf/sample_pattern.h"
+#include "platform/file.h"
 
 namespace quorvan {
 namespace {
@@ -24,6 +25,12 @@ std::string TimeText(const platform::CalendarTime& time) {
 std::string DateTimeText(const platform::CalendarTime& time, int yearDigits) {
   return fmt::format("{:0{}}/{:02}/{:02}  {}", time.year, yearDigits, time.month, time.day,
                      TimeText(time));
+}
+
+std::string_view LogRefusal(std::uint32_t error) {
+  return error == platform::kNameTakenError
+             ? "\n\n同じ名前の別のファイル(映像・音声など)があるため、置き換えません。"
+             : "";
 }
 
 }  // namespace quorvan

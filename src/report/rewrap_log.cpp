@@ -153,8 +153,8 @@ bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32
 
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {
   return platform::ToUtf16(fmt::format(
-      "{}\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\nERR: {:X}",
-      ToUtf8(platform::LastComponent(mxfPath)), error));
+      "{}\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\nERR: {:X}{}",
+      ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error)));
 }
 
 std::u16string NoRewrapLogMessage(std::u16string_view mxfPath) {

@@ -107,8 +107,8 @@ bool WriteTimecodeLog(const std::u16string& path, const APP_STATE_INFO& app, std
 
 std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {
   return platform::ToUtf16(fmt::format(
-      "{}\n\nエラーログを作成できません。\n保存場所、接続デバイスを確認して下さい。\nERR: {:X}",
-      ToUtf8(platform::LastComponent(mxfPath)), error));
+      "{}\n\nエラーログを作成できません。\n保存場所、接続デバイスを確認して下さい。\nERR: {:X}{}",
+      ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error)));
 }
 
 std::u16string TimecodeLogDoneMessage(std::u16string_view mxfPath) {

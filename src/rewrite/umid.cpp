@@ -20,6 +20,7 @@ constexpr std::uint16_t kTagModifiedDate = 0x4404;
 constexpr std::size_t kStampBytes = 8;
 
 constexpr std::int32_t kBadArgumentOrWrite = -1;
+
 std::array<std::uint8_t, kStampBytes> StampNow() {
   const platform::CalendarTime now = platform::LocalTimeNow();
   return {static_cast<std::uint8_t>(now.year >> 8),
@@ -95,18 +96,21 @@ JobFault ClipIdentity::Locate() {
     case HeaderState::kFault:
       return kClipFault;
   }
-  const JobFault material = LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, &material_);
+  const JobFault material =
+      LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, mxf_.materialUmidSize, &material_);
   if (material != kNoFault) return material;
-  return LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, &source_);
+  return LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, mxf_.sourceUmidSize, &source_);
 }
 
 JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid,
-                                     Package* package) {
+                                     std::uint32_t size, Package* package) {
+  if (size == 0) return kNoFault;  // a package without a UMID has none that could differ
+  const std::size_t known = std::min<std::size_t>(size, kUmidBytes);
   package->old = umid;
-  package->own = header_.FindItem(set, kTagPackageUid, kUmidBytes);
+  package->own = header_.FindItem(set, kTagPackageUid, known);
   package->stamp = header_.FindItem(set, kTagModifiedDate, kStampBytes);
   package->places.clear();
-  header_.FindInItems(umid, &package->places);
+  header_.FindInItems(std::span(umid).first(known), &package->places);
   // The package's own UMID is found in both ways, in the clip that was analysed.
   const auto end = package->places.end();
   const bool found = package->own && std::find(package->places.begin(), end, *package->own) != end;

@@ -63,7 +63,8 @@ class ClipIdentity {
     std::optional<MetadataPlace> stamp;  // PackageModifiedDate, where the set has room for it
   };
 
-  JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, Package* package);
+  JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, std::uint32_t size,
+                         Package* package);
   UmidState StateOf(const Package& package) const;
 
   platform::File& clip_;

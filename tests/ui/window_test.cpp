@@ -2,12 +2,18 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QProgressBar>
 #include <QTest>
 #include <QToolTip>
 
+#include <atomic>
+#include <thread>
+
 #include "driver.h"
+#include "platform/fault_seam.h"
 #include "platform/text.h"
 #include "support/wav_builder.h"
 #include "ui/main/placement.h"
@@ -248,6 +254,76 @@ TEST(Window, RefusesWhatDoesNotFit) {
   EXPECT_EQ(driver.TextOf(kInTimecodeText), "--:--:--:--");
   EXPECT_TRUE(driver.AllAnswered());
   EXPECT_TRUE(material.Now() == material.clip.bytes);
+}
+
+std::atomic<bool> flushIsSeen = false;
+
+TEST(Window, WaitsForTheMediumAndTellsOfUmidsThatStay) {
+  ClipSpec spec;
+  spec.umidSize = 64;
+  Material material(spec);
+  Driver driver;
+  driver.Drop({material.path});
+  driver.ClickView(driver.App().lampRect[0]);
+  driver.Key(Qt::Key_I);
+  for (const char* point : {"10000002", "10000007"}) {
+    driver.Type(point);
+    driver.Key(Qt::Key_Return);
+  }
+  driver.Expect(Press("7"));
+  driver.Key(Qt::Key_R, Qt::ControlModifier);
+  EXPECT_TRUE(driver.Heard().value(0).endsWith("元のUMIDのまま、音声を書換えてもよろしいですか？"));
+  EXPECT_TRUE(material.Now() == material.clip.bytes);
+
+  platform::SetFaultSeam([](platform::SystemCall call) {
+    while (call == platform::SystemCall::kFlush && !flushIsSeen)
+      std::this_thread::yield();
+    return platform::CallOutcome::kAsEver;
+  });
+  driver.Expect(Press("6"));
+  driver.Expect(Press("102"));
+  driver.WhenRunning([&](QWidget* dialog) {
+    auto* bar = qobject_cast<QProgressBar*>(driver.Find("1004", dialog));
+    while (bar->maximum() != 0)
+      QApplication::processEvents();
+    EXPECT_EQ(qobject_cast<QLabel*>(driver.Find("1017", dialog))->text(),
+              "ストレージへの書込み完了を待っています...");
+    driver.Photograph("flush");
+    flushIsSeen = true;
+  });
+  driver.Expect(Press("1"));
+  driver.Key(Qt::Key_R, Qt::ControlModifier);
+  platform::SetFaultSeam(nullptr);
+  EXPECT_TRUE(driver.AllAnswered());
+  EXPECT_TRUE(driver.Heard().value(2).contains("64バイトのUMIDのため"));
+  const Bytes log = ReadAll(material.folder.Path() / "clip_LOG.txt");
+  EXPECT_NE(std::string(log.begin(), log.end()).find("[ UMID ]"), std::string::npos);
+  EXPECT_FALSE(material.Now() == material.clip.bytes);
+}
+
+// A clip without a timecode can be looked at; a name without room for a log is told at once.
+TEST(Window, TellsWhatCannotBeDone) {
+  ClipSpec mute;
+  mute.timecodeTracks = 0;
+  Material material(mute);
+  Driver driver;
+  driver.Expect(Press("1"));
+  driver.Drop({material.path});
+  EXPECT_EQ(driver.App().mxfLoaded, 1);
+  EXPECT_TRUE(driver.Heard().value(0).contains("情報の表示のみ可能です。"));
+
+  driver.Window().Run(kUnloadMxf);
+  const std::string name = std::string(250, 'n') + ".mxf";
+  driver.Drop({material.folder.Write(name, BuildClip(ClipSpec()).bytes)});
+  driver.ClickView(driver.App().lampRect[0]);
+  driver.Key(Qt::Key_I);
+  for (const char* point : {"10000000", "10000001"}) {
+    driver.Type(point);
+    driver.Key(Qt::Key_Return);
+  }
+  driver.Expect(Press("1"));
+  driver.Key(Qt::Key_R, Qt::ControlModifier);
+  EXPECT_TRUE(driver.Heard().value(0).contains("ファイル名が長すぎるため"));
 }
 
 TEST(Window, KeepsTheFocusWhereItBelongs) {
@@ -540,7 +616,7 @@ ClipSpec LongStereoClip() {
 TEST(Window, StopsEachJobWhenAsked) {
   Material material(LongStereoClip());
   Driver driver;
-  // Of an analysis only the check of the timecodes can be stopped, which may be over too soon.
+  // The check of the timecodes may be over too soon to be stopped.
   const auto stopAnalysis = [&](const QString& answer) {
     for (int attempt = 0; attempt < 50 && driver.Heard().empty(); ++attempt) {
       driver.Window().Run(kUnloadMxf);
