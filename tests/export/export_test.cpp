@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <numeric>
@@ -254,24 +253,6 @@ TEST_P(Export, WritesAHeaderAloneForARangeWithoutFrames) {
     EXPECT_EQ(Little(file, 710, 4), 0u);
     EXPECT_EQ(Little(file, 442, 8), SamplesSinceMidnight(clip, in));
   }
-}
-
-TEST_P(Export, TellsOfAMediumThatTakesNoMore) {
-  LoadedClip clip{ClipSpec()};
-  SwitchOn(clip, {0});
-  signal(SIGXFSZ, SIG_IGN);
-  rlimit limit{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-  for (const rlim_t most : {rlim_t{20000}, rlim_t{300}}) {
-    rlimit small = limit;
-    small.rlim_cur = most;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const std::int32_t result = Run(clip);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    EXPECT_EQ(result, most < kBwfHeaderBytes ? Code(4008) : Code(4030));
-  }
-  const Bytes file = File(clip, "Track-1.wav");
-  EXPECT_LT(file.size(), Little(file, 710, 4));
 }
 
 TEST_P(Export, StopsBehindTheFrameOfACancel) {

@@ -2,7 +2,6 @@
 
 #include "analysed.h"
 #include "mxf/readers.h"
-#include "support/failing_memory.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {
@@ -279,26 +278,6 @@ TEST(AnalysisGuards, NameTheMissingPiece) {
   r.base.partitionTable = nullptr;
   EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 3);
   EXPECT_EQ(ReadRandomIndexAndPartitions(&file, 9, &r.base), 203);
-}
-
-TEST(AnalysisWithoutMemory, EndsWithTheCodeOfItsStage) {
-  const TempFolder folder;
-  const auto path = folder.Write("clip.mxf", BuildClip(ClipSpec()).bytes);
-  std::vector<std::int32_t> results;
-  do {
-    auto file = platform::File::Open(path, platform::OpenMode::kReadAlone);
-    MxfRecords records;
-    FailAllocation(static_cast<int>(results.size()) + 1);
-    results.push_back(AnalyzeMxfFile(&file, &records.base));
-  } while (AllocationFailed());
-  FailAllocation(0);
-  ASSERT_GT(results.size(), 20u);
-  for (std::size_t i = 0; i + 1 < results.size(); ++i) {
-    const std::int32_t column = results[i] % 100;
-    const bool own = results[i] == 205 || results[i] == 206 || results[i] == 305;
-    EXPECT_TRUE(own || column == kStageNoMemory) << results[i] << " for allocation " << i + 1;
-  }
-  EXPECT_EQ(results.back(), 0);
 }
 
 // More than a damaged length should make the program ask the system for.

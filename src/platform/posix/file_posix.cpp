@@ -27,21 +27,17 @@ constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
 constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between looks at a request
 constexpr std::size_t kMostPieces = 64;                           // of one call
 
+// True, with errno set, when the seam wants the call to come to nothing.
+bool ComesToNothing(CallOutcome outcome) {
+  if (outcome == CallOutcome::kFails) errno = EIO;
+  if (outcome == CallOutcome::kIsInterrupted) errno = EINTR;
+  return outcome == CallOutcome::kFails || outcome == CallOutcome::kIsInterrupted;
+}
+
 // Makes a call of the system that answers 0 or a handle, or does what the seam wants instead.
 template <typename Call>
 int Through(SystemCall kind, Call call) {
-  switch (OutcomeOf(kind)) {
-    case CallOutcome::kFails:
-      errno = EIO;
-      return -1;
-    case CallOutcome::kIsInterrupted:
-      errno = EINTR;
-      return -1;
-    case CallOutcome::kAsEver:
-    case CallOutcome::kComesShort:
-      break;
-  }
-  return call();
+  return ComesToNothing(OutcomeOf(kind)) ? -1 : call();
 }
 
 // The same, repeated as often as it is interrupted.
@@ -54,22 +50,13 @@ int Uninterrupted(SystemCall kind, Call call) {
   return result;
 }
 
-// The same for a call that transfers up to `length` bytes, at least 1, and answers how many.
+// The same as Through for a call that transfers up to `length` bytes, at least 1, and answers how
+// many.
 template <typename Call>
 ssize_t TransferThrough(SystemCall kind, std::size_t length, Call call) {
-  switch (OutcomeOf(kind)) {
-    case CallOutcome::kFails:
-      errno = EIO;
-      return -1;
-    case CallOutcome::kIsInterrupted:
-      errno = EINTR;
-      return -1;
-    case CallOutcome::kComesShort:
-      return call(std::max<std::size_t>(length / 2, 1));
-    case CallOutcome::kAsEver:
-      break;
-  }
-  return call(length);
+  const CallOutcome outcome = OutcomeOf(kind);
+  if (ComesToNothing(outcome)) return -1;
+  return call(outcome == CallOutcome::kComesShort ? std::max<std::size_t>(length / 2, 1) : length);
 }
 
 std::size_t BytesOf(std::span<const iovec> pieces) {
