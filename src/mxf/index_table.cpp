@@ -168,7 +168,8 @@ std::int32_t ReadSegmentsOfBlock(const platform::File& file, std::span<const std
     const auto rest = block.subspan(static_cast<std::size_t>(position));
     std::uint64_t value = 0;
     std::uint64_t length = 0;
-    if (!FindKlvKeyInBuffer(keys::kIndexTableSegment, rest.data(), rest.size(), &value, &length)) {
+    if (!FindKlvKeyInBuffer(keys::kIndexTableSegment, rest.data(), rest.size(), &value, &length,
+                            &file)) {
       break;
     }
     const auto set = rest.subspan(static_cast<std::size_t>(value));

@@ -10,6 +10,7 @@ namespace {
 constexpr std::size_t kKeyBytes = 16;
 constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr std::size_t kLongestHeader = kKeyBytes + 8;
+constexpr std::size_t kBytesPerLook = std::size_t{1} << 20;  // between looks at a stop request
 
 // Bytes of the length field that starts with `first`; 0 when the searches do not follow it.
 std::size_t LengthFieldBytes(std::uint8_t first) {
@@ -113,17 +114,19 @@ int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffse
 }
 
 int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_t bufferLength,
-                       std::uint64_t* outValueOffset, std::uint64_t* outLength) {
+                       std::uint64_t* outValueOffset, std::uint64_t* outLength,
+                       const platform::File* source) {
   *outValueOffset = 0;
   *outLength = 0;
   if (bufferLength < kKeyBytes + 4) return 0;
 
   std::uint64_t position = 0;
   while (position < bufferLength && bufferLength - position >= kKeyBytes + 4) {
+    if (source != nullptr && source->StopAsked()) break;
     const std::uint8_t* candidate = buffer + position;
     const auto rest = static_cast<std::size_t>(bufferLength - position);
     if (!StartsWithPrefix(candidate)) {
-      position += 1 + NextPrefix(candidate + 1, rest - 1);
+      position += 1 + NextPrefix(candidate + 1, std::min(rest - 1, kBytesPerLook));
       continue;
     }
     const std::size_t fieldBytes = LengthFieldBytes(candidate[kKeyBytes]);

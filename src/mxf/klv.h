@@ -87,9 +87,11 @@ int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffse
 // The same over the `bufferLength` bytes at `buffer`. Returns 1 when found, with the offset of the
 // value relative to `buffer` and its length as it claims it: the value may reach behind the block.
 // Returns 0 when not: `*outLength` is 0 and `*outValueOffset` is the position where the scan ended,
-// which lies at or behind the end (0 for a block of fewer than 20 bytes).
+// which lies at or behind the end (0 for a block of fewer than 20 bytes). Gives up, as if not
+// found, once a stop is asked of `source`, the file of the block, which may be absent.
 int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_t bufferLength,
-                       std::uint64_t* outValueOffset, std::uint64_t* outLength);
+                       std::uint64_t* outValueOffset, std::uint64_t* outLength,
+                       const platform::File* source = nullptr);
 
 // Most bytes of a key with its length field, whatever the field's form.
 inline constexpr std::size_t kMostKlvHeaderBytes = 25;

@@ -17,10 +17,4 @@ TrackPlan PlanOfTrack(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& au
   return {TrackContent::kFile, wav, std::min<std::uint32_t>(tracks.wavChannel[track], lastChannel)};
 }
 
-bool IsAnyTrackOn(const std::array<std::uint8_t, kMaxTracks>& switches,
-                  const MXF_AUDIO_INFO& audio) {
-  const auto end = switches.begin() + UsableTracks(audio);
-  return std::find(switches.begin(), end, kSwitchOn) != end;
-}
-
 }  // namespace quorvan

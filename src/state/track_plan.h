@@ -27,8 +27,4 @@ struct TrackPlan {
 TrackPlan PlanOfTrack(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio,
                       std::uint32_t track);
 
-// True when a rewrite would write something on at least one track, and the same for an export.
-bool IsAnyTrackOn(const std::array<std::uint8_t, kMaxTracks>& switches,
-                  const MXF_AUDIO_INFO& audio);
-
 }  // namespace quorvan
