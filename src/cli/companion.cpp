@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <exception>
+#include <new>
 
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -175,7 +176,11 @@ int Dispatch(int argc, const char* const* argv) {
 int RunCompanion(int argc, const char* const* argv) {
   try {
     return Dispatch(argc, argv);
-  } catch (const std::exception& error) {  // memory is out: every other failure is a status
+  } catch (const std::bad_alloc&) {
+    PrintRaw("mxf-quorvan-cli: out of memory\n");
+    return kFailed;
+  } catch (
+      const std::exception& error) {  // of the argument library: every other failure is a status
     PrintRaw(error.what());
     PrintRaw("\n");
     return kFailed;

@@ -9,6 +9,8 @@
 namespace quorvan::cli {
 namespace {
 
+constexpr std::size_t kBlockBytes = 65536;
+
 std::atomic<std::uint32_t> interrupted = 0;
 
 // Output that cannot be written ends no job: a terminal may go away in the middle of one.
@@ -27,6 +29,22 @@ bool PrintLine(std::string_view text) {
 
 bool PrintLine(std::u16string_view text) {
   return PrintLine(platform::ToUtf8(text));
+}
+
+bool LongOutput::Send() {
+  if (text_.size() >= kBlockBytes) {
+    written_ = written_ && Put(stdout, text_);
+    text_.clear();
+  }
+  return written_ && !GivenUp();
+}
+
+bool LongOutput::Finish() {
+  if (GivenUp()) return false;
+  text_ += '\n';
+  written_ = written_ && Put(stdout, text_);
+  if (!written_) PrintError("standard output cannot be written");
+  return written_;
 }
 
 void PrintError(std::u16string_view message) {

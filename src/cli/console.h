@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace quorvan::cli {
@@ -26,5 +27,28 @@ bool Interrupted();
 
 // What Interrupted tells, for those who look by themselves: 1 from the interrupt key on.
 const std::atomic<std::uint32_t>* InterruptFlag();
+
+// Long text for standard output. It goes out in blocks: memory never holds all of it.
+class LongOutput {
+ public:
+  // What the text is appended to.
+  std::string& text() { return text_; }
+
+  // To be called now and then: writes what has come together when it makes a block. False when
+  // more text is of no use: standard output cannot be written, or the interrupt key was pressed
+  // since this began.
+  bool Send();
+
+  // Writes the rest and a line end. False when the text is not whole, which is said on standard
+  // error unless the interrupt key was pressed.
+  bool Finish();
+
+ private:
+  bool GivenUp() const { return !wasInterrupted_ && Interrupted(); }
+
+  std::string text_;
+  bool written_ = true;
+  const bool wasInterrupted_ = Interrupted();  // while the text came about
+};
 
 }  // namespace quorvan::cli

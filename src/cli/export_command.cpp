@@ -40,7 +40,7 @@ int RunExport(const ExportArguments& arguments) {
     return status;
   }
   APP_STATE_INFO& app = session.app.info;
-  app.jobKind = kExportJob;
+  if (const int status = StartSetup(kExportJob, &app)) return status;
   std::vector<std::uint32_t> tracks;
   if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
   if (const int status = SetTarget(arguments, &app)) return status;

@@ -27,16 +27,16 @@ int RunInfo(const InfoArguments& arguments) {
   WatchForInterrupts();
   ClipSession session;
   const bool accepted = LoadClip(arguments.file, arguments.load, &session);
-  bool printed = true;
+  LongOutput output;
   if (arguments.json) {
-    printed = PrintLine(InfoJson(session, arguments.index && accepted));
+    WriteInfoJson(session, arguments.index && accepted, &output);
   } else if (accepted) {
-    printed = PrintLine(InfoText(session, arguments.index));
+    WriteInfoText(session, arguments.index, &output);
   }
+  const bool printed = (!arguments.json && !accepted) || output.Finish();
   if (!accepted) PrintError(session.message);
-  if (!printed) PrintError("the output could not be written");
   const bool logged = WriteLog(arguments, session);
-  if (session.result == kCancelled) return kInterrupted;
+  if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;
   return accepted && printed && logged ? kDone : kFailed;
 }
 

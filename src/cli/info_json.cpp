@@ -1,15 +1,11 @@
-#include <nlohmann/json.hpp>
-
-#include <algorithm>
 #include <span>
 
 #include "cli/info_views.h"
+#include "cli/json_writer.h"
 #include "platform/text.h"
 
 namespace quorvan::cli {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string Hex(std::span<const std::uint8_t> bytes) {
   constexpr char digits[] = "0123456789ABCDEF";
@@ -21,154 +17,168 @@ std::string Hex(std::span<const std::uint8_t> bytes) {
   return text;
 }
 
-Json BaseInfo(const MXF_BASE_INFO& mxf) {
+void BaseInfo(const MXF_BASE_INFO& mxf, JsonWriter* json) {
   using platform::ToUtf8;
-  return {{"fileSize", mxf.fileSize},
-          {"creationDateText", ToUtf8(mxf.creationDateText)},
-          {"modifiedDateText", ToUtf8(mxf.modifiedDateText)},
-          {"versionMajor", mxf.versionMajor},
-          {"versionMinor", mxf.versionMinor},
-          {"companyName", ToUtf8(mxf.companyName)},
-          {"productName", ToUtf8(mxf.productName)},
-          {"productVersion", ToUtf8(mxf.productVersion)},
-          {"platform", ToUtf8(mxf.platform)},
-          {"materialUmid", Hex(mxf.materialUmid)},
-          {"sourceUmid", Hex(mxf.sourceUmid)},
-          {"materialUmidSize", mxf.materialUmidSize},
-          {"sourceUmidSize", mxf.sourceUmidSize},
-          {"hasAncillaryData", mxf.hasAncillaryData},
-          {"ancillaryElementSize", mxf.ancillaryElementSize},
-          {"processCode", mxf.processCode.load()}};
+  json->Field("fileSize", mxf.fileSize);
+  json->Field("creationDateText", ToUtf8(mxf.creationDateText));
+  json->Field("modifiedDateText", ToUtf8(mxf.modifiedDateText));
+  json->Field("versionMajor", mxf.versionMajor);
+  json->Field("versionMinor", mxf.versionMinor);
+  json->Field("companyName", ToUtf8(mxf.companyName));
+  json->Field("productName", ToUtf8(mxf.productName));
+  json->Field("productVersion", ToUtf8(mxf.productVersion));
+  json->Field("platform", ToUtf8(mxf.platform));
+  json->Field("materialUmid", Hex(mxf.materialUmid));
+  json->Field("sourceUmid", Hex(mxf.sourceUmid));
+  json->Field("materialUmidSize", mxf.materialUmidSize);
+  json->Field("sourceUmidSize", mxf.sourceUmidSize);
+  json->Field("hasAncillaryData", mxf.hasAncillaryData);
+  json->Field("ancillaryElementSize", mxf.ancillaryElementSize);
+  json->Field("processCode", mxf.processCode.load());
 }
 
 std::uint32_t PartitionCount(const MXF_BASE_INFO& mxf) {
   return *mxf.partitionTable == nullptr ? 0 : (*mxf.partitionTable)[0].partitionCount;
 }
 
-Json PartitionInfo(const MXF_BASE_INFO& mxf) {
-  Json table = Json::array();
+void PartitionInfo(const MXF_BASE_INFO& mxf, JsonWriter* json) {
   for (std::uint32_t i = 0; i < PartitionCount(mxf); ++i) {
     const MXF_PARTITION_INFO& p = (*mxf.partitionTable)[i];
-    table.push_back({{"kind", p.kind},
-                     {"partitionCount", p.partitionCount},
-                     {"packKey", Hex(p.packKey)},
-                     {"operationalPattern", Hex(p.operationalPattern)},
-                     {"packLength", p.packLength},
-                     {"majorVersion", p.majorVersion},
-                     {"minorVersion", p.minorVersion},
-                     {"kagSize", p.kagSize},
-                     {"thisPartition", p.thisPartition},
-                     {"headerByteCount", p.headerByteCount},
-                     {"indexByteCount", p.indexByteCount},
-                     {"indexSid", p.indexSid},
-                     {"bodyOffset", p.bodyOffset},
-                     {"bodySid", p.bodySid},
-                     {"essenceBase", p.essenceBase}});
+    json->Object({}, [&] {
+      json->Field("kind", p.kind);
+      json->Field("partitionCount", p.partitionCount);
+      json->Field("packKey", Hex(p.packKey));
+      json->Field("operationalPattern", Hex(p.operationalPattern));
+      json->Field("packLength", p.packLength);
+      json->Field("majorVersion", p.majorVersion);
+      json->Field("minorVersion", p.minorVersion);
+      json->Field("kagSize", p.kagSize);
+      json->Field("thisPartition", p.thisPartition);
+      json->Field("headerByteCount", p.headerByteCount);
+      json->Field("indexByteCount", p.indexByteCount);
+      json->Field("indexSid", p.indexSid);
+      json->Field("bodyOffset", p.bodyOffset);
+      json->Field("bodySid", p.bodySid);
+      json->Field("essenceBase", p.essenceBase);
+    });
   }
-  return table;
 }
 
-Json TimecodeInfo(const MXF_TIMECODE_INFO& t) {
-  return {{"dropFrame", t.dropFrame},
-          {"startFrames", t.startFrames},
-          {"startShifted", t.startShifted},
-          {"lastFrames", t.lastFrames},
-          {"lastShifted", t.lastShifted},
-          {"duration", t.duration},
-          {"fpsIndex", t.fpsIndex},
-          {"roundedBase", t.roundedBase},
-          {"editRateNumerator", t.editRateNumerator},
-          {"editRateDenominator", t.editRateDenominator},
-          {"rateIndex", t.rateIndex},
-          {"frameCount", t.frameCount},
-          {"errorCount", t.errorCount},
-          {"startHour23", t.startHour23},
-          {"maxIndexDuration", t.maxIndexDuration},
-          {"progressTotal", t.progressTotal.load()},
-          {"progressFrame", t.progressFrame.load()},
-          {"stopRequest", t.stopRequest.load()},
-          {"useFileIo", t.useFileIo}};
+void TimecodeInfo(const MXF_TIMECODE_INFO& t, JsonWriter* json) {
+  json->Field("dropFrame", t.dropFrame);
+  json->Field("startFrames", t.startFrames);
+  json->Field("startShifted", t.startShifted);
+  json->Field("lastFrames", t.lastFrames);
+  json->Field("lastShifted", t.lastShifted);
+  json->Field("duration", t.duration);
+  json->Field("fpsIndex", t.fpsIndex);
+  json->Field("roundedBase", t.roundedBase);
+  json->Field("editRateNumerator", t.editRateNumerator);
+  json->Field("editRateDenominator", t.editRateDenominator);
+  json->Field("rateIndex", t.rateIndex);
+  json->Field("frameCount", t.frameCount);
+  json->Field("errorCount", t.errorCount);
+  json->Field("startHour23", t.startHour23);
+  json->Field("maxIndexDuration", t.maxIndexDuration);
+  json->Field("progressTotal", t.progressTotal.load());
+  json->Field("progressFrame", t.progressFrame.load());
+  json->Field("stopRequest", t.stopRequest.load());
+  json->Field("useFileIo", t.useFileIo);
+  json->Field("rangeKnown", t.rangeKnown);
 }
 
-Json AudioInfo(const MXF_AUDIO_INFO& a) {
-  return {{"trackCount", a.trackCount},
-          {"sampleRate", a.sampleRate},
-          {"avgBytesPerSecond", a.avgBytesPerSecond},
-          {"blockAlign", a.blockAlign},
-          {"quantizationBits", a.quantizationBits},
-          {"elementSize", a.elementSize},
-          {"integratedLoudness", a.integratedLoudness},
-          {"truePeak", a.truePeak},
-          {"loudnessRange", a.loudnessRange}};
+void AudioInfo(const MXF_AUDIO_INFO& a, JsonWriter* json) {
+  json->Field("trackCount", a.trackCount);
+  json->Field("sampleRate", a.sampleRate);
+  json->Field("avgBytesPerSecond", a.avgBytesPerSecond);
+  json->Field("blockAlign", a.blockAlign);
+  json->Field("quantizationBits", a.quantizationBits);
+  json->Field("elementSize", a.elementSize);
+  json->Field("integratedLoudness", a.integratedLoudness);
+  json->Field("truePeak", a.truePeak);
+  json->Field("loudnessRange", a.loudnessRange);
 }
 
-Json VideoInfo(const MXF_VIDEO_INFO& v) {
-  return {{"codingLabel", Hex(v.codingLabel)},
-          {"codecName", platform::ToUtf8(v.codecName)},
-          {"codecIndex", v.codecIndex},
-          {"height", v.height},
-          {"width", v.width},
-          {"aspectNumerator", v.aspectNumerator},
-          {"aspectDenominator", v.aspectDenominator},
-          {"bitRate", v.bitRate},
-          {"frameLayout", v.frameLayout}};
+void VideoInfo(const MXF_VIDEO_INFO& v, JsonWriter* json) {
+  json->Field("codingLabel", Hex(v.codingLabel));
+  json->Field("codecName", platform::ToUtf8(v.codecName));
+  json->Field("codecIndex", v.codecIndex);
+  json->Field("height", v.height);
+  json->Field("width", v.width);
+  json->Field("aspectNumerator", v.aspectNumerator);
+  json->Field("aspectDenominator", v.aspectDenominator);
+  json->Field("bitRate", v.bitRate);
+  json->Field("frameLayout", v.frameLayout);
 }
 
-Json IndexEntries(const MXF_BASE_INFO& mxf) {
-  Json entries = Json::array();
-  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
-    const INDEX_ENTRY_ARRAY& e = (*mxf.indexEntries)[i];
-    Json deltas = Json::array();
-    for (std::uint32_t k = 0; k < e.deltaCount; ++k) {
-      deltas.push_back({{"posTableIndex", e.delta[k].posTableIndex},
-                        {"slice", e.delta[k].slice},
-                        {"elementDelta", e.delta[k].elementDelta}});
-    }
-    entries.push_back({{"partition", e.partition - table},
-                       {"segmentStart", e.segmentStart},
-                       {"segmentDuration", e.segmentDuration},
-                       {"temporalOffset", e.temporalOffset},
-                       {"keyFrameOffset", e.keyFrameOffset},
-                       {"flags", e.flags},
-                       {"fileOffset", e.fileOffset},
-                       {"sliceOffset", e.sliceOffset},
-                       {"deltaCount", e.deltaCount},
-                       {"audioSamples", e.audioSamples},
-                       {"delta", std::move(deltas)}});
+void Delta(const DELTA_ENTRY& delta, JsonWriter* json) {
+  json->Object({}, [&] {
+    json->Field("posTableIndex", delta.posTableIndex);
+    json->Field("slice", delta.slice);
+    json->Field("elementDelta", delta.elementDelta);
+  });
+}
+
+void IndexEntry(const INDEX_ENTRY_ARRAY& e, const MXF_PARTITION_INFO* table, JsonWriter* json) {
+  json->Object({}, [&] {
+    json->Field("partition", e.partition - table);
+    json->Field("segmentStart", e.segmentStart);
+    json->Field("segmentDuration", e.segmentDuration);
+    json->Field("temporalOffset", e.temporalOffset);
+    json->Field("keyFrameOffset", e.keyFrameOffset);
+    json->Field("flags", e.flags);
+    json->Field("fileOffset", e.fileOffset);
+    json->Field("sliceOffset", e.sliceOffset);
+    json->Field("deltaCount", e.deltaCount);
+    json->Field("audioSamples", e.audioSamples);
+    json->Array("delta", [&] {
+      for (std::uint32_t k = 0; k < e.deltaCount; ++k)
+        Delta(e.delta[k], json);
+    });
+  });
+}
+
+void TimecodeErrors(const MXF_TIMECODE_INFO& timecode, LongOutput* output, JsonWriter* json) {
+  for (const TIMECODE_ERROR_INFO* e = timecode.errorList->next; e != nullptr && output->Send();
+       e = e->next) {
+    json->Object({}, [&] {
+      json->Field("previousTimecode", e->previousTimecode);
+      json->Field("nextTimecode", e->nextTimecode);
+      json->Field("kind", e->kind);
+      json->Field("frameNumber", e->frameNumber);
+    });
   }
-  return entries;
-}
-
-Json TimecodeErrors(const MXF_TIMECODE_INFO& timecode) {
-  Json errors = Json::array();
-  for (const TIMECODE_ERROR_INFO* e = timecode.errorList->next; e != nullptr; e = e->next) {
-    errors.push_back({{"previousTimecode", e->previousTimecode},
-                      {"nextTimecode", e->nextTimecode},
-                      {"kind", e->kind},
-                      {"frameNumber", e->frameNumber}});
-  }
-  return errors;
 }
 
 }  // namespace
 
-std::string InfoJson(const ClipSession& session, bool index) {
+void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output) {
   const MXF_BASE_INFO& mxf = session.app.mxf.base;
-  Json root;
-  root["result"] = session.result;
-  root["processCode"] = mxf.processCode.load();
-  if (session.result != 0) root["message"] = platform::ToUtf8(session.message);
-  root["MXF_BASE_INFO"] = BaseInfo(mxf);
-  root["MXF_PARTITION_INFO"] = PartitionInfo(mxf);
-  root["MXF_TIMECODE_INFO"] = TimecodeInfo(*mxf.timecode);
-  root["MXF_AUDIO_INFO"] = AudioInfo(*mxf.audio);
-  root["MXF_VIDEO_INFO"] = VideoInfo(*mxf.video);
-  if (session.result == 0) root["notices"] = NoticeLines(mxf);
-  if (mxf.timecode->errorCount > 0) root["TIMECODE_ERROR_INFO"] = TimecodeErrors(*mxf.timecode);
-  if (index) root["INDEX_ENTRY_ARRAY"] = IndexEntries(mxf);
-  // A name that is no UTF-8 shows with replacement characters.
-  return root.dump(2, ' ', false, Json::error_handler_t::replace);
+  JsonWriter json(&output->text());
+  json.Object({}, [&] {
+    json.Field("result", session.result);
+    json.Field("processCode", mxf.processCode.load());
+    if (session.result != 0) json.Field("message", platform::ToUtf8(session.message));
+    json.Object("MXF_BASE_INFO", [&] { BaseInfo(mxf, &json); });
+    json.Array("MXF_PARTITION_INFO", [&] { PartitionInfo(mxf, &json); });
+    json.Object("MXF_TIMECODE_INFO", [&] { TimecodeInfo(*mxf.timecode, &json); });
+    json.Object("MXF_AUDIO_INFO", [&] { AudioInfo(*mxf.audio, &json); });
+    json.Object("MXF_VIDEO_INFO", [&] { VideoInfo(*mxf.video, &json); });
+    if (session.result == 0) {
+      json.Array("notices", [&] {
+        for (const std::string& line : NoticeLines(mxf))
+          json.Item(line);
+      });
+    }
+    if (mxf.timecode->errorCount > 0) {
+      json.Array("TIMECODE_ERROR_INFO", [&] { TimecodeErrors(*mxf.timecode, output, &json); });
+    }
+    if (!index) return;
+    json.Array("INDEX_ENTRY_ARRAY", [&] {
+      for (std::uint32_t i = 0; i < mxf.timecode->frameCount && output->Send(); ++i)
+        IndexEntry((*mxf.indexEntries)[i], mxf.partitionTable->get(), &json);
+    });
+  });
 }
 
 }  // namespace quorvan::cli

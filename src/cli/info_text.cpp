@@ -18,20 +18,32 @@ constexpr const char* kElementKinds[] = {"not found", "AES3", "Wave"};
 
 class Page {
  public:
-  void Line(std::string_view name, std::string_view value) {
-    fmt::format_to(std::back_inserter(text_), "{:<18}{}\n", name, value);
-  }
-  void Heading(std::string_view text) { fmt::format_to(std::back_inserter(text_), "\n{}\n", text); }
-  std::string& text() { return text_; }
+  explicit Page(LongOutput* output) : output_(*output) {}
 
-  // All lines, without the last line end.
-  std::string Finished() {
-    if (!text_.empty()) text_.pop_back();
-    return std::move(text_);
+  void Line(std::string_view name, std::string_view value) {
+    BeginLine();
+    fmt::format_to(Out(), "{:<18}{}", name, value);
+  }
+  void Heading(std::string_view text) {
+    BeginLine();
+    fmt::format_to(Out(), "\n{}", text);
+  }
+  // A line of a table; false when more lines are of no use.
+  template <typename... Columns>
+  bool Row(fmt::format_string<Columns...> form, Columns&&... columns) {
+    BeginLine();
+    fmt::format_to(Out(), form, std::forward<Columns>(columns)...);
+    return output_.Send();
   }
 
  private:
-  std::string text_;
+  std::back_insert_iterator<std::string> Out() { return std::back_inserter(output_.text()); }
+  void BeginLine() {
+    if (!std::exchange(isEmpty_, false)) output_.text() += '\n';
+  }
+
+  LongOutput& output_;
+  bool isEmpty_ = true;
 };
 
 std::string Umid(const std::array<std::uint8_t, kUmidBytes>& umid, std::uint32_t size) {
@@ -103,29 +115,28 @@ void AddVideo(const MXF_VIDEO_INFO& v, Page* page) {
 void AddPartitions(const MXF_BASE_INFO& mxf, Page* page) {
   page->Heading("Partitions");
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  auto out = std::back_inserter(page->text());
-  fmt::format_to(out, "{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}\n", "", "kind", "offset",
-                 "header", "index", "body offset", "body", "index", "KAG");
+  page->Row("{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}", "", "kind", "offset", "header",
+            "index", "body offset", "body", "index", "KAG");
   for (std::uint32_t i = 0; i < table[0].partitionCount; ++i) {
     const MXF_PARTITION_INFO& p = table[i];
-    fmt::format_to(out, "{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}\n", i,
-                   kPartitionKinds[p.kind], p.thisPartition, p.headerByteCount, p.indexByteCount,
-                   p.bodyOffset, p.bodySid, p.indexSid, p.kagSize);
+    page->Row("{:>5} {:<7}{:>16}{:>12}{:>12}{:>16}{:>6}{:>6}{:>9}", i, kPartitionKinds[p.kind],
+              p.thisPartition, p.headerByteCount, p.indexByteCount, p.bodyOffset, p.bodySid,
+              p.indexSid, p.kagSize);
   }
 }
 
 void AddIndex(const MXF_BASE_INFO& mxf, Page* page) {
   page->Heading("Index");
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  auto out = std::back_inserter(page->text());
-  fmt::format_to(out, "{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}\n", "frame", "partition",
-                 "offset", "slice", "deltas", "flags", "samples", "temp", "key");
+  page->Row("{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}", "frame", "partition", "offset",
+            "slice", "deltas", "flags", "samples", "temp", "key");
   for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
     const INDEX_ENTRY_ARRAY& e = (*mxf.indexEntries)[i];
-    fmt::format_to(out, "{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}\n", i,
-                   e.partition - table, e.fileOffset, e.sliceOffset, e.deltaCount,
-                   fmt::format("{:02X}", e.flags), e.audioSamples, e.temporalOffset,
-                   e.keyFrameOffset);
+    const bool goesOn =
+        page->Row("{:>8}{:>10}{:>16}{:>12}{:>8}{:>7}{:>9}{:>5}{:>5}", i, e.partition - table,
+                  e.fileOffset, e.sliceOffset, e.deltaCount, fmt::format("{:02X}", e.flags),
+                  e.audioSamples, e.temporalOffset, e.keyFrameOffset);
+    if (!goesOn) return;
   }
 }
 
@@ -138,6 +149,9 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
       case ClipNotice::kNoRange:
         lines.emplace_back(
             "start, timecode base or duration cannot be read: nothing but looking is possible");
+        break;
+      case ClipNotice::kUnknownRate:
+        lines.emplace_back("the edit rate is not supported: nothing but looking is possible");
         break;
       case ClipNotice::kNoSampleFormat:
         lines.emplace_back(
@@ -157,9 +171,9 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
   return lines;
 }
 
-std::string InfoText(const ClipSession& session, bool index) {
+void WriteInfoText(const ClipSession& session, bool index, LongOutput* output) {
   const APP_STATE_INFO& app = session.app.info;
-  Page page;
+  Page page(output);
   page.Line("File", platform::ToUtf8(platform::LastComponent(app.mxfPath)));
   AddIdentity(*app.mxf, &page);
   AddTimecode(*app.mxf->timecode, &page);
@@ -171,7 +185,6 @@ std::string InfoText(const ClipSession& session, bool index) {
   for (const std::string& line : notices)
     page.Line("", line);
   if (index) AddIndex(*app.mxf, &page);
-  return page.Finished();
 }
 
 }  // namespace quorvan::cli

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/clip_session.h"
+#include "cli/console.h"
 
 namespace quorvan::cli {
 
@@ -13,10 +14,10 @@ namespace quorvan::cli {
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
 
 // Aligned text for people, with a line for each frame when `index` is set.
-std::string InfoText(const ClipSession& session, bool index);
+void WriteInfoText(const ClipSession& session, bool index, LongOutput* output);
 
 // One JSON object: result, processCode, message on a failure, notices, and each record under its
 // name, with INDEX_ENTRY_ARRAY when `index` is set.
-std::string InfoJson(const ClipSession& session, bool index);
+void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output);
 
 }  // namespace quorvan::cli

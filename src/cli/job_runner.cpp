@@ -15,6 +15,8 @@
 namespace quorvan::cli {
 namespace {
 
+constexpr std::size_t kMostTextChars = 8192;  // the longest message, the path of its file included
+
 JobProgress ProgressOfAnalysis(APP_STATE_INFO* app, const std::atomic<const char16_t*>* stage) {
   MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
   return {[&] { return std::uint64_t{timecode.progressFrame}; },
@@ -35,16 +37,24 @@ JobProgress ProgressOfJob(APP_STATE_INFO* app) {
           [] { return std::string("waiting until all of it is on the medium"); }};
 }
 
+// What stands in for the text of an outcome when memory for its words is out.
+std::string_view WithoutWords(std::int32_t result) {
+  if (result == kSuccess) return "done; out of memory for the message\n";
+  if (result == kDoneWithNotice) return "done, but the UMIDs are not as they should be\n";
+  return "stopped, and out of memory for the message: the clip may have been rewritten in part\n";
+}
+
 bool RunAnalysis(APP_STATE_INFO* app) {
   // Each stage's text lives as long as the program, so that a pointer to it can be handed on.
   std::atomic<const char16_t*> stage = nullptr;
+  const JobProgress progress = ProgressOfAnalysis(app, &stage);
   app->ui.stageTextControl = [&](std::u16string_view text) { stage = text.data(); };
   app->stageThreadStop = 0;
   // Without that thread the analysis only goes on without its stages' names.
-  const bool named = platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
-  const bool ran = RunWithProgress([app] { WorkerThread(app); }, ProgressOfAnalysis(app, &stage));
+  platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
+  const bool ran = RunWithProgress([app] { WorkerThread(app); }, progress);
   app->stageThreadStop = 1;
-  if (named) app->stageThread.join();
+  const platform::JoinAtEnd joined(&app->stageThread);
   return ran;
 }
 
@@ -59,22 +69,21 @@ JobOutcome NotStarted(const APP_STATE_INFO& app) {
 
 JobOutcome RunJob(APP_STATE_INFO* app) {
   JobOutcome outcome{};
+  // The worker's thread, where nothing may throw, finds memory for its words.
+  outcome.text.reserve(kMostTextChars);
   app->ui.progressDialog = [&](const JobReport& report) {
     if (report.message == JOB_MSG_PHASE) return;
     outcome.result = report.result;
-    if (report.text == nullptr) return;
-    try {
-      outcome.text = report.text;
-    } catch (const std::bad_alloc&) {
-      outcome.text.clear();  // the result says enough
-    }
+    const std::u16string_view text = report.text == nullptr ? u"" : report.text;
+    outcome.text.assign(text.substr(0, outcome.text.capacity()));
   };
   app->jobStartTime = platform::LocalTimeNow();
   const bool ran = app->jobKind == kAnalysisJob
                        ? RunAnalysis(app)
                        : RunWithProgress([app] { WorkerThread(app); }, ProgressOfJob(app));
   app->ui = {};
-  return ran ? outcome : NotStarted(*app);
+  if (!ran) return NotStarted(*app);
+  return outcome;
 }
 
 int ReportJob(const JobOutcome& outcome) {
@@ -83,7 +92,7 @@ int ReportJob(const JobOutcome& outcome) {
     outcome.result == kSuccess ? static_cast<void>(PrintLine(outcome.text))
                                : PrintError(outcome.text);
   } catch (const std::bad_alloc&) {
-    PrintRaw("out of memory\n");
+    PrintRaw(WithoutWords(outcome.result));
   }
   switch (outcome.result) {
     case kSuccess:

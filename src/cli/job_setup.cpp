@@ -138,12 +138,24 @@ int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STA
   return kDone;
 }
 
-int CheckOrSay(const APP_STATE_INFO& app) {
-  const std::int32_t refused = CheckJob(app);
+namespace {
+
+int SayRefusal(const APP_STATE_INFO& app, std::int32_t refused) {
   if (refused == kSuccess) return kDone;
-  PrintError(JobFailureMessage(app.mxfPath, app.jobKind, JobProcessCode(app.jobKind, app.useFileIo),
-                               refused, app.useFileIo));
+  PrintError(JobRefusalMessage(app.mxfPath, JobProcessCode(app.jobKind, app.useFileIo), refused,
+                               app.useFileIo));
   return kFailed;
+}
+
+}  // namespace
+
+int StartSetup(JobKind jobKind, APP_STATE_INFO* app) {
+  app->jobKind = jobKind;
+  return SayRefusal(*app, CheckClipForJob(*app));
+}
+
+int CheckOrSay(const APP_STATE_INFO& app) {
+  return SayRefusal(app, CheckJob(app));
 }
 
 int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,

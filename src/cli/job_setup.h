@@ -14,6 +14,9 @@ namespace quorvan::cli {
 // Each of these tells what is wrong on standard error and returns the exit status, kDone when all
 // is well.
 
+// Makes `jobKind` the job of `app`, whose clip is loaded, and asks CheckClipForJob about it.
+int StartSetup(JobKind jobKind, APP_STATE_INFO* app);
+
 // Puts files and silence on the tracks of the loaded clip and switches them ON.
 int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app);
 

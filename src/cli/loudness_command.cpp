@@ -1,6 +1,5 @@
 #include <fmt/format.h>
 
-#include <nlohmann/json.hpp>
 #include <vector>
 
 #include "cli/clip_session.h"
@@ -8,6 +7,7 @@
 #include "cli/console.h"
 #include "cli/job_runner.h"
 #include "cli/job_setup.h"
+#include "cli/json_writer.h"
 #include "mxf/analysis.h"
 
 namespace quorvan::cli {
@@ -25,10 +25,14 @@ std::string ResultText(const MXF_AUDIO_INFO& audio) {
 
 // A loudness below every measure, that of silence, shows as null.
 std::string ResultJson(const MXF_AUDIO_INFO& audio) {
-  const nlohmann::ordered_json root = {{"integratedLoudness", audio.integratedLoudness},
-                                       {"truePeak", audio.truePeak},
-                                       {"loudnessRange", audio.loudnessRange}};
-  return root.dump(2);
+  std::string text;
+  JsonWriter json(&text);
+  json.Object({}, [&] {
+    json.Field("integratedLoudness", audio.integratedLoudness);
+    json.Field("truePeak", audio.truePeak);
+    json.Field("loudnessRange", audio.loudnessRange);
+  });
+  return text;
 }
 
 }  // namespace
@@ -38,7 +42,7 @@ int RunLoudness(const LoudnessArguments& arguments) {
   ClipSession session;
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  app.jobKind = kLoudnessJob;
+  if (const int status = StartSetup(kLoudnessJob, &app)) return status;
   std::vector<std::uint32_t> tracks;
   if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
   if (tracks.size() > kMostTracks) {

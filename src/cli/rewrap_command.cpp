@@ -1,5 +1,6 @@
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include "cli/clip_session.h"
 #include "cli/commands.h"
@@ -20,13 +21,13 @@ bool IsYes(std::string_view answer) {
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "YES";
 }
 
-int ConfirmBackup(bool yes) {
+int ConfirmBackup(bool yes, bool keepsUmids) {
   if (yes) return kDone;
   if (!platform::InputIsTerminal() || !platform::ErrorIsTerminal()) {
     PrintError("without a terminal to ask for a backup, --yes is needed; nothing was written");
     return kFailed;
   }
-  PrintRaw(platform::ToUtf8(BackupQuestion()) + " [y/N] ");
+  PrintRaw(platform::ToUtf8(BackupQuestion(keepsUmids)) + " [y/N] ");
   std::string answer;
   if (platform::ReadLine(&answer) && IsYes(answer)) return kDone;
   PrintError("not confirmed; nothing was written");
@@ -38,9 +39,8 @@ int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
   if (!NeedsOldIdentity(*app)) return kDone;
   app->tracks->keepUmids = keepUmids ? 1 : 0;
   if (keepUmids) return kDone;
-  PrintError(JobFailureMessage(app->mxfPath, app->jobKind,
-                               JobProcessCode(app->jobKind, app->useFileIo), kUmidTooLong,
-                               app->useFileIo));
+  PrintError(JobRefusalMessage(app->mxfPath, JobProcessCode(app->jobKind, app->useFileIo),
+                               kUmidTooLong, app->useFileIo));
   PrintError("--keep-umids rewrites the sound under the old UMIDs; nothing was written");
   return kFailed;
 }
@@ -52,20 +52,34 @@ int CheckLogName(const APP_STATE_INFO& app) {
   return kFailed;
 }
 
-// The rewrite stands, with or without a log.
-void WriteLog(std::int32_t result, APP_STATE_INFO* app) {
+// The rewrite stands, with or without a log. True when there is one.
+bool WriteLog(std::int32_t result, APP_STATE_INFO* app) {
   std::uint32_t error = 0;
   const std::u16string_view notice =
       result == kDoneWithNotice ? UmidStateText(app->tracks->umidState) : std::u16string_view();
-  if (WriteRewrapLog(app, notice, &error)) {
-    PrintLine(platform::ToUtf8(RewrapLogPath(app->mxfPath)));
-  } else {
-    PrintError(RewrapLogFailureMessage(app->mxfPath, error));
+  if (WriteRewrapLog(app, notice, &error)) return true;
+  PrintError(RewrapLogFailureMessage(app->mxfPath, error));
+  return false;
+}
+
+// Writes the log of a rewrite that is done and tells the outcome. The clip is done: whatever
+// happens to the words about it, the status tells so.
+int ReportDone(bool noLog, JobOutcome outcome, APP_STATE_INFO* app) {
+  try {
+    const bool logged = !noLog && WriteLog(outcome.result, app);
+    if (outcome.result == kDoneWithNotice) {
+      outcome.text = JobNoticeMessage(app->mxfPath, app->tracks->umidState, logged);
+    }
+    const int status = ReportJob(outcome);
+    if (logged) PrintLine(RewrapLogPath(app->mxfPath));
+    return status;
+  } catch (const std::bad_alloc&) {
+    return ReportJob(outcome);
   }
 }
 
 int Prepare(const RewrapArguments& arguments, APP_STATE_INFO* app) {
-  app->jobKind = kRewriteJob;
+  if (const int status = StartSetup(kRewriteJob, app)) return status;
   if (arguments.buffer) app->tracks->wavBufferIndex = *arguments.buffer;
   app->tracks->noFlush = arguments.noFlush ? 1 : 0;
   if (const int status = PlaceAll(arguments.placement, app)) return status;
@@ -83,22 +97,14 @@ int RunRewrap(const RewrapArguments& arguments) {
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
   if (const int status = Prepare(arguments, &app)) return status;
-  if (const int status = ConfirmBackup(arguments.yes)) return status;
+  if (const int status = ConfirmBackup(arguments.yes, app.tracks->keepUmids == 1)) return status;
   if (Interrupted()) {
     PrintError("cancelled; nothing was written");
     return kInterrupted;
   }
-  const JobOutcome outcome = RunJob(&app);
-  const int status = ReportJob(outcome);
-  const bool done = status == kDone || status == kDoneNotice;
-  if (!done || arguments.noLog) return status;
-  // The clip is done: whatever happens to the words about it, the status tells so.
-  try {
-    WriteLog(outcome.result, &app);
-  } catch (const std::bad_alloc&) {
-    PrintRaw("out of memory\n");
-  }
-  return status;
+  JobOutcome outcome = RunJob(&app);
+  const bool done = outcome.result == kSuccess || outcome.result == kDoneWithNotice;
+  return done ? ReportDone(arguments.noLog, std::move(outcome), &app) : ReportJob(outcome);
 }
 
 }  // namespace quorvan::cli

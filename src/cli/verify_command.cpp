@@ -49,7 +49,7 @@ int RunVerify(const VerifyArguments& arguments) {
   ClipSession session;
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  app.jobKind = kRewriteJob;
+  if (const int status = StartSetup(kRewriteJob, &app)) return status;
   if (const int status = PlaceAll(arguments.placement, &app)) return status;
   if (const int status = SetRange(arguments.range, kRewrapRange, &app)) return status;
   if (const int status = CheckOrSay(app)) return status;

@@ -58,11 +58,13 @@ class UnfinishedCopy {
 
   platform::File& file() { return file_; }
 
-  // False when the copy has not got its name, or the folder with it is not on the medium.
+  // False when the copy has not got its name, or the folder with the name is not on the medium: it
+  // is removed then.
   bool TakeName(const std::u16string& out) {
     if (!file_.Close() || !platform::RenameWithoutReplacing(path_, out)) return false;
-    exists_ = false;
-    return platform::FlushFolderOf(out);
+    path_ = out;
+    exists_ = !platform::FlushFolderOf(out);
+    return !exists_;
   }
 
  private:
@@ -196,7 +198,9 @@ bool IndexLeadsToFrames(const platform::File& file, const ConformLayout& layout,
   };
   for (std::uint32_t i = 0; i < count; ++i) {
     const bool inner = i != 0 && i + 1 != count && sameSegment(i - 1, i) && sameSegment(i, i + 1);
-    if (!inner && !FrameStandsAt(file, layout, entries[i].fileOffset)) return false;
+    if (!inner && (file.StopAsked() || !FrameStandsAt(file, layout, entries[i].fileOffset))) {
+      return false;
+    }
   }
   return count != 0;
 }
@@ -227,6 +231,9 @@ ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
   MxfRecords records;
   ConformResult result = AnalyzeCopy(file, &records);
   if (!result.done || IndexLeadsToFrames(*file, layout, records)) return result;
+  if (file->Trouble() == platform::ReadTrouble::kFailed) {
+    return Refused("the copy cannot be read back");
+  }
   return Refused("the index table does not lead to the frames");
 }
 
@@ -248,12 +255,14 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
     return CancelWanted(*progress) ? Cancelled() : Refused(writer.reason);
   };
   if (!WriteSkeleton(map, layout, &writer)) return writeFault();
-  if (ConformResult result = CheckSkeleton(&copy.file()); !result.done) return result;
+  if (ConformResult result = CheckSkeleton(&copy.file()); !result.done) {
+    return CancelWanted(*progress) ? Cancelled() : result;
+  }
   if (!WriteEssence(map, layout, &writer)) return writeFault();
   if (!copy.file().Flush()) return Refused("the copy cannot be brought onto the medium");
   ConformResult result = CheckCopy(&copy.file(), layout);
-  if (!result.done) return result;
   if (CancelWanted(*progress)) return Cancelled();
+  if (!result.done) return result;
   if (in.Trouble() != platform::ReadTrouble::kNone) return Refused("the clip cannot be read");
   if (!copy.TakeName(out)) {
     return Refused("the copy cannot take its name, or the name not be brought onto the medium");

@@ -30,6 +30,22 @@ std::int32_t RunPlannedExport(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
   }
 }
 
+// Calls `prove` with the numbers of the `frames` frames from `first` on, counted from 0 in the
+// export. Returns 0; what `prove` gave when that was not 0, without going on; or kCancelled in
+// front of the frame before which `cancel` became 1.
+template <typename Prove>
+std::int32_t ProveFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::uint32_t frames,
+                         Prove prove) {
+  for (std::uint32_t frame = first; frame < first + frames; ++frame) {
+    if (tracks->cancel == 1) {
+      tracks->cancel = 0;
+      return kCancelled;
+    }
+    if (const std::int32_t failed = prove(frame)) return failed;
+  }
+  return kSuccess;
+}
+
 // Calls `take` with the numbers of the `frames` frames from `first` on, counted from 0 in the
 // export, and keeps `currentFrame`. Returns 0; what `take` gave when that was not 0, without going
 // on; or kCancelled behind the frame during which `cancel` became 1.

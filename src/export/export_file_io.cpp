@@ -43,6 +43,7 @@ class FileIoExport {
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = WriteAll()) return failed;
+    if (clip_.Size() != mxf_.fileSize) return outcome_.Of(kClipFault);
     return outcome_.Finish(&files_);
   }
 
@@ -59,6 +60,13 @@ class FileIoExport {
     clip_.ExpectScattered();
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
+    const std::int32_t proven =
+        ProveFrames(&tracks_, 0, plan_.range.total, [&](std::uint32_t frame) {
+          const std::uint32_t entryIndex = plan_.range.firstEntry + frame;
+          return outcome_.Of(rows_.Read(entryIndex), entryIndex);
+        });
+    if (proven != kSuccess) return proven;
+    rows_.Rewind(plan_.range.firstEntry);
     if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
     outcome_.NameFile();
     return kFileExportNoFile;

@@ -50,13 +50,16 @@ class MappedExport {
     if (mapping_.size() != mxf_.fileSize) return outcome_.Of(kClipChanged);
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
+    if (const std::int32_t failed = ProveAll()) return failed;
     if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
     outcome_.NameFile();
     return kExportNoFile;
   }
 
-  std::int32_t WriteAll() {
-    tracks_.phase = kPhaseWriting;
+  // Calls `take` with a view and up to kMostFrames frames that it covers, counted from 0 in the
+  // export, until all frames had their turn or `take` gives something else than 0.
+  template <typename Take>
+  std::int32_t WalkRuns(Take take) const {
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const SegmentRun run = NextRun(mxf_, plan_.range.firstEntry + done, plan_.range.total - done);
       const platform::MappedView view = mapping_.ViewCovering(run.start, run.length);
@@ -64,11 +67,31 @@ class MappedExport {
       view.ExpectScattered();
       for (const std::uint32_t end = done + run.frames; done < end;) {
         const std::uint32_t frames = std::min(end - done, ExportFiles::kMostFrames);
-        if (const std::int32_t failed = WriteFrames(view, done, frames)) return failed;
+        if (const std::int32_t failed = take(view, done, frames)) return failed;
         done += frames;
       }
     }
     return kSuccess;
+  }
+
+  // Nothing is made before every value of every frame is proven.
+  std::int32_t ProveAll() {
+    const std::int32_t proven =
+        WalkRuns([&](const platform::MappedView& view, std::uint32_t first, std::uint32_t frames) {
+          return ProveFrames(&tracks_, first, frames, [&](std::uint32_t frame) {
+            const std::uint32_t entryIndex = plan_.range.firstEntry + frame;
+            ahead_.LookAndAsk(entryIndex);
+            return outcome_.Of(ProveElements(view, mxf_, entryIndex, plan_.Tracks()), entryIndex);
+          });
+        });
+    ahead_.Rewind(plan_.range.firstEntry);
+    return proven;
+  }
+
+  std::int32_t WriteAll() {
+    tracks_.phase = kPhaseWriting;
+    return WalkRuns([&](const platform::MappedView& view, std::uint32_t first,
+                        std::uint32_t frames) { return WriteFrames(view, first, frames); });
   }
 
   // Writes the valid frames in front of the first invalid one.

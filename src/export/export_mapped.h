@@ -23,8 +23,9 @@ enum ExportMappedCode : std::int32_t {
 // gets a number; no file that exists is changed. Writes `totalFrames` and, from 0 on, the number of
 // the frame at work to `currentFrame`, and stops behind the frame during which `cancel` becomes 1.
 //
-// Each file, and the folder with its name, is on the medium before the export is done, unless
-// `noFlush` is 1.
+// Before the first file is made, every value is proven to be the one of its track in its frame,
+// with exactly its frame's samples. Each file, and the folder with its name, is on the medium
+// before the export is done, unless `noFlush` is 1.
 //
 // Returns 0; kCancelled; or a failure: `fault` tells which frame or file was at fault. Up to 4007
 // no file was made. New files stay afterwards, as far as they were written: shorter than their

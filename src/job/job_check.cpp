@@ -4,7 +4,6 @@
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "rewrite/rewrap_plan.h"
-#include "rewrite/umid.h"
 
 namespace quorvan {
 namespace {
@@ -31,12 +30,7 @@ JobFault CheckArgumentsOf(const APP_STATE_INFO& app, FrameRange* range) {
   return kNoFault;
 }
 
-}  // namespace
-
-std::int32_t CheckJob(const APP_STATE_INFO& app) {
-  FrameRange range{};
-  JobFault fault = CheckArgumentsOf(app, &range);
-  if (fault == kNoFault && range.total == 0 && app.jobKind != kAnalysisJob) fault = kBadRange;
+std::int32_t ResultOf(const APP_STATE_INFO& app, JobFault fault) {
   if (fault == kNoFault) return kSuccess;
   const std::uint32_t stage = JobProcessCode(app.jobKind, app.useFileIo);
   // A measurement has the numbers of the export through views.
@@ -44,8 +38,28 @@ std::int32_t CheckJob(const APP_STATE_INFO& app) {
   return static_cast<std::int32_t>(base) + fault;
 }
 
+}  // namespace
+
+std::int32_t CheckJob(const APP_STATE_INFO& app) {
+  FrameRange range{};
+  const JobFault fault = CheckArgumentsOf(app, &range);
+  const bool empty = fault == kNoFault && range.total == 0 && app.jobKind != kAnalysisJob;
+  return ResultOf(app, empty ? kBadRange : fault);
+}
+
+std::int32_t CheckClipForJob(const APP_STATE_INFO& app) {
+  return ResultOf(app, CheckClip(*app.mxf));
+}
+
+std::u16string_view ClipRefusal(const APP_STATE_INFO& app) {
+  const JobFault fault = CheckClip(*app.mxf);
+  if (fault == kNoFault) return {};
+  return FailureText(kStageRewrapMapped, static_cast<std::int32_t>(kStageRewrapMapped) + fault);
+}
+
 bool NeedsOldIdentity(const APP_STATE_INFO& app) {
-  return !ClipIdentity::CanBeRenewed(*app.mxf);
+  return app.mxf->materialUmidSize == kExtendedUmidBytes ||
+         app.mxf->sourceUmidSize == kExtendedUmidBytes;
 }
 
 }  // namespace quorvan

@@ -11,11 +11,12 @@
 #include "platform/text.h"
 #include "state/clip_text.h"
 #include "state/job_fault.h"
+#include "timecode/timecode.h"
 
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kResultColumns = 32;
+constexpr std::size_t kResultColumns = 33;
 constexpr std::size_t kStageCount = 16;
 
 // Texts by result minus process code. An empty cell shows kFillerText.
@@ -61,6 +62,7 @@ constexpr std::u16string_view kEngineFailures[kResultColumns - kOwnColumns] = {
     u"処理用のスレッドを開始できません。\n他のアプリを終了してからもう一度お試し下さい。",
     u"BWFファイルを書込めません。\n空き容量と接続デバイスを確認して下さい。",
     u"インデックステーブルが、範囲の全てのフレームを順に示していません。",
+    u"ヘッダーメタデータの中に、パッケージのUMIDを確認できません。\nMXFファイルの構造に問題があります。",
 };
 constexpr std::u16string_view kNoExportOnText = u"書出しトラックのON/OFFスイッチが全てOFFになっています。";
 constexpr std::u16string_view kSampleBitsText = u"サンプルビット数が対応していません。このアプリは24bit または 16bitに対応しています。 ";
@@ -267,8 +269,7 @@ constexpr FailureRow kMeasurementFailures = OfEngine({{
     kExportMappedFailures[5],
     kExportFileIoFailures[6],
     kExportMappedFailures[6],
-    kExportMappedFailures[7],
-    kExportMappedFailures[9],
+    u"MXFファイルが空になっています。",
 }});
 
 struct Stage {
@@ -324,6 +325,10 @@ constexpr std::u16string_view kTimecodeBreaksForm = u"%s\n\nこのファイル�
 constexpr std::u16string_view kPathTooLongForm = u"%s\n\nパスが長すぎるため、MXFファイルを開くことができません。";
 constexpr std::u16string_view kLoadStoppedForm = u"%s\n\n解析を中断しました。";
 constexpr std::u16string_view kAnalysisStoppedForm = u"%s\n\n解析を中断しました。\nこのままロードしますか？";
+constexpr std::u16string_view kKeptBackupQuestion =
+    u"MXFファイルのバックアップは済んでいますか？\n\nUMID(識別子)は元のままで、音声だけを書換えます。\n"
+    u"開始してもよろしいでしょうか？";
+constexpr std::u16string_view kJobRefusalForm = u"%s\n\n%s\n\n\tERR: %s  process: %s";
 constexpr std::u16string_view kJobDoneForm = u"%s\n\n%sが完了しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobCancelledForm = u"MXFファイル\n%s\n\n%sを中断しました。\n\n\tprocess: %s";
 constexpr std::u16string_view kJobFailureForm = u"%s\n\n%s中にエラーが発生しました。\n%s\n\n\tERR: %s  process: %s";
@@ -338,7 +343,9 @@ constexpr std::u16string_view kOldUmidsText = u"\nUMIDは元のままです。";
 constexpr std::u16string_view kLongUmidQuestion = u"\n\n元のUMIDのまま、音声を書換えてもよろしいですか？";
 
 // By UmidState: what a clip holds when its UMIDs could not be renewed.
-constexpr std::u16string_view kUmidNoticeForm = u"%s\n\nラッピングは完了していますが、UMIDの更新が正しく行われませんでした。\n%s\n同時に作成されたログテキストをご覧ください。";
+constexpr std::u16string_view kSeeLogText = u"\n同時に作成されたログテキストをご覧ください。";
+constexpr std::u16string_view kJobNoticeWithoutLogForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了しています。";
+constexpr std::u16string_view kUmidNoticeForm = u"%s\n\nラッピングは完了していますが、UMIDの更新が正しく行われませんでした。\n%s%s";
 constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
     u"MXFファイルのUMIDは新しいものです。",
     u"MXFファイルのUMIDは元のままです。",
@@ -438,8 +445,8 @@ std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint3
   return Fill(kCannotBeOpenedForm, {platform::LastComponent(mxfPath), platform::ToUtf16(hex)});
 }
 
-std::u16string_view BackupQuestion() {
-  return kBackupQuestion;
+std::u16string_view BackupQuestion(bool keepsUmids) {
+  return keepsUmids ? kKeptBackupQuestion : kBackupQuestion;
 }
 
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
@@ -477,6 +484,12 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath) {
   return Fill(kAnalysisStoppedForm, {platform::LastComponent(mxfPath)});
 }
 
+std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
+                                 std::int32_t result, std::uint32_t useFileIo) {
+  return Fill(kJobRefusalForm, {platform::LastComponent(mxfPath), FailureText(processCode, result),
+                                Number(result), MethodName(useFileIo)});
+}
+
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                               std::uint32_t useFileIo) {
   return Fill(kJobDoneForm,
@@ -487,10 +500,11 @@ std::u16string_view UmidStateText(UmidState state) {
   return state < kUmidStateTexts.size() ? kUmidStateTexts[state] : kUmidSizeText;
 }
 
-std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state) {
+std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state, bool hasLog) {
   const std::u16string_view name = platform::LastComponent(mxfPath);
-  if (state == kUmidsKept) return Fill(kJobNoticeForm, {name});
-  return Fill(kUmidNoticeForm, {name, UmidStateText(state)});
+  if (state == kUmidsKept) return Fill(hasLog ? kJobNoticeForm : kJobNoticeWithoutLogForm, {name});
+  return Fill(kUmidNoticeForm,
+              {name, UmidStateText(state), hasLog ? kSeeLogText : std::u16string_view()});
 }
 
 std::u16string LongUmidQuestion() {
@@ -511,12 +525,22 @@ std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobK
                FailureText(processCode, result), Number(result), MethodName(useFileIo)});
 }
 
+namespace {
+
+// The timecode of a count in the plain domain, where a frame behind midnight is counted on.
+std::u16string WrittenTimecode(const MXF_TIMECODE_INFO& timecode, std::int64_t count) {
+  const std::int64_t day = FramesPerDay(timecode.fpsIndex, timecode.dropFrame);
+  return platform::ToUtf16(TimecodeText(timecode, day > 0 ? count % day : count));
+}
+
+}  // namespace
+
 std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode) {
   std::u16string details;
   if (fault.path[0] != 0) details += Fill(kFileAtFaultForm, {fault.path});
   if (fault.frame != kNoFrame) {
     const std::int64_t count = std::int64_t{timecode.startFrames} + fault.frame;
-    details += Fill(kFrameAtFaultForm, {platform::ToUtf16(TimecodeText(timecode, count)),
+    details += Fill(kFrameAtFaultForm, {WrittenTimecode(timecode, count),
                                         platform::ToUtf16(std::to_string(fault.frame))});
   }
   return details;
@@ -527,10 +551,8 @@ std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECOD
   const std::uint32_t begun = tracks.fault.framesBegun;
   if (begun == 0) return std::u16string(kNothingWrittenText);
   const std::int64_t in = tracks.inFrame[0];
-  const auto text = [&](std::int64_t count) {
-    return platform::ToUtf16(TimecodeText(timecode, count));
-  };
-  std::u16string written = Fill(kWrittenForm, {text(in), text(in + begun - 1)});
+  std::u16string written = Fill(
+      kWrittenForm, {WrittenTimecode(timecode, in), WrittenTimecode(timecode, in + begun - 1)});
   const bool umidsTouched = result % kStageSpan == kUmidsNotFlushed;
   return umidsTouched ? written : written.append(kOldUmidsText);
 }

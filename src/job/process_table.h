@@ -1,7 +1,7 @@
 // The stages of all operations: their process codes, names and texts, the text of every failure,
 // and the messages that tell a job's outcome. Texts are those of the user interface, in Japanese.
 //
-// A stage's failures are its process code plus 1 to 31, from 15 on the same for every engine
+// A stage's failures are its process code plus 1 to 32, from 15 on the same for every engine
 // (state/job_fault.h); 0 is success, kCancelled a stop by the operator and kDoneWithNotice a job
 // that is done but for something that the operator has to know, for every stage alike.
 
@@ -45,8 +45,9 @@ std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
 // The clip cannot be opened: it is missing, not readable or in use. `code` is shown in hexadecimal.
 std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code);
 
-// Asked before a rewrite, since it works on the only copy of the clip.
-std::u16string_view BackupQuestion();
+// Asked before a rewrite, since it works on the only copy of the clip. `keepsUmids` is true when
+// the clip keeps its UMIDs.
+std::u16string_view BackupQuestion(bool keepsUmids);
 
 // The path of the clip has more characters than the records hold.
 std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath);
@@ -59,6 +60,10 @@ std::u16string LongUmidQuestion();
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, std::uint32_t useFileIo,
                                   bool hasAudioDescriptor = false);
+
+// A job that was refused with `result` before it began.
+std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
+                                 std::int32_t result, std::uint32_t useFileIo);
 
 // The operator has stopped the analysis sequence: the clip cannot be loaded.
 std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
@@ -76,8 +81,8 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 // A rewrite, an export or a measurement has ended well, was cancelled, or failed with `result`.
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                               std::uint32_t useFileIo);
-std::u16string JobNoticeMessage(std::u16string_view mxfPath,
-                                UmidState state);  // done, but for UMIDs
+std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state,
+                                bool hasLog);  // done, but for UMIDs
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                    std::uint32_t useFileIo);
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,

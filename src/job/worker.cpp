@@ -17,7 +17,15 @@ namespace quorvan {
 namespace {
 
 constexpr char16_t kDoneCaption[] = u"MXF Lattice Core";
-constexpr char16_t kNoMemoryText[] = u"メモリが確保できません。";
+
+// What stands in for a message when memory for its words is out.
+constexpr char16_t kPlainDoneText[] = u"処理は完了しました。";
+constexpr char16_t kPlainLoadFailureText[] = u"メモリが確保できないため、ロードできません。";
+constexpr char16_t kPlainNoticeText[] =
+    u"処理は完了しましたが、UMIDの更新が正しく行われませんでした。";
+constexpr char16_t kPlainFailureText[] =
+    u"処理を中断しました。\nメモリが確保できないため、詳細を表示できません。\n"
+    u"音声は途中まで書換えられている可能性があります。";
 constexpr std::int32_t kLastContinuityResult = 1012;
 constexpr auto kStagePollInterval = std::chrono::milliseconds(2);
 constexpr std::uint32_t kNoStageShown = ~std::uint32_t{0};
@@ -39,8 +47,8 @@ std::int32_t RunEngine(APP_STATE_INFO* app) {
   return kCancelled;
 }
 
-// Sends the job's last message, with the text that `compose` makes; without memory for it, with a
-// fixed one.
+// Sends the job's last message, with the text that `compose` makes; without memory for that, with
+// the text that the report has.
 template <typename Compose>
 void SendEnd(APP_STATE_INFO* app, JobReport report, Compose compose) {
   std::u16string text;
@@ -48,7 +56,7 @@ void SendEnd(APP_STATE_INFO* app, JobReport report, Compose compose) {
     text = compose();
     report.text = text.c_str();
   } catch (const std::bad_alloc&) {
-    report.text = kNoMemoryText;
+    text.clear();
   }
   app->ui.progressDialog(report);
 }
@@ -70,14 +78,14 @@ void RunJob(APP_STATE_INFO* app) {
   // Titles are parts of literals: what stands behind them is a zero.
   const char16_t* title = JobTitle(app->jobKind).data();
   if (result == kSuccess) {
-    return SendEnd(app, {JOB_MSG_DONE, result, kDoneCaption, nullptr},
+    return SendEnd(app, {JOB_MSG_DONE, result, kDoneCaption, kPlainDoneText},
                    [app] { return JobDoneMessage(app->mxfPath, app->jobKind, app->useFileIo); });
   }
   if (result == kDoneWithNotice) {
-    return SendEnd(app, {JOB_MSG_DONE, result, title, nullptr},
-                   [app] { return JobNoticeMessage(app->mxfPath, app->tracks->umidState); });
+    return SendEnd(app, {JOB_MSG_DONE, result, title, kPlainNoticeText},
+                   [app] { return JobNoticeMessage(app->mxfPath, app->tracks->umidState, true); });
   }
-  SendEnd(app, {JOB_MSG_FAILED, result, title, nullptr},
+  SendEnd(app, {JOB_MSG_FAILED, result, title, kPlainFailureText},
           [app, result] { return TextOfFailure(*app, result); });
 }
 
@@ -110,7 +118,7 @@ std::u16string TextOfAnalysis(const APP_STATE_INFO& app, std::int32_t result) {
 void RunAnalysis(APP_STATE_INFO* app) {
   const std::int32_t result = Analyse(app);
   if (result == kSuccess) return app->ui.progressDialog({JOB_MSG_DONE, result, u"", nullptr});
-  SendEnd(app, {JOB_MSG_FAILED, result, nullptr, nullptr},
+  SendEnd(app, {JOB_MSG_FAILED, result, nullptr, kPlainLoadFailureText},
           [app, result] { return TextOfAnalysis(*app, result); });
 }
 

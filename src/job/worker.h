@@ -12,7 +12,7 @@ namespace quorvan {
 // `ui.progressDialog`, which must be set before; the thread's last act is to wait for the face to
 // have handled the last one.
 //
-// A job is stopped by `tracks->cancel`, an analysis, in its second phase, by
+// A job is stopped by `tracks->cancel`, an analysis, in any stage, by
 // `mxf->timecode->stopRequest`.
 void WorkerThread(APP_STATE_INFO* app);
 

@@ -48,7 +48,7 @@ class SampleReader {
   JobFault Start();
 
   // Waits for the next frame. Not to be called behind the last one, nor behind one that is not
-  // kSound.
+  // kProven.
   SampleFrame Next();
 
   // True for the bytes of a sample that can be converted: 2, 3 or 4.

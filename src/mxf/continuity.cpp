@@ -7,6 +7,7 @@
 #include <span>
 
 #include "mxf/analysis.h"
+#include "platform/memory.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -14,6 +15,9 @@ namespace {
 
 // Frames whose words are asked for ahead: enough to keep the queue of a disk full.
 constexpr std::uint32_t kFramesAhead = 256;
+
+// Memory that the nodes between two looks need.
+constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
 
 // Frames that are worked on between two looks at a stop request, where nothing is read.
 constexpr std::uint32_t kFramesPerLook = 1u << 16;
@@ -250,6 +254,7 @@ class ContinuityCheck {
     TIMECODE_ERROR_INFO* last = timecode_.errorList;
     return CompareAll(reading, [&](std::uint32_t previous, std::uint32_t next, std::uint32_t kind) {
       if (kind == 0) return true;
+      if (LooksAt(timecode_.errorCount) && !platform::FitsMemory(kNodesPerLook)) return false;
       auto* node = new (std::nothrow) TIMECODE_ERROR_INFO{
           Written(previous, reading), Written(next, reading), kind, previous, last, nullptr};
       if (node == nullptr) return false;

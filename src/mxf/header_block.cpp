@@ -4,6 +4,7 @@
 #include <array>
 
 #include "mxf/klv.h"
+#include "mxf/package_uid.h"
 
 namespace quorvan {
 namespace {
@@ -15,6 +16,9 @@ constexpr std::uint64_t kLargestHeader = std::uint64_t{256} << 20;
 // tells an index table segment from metadata.
 constexpr std::array<std::uint8_t, 2> kLocalSetForm = {0x02, 0x53};
 constexpr std::size_t kFormPlace = 4;
+
+constexpr std::uint16_t kTagSourcePackageId = 0x1101;
+constexpr std::uint16_t kTagLinkedPackageUid = 0x2701;
 
 bool IsMetadataSet(const std::uint8_t* key) {
   return std::equal(kLocalSetForm.begin(), kLocalSetForm.end(), key + kFormPlace) &&
@@ -36,11 +40,10 @@ std::optional<Bounds> BoundsOf(const platform::File& file, const MXF_BASE_INFO& 
   const std::size_t fillHeader = ReadKlvHeader({head.data(), held}, &fill);
   const bool filled = fillHeader > 0 && KeyMatches(head.data(), keys::kFill);
 
-  // Writers differ in whether HeaderByteCount counts the fill, and the readers take pack and fill
-  // for one KAG: the farthest of these ends holds every set that was accepted.
+  // Writers differ in whether HeaderByteCount counts the fill: behind the shorter of both readings
+  // there is fill, or nothing that is a set.
   const std::uint64_t skipped = filled ? std::min(fill, mxf.fileSize) + fillHeader : 0;
-  const std::uint64_t sets = std::max(start + skipped, header.thisPartition + header.kagSize);
-  std::uint64_t end = sets + std::min(header.headerByteCount, mxf.fileSize);
+  std::uint64_t end = start + skipped + std::min(header.headerByteCount, mxf.fileSize);
   end = std::min({end, mxf.fileSize, (*mxf.indexEntries)[0].fileOffset});
   for (std::uint32_t i = 1; i < header.partitionCount; ++i) {
     if (table[i].thisPartition > header.thisPartition) end = std::min(end, table[i].thisPartition);
@@ -65,8 +68,9 @@ HeaderState HeaderBlock::Read(const platform::File& file, const MXF_BASE_INFO& m
                                                            : HeaderState::kFault;
 }
 
-void HeaderBlock::FindInItems(std::span<const std::uint8_t> wanted,
-                              std::vector<MetadataPlace>* places) const {
+// Calls `visit` with every item of every metadata set, and the file offset of its value.
+template <typename Visit>
+void HeaderBlock::VisitItems(Visit visit) const {
   const std::span<const std::uint8_t> block = Bytes();
   for (std::size_t at = 0; at < block.size();) {
     std::uint64_t length = 0;
@@ -80,16 +84,39 @@ void HeaderBlock::FindInItems(std::span<const std::uint8_t> wanted,
     at += header + value.size();
     if (!IsMetadataSet(rest.data())) continue;
     LocalItem item;
-    for (LocalSetWalk walk(value); walk.Next(&item);) {
-      for (auto from = item.value.begin();;) {
-        from = std::search(from, item.value.end(), wanted.begin(), wanted.end());
-        if (from == item.value.end()) break;
-        const auto place = static_cast<std::uint64_t>(&*from - block.data());
-        places->push_back({start_ + place, wanted.size()});
-        from += static_cast<std::ptrdiff_t>(wanted.size());
-      }
-    }
+    for (LocalSetWalk walk(value); walk.Next(&item);)
+      visit(item, start_ + static_cast<std::uint64_t>(item.value.data() - block.data()));
   }
+}
+
+void HeaderBlock::FindInItems(std::span<const std::uint8_t> wanted,
+                              std::vector<MetadataPlace>* places) const {
+  VisitItems([&](const LocalItem& item, std::uint64_t fileOffset) {
+    for (auto from = item.value.begin();;) {
+      from = std::search(from, item.value.end(), wanted.begin(), wanted.end());
+      if (from == item.value.end()) break;
+      const auto inItem = static_cast<std::uint64_t>(from - item.value.begin());
+      places->push_back({fileOffset + inItem, wanted.size()});
+      from += static_cast<std::ptrdiff_t>(wanted.size());
+    }
+  });
+}
+
+void HeaderBlock::FindDangling(std::vector<MetadataPlace>* places) const {
+  std::vector<std::span<const std::uint8_t>> packages;
+  VisitItems([&](const LocalItem& item, std::uint64_t) {
+    if (item.tag == kTagPackageUid && item.value.size() >= kUmidBytes)
+      packages.push_back(item.value.first(kUmidBytes));
+  });
+  VisitItems([&](const LocalItem& item, std::uint64_t fileOffset) {
+    if (item.tag != kTagSourcePackageId && item.tag != kTagLinkedPackageUid) return;
+    if (item.value.size() < kUmidBytes) return;
+    const auto named = item.value.first(kUmidBytes);
+    const bool isThere = std::any_of(packages.begin(), packages.end(), [&](const auto& package) {
+      return std::equal(package.begin(), package.end(), named.begin());
+    });
+    if (!isThere) places->push_back({fileOffset, kUmidBytes});
+  });
 }
 
 std::span<const std::uint8_t> HeaderBlock::SetAt(const METADATA_SET_PLACE& set) const {
@@ -112,6 +139,11 @@ std::optional<MetadataPlace> HeaderBlock::FindItem(const METADATA_SET_PLACE& set
 
 std::span<const std::uint8_t> HeaderBlock::At(const MetadataPlace& place) const {
   return SetAt({place.fileOffset(), place.bytes()});
+}
+
+void HeaderBlock::Put(const MetadataPlace& place, std::span<const std::uint8_t> bytes) {
+  if (At(place).size() != bytes.size()) return;
+  std::copy(bytes.begin(), bytes.end(), bytes_.get() + (place.fileOffset() - start_));
 }
 
 }  // namespace quorvan

@@ -60,11 +60,22 @@ class HeaderBlock {
   // The value of a set; empty when it does not lie in the block whole.
   std::span<const std::uint8_t> SetAt(const METADATA_SET_PLACE& set) const;
 
+  // The values of all SourcePackageID and LinkedPackageUID items that name a package of which the
+  // header metadata holds no set. Appends them to `*places`, in ascending order.
+  void FindDangling(std::vector<MetadataPlace>* places) const;
+
   // What stands at a place of this clip's header metadata.
   std::span<const std::uint8_t> At(const MetadataPlace& place) const;
 
- private:
+  // Puts `bytes` at a place of the block in memory, and nothing in the file.
+  void Put(const MetadataPlace& place, std::span<const std::uint8_t> bytes);
+
+  // All of the block.
   std::span<const std::uint8_t> Bytes() const { return {bytes_.get(), size_}; }
+
+ private:
+  template <typename Visit>
+  void VisitItems(Visit visit) const;
 
   std::uint64_t start_ = 0;  // file offset of the first byte
   std::size_t size_ = 0;

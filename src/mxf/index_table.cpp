@@ -100,6 +100,7 @@ std::int32_t ReadIndexEntries(std::span<const std::uint8_t> value, Segment* segm
   if (count == 0) return kSuccess;
   if (count > (value.size() - kBatchHeaderBytes) / step) return kNoIndexTable;
   if (count > kMostFrames - segment->entries.size()) return kNoIndexTable;
+  if (!platform::FitsMemory(count * sizeof(RawEntry))) return kNoMemory;
   // A set of many such items grows by doubling: room for just the next one would be made each time.
   if (segment->entries.empty()) segment->entries.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
@@ -192,6 +193,7 @@ std::int32_t ReadPartitionIndex(const platform::File& file, const MXF_PARTITION_
   const std::uint64_t wanted = std::min(partition.indexByteCount, fileSize - start);
   list->bytesRead += wanted;
   if (wanted > kLargestIndexBlock || list->bytesRead > fileSize) return kNoIndexTable;
+  if (!platform::FitsMemory(wanted)) return kNoMemory;
   const auto size = static_cast<std::size_t>(wanted);
   const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[size + 1]);
   if (block == nullptr) return kNoMemory;
@@ -262,20 +264,11 @@ bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t rea
   return true;
 }
 
-// True when a table of so many entries leaves some memory for the rest of the work.
-bool FitsMemory(std::uint64_t entries) {
-  constexpr std::uint64_t alwaysThere = std::uint64_t{64} << 20;
-  const std::uint64_t bytes = entries * sizeof(INDEX_ENTRY_ARRAY);
-  if (bytes <= alwaysThere) return true;
-  const auto available = platform::AvailableMemory();
-  return !available || bytes <= *available / 4 * 3;
-}
-
 std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BASE_INFO* mxf) {
   MXF_TIMECODE_INFO* timecode = mxf->timecode;
   const std::uint64_t fileSize = mxf->fileSize;
   IndexEntryCell& cell = *mxf->indexEntries;
-  if (!FitsMemory(list.frames)) return kNoMemory;
+  if (!platform::FitsMemory(list.frames * sizeof(INDEX_ENTRY_ARRAY))) return kNoMemory;
   cell.reset(new (std::nothrow) INDEX_ENTRY_ARRAY[static_cast<std::size_t>(list.frames)]);
   if (cell == nullptr) return kNoMemory;
 

@@ -92,7 +92,7 @@ bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* tim
     if (item.tag == kTagStartTimecode && item.value.size() >= 8) {
       timecode->startFrames = static_cast<std::uint32_t>(ReadBe64(p));
       timecode->startShifted = timecode->startFrames;
-      startKnown = true;
+      startKnown = ReadBe64(p) <= std::numeric_limits<std::int64_t>::max();  // signed
     } else if (item.tag == kTagRoundedBase && item.value.size() >= 2) {
       timecode->roundedBase = ReadBe16(p);
       const auto* row =

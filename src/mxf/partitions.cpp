@@ -130,13 +130,13 @@ std::int32_t ReadRandomIndexAndPartitions(platform::File* file, std::uint64_t fi
   const std::uint32_t overall = FindRandomIndexPack(file, fileSize);
   if (overall == 0) return kRandomIndexNotFound;
   const std::uint32_t count = (overall - kIndexPackHeader) / kRawEntryBytes;
+  if (count > kMostPartitions) return kPartitionTableNoMemory;
   const std::size_t rawBytes = std::size_t{count} * kRawEntryBytes;
 
   const std::unique_ptr<std::uint8_t[]> raw(new (std::nothrow) std::uint8_t[rawBytes + 1]);
   if (raw == nullptr) return kRandomIndexNoMemory;
   if (file->Read(raw.get(), rawBytes) != rawBytes) return kRandomIndexNotFound;
 
-  if (count > kMostPartitions) return kPartitionTableNoMemory;
   table.reset(new (std::nothrow) MXF_PARTITION_INFO[std::size_t{count} + 1]());
   if (table == nullptr) return kPartitionTableNoMemory;
 

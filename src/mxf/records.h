@@ -24,7 +24,8 @@ inline constexpr std::uint32_t kDeltasBeforeAudio = 2;
 // Key (16 bytes) and length field (4 bytes) in front of an element's value.
 inline constexpr std::uint32_t kElementHeaderBytes = 20;
 
-inline constexpr std::size_t kUmidBytes = 32;  // SMPTE 330M basic UMID
+inline constexpr std::size_t kUmidBytes = 32;          // SMPTE 330M basic UMID
+inline constexpr std::size_t kExtendedUmidBytes = 64;  // SMPTE 330M extended UMID
 
 // Of MXF_TIMECODE_INFO, while the file has named none of the table's rows.
 inline constexpr std::uint32_t kUnknownFpsIndex = 5;
@@ -98,10 +99,10 @@ enum AudioElementKind : std::uint32_t { kNoAudioElement = 0, kAes3Element = 1, k
 
 struct MXF_AUDIO_INFO {
   std::uint8_t trackCount;          // sound tracks of the Material Package
-  std::uint32_t sampleRate;         // 48000 in an accepted file
+  std::uint32_t sampleRate;         // 48000, or 0 when the file does not tell
   std::uint32_t avgBytesPerSecond;  // AvgBps
   std::uint16_t blockAlign;         // bytes of one sample of one track
-  std::uint32_t quantizationBits;   // 16 or 24
+  std::uint32_t quantizationBits;   // 16 or 24, or 0 when the file does not tell
   std::uint32_t elementSize;        // bytes from one audio element to the next in the first frame
   double integratedLoudness;        // LUFS
   double truePeak;                  // dBTP

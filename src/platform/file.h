@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace quorvan::platform {
 
@@ -127,6 +128,12 @@ class File {
   // Cuts or extends the file to `size` bytes.
   bool Resize(std::uint64_t size);
 
+  // True when the path by which the file was opened, or a link there, still leads to it.
+  bool IsStillAtItsPath() const noexcept;
+
+  // True when the file has more than one name, or the system cannot tell.
+  bool HasOtherNames() const;
+
   std::optional<FileTimes> Times() const;
 
   // Sets last access and last write. The creation time stays what it is.
@@ -136,9 +143,10 @@ class File {
   int NativeHandle() const { return handle_; }
 
  private:
-  explicit File(int handle) : handle_(handle) {}
+  File(int handle, std::string name) : handle_(handle), name_(std::move(name)) {}
 
   int handle_ = -1;
+  std::string name_;  // the path as the system takes it
   std::uint64_t position_ = 0;
   const std::atomic<std::uint32_t>* stopRequest_ = nullptr;
   mutable ReadTrouble trouble_ = ReadTrouble::kNone;
@@ -179,6 +187,10 @@ bool RenameReplacing(const std::u16string& from, const std::u16string& to);
 
 // The system's own number for a name that something else has.
 inline constexpr std::uint32_t kNameTakenError = EEXIST;
+
+// True when the system's number says that there are no rights for what was wanted, or that the
+// medium is protected.
+bool MeansNoRights(std::uint32_t systemError);
 
 // The system's own number for why the last call of this header failed on this thread.
 std::uint32_t LastSystemError();

@@ -12,4 +12,8 @@ namespace quorvan::platform {
 // what it was promised, so a large table asks here first.
 std::optional<std::uint64_t> AvailableMemory();
 
+// True when `bytes` leave a quarter of the available memory to the rest of the work, or the system
+// does not tell. Small amounts are not asked about.
+bool FitsMemory(std::uint64_t bytes);
+
 }  // namespace quorvan::platform

@@ -24,32 +24,39 @@ bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
   return false;
 }
 
-// True when a file stands at `path`, and not only a link to one, that begins as MXF or RIFF, or
-// that cannot be looked into: a log must not replace it.
-bool HoldsMaterial(const std::u16string& path) {
-  constexpr std::array<std::string_view, 4> starts = {"\x06\x0E\x2B\x34", "RIFF", "RF64", "FORM"};
-  if (!platform::QueryFileInfo(path) || platform::IsLink(path)) return false;
+// Why a log must not replace what stands at `path`, in the system's numbers; 0 for nothing but a
+// link, and for a file that begins neither as MXF nor as RIFF.
+std::uint32_t WhyNotToReplace(const std::u16string& path) {
+  constexpr std::array<std::string_view, 6> starts = {
+      "\x06\x0E\x2B\x34", "RIFF", "RF64", "BW64", "riff", "FORM"};
+  if (!platform::QueryFileInfo(path) || platform::IsLink(path)) return 0;
   const auto file = platform::File::Open(path, platform::OpenMode::kReadShared);
-  if (!file.IsOpen()) return true;
   char head[4] = {};
-  const std::size_t held = file.ReadAt(0, head, sizeof head);
-  if (file.Trouble() != platform::ReadTrouble::kNone) return true;
-  return std::find(starts.begin(), starts.end(), std::string_view(head, held)) != starts.end();
+  const std::size_t held = file.IsOpen() ? file.ReadAt(0, head, sizeof head) : 0;
+  if (!file.IsOpen() || file.Trouble() != platform::ReadTrouble::kNone) {
+    return platform::LastSystemError();
+  }
+  const bool material =
+      std::find(starts.begin(), starts.end(), std::string_view(head, held)) != starts.end();
+  return material ? platform::kNameTakenError : 0;
 }
 
 }  // namespace
 
 LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::move(path)) {
-  if (IsMaterial(path_, app) || HoldsMaterial(path_)) {
-    error_ = platform::kNameTakenError;
+  error_ = IsMaterial(path_, app) ? platform::kNameTakenError : WhyNotToReplace(path_);
+  if (error_ != 0) {
     failed_ = true;
     return;
   }
   OpenTemporary();
   if (file_.IsOpen()) return;
-  if (platform::QueryFileInfo(path_) && !platform::IsLink(path_)) {
-    file_ = platform::File::Open(path_, platform::OpenMode::kRewrite);
-    inPlace_ = file_.IsOpen();
+  // In place only where nothing else can be done, and no other name would show the log.
+  if (platform::MeansNoRights(error_) && platform::QueryFileInfo(path_) &&
+      !platform::IsLink(path_)) {
+    platform::File old = platform::File::Open(path_, platform::OpenMode::kRewrite);
+    inPlace_ = old.IsOpen() && !old.HasOtherNames();
+    if (inPlace_) file_ = std::move(old);
   }
   failed_ = !inPlace_;
 }
@@ -89,8 +96,11 @@ bool LogFile::Finish() {
 }
 
 bool LogFile::TakePlace() {
-  return file_.Flush() && file_.Close() && platform::RenameReplacing(temporaryPath_, path_) &&
-         platform::FlushFolderOf(path_);
+  if (!file_.Flush() || !file_.Close() || !platform::RenameReplacing(temporaryPath_, path_)) {
+    return false;
+  }
+  platform::FlushFolderOf(path_);  // the log stands, whatever the folder does
+  return true;
 }
 
 bool LogFile::EndInPlace() {

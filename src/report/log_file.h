@@ -12,7 +12,8 @@ namespace quorvan {
 
 // Collects text under a name of its own in the folder of its path, and gets its name at the end. A
 // file that has the name gives way then; one that it only leads to, as a link, stays what it is. In
-// a folder that takes no new file, a log that stands there already is overwritten in place.
+// a folder that may not be written to, a log that stands there already, under no other name, is
+// overwritten in place.
 //
 // A log never takes the place of the clip of `app`, of a file of its library, or of any file that
 // begins as MXF or RIFF.
@@ -28,8 +29,8 @@ class LogFile {
   void Write(std::string_view text);
 
   // Brings the log to its place and onto the medium. False when anything went wrong since the
-  // start, and then nothing is left behind but, of a log that was being overwritten in place, what
-  // was written of it.
+  // start; then nothing is left behind, but for what was written of a log in place, and a log whose
+  // folder could not be brought onto the medium.
   bool Finish();
 
   // The system's number of what went wrong.

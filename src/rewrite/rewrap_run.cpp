@@ -87,17 +87,21 @@ std::int32_t RewrapRun::Write() {
       return Failed(kSourceFault, wav);
     }
     for (std::uint32_t i = 0; i < frames; ++i) {
-      if (!blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_)) {
-        return Failed(kSourceFault);
-      }
+      if (!blocks.Take((*mxf_.indexEntries)[firstEntry + i], &samples_)) return SourceFailed();
       tracks_.fault.framesBegun = done + 1;
       const GateResult written = rows_.Write(done, std::span(samples_).first(plan_.trackCount));
+      if (written == GateResult::kSampleFault) return SourceFailed();
       if (written != GateResult::kDone) return Failed(FaultOf(written));
       if (tracks_.cancel == 1) return Cancel();
       tracks_.currentFrame = ++done;
     }
   }
   return kSuccess;
+}
+
+// A view does not tell which source file has failed: the one that is no longer what it was.
+std::int32_t RewrapRun::SourceFailed() {
+  return Failed(kSourceFault, files.Check().wav);
 }
 
 std::int32_t RewrapRun::Finish(bool stampTimes) {
@@ -112,11 +116,15 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
 // What is written here is on the medium before the job is done, and looked at once more.
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
   const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
-  if (renewable) identity_.Renew();
+  if (renewable) {
+    if (const JobFault fault = identity_.Renew()) return Failed(fault);
+  }
   // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
   if (stampTimes) StampTimes(audioEnd);
   if (!Flush()) return Failed(kUmidsNotFlushed);
   tracks_.umidState = renewable ? identity_.ReadBack() : kUmidsKept;
+  // A clip that was moved away or replaced meanwhile is not the one under the path.
+  if (!clip.IsStillAtItsPath()) return Failed(kClipChanged);
   if (!clip.Close()) return Failed(kUmidsNotFlushed);
   return tracks_.umidState == kUmidsRenewed ? kSuccess : kDoneWithNotice;
 }
@@ -125,7 +133,7 @@ bool RewrapRun::Flush() {
   return tracks_.noFlush == 1 || clip.Flush();
 }
 
-// The creation stays what it is.
+// The creation stays what it is. Where times cannot be set, those of the last write stand.
 void RewrapRun::StampTimes(platform::FileTime time) {
   auto times = clip.Times();
   if (!times) return;

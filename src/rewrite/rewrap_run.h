@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 #include <new>
+#include <string>
+#include <utility>
 
 #include "mxf/analysis.h"
 #include "mxf/records.h"
@@ -63,6 +65,7 @@ class RewrapRun {
   std::int32_t ProveClip();
   std::int32_t Write();
   std::int32_t Cancel();
+  std::int32_t SourceFailed();
   std::int32_t RenewIdentity(platform::FileTime audioEnd, bool stampTimes);
   bool Flush();
   void StampTimes(platform::FileTime time);

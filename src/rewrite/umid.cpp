@@ -1,6 +1,7 @@
 #include "rewrite/umid.h"
 
 #include <algorithm>
+#include <ranges>
 
 #include "mxf/package_uid.h"
 #include "mxf/readers.h"
@@ -17,11 +18,17 @@ constexpr std::uint8_t kLengthBehind = 0x13;
 constexpr std::size_t kMaterialNumberPlace = 16;
 
 constexpr std::uint16_t kTagModifiedDate = 0x4404;
-constexpr std::size_t kStampBytes = 8;
 
 constexpr std::int32_t kBadArgumentOrWrite = -1;
 
-std::array<std::uint8_t, kStampBytes> StampNow() {
+// No clip comes near it.
+constexpr std::size_t kMostReferences = std::size_t{1} << 16;
+
+bool IsUmid(const Umid& umid) {
+  return std::equal(kUmidPrefix.begin(), kUmidPrefix.end(), umid.begin());
+}
+
+PackageStamp StampNow() {
   const platform::CalendarTime now = platform::LocalTimeNow();
   return {static_cast<std::uint8_t>(now.year >> 8),
           static_cast<std::uint8_t>(now.year & 0xFF),
@@ -69,17 +76,23 @@ bool WriteEverywhere(platform::File* file, std::span<const MetadataPlace> places
 
 }  // namespace
 
-std::int32_t RegenerateUmid(platform::File* file, Umid* umid, std::span<const MetadataPlace> places,
-                            const std::optional<MetadataPlace>& stamp) {
+std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
+                            std::span<const MetadataPlace> references, const MetadataPlace& own,
+                            const std::optional<MetadataPlace>& stampPlace,
+                            const PackageStamp& stamp) {
   if (file == nullptr || umid == nullptr) return kBadArgumentOrWrite;
-  const bool isUmid = std::equal(kUmidPrefix.begin(), kUmidPrefix.end(), umid->begin());
+  const bool isUmid = IsUmid(*umid);
   const Umid fresh = isUmid ? MakeUmid(*umid) : *umid;
-  if (isUmid && !WriteEverywhere(file, places, fresh)) {
-    WriteEverywhere(file, places, *umid);
-    return kBadArgumentOrWrite;
+  if (isUmid) {
+    const bool written = WriteEverywhere(file, references, fresh);
+    if (!written || !WriteWithPatience(file, own, fresh)) {
+      WriteEverywhere(file, references, *umid);
+      WriteWithPatience(file, own, *umid);
+      return kBadArgumentOrWrite;
+    }
   }
   *umid = fresh;
-  if (!stamp || WriteWithPatience(file, *stamp, StampNow())) return 0;
+  if (!stampPlace || WriteWithPatience(file, *stampPlace, stamp)) return 0;
   return kBadArgumentOrWrite;
 }
 
@@ -88,70 +101,111 @@ bool ClipIdentity::CanBeRenewed(const MXF_BASE_INFO& mxf) {
 }
 
 JobFault ClipIdentity::Locate() {
-  switch (header_.Read(clip_, mxf_)) {
-    case HeaderState::kRead:
-      break;
-    case HeaderState::kNone:
-      return kClipChanged;
-    case HeaderState::kFault:
-      return kClipFault;
+  const auto isKnown = [](std::uint32_t size) {
+    return size == kUmidBytes || size == kExtendedUmidBytes;
+  };
+  if (!isKnown(mxf_.materialUmidSize) || !isKnown(mxf_.sourceUmidSize)) return kHeaderUnfit;
+  for (HeaderBlock* block : {&wanted_, &now_}) {
+    const HeaderState state = block->Read(clip_, mxf_);
+    if (state == HeaderState::kFault) return kClipFault;
+    if (state == HeaderState::kNone) return kHeaderUnfit;
   }
-  const JobFault material =
-      LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, mxf_.materialUmidSize, &material_);
-  if (material != kNoFault) return material;
-  return LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, mxf_.sourceUmidSize, &source_);
+  JobFault fault = LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, &material_);
+  if (fault == kNoFault) {
+    fault = LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, &source_);
+  }
+  return fault == kNoFault ? AdoptStaleReferences() : fault;
 }
 
 JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid,
-                                     std::uint32_t size, Package* package) {
-  if (size == 0) return kNoFault;  // a package without a UMID has none that could differ
-  const std::size_t known = std::min<std::size_t>(size, kUmidBytes);
-  package->old = umid;
-  package->own = header_.FindItem(set, kTagPackageUid, known);
-  package->stamp = header_.FindItem(set, kTagModifiedDate, kStampBytes);
-  package->places.clear();
-  header_.FindInItems(std::span(umid).first(known), &package->places);
-  // The package's own UMID is found in both ways, in the clip that was analysed.
-  const auto end = package->places.end();
-  const bool found = package->own && std::find(package->places.begin(), end, *package->own) != end;
-  return found ? kNoFault : kClipChanged;
+                                     Package* package) {
+  package->old = package->fresh = umid;
+  package->stampPlace = wanted_.FindItem(set, kTagModifiedDate, std::tuple_size_v<PackageStamp>);
+  std::vector<MetadataPlace>& places = package->references;
+  places.clear();
+  wanted_.FindInItems(umid, &places);
+  if (places.size() > kMostReferences) return kHeaderUnfit;
+  // The first place within the package's own set is its PackageUID.
+  const auto own = std::find_if(places.begin(), places.end(), [&](const MetadataPlace& place) {
+    return place.fileOffset() >= set.fileOffset && place.fileOffset() - set.fileOffset < set.bytes;
+  });
+  if (own == places.end()) {
+    return wanted_.FindItem(set, kTagPackageUid, kUmidBytes) ? kClipChanged : kHeaderUnfit;
+  }
+  package->own = *own;
+  places.erase(own);
+  return kNoFault;
 }
 
-void ClipIdentity::Renew() {
+// References that a renewal which was cut off has left: they name a package that is not there, by a
+// UMID of the form that this program gives to the source package.
+JobFault ClipIdentity::AdoptStaleReferences() {
+  std::vector<MetadataPlace> dangling;
+  wanted_.FindDangling(&dangling);
+  if (dangling.size() > kMostReferences) return kHeaderUnfit;
+  const Umid form = MakeUmid(source_.old);
+  for (const MetadataPlace& place : dangling) {
+    const auto named = wanted_.At(place);
+    if (std::equal(form.begin(), form.begin() + kMaterialNumberPlace, named.begin()))
+      source_.references.push_back(place);
+  }
+  return kNoFault;
+}
+
+JobFault ClipIdentity::Renew() {
+  if (now_.Read(clip_, mxf_) != HeaderState::kRead) return kClipFault;
+  if (!std::ranges::equal(now_.Bytes(), wanted_.Bytes())) return kClipChanged;
   // Where both packages have one UMID, it is replaced for both at once.
   const bool shared = material_.old == source_.old;
-  Umid material = material_.old;
-  Umid source = source_.old;
-  const std::span<const MetadataPlace> sourcePlaces =
-      shared ? std::span<const MetadataPlace>() : source_.places;
-  const bool materialWritten =
-      RegenerateUmid(&clip_, &material, material_.places, material_.stamp) == 0;
-  const bool sourceWritten = RegenerateUmid(&clip_, &source, sourcePlaces, source_.stamp) == 0;
-  written_ = materialWritten && sourceWritten;
+  stamp_ = StampNow();
+  RegenerateUmid(&clip_, &material_.fresh, material_.references, *material_.own,
+                 material_.stampPlace, stamp_);
+  if (shared) {
+    source_.fresh = material_.fresh;
+    if (source_.stampPlace) WriteWithPatience(&clip_, *source_.stampPlace, stamp_);
+  } else {
+    RegenerateUmid(&clip_, &source_.fresh, source_.references, *source_.own, source_.stampPlace,
+                   stamp_);
+  }
+  Expect(material_);
+  Expect(source_);
+  return kNoFault;
 }
 
-// What the places of a package hold: its old UMID throughout, another one throughout, or neither.
-UmidState ClipIdentity::StateOf(const Package& package) const {
-  const auto now = header_.At(*package.own);
-  std::size_t old = 0;
-  bool alike = true;
-  for (const MetadataPlace& place : package.places) {
-    const auto held = header_.At(place);
-    if (std::equal(held.begin(), held.end(), package.old.begin())) ++old;
-    alike = alike && std::equal(held.begin(), held.end(), now.begin());
+void ClipIdentity::Expect(const Package& package) {
+  for (const MetadataPlace& place : package.references)
+    wanted_.Put(place, package.fresh);
+  wanted_.Put(*package.own, package.fresh);
+  if (package.stampPlace) wanted_.Put(*package.stampPlace, stamp_);
+}
+
+bool ClipIdentity::HoldsThroughout(const Package& package, const Umid& umid) const {
+  const auto holds = [&](const MetadataPlace& place) {
+    return std::ranges::equal(now_.At(place), umid);
+  };
+  return holds(*package.own) && std::ranges::all_of(package.references, holds);
+}
+
+// With `stamped` false, whatever the stamps hold.
+bool ClipIdentity::IsAsExpected(bool stamped) {
+  if (!stamped) {
+    for (const Package* package : {&material_, &source_}) {
+      if (package->stampPlace) wanted_.Put(*package->stampPlace, now_.At(*package->stampPlace));
+    }
   }
-  if (old == package.places.size()) return kUmidsOld;
-  return old == 0 && alike ? kUmidsRenewed : kUmidsMixed;
+  return std::ranges::equal(now_.Bytes(), wanted_.Bytes());
 }
 
 UmidState ClipIdentity::ReadBack() {
-  if (header_.Read(clip_, mxf_) != HeaderState::kRead) return kUmidsUnknown;
-  RefreshMaterialPackage(header_.SetAt(mxf_.materialPackageSet), &mxf_);
-  const auto source = header_.At(*source_.own);
-  std::copy(source.begin(), source.end(), mxf_.sourceUmid.begin());
-  const UmidState material = StateOf(material_);
-  if (material != StateOf(source_)) return kUmidsMixed;
-  return material == kUmidsRenewed && !written_ ? kUmidsUndated : material;
+  if (now_.Read(clip_, mxf_) != HeaderState::kRead) return kUmidsUnknown;
+  RefreshMaterialPackage(now_.SetAt(mxf_.materialPackageSet), &mxf_);
+  std::ranges::copy(now_.At(*source_.own), mxf_.sourceUmid.begin());
+
+  const auto isOld = [&](const Package& p) { return HoldsThroughout(p, p.old); };
+  if (isOld(material_) && isOld(source_)) return kUmidsOld;
+  const bool bothRenewed = material_.fresh != material_.old && source_.fresh != source_.old;
+  if (bothRenewed && IsAsExpected(true)) return kUmidsRenewed;
+  return bothRenewed && IsAsExpected(false) ? kUmidsUndated : kUmidsMixed;
 }
 
 }  // namespace quorvan

@@ -22,13 +22,20 @@ using Umid = std::array<std::uint8_t, kUmidBytes>;
 // number, zeros where the system has none.
 Umid MakeUmid(const Umid& old);
 
-// Gives one package a new UMID: writes it in place of `*umid` to all `places`, and then the local
-// time to `stamp`, where the package has one. Bytes that do not begin as a UMID stay what they are.
-// Where a place cannot be written, the old UMID is put back everywhere, as far as writes succeed.
+// The modification stamp of a package: year, month, day, hour, minute, second, day of the week.
+using PackageStamp = std::array<std::uint8_t, 8>;
+
+// Gives one package a new UMID: writes it in place of `*umid` to all `references`, then to `own`,
+// the package's PackageUID, and then `stamp` to `stampPlace`, where the package has one. Bytes that
+// do not begin as a UMID stay what they are. Where a reference cannot be written, the old UMID is
+// put back, as far as writes succeed, and the package keeps its own: an interrupted step therefore
+// leaves references to a package that is not there, and never a package that nothing refers to.
 // Returns 0, with the new UMID in `*umid` if there is one; -1 for a null argument or when a write
-// has failed, with the UMID in `*umid` that the places hold then.
-std::int32_t RegenerateUmid(platform::File* file, Umid* umid, std::span<const MetadataPlace> places,
-                            const std::optional<MetadataPlace>& stamp);
+// has failed, with the UMID in `*umid` that the package has then.
+std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
+                            std::span<const MetadataPlace> references, const MetadataPlace& own,
+                            const std::optional<MetadataPlace>& stampPlace,
+                            const PackageStamp& stamp);
 
 // The identity of the clip that is being rewritten, from the proof in front of the first write to
 // the last look at the file.
@@ -43,36 +50,44 @@ class ClipIdentity {
   static bool CanBeRenewed(const MXF_BASE_INFO& mxf);
 
   // Finds every place that Renew is going to write. kNoFault; kClipChanged when the file's header
-  // metadata does not hold both package sets with the UMIDs of the records, as in the clip that was
-  // analysed and in no other; kClipFault. Throws when memory is out; no later step takes any.
+  // metadata does not hold the UMIDs of the records in both package sets, as the clip that was
+  // analysed does and no other; kHeaderUnfit when a package set that was accepted does not lie in
+  // the header metadata, or has a UMID of neither 32 nor 64 bytes; kClipFault. Throws when memory
+  // is out; no later step takes any.
   JobFault Locate();
 
-  // Gives both packages new UMIDs and stamps, as far as writes succeed. What came of it, ReadBack
-  // tells.
-  void Renew();
+  // Gives both packages new UMIDs and stamps, as far as writes succeed; what came of it, ReadBack
+  // tells. kNoFault; kClipChanged or kClipFault, with nothing written, when the header metadata is
+  // no longer what Locate has seen.
+  JobFault Renew();
 
   // Looks at what the header metadata holds now, puts UMIDs and dates as they stand there into the
-  // records, and says which UMIDs those are.
+  // records, and says which UMIDs those are. kUmidsRenewed means that every byte of the header
+  // metadata is what it should be.
   UmidState ReadBack();
 
  private:
   struct Package {
     Umid old{};
-    std::optional<MetadataPlace> own;    // the PackageUID of the set
-    std::vector<MetadataPlace> places;   // that one and every reference to it, ascending
-    std::optional<MetadataPlace> stamp;  // PackageModifiedDate, where the set has room for it
+    Umid fresh{};                             // what its places are to hold
+    std::optional<MetadataPlace> own;         // the PackageUID of the set
+    std::vector<MetadataPlace> references;    // every other place
+    std::optional<MetadataPlace> stampPlace;  // PackageModifiedDate, where the set has room for it
   };
 
-  JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, std::uint32_t size,
-                         Package* package);
-  UmidState StateOf(const Package& package) const;
+  JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, Package* package);
+  JobFault AdoptStaleReferences();
+  void Expect(const Package& package);
+  bool HoldsThroughout(const Package& package, const Umid& umid) const;
+  bool IsAsExpected(bool stamped);
 
   platform::File& clip_;
   MXF_BASE_INFO& mxf_;
-  HeaderBlock header_;
+  HeaderBlock wanted_;  // the header metadata as it was, then as it is to be
+  HeaderBlock now_;
   Package material_;
   Package source_;
-  bool written_ = true;  // no write of Renew has failed
+  PackageStamp stamp_{};
 };
 
 }  // namespace quorvan

@@ -81,8 +81,9 @@ class Verification {
   }
 
   JobFault Prove() {
-    if (!clip_.Size()) return kClipFault;
-    if (clip_.Size() != mxf_.fileSize) return kClipChanged;
+    const auto size = clip_.Size();
+    if (!size) return kClipFault;
+    if (*size != mxf_.fileSize) return kClipChanged;
     if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return fault;
     if (!rows_.Allocate()) return kOutOfMemory;
     const SourceCheck sources = files_.Check();
@@ -109,7 +110,7 @@ class Verification {
     const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
     const ElementState state = rows_.Read(entryIndex);
     if (state != ElementState::kProven) return FailedAt(FaultOfFrame(state), entryIndex);
-    if (!blocks_.Take(entry, &samples_)) return Failed(kSourceFault);
+    if (!blocks_.Take(entry, &samples_)) return Failed(kSourceFault, files_.Check().wav);
     for (std::uint32_t n = 0; n < plan_.trackCount; ++n) {
       const VerifyResult compared = CompareValue(plan_.track[n], entryIndex, samples_[n]);
       if (compared.state != VerifyState::kSame) return compared;

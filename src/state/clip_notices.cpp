@@ -1,5 +1,7 @@
 #include "state/clip_notices.h"
 
+#include "mxf/sample_pattern.h"
+
 namespace quorvan {
 
 std::uint32_t IndexedAudioElements(const MXF_BASE_INFO& mxf) {
@@ -13,6 +15,7 @@ std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf) {
   const MXF_AUDIO_INFO& audio = *mxf.audio;
   std::vector<ClipNotice> notices;
   if (!HasRange(timecode)) notices.push_back(ClipNotice::kNoRange);
+  if (timecode.rateIndex >= kRateCount) notices.push_back(ClipNotice::kUnknownRate);
   if (audio.sampleRate == 0 || audio.quantizationBits == 0) {
     notices.push_back(ClipNotice::kNoSampleFormat);
   }

@@ -11,6 +11,7 @@ namespace quorvan {
 
 enum class ClipNotice {
   kNoRange,         // start, timecode base or duration are unknown: no job takes the clip
+  kUnknownRate,     // the edit rate is none of the table: no job takes the clip
   kNoSampleFormat,  // sampling rate or sample width are unknown: no job takes the clip
   kOtherLength,     // the index does not hold as many frames as the duration says
   kHiddenTracks,    // the index holds more audio elements than tracks were counted

@@ -14,15 +14,20 @@ bool HasRecords(const MXF_BASE_INFO* mxf) {
 
 }  // namespace
 
+JobFault CheckClip(const MXF_BASE_INFO& mxf) {
+  if (!HasRange(*mxf.timecode)) return kNoRange;
+  if (mxf.timecode->rateIndex >= kRateCount) return kUnknownRate;
+  const bool told = mxf.audio->sampleRate != 0 && mxf.audio->quantizationBits != 0;
+  return told ? kNoFault : kNoSampleFormat;
+}
+
 JobFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                         const MXF_BASE_INFO* mxf, const RangeFields& fields, FrameRange* range) {
   if (path == nullptr || *path == 0) return kNoPath;
   if (tracks == nullptr) return kNoTracks;
   if (!HasRecords(mxf)) return kNoRecords;
   const MXF_TIMECODE_INFO& timecode = *mxf->timecode;
-  if (!HasRange(timecode)) return kNoRange;
-  if (timecode.rateIndex >= kRateCount) return kUnknownRate;
-  if (mxf->audio->sampleRate == 0 || mxf->audio->quantizationBits == 0) return kNoSampleFormat;
+  if (const JobFault fault = CheckClip(*mxf)) return fault;
 
   const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
   const std::int64_t in = (tracks->*fields.in)[slot];

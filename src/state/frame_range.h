@@ -29,6 +29,10 @@ inline constexpr RangeFields kExportRange = {&AUDIOTRACK_IO_INFO::exportIn,
 inline constexpr RangeFields kLoudnessRange = {&AUDIOTRACK_IO_INFO::loudnessIn,
                                                &AUDIOTRACK_IO_INFO::loudnessOut};
 
+// What keeps every job from a loaded clip: kNoRange, kUnknownRate or kNoSampleFormat; else
+// kNoFault.
+JobFault CheckClip(const MXF_BASE_INFO& mxf);
+
 // Checks the arguments of a job: kNoPath to kBadRange, kNoRange and kNoSampleFormat, or kNoFault
 // with `range` filled. In a clip that starts in hour 23 an OUT directly before IN stands for no
 // frame at all: a total of 0.

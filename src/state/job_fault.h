@@ -36,6 +36,7 @@ enum JobFault : std::int32_t {
   kNoThread = 29,     // a thread could not be started
   kTargetFault = 30,  // a new file cannot be written
   kIndexUnfit = 31,   // the index table does not count every frame of the range
+  kHeaderUnfit = 32,  // the UMIDs cannot be found in the header metadata
 };
 
 // Result of both rewrite engines for a clip whose UMIDs are not 32 bytes long and are not to be

@@ -40,7 +40,7 @@ bool IsForeign(const std::uint8_t* fmt, std::size_t held) {
 
 // The file by the sizes of its chunks, where the reader goes by their letters, which may stand
 // anywhere: kChanged when the chunks lead to another format or to audio elsewhere, kNotPcm when to
-// audio that is none, kSound when they agree or lead nowhere.
+// audio that is none, kUsable when they agree or lead nowhere.
 SourceState CompareWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
   std::uint8_t chunk[kChunkHeaderBytes + kExtensibleBytes];
   SourceState format = SourceState::kUsable;

@@ -193,33 +193,25 @@ WavResult ScanTags(Scan* scan) {
 }
 
 constexpr std::uint32_t kSizeUnknown = 0xFFFFFFFF;
+constexpr std::uint64_t kLongSizeUnknown = std::numeric_limits<std::uint64_t>::max();
 
-// True when chunks, followed by their sizes, lead from `offset` exactly to the end of the file: an
-// empty data chunk with others behind it, not a stream.
-bool ChunksFollow(Scan* scan, std::uint64_t offset) {
-  constexpr int mostChunks = 4096;
-  constexpr std::size_t headerBytes = kTagBytes + kSizeBytes;
-  for (int chunks = 0; chunks < mostChunks && offset < scan->fileSize; ++chunks) {
-    const Bytes head = scan->window.At(offset, headerBytes);
-    const auto isPrintable = [](std::uint8_t letter) { return letter >= ' ' && letter <= '~'; };
-    if (head.size() < headerBytes ||
-        !std::all_of(head.begin(), head.begin() + kTagBytes, isPrintable)) {
-      return false;
-    }
-    const std::uint64_t size = LoadLittleEndian<std::uint32_t>(head.data() + kTagBytes);
-    offset += headerBytes + size + size % 2;
-  }
-  return offset == scan->fileSize || offset == scan->fileSize + 1;
+// True when what stands at `offset` has the form of a chunk: letters and a size.
+bool ChunkFollows(Scan* scan, std::uint64_t offset) {
+  const Bytes head = scan->window.At(offset, kTagBytes + kSizeBytes);
+  const auto isPrintable = [](std::uint8_t letter) { return letter >= ' ' && letter <= '~'; };
+  return head.size() >= kTagBytes &&
+         std::all_of(head.begin(), head.begin() + kTagBytes, isPrintable);
 }
 
-// Bytes of audio up to the end of the file when the header states no size, whole sample frames.
+// Bytes of audio up to the end of the file when the header states no size, whole sample frames. An
+// empty data chunk with another chunk behind it is no stream.
 std::uint64_t StreamBytes(Scan* scan) {
   const WAV_HEADER_INFO& header = *scan->header;
-  const std::uint64_t stated = header.isRF64 != 0 ? header.ds64DataSize : header.dataChunkSize;
-  const std::uint64_t unknown =
-      header.isRF64 != 0 ? std::numeric_limits<std::uint64_t>::max() : kSizeUnknown;
-  if (header.dataOffset >= scan->fileSize || (stated != 0 && stated != unknown)) return 0;
-  if (stated == 0 && ChunksFollow(scan, header.dataOffset)) return 0;
+  const bool unstated = header.dataChunkSize == 0 || header.dataChunkSize == kSizeUnknown;
+  const bool longUnstated =
+      header.isRF64 == 0 || header.ds64DataSize == 0 || header.ds64DataSize == kLongSizeUnknown;
+  if (!unstated || !longUnstated || header.dataOffset >= scan->fileSize) return 0;
+  if (header.dataChunkSize == 0 && ChunkFollows(scan, header.dataOffset)) return 0;
   const std::uint64_t rest = scan->fileSize - header.dataOffset;
   return rest - rest % header.blockAlign;
 }

@@ -26,6 +26,8 @@ enum WavResult : int {
   kWavChunksDiffer =
       12,  // its chunks, followed by their sizes, lead to other audio than its letters
   kWavUnreadable = 13,
+  kWavPathTooLong = 14,
+  kWavInUse = 15,  // there, but it cannot be opened: no rights, in use, or no regular file
   kWavStopped = 94,
   kWavNoLibrary = 90,
   kWavAlreadyAdded = 91,

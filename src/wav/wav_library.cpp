@@ -40,6 +40,10 @@ constexpr FailureText kFailureTexts[] = {
      u"%s\n\nチャンクの構造が正しくないため、音声データの位置を特定できません。\nERR: %d"},
     {kWavUnreadable,
      u"%s\n\nファイルの読込み中にエラーが発生しました。接続デバイスを確認して下さい。\nERR: %d"},
+    {kWavPathTooLong, u"%s\n\nパスが長すぎるため、ファイルを開くことができません。\nERR: %d"},
+    {kWavInUse,
+     u"%s\n\nファイルを開くことができません。\n他のアプリで使用していないか、または接続デバイスを確"
+     u"認して下さい。\nERR: %d"},
     {kWavStopped, u"%s\n\n読込みを中断しました。\nERR: %d"},
     {kWavNoLibrary, u"%s\n\nファイルをリンクに追加できません。\nERR: %d"},
     {kWavAlreadyAdded, u"%s\n\nすでに追加されています。\nERR: %d"},
@@ -56,13 +60,6 @@ std::u16string FillIn(std::u16string_view format, int code, std::u16string_view 
   const std::size_t name = text.find(u"%s");
   if (name != std::u16string::npos) text.replace(name, 2, path);
   return text;
-}
-
-bool HasPath(const WAV_FILE_INFO& head, std::u16string_view path) {
-  for (const WAV_FILE_INFO* entry = head.next; entry != nullptr; entry = entry->next) {
-    if (path == entry->filePath) return true;
-  }
-  return false;
 }
 
 WavResult CheckAgainstMxf(const WAV_HEADER_INFO& header, const MXF_AUDIO_INFO& audio) {
@@ -166,7 +163,7 @@ namespace {
 // Whether a rewrite would take the file, which must be as it was when `entry` was filled.
 WavResult CheckForRewrite(const WAV_FILE_INFO& entry, const MXF_AUDIO_INFO& audio) {
   const platform::File file = platform::File::Open(entry.filePath, platform::OpenMode::kReadShared);
-  if (!file.IsOpen()) return kWavCannotOpen;
+  if (!file.IsOpen()) return kWavInUse;
   switch (CheckSource(file, entry)) {
     case SourceState::kUsable:
       return FitsClip(entry, audio) ? kWavOk : IsPcm(entry) ? kWavOtherWidth : kWavNotPcm;
@@ -186,10 +183,12 @@ WavResult AddToLibrary(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE
                        const std::atomic<std::uint32_t>* stop) {
   // A path cut to the field would name another file.
   const std::u16string_view pathText(path);
+  if (pathText.size() >= kWavPathChars) return kWavPathTooLong;
   const auto fileInfo = platform::QueryFileInfo(path);
-  if (!fileInfo || pathText.size() >= kWavPathChars) return kWavNotFound;
+  if (!fileInfo) return platform::IsNameTaken(path) ? kWavInUse : kWavNotFound;
   WAV_HEADER_INFO header{};
   WavResult result = ReadWavHeader(path, &header, stop);
+  if (result == kWavCannotOpen) return kWavInUse;
   if (result == kWavOk) result = CheckAgainstMxf(header, *mxf.audio);
   if (result != kWavOk) return result;
 
@@ -214,7 +213,7 @@ WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_I
                      const std::atomic<std::uint32_t>* stop) {
   if (head == nullptr || mxf.audio == nullptr || mxf.timecode == nullptr) return kWavNoLibrary;
   if (path == nullptr) return kWavNoPath;
-  if (HasPath(*head, path)) return kWavAlreadyAdded;
+  if (HoldsWavFile(*head, path)) return kWavAlreadyAdded;
   try {
     return AddToLibrary(path, head, mxf, stop);
   } catch (const std::bad_alloc&) {
@@ -256,6 +255,27 @@ WAV_FILE_INFO* RemoveWavEntry(WAV_FILE_INFO* entry) {
   --head->entryCount;
   delete entry;
   return next;
+}
+
+bool HoldsWavFile(const WAV_FILE_INFO& head, std::u16string_view path) {
+  for (const WAV_FILE_INFO* entry = head.next; entry != nullptr; entry = entry->next) {
+    if (path == entry->filePath) return true;
+  }
+  return false;
+}
+
+void MoveLastWavEntry(WAV_FILE_INFO* from, WAV_FILE_INFO* to) {
+  WAV_FILE_INFO* const entry = from->prev;
+  if (from->next == nullptr) return;
+  if (entry->prev == from) {
+    from->next = from->prev = nullptr;
+  } else {
+    entry->prev->next = nullptr;
+    from->prev = entry->prev;
+  }
+  --from->entryCount;
+  entry->next = nullptr;
+  Append(to, entry);
 }
 
 int FreeWavList(WAV_FILE_INFO* head) {

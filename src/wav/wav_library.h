@@ -86,10 +86,16 @@ using WavIndex = std::unique_ptr<WAV_FILE_INFO*[]>;
 // ReadWavHeader, to which `stop` goes; kWavOtherSampleRate, kWavTooManyBits, kWavTooManyChannels;
 // kWavNotPcm, kWavOtherWidth, kWavCutShort and kWavChunksDiffer for a file that no rewrite would
 // take; kWavNoLibrary without a head or without the audio and timecode records; kWavAlreadyAdded
-// for a path that an entry has, letter for letter; kWavNotFound when there is no such file or its
-// path does not fit the record; kWavNoMemory. Throws nothing.
+// for a path that an entry has, letter for letter; kWavPathTooLong for a path that does not fit the
+// record; kWavNotFound when there is no such file; kWavNoMemory. Throws nothing.
 WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
                      const std::atomic<std::uint32_t>* stop = nullptr);
+
+// True when an entry of the list has that path, letter for letter.
+bool HoldsWavFile(const WAV_FILE_INFO& head, std::u16string_view path);
+
+// Moves the last entry of one list, if it has any, to the end of another.
+void MoveLastWavEntry(WAV_FILE_INFO* from, WAV_FILE_INFO* to);
 
 // What the operator is told of a refusal: `code` is a WavResult or its number, `path` the full path
 // of the file. Empty for kWavOk and unknown codes.

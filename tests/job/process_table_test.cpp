@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::u16string_view kFiller = u"エラーコード未定です。";
 TEST(FailureText, HasAnswersForEveryResultOfEveryStageAndNoOther) {
-  // The last result of a row's own; behind it an engine's row has those from 15 to 31, an
+  // The last result of a row's own; behind it an engine's row has those from 15 to 32, an
   // analysis's those of a file that cannot be read and of memory that is out.
   const struct {
     std::uint32_t code;
@@ -44,7 +44,7 @@ TEST(FailureText, HasAnswersForEveryResultOfEveryStageAndNoOther) {
       const std::u16string_view text = FailureText(row.code, base + column);
       EXPECT_LE(text.size(), 255U) << base + column;
       const bool own = column >= 1 && column <= row.last - base;
-      const bool shared = engine ? column >= kNothingOn && column <= kIndexUnfit
+      const bool shared = engine ? column >= kNothingOn && column <= kHeaderUnfit
                                  : column == kStageUnreadable || column == kStageNoMemory;
       const bool odd = base + column == 3011;
       EXPECT_EQ(text != kFiller, own || shared || odd) << base + column;
@@ -53,7 +53,7 @@ TEST(FailureText, HasAnswersForEveryResultOfEveryStageAndNoOther) {
   EXPECT_EQ(FailureText(2000, 2000 + kNothingOn), u"トラックスイッチが全てOFFになっています。");
   EXPECT_EQ(FailureText(5000, 5000 + kNothingOn),
             u"書出しトラックのON/OFFスイッチが全てOFFになっています。");
-  for (std::int32_t fault = kNothingOn; fault <= kIndexUnfit; ++fault)
+  for (std::int32_t fault = kNothingOn; fault <= kHeaderUnfit; ++fault)
     EXPECT_NE(FailureText(6000, 4000 + fault), kFiller) << fault;
 }
 
@@ -71,11 +71,11 @@ TEST(FailureText, FallsBackOutsideTheRows) {
 
 // A measurement that cannot open the clip must not speak of a mapping, nor of a BWF file.
 TEST(FailureText, TellsWhyAMeasurementHasFailed) {
-  for (const std::int32_t same : {4001, 4002, 4003, 4004, 4005, 4009})
+  for (const std::int32_t same : {4001, 4002, 4003, 4004, 4005})
     EXPECT_EQ(FailureText(6000, same), FailureText(4000, same)) << same;
   EXPECT_EQ(FailureText(6000, 4006), FailureText(5000, 5006));
   EXPECT_EQ(FailureText(6000, 4007), FailureText(4000, 4006));
-  EXPECT_EQ(FailureText(6000, 4008), FailureText(4000, 4007));
+  EXPECT_EQ(FailureText(6000, 4009), kFiller);
   EXPECT_EQ(FailureText(6000, 6007), FailureText(5000, 5007));
 }
 
@@ -132,13 +132,17 @@ TEST(Messages, SayWhatWasWritten) {
 
 TEST(Messages, TellWhichUmidsTheClipHolds) {
   EXPECT_EQ(
-      JobNoticeMessage(u"/A.mxf", kUmidsKept),
+      JobNoticeMessage(u"/A.mxf", kUmidsKept, true),
       u"A.mxf\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了し"
       u"ていますので、同時に作成されたログテキストをご覧ください。");
   for (const UmidState state : {kUmidsOld, kUmidsMixed, kUmidsUndated, kUmidsUnknown}) {
-    const std::u16string text = JobNoticeMessage(u"/A.mxf", state);
+    const std::u16string text = JobNoticeMessage(u"/A.mxf", state, true);
     EXPECT_NE(text.find(UmidStateText(state)), std::u16string::npos);
   }
+  for (const UmidState state : {kUmidsKept, kUmidsOld})
+    EXPECT_EQ(JobNoticeMessage(u"/A.mxf", state, false).find(u"ログ"), std::u16string::npos);
+  EXPECT_NE(BackupQuestion(false).find(u"全てのUMID"), std::u16string_view::npos);
+  EXPECT_EQ(BackupQuestion(true).find(u"全てのUMID"), std::u16string_view::npos);
 }
 
 }  // namespace

@@ -168,6 +168,10 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
   ExpectBreaks(
       plain,
       {{1, 4, start + 1, start + 1}, {2, 4, start + 1, start + 1}, {5, 4, start + 3, start + 3}});
+  // Two frames of the same word that is no timecode are no pair.
+  ClipSpec noise = Spec(Rate::k50, {10, 0, 0, 0}, 2);
+  noise.timecodeWords[0] = noise.timecodeWords[1] = 0x00007000;
+  ExpectBreaks(noise, {{0, 4, kInvalid, kInvalid}});
   ExpectBreaks(tens, {});
   ExpectBreaks(pairs, {});
   tens.timecodeWords[45] = Word(10, 0, 0, 44);
@@ -200,6 +204,9 @@ TEST(Continuity, SurvivesAClipThatWasCutShort) {
   const std::vector<Break> breaks = BreaksOf(clip.app.mxf.timecode);
   EXPECT_EQ(breaks.size(), 14u);
   EXPECT_EQ(breaks.front(), (Break{8, 2, 36000 * 25 + 8, kInvalid}));
+  std::filesystem::resize_file(platform::ToUtf8(clip.path), 0);
+  EXPECT_EQ(Check(&clip, false), kContinuityNoMapping);
+  EXPECT_EQ(Check(&clip, true), kContinuityBreaks);
 }
 
 TEST(Continuity, StopsWhenItIsAsked) {

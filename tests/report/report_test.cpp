@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -21,6 +22,7 @@ namespace {
 
 using namespace test;
 
+constexpr uid_t kNobody = 65534;
 constexpr platform::CalendarTime kNow = {2026, 3, 4, 5, 6, 7, 3};
 
 void PutPath(std::u16string_view path, LoadedClip* clip) {
@@ -211,14 +213,16 @@ TEST(Logs, AreOverwrittenInPlaceWhereNoFileCanBeMade) {
   APP_STATE_INFO& app = clip.app.info;
   const auto log = clip.folder.Path() / "clip_LOG.txt";
   ASSERT_TRUE(WriteBytes(log, Bytes(100000, 1)));
-  platform::SetFaultSeam([](platform::SystemCall call) {
-    static int opens = 0;
-    const bool first = call == platform::SystemCall::kOpen && ++opens == 2;
-    return first ? platform::CallOutcome::kFails : platform::CallOutcome::kAsEver;
-  });
+  using std::filesystem::perms;
+  std::filesystem::permissions(log, perms::all);
+  std::filesystem::permissions(clip.folder.Path(), perms::all & ~perms::owner_write &
+                                                       ~perms::group_write & ~perms::others_write);
+  const bool root = geteuid() == 0;  // who may write everywhere
+  ASSERT_EQ(root ? seteuid(kNobody) : 0, 0);
   std::uint32_t error = 0;
   const bool written = WriteRewrapLog(&app, u"notice", &error);
-  platform::SetFaultSeam(nullptr);
+  ASSERT_EQ(root ? seteuid(0) : 0, 0);
+  std::filesystem::permissions(clip.folder.Path(), perms::owner_all);
   ASSERT_TRUE(written);
   const std::string text = Text(log);
   EXPECT_EQ(text.find('\x01'), std::string::npos);

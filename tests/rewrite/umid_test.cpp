@@ -156,9 +156,30 @@ TEST_F(ClipIdentityTest, TellsThatNothingCouldBeWritten) {
   file_ = platform::File::Open(path_, platform::OpenMode::kReadAlone);
   EXPECT_EQ(Renew(), kUmidsOld);
   EXPECT_EQ(records_.base.materialUmid, kMaterialUmid);
-  Umid umid = kMaterialUmid;
-  EXPECT_LT(RegenerateUmid(nullptr, &umid, {}, {}), 0);
-  EXPECT_LT(RegenerateUmid(&file_, nullptr, {}, {}), 0);
+}
+
+TEST_F(ClipIdentityTest, MendsTheReferencesThatARenewalHasLeftBehind) {
+  Clip clip = BuildClip(ClipSpec());
+  const Umid stale = MakeUmid(kSourceUmid);
+  const std::uint64_t own = clip.layout.TagValueOffset(SetKind::kSourcePackage, tag::kPackageUid);
+  for (const std::uint64_t place : clip.layout.sourceUmids) {
+    if (place != own) Patch(clip.bytes, place, {stale.begin(), stale.end()});
+  }
+  Open(clip.bytes);
+  EXPECT_EQ(Renew(), kUmidsRenewed);
+  EXPECT_EQ(Places(records_.base.sourceUmid), clip.layout.sourceUmids);
+  EXPECT_TRUE(Places(stale).empty());
+}
+
+TEST_F(ClipIdentityTest, LeavesAHeaderAloneThatHasChangedMeanwhile) {
+  Clip clip = BuildClip(ClipSpec());
+  Open(clip.bytes);
+  ClipIdentity identity(&file_, &records_.base);
+  ASSERT_EQ(identity.Locate(), kNoFault);
+  Patch(clip.bytes, clip.layout.sets.back().klv.value, {0xAA});
+  folder_.Write("clip.mxf", clip.bytes);
+  EXPECT_EQ(identity.Renew(), kClipChanged);
+  EXPECT_TRUE(ReadAll(path_) == clip.bytes);
 }
 
 }  // namespace

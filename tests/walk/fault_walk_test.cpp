@@ -65,14 +65,16 @@ struct End {
   int status;
   std::string output;
   std::string error;
+  bool faultHappened;
 
   bool Says(std::string_view text) const { return error.find(text) != std::string::npos; }
 };
 
-End RunCommand(const std::function<int()>& command) {
+End RunCommand(const std::function<int()>& command, const Fault* fault = nullptr, int nth = 0) {
   ::testing::internal::CaptureStdout();
   ::testing::internal::CaptureStderr();
   int status = cli::kFailed;
+  if (fault != nullptr) fault->arm(nth);
   try {
     status = command();
   } catch (const std::bad_alloc&) {  // as the companion itself takes it
@@ -80,12 +82,17 @@ End RunCommand(const std::function<int()>& command) {
   }
   std::fflush(stdout);
   std::fflush(stderr);
+  const bool happened = fault != nullptr && fault->happened();
   FailAllocation(0);
   platform::SetFaultSeam(nullptr);
-  End end{status, ::testing::internal::GetCapturedStdout(),
-          ::testing::internal::GetCapturedStderr()};
-  return end;
+  return {status, ::testing::internal::GetCapturedStdout(),
+          ::testing::internal::GetCapturedStderr(), happened};
 }
+
+constexpr int kFewestFaults = 20;  // of a kind, in any command
+
+// What the worker says when memory for the right words is out.
+constexpr std::string_view kPlainDoneText = "処理は完了しました。\n";
 
 using Files = std::map<std::string, Bytes>;
 
@@ -154,29 +161,29 @@ class FaultWalk : public ::testing::Test {
   // Walks through all faults: `check` looks at each end, and at that of a second run without a
   // fault.
   void Walk(const std::function<int()>& command, const std::function<void(const End&)>& check) {
+    std::map<std::string, int> happened;
     for (const Fault& fault : EveryFault()) {
       for (int nth = 1;; ++nth) {
         Restore();
         SCOPED_TRACE(std::string(fault.name) + " " +
                      std::to_string(static_cast<int>(faultyCall.load())) + " at " +
                      std::to_string(nth));
-        const End end = RunCommand([&] {
-          fault.arm(nth);
-          return command();
-        });
-        const bool happened = fault.happened();
+        const End end = RunCommand(command, &fault, nth);
         EXPECT_FALSE(end.Says("エラーコード未定です。")) << end.error;
         EXPECT_TRUE(end.status == cli::kDone || !end.error.empty());
         check(end);
-        if (end.status != cli::kDone && runsAgain_) {
+        if (end.status != cli::kDone) {
           const End again = RunCommand(command);
           EXPECT_EQ(again.status, cli::kDone) << again.error;
           check(again);
         }
-        if (HasFailure() || !happened) break;
+        if (HasFailure()) return;
+        if (!end.faultHappened) break;
+        ++happened[fault.name];
       }
-      if (HasFailure()) return;
     }
+    EXPECT_GT(happened["allocation"], kFewestFaults);
+    EXPECT_GT(happened["failing call"], kFewestFaults);
   }
 
   // For the jobs that only read: done with what they come to without a fault, or failed, and the
@@ -185,7 +192,6 @@ class FaultWalk : public ::testing::Test {
     const End good = RunCommand(command);
     ASSERT_EQ(good.status, cli::kDone) << good.error;
     const Files files = Folder("out");
-    runsAgain_ = false;
     Walk(command, [&](const End& end) {
       EXPECT_TRUE(job_.Now() == job_.clip.bytes);
       if (end.status != cli::kDone) {
@@ -193,7 +199,7 @@ class FaultWalk : public ::testing::Test {
         return;
       }
       // Of what was said nothing is wrong, though memory for some of it may be out.
-      if (!end.output.empty()) {
+      if (!end.output.empty() && end.output != kPlainDoneText) {
         EXPECT_EQ(end.output, good.output);
       }
       for (const auto& [name, bytes] : files) {
@@ -209,7 +215,6 @@ class FaultWalk : public ::testing::Test {
   std::string path_;
   std::filesystem::path folder_;
   LoadArguments load_;
-  bool runsAgain_ = true;
 };
 
 class FaultWalkOf : public FaultWalk, public ::testing::WithParamInterface<bool> {
@@ -248,8 +253,11 @@ TEST_P(FaultWalkOf, ARewriteIsDoneOrSaysWhatItIs) {
            default: {
              EXPECT_EQ(end.status, cli::kFailed);
              const bool umids = end.Says("UMIDの書込みを完了できませんでした");
-             EXPECT_TRUE(Without(now, umids, true) == Without(job_.clip.bytes, umids, true));
-             const bool says = umids || end.Says("までの音声は書換えられている");
+             EXPECT_TRUE(Without(now, umids, true) == Without(job_.clip.bytes, umids, true))
+                 << end.error;
+             const bool says = umids || end.Says("までの音声は書換えられている") ||
+                               end.Says("途中まで書換えられている可能性") ||
+                               end.Says("may have been rewritten in part");
              if (!says) {
                EXPECT_TRUE(now == job_.clip.bytes) << end.error;
              }
@@ -313,17 +321,12 @@ TEST_F(FaultWalk, ACopyIsWholeOrNotThere) {
   const End good = RunCommand(command);
   ASSERT_EQ(good.status, cli::kDone) << good.error;
   const Bytes copy = ReadAll(folder_ / "out" / "copy.mxf");
-  Walk(
-      [&] {
-        std::filesystem::remove(folder_ / "out" / "copy.mxf");
-        return command();
-      },
-      [&](const End& end) {
-        EXPECT_TRUE(job_.Now() == job_.clip.bytes);
-        if (end.status == cli::kDone) {
-          EXPECT_TRUE(ReadAll(folder_ / "out" / "copy.mxf") == copy);
-        }
-      });
+  Walk(command, [&](const End& end) {
+    EXPECT_TRUE(job_.Now() == job_.clip.bytes);
+    if (end.status == cli::kDone) {
+      EXPECT_TRUE(ReadAll(folder_ / "out" / "copy.mxf") == copy);
+    }
+  });
 }
 
 }  // namespace

@@ -118,7 +118,7 @@ TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
   const auto withLength = [&](std::size_t length) {
     return path.substr(0, slash) + std::u16string(length - path.size(), u'/') + path.substr(slash);
   };
-  EXPECT_EQ(AddWavFile(withLength(1024).c_str(), &head_, mxf_.base), kWavNotFound);
+  EXPECT_EQ(AddWavFile(withLength(1024).c_str(), &head_, mxf_.base), kWavPathTooLong);
   ASSERT_EQ(AddWavFile(withLength(1023).c_str(), &head_, mxf_.base), kWavOk);
   EXPECT_EQ(std::u16string(head_.next->filePath), withLength(1023));
 }

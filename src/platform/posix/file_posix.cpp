@@ -143,6 +143,7 @@ constexpr unsigned kStatxMask = STATX_BASIC_STATS | STATX_BTIME;
 
 File::File(File&& other) noexcept
     : handle_(std::exchange(other.handle_, -1)),
+      name_(std::move(other.name_)),
       position_(std::exchange(other.position_, 0)),
       stopRequest_(std::exchange(other.stopRequest_, nullptr)),
       trouble_(std::exchange(other.trouble_, ReadTrouble::kNone)) {}
@@ -151,6 +152,7 @@ File& File::operator=(File&& other) noexcept {
   if (this != &other) {
     Close();
     handle_ = std::exchange(other.handle_, -1);
+    name_ = std::move(other.name_);
     position_ = std::exchange(other.position_, 0);
     stopRequest_ = std::exchange(other.stopRequest_, nullptr);
     trouble_ = std::exchange(other.trouble_, ReadTrouble::kNone);
@@ -163,13 +165,14 @@ File::~File() {
 }
 
 File File::Open(const std::u16string& path, OpenMode mode) {
-  const std::string name = ToUtf8(path);
+  std::string name = ToUtf8(path);
   if (name.empty() || name.find('\0') != std::string::npos) return File();
-  File file(
-      Uninterrupted(SystemCall::kOpen, [&] { return open(name.c_str(), OpenFlags(mode), 0666); }));
-  if (!file.IsOpen()) return File();
-  if (!IsRegularFile(file.handle_) || !LockFor(file.handle_, mode)) {
-    if (mode == OpenMode::kCreateNew) unlink(name.c_str());
+  const int handle =
+      Uninterrupted(SystemCall::kOpen, [&] { return open(name.c_str(), OpenFlags(mode), 0666); });
+  if (handle < 0) return File();
+  File file(handle, std::move(name));
+  if (!IsRegularFile(handle) || !LockFor(handle, mode)) {
+    if (mode == OpenMode::kCreateNew) unlink(file.name_.c_str());
     return File();
   }
   return file;
@@ -316,6 +319,18 @@ std::optional<FileTimes> File::Times() const {
   return TimesOf(status);
 }
 
+bool File::IsStillAtItsPath() const noexcept {
+  struct stat here {};
+  struct stat there {};
+  return fstat(handle_, &here) == 0 && stat(name_.c_str(), &there) == 0 &&
+         here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
+bool File::HasOtherNames() const {
+  struct stat status {};
+  return fstat(handle_, &status) != 0 || status.st_nlink > 1;
+}
+
 bool File::SetTimes(const FileTimes& times) {
   const timespec values[2] = {ToTimespec(times.lastAccess), ToTimespec(times.lastWrite)};
   return Through(SystemCall::kTimes, [&] { return futimens(handle_, values); }) == 0;
@@ -397,6 +412,11 @@ bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
   }
   const std::string source = ToUtf8(from);
   return Through(SystemCall::kRename, [&] { return rename(source.c_str(), target.c_str()); }) == 0;
+}
+
+bool MeansNoRights(std::uint32_t systemError) {
+  const auto error = static_cast<int>(systemError);
+  return error == EACCES || error == EPERM || error == EROFS;
 }
 
 std::uint32_t LastSystemError() {

@@ -26,16 +26,45 @@ std::optional<std::uint64_t> NumberIn(const char* path, const char* label) {
 
 }  // namespace
 
+namespace {
+
+// What a container lets its processes take.
+struct ContainerFiles {
+  const char* limit;
+  const char* used;
+  const char* statistics;
+  const char* cachedLabel;  // files in memory, which give way when memory is wanted
+};
+constexpr ContainerFiles kContainers[] = {
+    {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current", "/sys/fs/cgroup/memory.stat",
+     "inactive_file "},
+    {"/sys/fs/cgroup/memory/memory.limit_in_bytes", "/sys/fs/cgroup/memory/memory.usage_in_bytes",
+     "/sys/fs/cgroup/memory/memory.stat", "total_inactive_file "},
+};
+
+}  // namespace
+
 std::optional<std::uint64_t> AvailableMemory() {
   constexpr std::uint64_t kilobyte = 1024;
   auto available = NumberIn("/proc/meminfo", "MemAvailable:");
   if (!available) return std::nullopt;
   *available *= kilobyte;
-  // A container's own limit; "max" is no number.
-  const auto limit = NumberIn("/sys/fs/cgroup/memory.max", "");
-  const auto used = NumberIn("/sys/fs/cgroup/memory.current", "");
-  if (limit && used) available = std::min(*available, *limit > *used ? *limit - *used : 0);
+  for (const ContainerFiles& container : kContainers) {
+    const auto limit = NumberIn(container.limit, "");  // "max" is no number
+    const auto used = NumberIn(container.used, "");
+    if (!limit || !used) continue;
+    const std::uint64_t cached = NumberIn(container.statistics, container.cachedLabel).value_or(0);
+    const std::uint64_t bound = *used - std::min(*used, cached);
+    available = std::min(*available, *limit > bound ? *limit - bound : 0);
+  }
   return available;
+}
+
+bool FitsMemory(std::uint64_t bytes) {
+  constexpr std::uint64_t alwaysThere = std::uint64_t{64} << 20;
+  if (bytes <= alwaysThere) return true;
+  const auto available = AvailableMemory();
+  return !available || bytes <= *available / 4 * 3;
 }
 
 }  // namespace quorvan::platform

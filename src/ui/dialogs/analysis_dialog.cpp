@@ -4,12 +4,11 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 
+#include "job/job_check.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "report/timecode_log.h"
-#include "state/clip_notices.h"
 #include "state/clip_state.h"
-#include "state/job_fault.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
@@ -133,13 +132,8 @@ void AnalysisDialog::TellOfHiddenTracks(std::u16string_view form, int first) {
 
 // A clip that no job takes can be looked at all the same.
 void AnalysisDialog::TellWhatIsMissing() {
-  for (const ClipNotice notice : NoticesOf(*app_.mxf)) {
-    const bool noRange = notice == ClipNotice::kNoRange;
-    if (!noRange && notice != ClipNotice::kNoSampleFormat) continue;
-    const JobFault fault = noRange ? kNoRange : kNoSampleFormat;
-    Tell(this, BoxKind::kWarning,
-         FailureText(kStageRewrapMapped, static_cast<std::int32_t>(kStageRewrapMapped) + fault));
-  }
+  const std::u16string_view refusal = ClipRefusal(app_);
+  if (!refusal.empty()) Tell(this, BoxKind::kWarning, refusal);
 }
 
 void AnalysisDialog::OnDone() {
@@ -175,6 +169,7 @@ void AnalysisDialog::OnStopped(const QString& text) {
   }
   if (Ask(this, BoxKind::kWarning, FromQString(text), kStoppedTitle)) {
     app_.analysisOk = 1;
+    TellWhatIsMissing();
     TellOfHiddenTracks(u"アプリの仕様上 %d から %dトラックは認識されません。\nご了承ください。",
                        kMaxTracks);
   } else {

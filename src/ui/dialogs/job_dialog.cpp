@@ -151,7 +151,7 @@ void JobDialog::OnFailed(qint32 result, const QString& text) {
   done(result & 0xFFFF);
 }
 
-void JobDialog::OnDone(qint32 result, const QString& text) {
+void JobDialog::OnDone(qint32 result, const QString&) {
   bar_->setRange(0, 100);
   bar_->setValue(100);
   timer_.stop();
@@ -159,7 +159,7 @@ void JobDialog::OnDone(qint32 result, const QString& text) {
   setStatus_(kJobTexts[app_.jobKind].statusAtEnd);
   hide();
   if (app_.jobKind == kRewriteJob) {
-    ReportRewrite(result, text);
+    ReportRewrite(result);
   } else if (app_.jobKind == kExportJob) {
     setStatus_(u"BWFファイルの書出し完了");
     Tell(parentWidget(), BoxKind::kNotice,
@@ -169,7 +169,7 @@ void JobDialog::OnDone(qint32 result, const QString& text) {
   accept();
 }
 
-void JobDialog::ReportRewrite(qint32 result, const QString& text) {
+void JobDialog::ReportRewrite(qint32 result) {
   setStatus_(u"再ラップ詳細ログを作成中...");
   std::uint32_t error = 0;
   const bool noticed = result == kDoneWithNotice;
@@ -182,7 +182,8 @@ void JobDialog::ReportRewrite(qint32 result, const QString& text) {
          u"再ラップ処理詳細ログの保存");
   }
   if (noticed) {
-    Tell(parentWidget(), BoxKind::kWarning, FromQString(text));
+    Tell(parentWidget(), BoxKind::kWarning,
+         JobNoticeMessage(app_.mxfPath, app_.tracks->umidState, logged));
   } else if (logged) {
     Tell(parentWidget(), BoxKind::kNotice,
          RewrapCompletionMessage(app_.mxfPath, RewrapLogPath(app_.mxfPath)));

@@ -34,7 +34,7 @@ class JobDialog : public QDialog {
   void ShowFlush();
   void OnDone(qint32 result, const QString& text);
   void OnFailed(qint32 result, const QString& text);
-  void ReportRewrite(qint32 result, const QString& text);
+  void ReportRewrite(qint32 result);
   QString Timecode(std::int32_t frames) const;
 
   APP_STATE_INFO& app_;

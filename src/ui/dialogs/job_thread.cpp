@@ -1,5 +1,7 @@
 #include "ui/dialogs/job_thread.h"
 
+#include <string_view>
+
 #include "job/process_table.h"
 #include "job/worker.h"
 #include "mxf/analysis.h"
@@ -7,10 +9,15 @@
 #include "ui/main/qt_text.h"
 
 namespace quorvan::ui {
+namespace {
+
+constexpr int kLookMilliseconds = 10;
+constexpr std::size_t kMostTextChars = 8192;  // the longest message, the path of its file included
+
+}  // namespace
 
 JobThread::JobThread(APP_STATE_INFO* app, QObject* parent) : QObject(parent), app_(*app) {
-  connect(this, &JobThread::PhaseReported, this, &JobThread::PhaseEntered, Qt::QueuedConnection);
-  connect(this, &JobThread::EndReported, this, &JobThread::TakeEnd, Qt::QueuedConnection);
+  connect(&look_, &QTimer::timeout, this, &JobThread::Look);
 }
 
 JobThread::~JobThread() {
@@ -18,30 +25,51 @@ JobThread::~JobThread() {
 }
 
 void JobThread::Start() {
-  app_.ui.progressDialog = [this](const JobReport& report) {
-    if (report.message == JOB_MSG_PHASE) return emit PhaseReported();
-    message_ = report.message;
-    result_ = report.result;
-    text_ = report.text == nullptr ? QString() : ToQString(report.text);
-    emit EndReported();
-  };
+  text_.reserve(kMostTextChars);
+  phaseTold_ = false;
+  inSecondPhase_ = false;
+  ended_ = false;
+  app_.ui.progressDialog = [this](const JobReport& report) { Take(report); };
   app_.jobStartTime = platform::LocalTimeNow();
+  look_.start(kLookMilliseconds);
   if (platform::StartThread(&app_.workerThread, [app = &app_] { WorkerThread(app); })) return;
-  message_ = JOB_MSG_FAILED;
-  result_ = static_cast<qint32>(kStageRewrapMapped) + kNoThread;
-  text_ = ToQString(FailureText(kStageRewrapMapped, result_));
-  emit EndReported();
+  const auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
+  const std::u16string text(FailureText(kStageRewrapMapped, code));
+  Take({JOB_MSG_FAILED, code, nullptr, text.c_str()});
+}
+
+// On the worker's thread, where nothing may throw: the text goes into memory that it has.
+void JobThread::Take(const JobReport& report) {
+  if (report.message == JOB_MSG_PHASE) {
+    inSecondPhase_ = true;
+    return;
+  }
+  message_ = report.message;
+  result_ = report.result;
+  const std::u16string_view text = report.text == nullptr ? u"" : report.text;
+  text_.assign(text.substr(0, text_.capacity()));
+  ended_ = true;
+}
+
+void JobThread::Look() {
+  if (inSecondPhase_ && !phaseTold_) {
+    phaseTold_ = true;
+    emit PhaseEntered();
+  }
+  if (!ended_) return;
+  look_.stop();
+  Finish();
+  const QString text = ToQString(text_);
+  if (message_ == JOB_MSG_DONE) {
+    emit Done(result_, text);
+  } else {
+    emit Failed(result_, text);
+  }
 }
 
 // The last message was the thread's last act: this does not wait for work.
 void JobThread::Finish() {
   if (app_.workerThread.joinable()) app_.workerThread.join();
-}
-
-void JobThread::TakeEnd() {
-  Finish();
-  if (message_ == JOB_MSG_DONE) return emit Done(result_, text_);
-  emit Failed(result_, text_);
 }
 
 }  // namespace quorvan::ui

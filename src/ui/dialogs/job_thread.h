@@ -4,6 +4,10 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
+
+#include <atomic>
+#include <string>
 
 #include "state/app_state_info.h"
 
@@ -25,20 +29,21 @@ class JobThread : public QObject {
   void Done(qint32 result, const QString& text);
   void Failed(qint32 result, const QString& text);
 
-  // Sent by the worker, on its own thread.
-  void PhaseReported();
-  void EndReported();
-
  private:
+  void Take(const JobReport& report);
+  void Look();
   void Finish();
-  void TakeEnd();
 
   APP_STATE_INFO& app_;
+  QTimer look_;
+  bool phaseTold_ = false;
 
-  // How the job has ended: written by the worker as its last act, read when it has gone.
+  // The worker writes these, the flags last; the dialog's thread reads them behind the flags.
+  std::atomic<bool> inSecondPhase_ = false;
+  std::atomic<bool> ended_ = false;
   JobMessage message_ = JOB_MSG_DONE;
   qint32 result_ = 0;
-  QString text_;
+  std::u16string text_;  // has its memory from the start
 };
 
 }  // namespace quorvan::ui

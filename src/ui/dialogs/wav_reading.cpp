@@ -6,7 +6,9 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <thread>
 
 #include "platform/path.h"
@@ -41,7 +43,7 @@ struct Search {
   }
 };
 
-void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
+void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
   QProgressDialog dialog(
       ToQString(platform::LastComponent(path)) + "\n\nWAVファイルの情報を取得中...", "キャンセル",
       0, 0, parent);
@@ -54,20 +56,33 @@ void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent)
   });
   poll.start(kPollMilliseconds);
   dialog.exec();
+}
+
+// Without memory for its dialog a search is given up: the operator could not do so.
+void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
+  try {
+    ShowDialogUntilEnded(search, path, parent);
+  } catch (const std::bad_alloc&) {
+  }
   search->stop = 1;
 }
 
 }  // namespace
 
 WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent) {
+  if (HoldsWavFile(*app->wavList, path)) return kWavAlreadyAdded;
+  // The thread has a list of its own: the window goes on showing the library meanwhile.
+  const auto found = std::make_unique<WAV_FILE_INFO>();
   Search search;
   std::thread reader;
-  const bool started = platform::StartThread(&reader, [&] {
-    search.End(AddWavFile(path.c_str(), app->wavList, *app->mxf, &search.stop));
-  });
+  const bool started = platform::StartThread(
+      &reader, [&] { search.End(AddWavFile(path.c_str(), found.get(), *app->mxf, &search.stop)); });
   if (!started) return kWavNoMemory;
-  if (!search.EndsWithin(kPatience)) ShowUntilEnded(&search, path, parent);
-  reader.join();
+  {
+    const platform::JoinAtEnd joined(&reader);
+    if (!search.EndsWithin(kPatience)) ShowUntilEnded(&search, path, parent);
+  }
+  MoveLastWavEntry(found.get(), app->wavList);
   return search.result;
 }
 

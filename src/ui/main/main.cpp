@@ -5,6 +5,9 @@
 #include <QLockFile>
 #include <QStandardPaths>
 
+#include <new>
+#include <utility>
+
 #include "ui/main/main_window.h"
 #include "ui/main/message_box.h"
 #include "ui/main/placement.h"
@@ -34,10 +37,39 @@ bool TakeInstance(QLockFile* instance) {
   return !named && instance->removeStaleLockFile() && instance->tryLock();
 }
 
+// What the operator does next ends in a message when memory for it is out, not in the end of the
+// program: a job may be running.
+class Application : public QApplication {
+ public:
+  using QApplication::QApplication;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    try {
+      return QApplication::notify(receiver, event);
+    } catch (const std::bad_alloc&) {
+      TellOfMemory();
+      return true;
+    }
+  }
+
+ private:
+  void TellOfMemory() {
+    if (std::exchange(telling_, true)) return;
+    try {
+      quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kError,
+                        u"メモリが不足しているため、操作を完了できませんでした。");
+    } catch (const std::bad_alloc&) {  // then the operation has just not happened
+    }
+    telling_ = false;
+  }
+
+  bool telling_ = false;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  QApplication application(argc, argv);
+  Application application(argc, argv);
   QApplication::setOrganizationName("MXF_Quorvan");
   QApplication::setApplicationName("MXF_Quorvan");
   quorvan::ui::DressApplication();

@@ -382,8 +382,12 @@ void MainWindow::AddByDialog() {
   ShowAddedFiles(kAddTitle);
 }
 
-// True when at least one was added; each refusal is told.
+// True when at least one was added; each refusal is told, that of the clip once for all.
 bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title) {
+  if (const std::u16string_view refusal = ClipRefusal(app_); !paths.empty() && !refusal.empty()) {
+    Tell(this, BoxKind::kWarning, refusal, title);
+    return false;
+  }
   bool added = false;
   for (const std::u16string& path : paths) {
     const WavResult result = AddWavFileWatched(path, &app_, this);
@@ -478,8 +482,9 @@ void MainWindow::Rewrite() {
 }
 
 bool MainWindow::ConfirmRewrite() {
-  QMessageBox box(QMessageBox::Warning, ToQString(kConfirmTitle), ToQString(BackupQuestion()),
-                  QMessageBox::NoButton, this);
+  QMessageBox box(QMessageBox::Warning, ToQString(kConfirmTitle),
+                  ToQString(BackupQuestion(app_.tracks->keepUmids != 0)), QMessageBox::NoButton,
+                  this);
   box.setTextFormat(Qt::PlainText);
   // Buttons of one role stand in the order in which they come.
   QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::ActionRole);
