@@ -48,8 +48,7 @@ class HeaderBlock {
   HeaderState Read(const platform::File& file, const MXF_BASE_INFO& mxf);
 
   // All places where `wanted` is the value, or part of the value, of an item of a set. Appends them
-  // to
-  // `*places`, in ascending order.
+  // to `*places`, in ascending order.
   void FindInItems(std::span<const std::uint8_t> wanted, std::vector<MetadataPlace>* places) const;
 
   // The first `bytes` bytes of the first item with `tag` in the set at `set`; nothing when the set

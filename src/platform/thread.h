@@ -12,8 +12,7 @@
 namespace quorvan::platform {
 
 // Starts a thread that runs `body`, which must not throw, and hands it over in `*thread`. False,
-// with
-// `*thread` as it was, when the system has no thread or no memory for it. Throws nothing.
+// with `*thread` as it was, when the system has no thread or no memory for it. Throws nothing.
 template <typename Body>
 bool StartThread(std::thread* thread, Body body) {
   if (OutcomeOf(SystemCall::kThread) == CallOutcome::kFails) return false;

@@ -206,7 +206,7 @@ TEST_P(Export, RefusesBeforeItMakesAFile) {
   EXPECT_EQ(Run(clip), Code(4008));
 }
 
-TEST_P(Export, WritesNothingThatIsNoAudioOfItsTrack) {
+TEST_P(Export, MakesNoFileOfWhatIsNoAudioOfItsTrack) {
   using Segments = std::vector<IndexSegment>;
   const std::function<void(Segments&)> edits[] = {
       [](Segments& s) { s[1].deltas[2].elementDelta += 512; },
@@ -220,11 +220,7 @@ TEST_P(Export, WritesNothingThatIsNoAudioOfItsTrack) {
     LoadedClip clip(spec);
     SwitchOn(clip, {0});
     EXPECT_EQ(Run(clip), Code(4019));
-    if (Files(clip) == 0) continue;
-    const Bytes file = File(clip, "Track-1.wav");
-    const Bytes audio = Audio(clip, 0, 0, 9);
-    ASSERT_GE(file.size(), kBwfHeaderBytes);
-    EXPECT_TRUE(std::equal(file.begin() + kBwfHeaderBytes, file.end(), audio.begin()));
+    EXPECT_EQ(Files(clip), 0u);
   }
 }
 

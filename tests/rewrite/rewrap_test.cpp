@@ -458,6 +458,11 @@ TEST_P(Rewrap, KeepsUmidsThatAreNotThirtyTwoBytesOnlyWhenAskedTo) {
   EXPECT_EQ(job.Run(), kDoneWithNotice);
   EXPECT_EQ(job.app.tracks.umidState, kUmidsKept);
   EXPECT_TRUE(job.Now() == job.Expected(false));
+  spec.umidSize = 48;
+  RewrapJob odd(spec);
+  odd.Silence(0);
+  odd.app.tracks.keepUmids = 1;
+  ExpectUntouched(odd, 2032);
 }
 
 // What the record says of the clip's identity must stand in the file, renewed or not.
@@ -496,6 +501,25 @@ TEST_P(Rewrap, StampsNoPackageThatTheAnalysisDidNotAccept) {
   job.Silence(1);
   ASSERT_EQ(job.Run(), 0);
   EXPECT_TRUE(job.Now() == job.Expected());
+}
+
+std::string clipPath;
+
+// The bytes went somewhere else than to the clip of that name.
+TEST_P(Rewrap, IsNotDoneWhenAnotherFileStandsUnderThePathOfTheClip) {
+  RewrapJob job{ClipSpec()};
+  job.Silence(0);
+  clipPath = platform::ToUtf8(job.path);
+  platform::SetFaultSeam([](platform::SystemCall call) {
+    if (call == platform::SystemCall::kFlush && !std::filesystem::exists(clipPath + ".old")) {
+      std::filesystem::rename(clipPath, clipPath + ".old");
+      std::filesystem::copy_file(clipPath + ".old", clipPath);
+    }
+    return platform::CallOutcome::kAsEver;
+  });
+  const std::int32_t result = job.Run();
+  platform::SetFaultSeam(nullptr);
+  EXPECT_EQ(result, Code(2020));
 }
 
 platform::SystemCall lostCall;

@@ -61,6 +61,7 @@ TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
   EXPECT_EQ(Add("z", tooMany), kWavTooManyChannels);
   EXPECT_EQ(Add("a"), kWavAlreadyAdded);
   EXPECT_EQ(AddWavFile(folder_.PathOf("none").c_str(), &head_, mxf_.base), kWavNotFound);
+  EXPECT_EQ(AddWavFile(folder_.PathOf("").c_str(), &head_, mxf_.base), kWavInUse);
   EXPECT_EQ(AddWavFile(nullptr, &head_, mxf_.base), kWavNoPath);
   EXPECT_EQ(AddWavFile(u"a", nullptr, mxf_.base), kWavNoLibrary);
   EXPECT_EQ(Add("b", widest), kWavOk);
@@ -87,6 +88,11 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
        [](WavSpec& w) {
          w.sampleFrames = 0;
          w.chunksBehindData = {{"LIST", {1, 2, 3, 4}}};
+       }},
+      {kWavOk,  // without a size in ds64: to the end of the file
+       [](WavSpec& w) {
+         w.formId = "RF64";
+         w.ds64DataSize = 0;
        }},
       {kWavChunksDiffer,
        [](WavSpec& w) {
