@@ -339,7 +339,6 @@ constexpr std::u16string_view kFileAtFaultForm = u"\n\nファイル: %s";
 constexpr std::u16string_view kFrameAtFaultForm = u"\n\nフレーム: %s (%s)";
 constexpr std::u16string_view kNothingWrittenText = u"\n\nMXFファイルには何も書込んでいません。";
 constexpr std::u16string_view kWrittenForm = u"\n\n%s から %s までの音声は書換えられている可能性があります。";
-constexpr std::u16string_view kOldUmidsText = u"\nUMIDは元のままです。";
 constexpr std::u16string_view kLongUmidQuestion = u"\n\n元のUMIDのまま、音声を書換えてもよろしいですか？";
 
 // By UmidState: what a clip holds when its UMIDs could not be renewed.
@@ -554,7 +553,7 @@ std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECOD
   std::u16string written = Fill(
       kWrittenForm, {WrittenTimecode(timecode, in), WrittenTimecode(timecode, in + begun - 1)});
   const bool umidsTouched = result % kStageSpan == kUmidsNotFlushed;
-  return umidsTouched ? written : written.append(kOldUmidsText);
+  return written.append(u"\n").append(UmidStateText(umidsTouched ? tracks.umidState : kUmidsOld));
 }
 
 }  // namespace quorvan

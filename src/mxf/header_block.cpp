@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 #include "mxf/klv.h"
-#include "mxf/package_uid.h"
+#include "platform/memory.h"
 
 namespace quorvan {
 namespace {
@@ -17,9 +18,6 @@ constexpr std::uint64_t kLargestHeader = std::uint64_t{256} << 20;
 constexpr std::array<std::uint8_t, 2> kLocalSetForm = {0x02, 0x53};
 constexpr std::size_t kFormPlace = 4;
 
-constexpr std::uint16_t kTagSourcePackageId = 0x1101;
-constexpr std::uint16_t kTagLinkedPackageUid = 0x2701;
-
 bool IsMetadataSet(const std::uint8_t* key) {
   return std::equal(kLocalSetForm.begin(), kLocalSetForm.end(), key + kFormPlace) &&
          !KeyMatches(key, keys::kIndexTableSegment);
@@ -30,12 +28,13 @@ struct Bounds {
   std::uint64_t end;
 };
 
-std::optional<Bounds> BoundsOf(const platform::File& file, const MXF_BASE_INFO& mxf) {
+HeaderState FindBounds(const platform::File& file, const MXF_BASE_INFO& mxf, Bounds* bounds) {
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
   const MXF_PARTITION_INFO& header = table[0];
   const std::uint64_t start = header.thisPartition + kElementHeaderBytes + header.packLength;
   std::array<std::uint8_t, kMostKlvHeaderBytes> head{};
   const std::size_t held = file.ReadAt(start, head.data(), head.size());
+  if (held < head.size() && start + head.size() <= mxf.fileSize) return HeaderState::kFault;
   std::uint64_t fill = 0;
   const std::size_t fillHeader = ReadKlvHeader({head.data(), held}, &fill);
   const bool filled = fillHeader > 0 && KeyMatches(head.data(), keys::kFill);
@@ -48,19 +47,21 @@ std::optional<Bounds> BoundsOf(const platform::File& file, const MXF_BASE_INFO& 
   for (std::uint32_t i = 1; i < header.partitionCount; ++i) {
     if (table[i].thisPartition > header.thisPartition) end = std::min(end, table[i].thisPartition);
   }
-  if (start >= end || end - start > kLargestHeader) return std::nullopt;
-  return Bounds{start, end};
+  if (start >= end || end - start > kLargestHeader) return HeaderState::kNone;
+  *bounds = {start, end};
+  return HeaderState::kRead;
 }
 
 }  // namespace
 
 HeaderState HeaderBlock::Read(const platform::File& file, const MXF_BASE_INFO& mxf) {
-  const auto bounds = BoundsOf(file, mxf);
-  if (file.Trouble() != platform::ReadTrouble::kNone) return HeaderState::kFault;
-  if (!bounds) return HeaderState::kNone;
-  start_ = bounds->start;
-  size_ = static_cast<std::size_t>(bounds->end - bounds->start);
+  Bounds bounds{};
+  const HeaderState found = FindBounds(file, mxf, &bounds);
+  if (found != HeaderState::kRead) return found;
+  start_ = bounds.start;
+  size_ = static_cast<std::size_t>(bounds.end - bounds.start);
   if (size_ > capacity_) {
+    if (!platform::FitsMemory(size_)) throw std::bad_alloc();
     bytes_.reset(new std::uint8_t[size_]);
     capacity_ = size_;
   }
@@ -99,23 +100,6 @@ void HeaderBlock::FindInItems(std::span<const std::uint8_t> wanted,
       places->push_back({fileOffset + inItem, wanted.size()});
       from += static_cast<std::ptrdiff_t>(wanted.size());
     }
-  });
-}
-
-void HeaderBlock::FindDangling(std::vector<MetadataPlace>* places) const {
-  std::vector<std::span<const std::uint8_t>> packages;
-  VisitItems([&](const LocalItem& item, std::uint64_t) {
-    if (item.tag == kTagPackageUid && item.value.size() >= kUmidBytes)
-      packages.push_back(item.value.first(kUmidBytes));
-  });
-  VisitItems([&](const LocalItem& item, std::uint64_t fileOffset) {
-    if (item.tag != kTagSourcePackageId && item.tag != kTagLinkedPackageUid) return;
-    if (item.value.size() < kUmidBytes) return;
-    const auto named = item.value.first(kUmidBytes);
-    const bool isThere = std::any_of(packages.begin(), packages.end(), [&](const auto& package) {
-      return std::equal(package.begin(), package.end(), named.begin());
-    });
-    if (!isThere) places->push_back({fileOffset, kUmidBytes});
   });
 }
 

@@ -42,9 +42,9 @@ enum class HeaderState {
 // frame.
 class HeaderBlock {
  public:
-  // Reads the header metadata of the analysed clip in `file`. Throws when memory is out. May be
-  // called again: memory is taken only by the first call, as long as the records stay what they
-  // are.
+  // Reads the header metadata of the analysed clip in `file`. Throws when memory is out or would
+  // be. May be called again: memory is taken only by the first call, as long as the records stay
+  // what they are.
   HeaderState Read(const platform::File& file, const MXF_BASE_INFO& mxf);
 
   // All places where `wanted` is the value, or part of the value, of an item of a set. Appends them
@@ -58,10 +58,6 @@ class HeaderBlock {
 
   // The value of a set; empty when it does not lie in the block whole.
   std::span<const std::uint8_t> SetAt(const METADATA_SET_PLACE& set) const;
-
-  // The values of all SourcePackageID and LinkedPackageUID items that name a package of which the
-  // header metadata holds no set. Appends them to `*places`, in ascending order.
-  void FindDangling(std::vector<MetadataPlace>* places) const;
 
   // What stands at a place of this clip's header metadata.
   std::span<const std::uint8_t> At(const MetadataPlace& place) const;

@@ -110,22 +110,20 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
   if (!Flush()) return Failed(kNotFlushed);
   if (tracks_.cancel == 1) return Cancel();
   files.Close();
+  // A clip that was moved away or replaced meanwhile is not the one under the path.
+  if (!clip.IsStillAtItsPath()) return Failed(kClipChanged);
   return RenewIdentity(audioEnd, stampTimes);
 }
 
 // What is written here is on the medium before the job is done, and looked at once more.
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
   const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
-  if (renewable) {
-    if (const JobFault fault = identity_.Renew()) return Failed(fault);
-  }
+  if (renewable) identity_.Renew();
   // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
   if (stampTimes) StampTimes(audioEnd);
-  if (!Flush()) return Failed(kUmidsNotFlushed);
+  const bool flushed = Flush();
   tracks_.umidState = renewable ? identity_.ReadBack() : kUmidsKept;
-  // A clip that was moved away or replaced meanwhile is not the one under the path.
-  if (!clip.IsStillAtItsPath()) return Failed(kClipChanged);
-  if (!clip.Close()) return Failed(kUmidsNotFlushed);
+  if (!flushed || !clip.Close()) return Failed(kUmidsNotFlushed);
   return tracks_.umidState == kUmidsRenewed ? kSuccess : kDoneWithNotice;
 }
 

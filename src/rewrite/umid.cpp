@@ -114,7 +114,7 @@ JobFault ClipIdentity::Locate() {
   if (fault == kNoFault) {
     fault = LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, &source_);
   }
-  return fault == kNoFault ? AdoptStaleReferences() : fault;
+  return fault;
 }
 
 JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid,
@@ -137,24 +137,9 @@ JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& 
   return kNoFault;
 }
 
-// References that a renewal which was cut off has left: they name a package that is not there, by a
-// UMID of the form that this program gives to the source package.
-JobFault ClipIdentity::AdoptStaleReferences() {
-  std::vector<MetadataPlace> dangling;
-  wanted_.FindDangling(&dangling);
-  if (dangling.size() > kMostReferences) return kHeaderUnfit;
-  const Umid form = MakeUmid(source_.old);
-  for (const MetadataPlace& place : dangling) {
-    const auto named = wanted_.At(place);
-    if (std::equal(form.begin(), form.begin() + kMaterialNumberPlace, named.begin()))
-      source_.references.push_back(place);
-  }
-  return kNoFault;
-}
-
-JobFault ClipIdentity::Renew() {
-  if (now_.Read(clip_, mxf_) != HeaderState::kRead) return kClipFault;
-  if (!std::ranges::equal(now_.Bytes(), wanted_.Bytes())) return kClipChanged;
+void ClipIdentity::Renew() {
+  if (now_.Read(clip_, mxf_) != HeaderState::kRead) return;
+  if (!std::ranges::equal(now_.Bytes(), wanted_.Bytes())) return;
   // Where both packages have one UMID, it is replaced for both at once.
   const bool shared = material_.old == source_.old;
   stamp_ = StampNow();
@@ -169,7 +154,6 @@ JobFault ClipIdentity::Renew() {
   }
   Expect(material_);
   Expect(source_);
-  return kNoFault;
 }
 
 void ClipIdentity::Expect(const Package& package) {
@@ -197,7 +181,11 @@ bool ClipIdentity::IsAsExpected(bool stamped) {
 }
 
 UmidState ClipIdentity::ReadBack() {
-  if (now_.Read(clip_, mxf_) != HeaderState::kRead) return kUmidsUnknown;
+  if (now_.Read(clip_, mxf_) != HeaderState::kRead) {
+    mxf_.materialUmid = material_.fresh;
+    mxf_.sourceUmid = source_.fresh;
+    return kUmidsUnknown;
+  }
   RefreshMaterialPackage(now_.SetAt(mxf_.materialPackageSet), &mxf_);
   std::ranges::copy(now_.At(*source_.own), mxf_.sourceUmid.begin());
 

@@ -56,14 +56,15 @@ class ClipIdentity {
   // is out; no later step takes any.
   JobFault Locate();
 
-  // Gives both packages new UMIDs and stamps, as far as writes succeed; what came of it, ReadBack
-  // tells. kNoFault; kClipChanged or kClipFault, with nothing written, when the header metadata is
-  // no longer what Locate has seen.
-  JobFault Renew();
+  // Gives both packages new UMIDs and stamps, as far as writes succeed, and writes nothing when the
+  // header metadata cannot be read or is no longer what Locate has seen. What came of it, ReadBack
+  // tells.
+  void Renew();
 
   // Looks at what the header metadata holds now, puts UMIDs and dates as they stand there into the
   // records, and says which UMIDs those are. kUmidsRenewed means that every byte of the header
-  // metadata is what it should be.
+  // metadata is what it should be. Where nothing can be read, the records get the UMIDs that were
+  // written.
   UmidState ReadBack();
 
  private:
@@ -76,7 +77,6 @@ class ClipIdentity {
   };
 
   JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, Package* package);
-  JobFault AdoptStaleReferences();
   void Expect(const Package& package);
   bool HoldsThroughout(const Package& package, const Umid& umid) const;
   bool IsAsExpected(bool stamped);

@@ -195,12 +195,24 @@ WavResult ScanTags(Scan* scan) {
 constexpr std::uint32_t kSizeUnknown = 0xFFFFFFFF;
 constexpr std::uint64_t kLongSizeUnknown = std::numeric_limits<std::uint64_t>::max();
 
-// True when what stands at `offset` has the form of a chunk: letters and a size.
-bool ChunkFollows(Scan* scan, std::uint64_t offset) {
+// The size of the chunk that stands at `offset`, with its head: letters and a size. 0 when none
+// does.
+std::uint64_t ChunkAt(Scan* scan, std::uint64_t offset) {
   const Bytes head = scan->window.At(offset, kTagBytes + kSizeBytes);
   const auto isPrintable = [](std::uint8_t letter) { return letter >= ' ' && letter <= '~'; };
-  return head.size() >= kTagBytes &&
-         std::all_of(head.begin(), head.begin() + kTagBytes, isPrintable);
+  if (head.size() < kTagBytes + kSizeBytes) return 0;
+  if (!std::all_of(head.begin(), head.begin() + kTagBytes, isPrintable)) return 0;
+  const std::uint64_t size = LoadLittleEndian<std::uint32_t>(head.data() + kTagBytes);
+  return kTagBytes + kSizeBytes + size + size % 2;
+}
+
+// True when a chunk stands at `offset` that leads to the end of the file or to another: sound may
+// begin with letters too.
+bool ChunkFollows(Scan* scan, std::uint64_t offset) {
+  const std::uint64_t bytes = ChunkAt(scan, offset);
+  const std::uint64_t end = offset + bytes;
+  return bytes > 0 && (end == scan->fileSize || end - 1 == scan->fileSize ||
+                       (end < scan->fileSize && ChunkAt(scan, end) > 0));
 }
 
 // Bytes of audio up to the end of the file when the header states no size, whole sample frames. An

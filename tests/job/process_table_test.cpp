@@ -121,8 +121,10 @@ TEST(Messages, SayWhatWasWritten) {
   tracks.fault.framesBegun = 5;
   const std::u16string written =
       u"\n\n01:00:00:10 から 01:00:00:14 までの音声は書換えられている可能性があります。";
-  EXPECT_EQ(WrittenFrames(tracks, timecode, 2024), written + u"\nUMIDは元のままです。");
-  EXPECT_EQ(WrittenFrames(tracks, timecode, 3027), written);
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 2024),
+            written + u"\nMXFファイルのUMIDは元のままです。");
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 3027),
+            written + u"\nMXFファイルのUMIDは新しいものです。");
   EXPECT_EQ(FaultDetails(tracks.fault, timecode), u"");
   tracks.fault.frame = 3;
   std::u16string(u"/a/b.wav").copy(tracks.fault.path, 9);

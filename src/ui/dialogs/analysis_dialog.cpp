@@ -85,15 +85,15 @@ int AnalysisDialog::exec() {
   app_.mxf->timecode->stopRequest = 0;
   PlaceJobDialog(this);
   setStatus_(u"MXFファイルを解析中...");
-  job_.Start();
   ShowProgress();
   timer_.start(kTimerMilliseconds);
+  QMetaObject::invokeMethod(&job_, &JobThread::Start, Qt::QueuedConnection);
   return QDialog::exec();
 }
 
 // Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
 void AnalysisDialog::reject() {
-  if (!running_) return;
+  if (!running_) return QDialog::reject();
   stopping_ = true;
   stage_->setText("中断処理を行っています。しばらくお待ちください...");
   setStatus_(u"中断処理中...");

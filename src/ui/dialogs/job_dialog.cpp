@@ -104,17 +104,18 @@ int JobDialog::exec() {
   running_ = true;
   stopping_ = false;
   PlaceJobDialog(this);
-  job_.Start();
   setStatus_(kJobTexts[app_.jobKind].statusAtStart);
   action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));
   ShowProgress();
   timer_.start(kTimerMilliseconds);
+  // Nothing may keep the dialog from showing the job once it runs.
+  QMetaObject::invokeMethod(&job_, &JobThread::Start, Qt::QueuedConnection);
   return QDialog::exec();
 }
 
 // Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
 void JobDialog::reject() {
-  if (!running_) return;
+  if (!running_) return QDialog::reject();
   stopping_ = true;
   action_->setText("中断処理を行っています、お待ちください...");
   setStatus_(u"中断処理中...");

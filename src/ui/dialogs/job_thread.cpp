@@ -57,9 +57,9 @@ void JobThread::Look() {
     emit PhaseEntered();
   }
   if (!ended_) return;
+  const QString text = ToQString(text_);  // without memory for it, the next look tries again
   look_.stop();
   Finish();
-  const QString text = ToQString(text_);
   if (message_ == JOB_MSG_DONE) {
     emit Done(result_, text);
   } else {

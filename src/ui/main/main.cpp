@@ -5,6 +5,7 @@
 #include <QLockFile>
 #include <QStandardPaths>
 
+#include <cstdio>
 #include <new>
 #include <utility>
 
@@ -17,6 +18,7 @@ namespace {
 
 constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
+constexpr int kNoMemory = 1;
 constexpr int kPatienceMilliseconds = 200;  // for a holder that is just writing its name
 
 QString LockPath() {
@@ -66,9 +68,7 @@ class Application : public QApplication {
   bool telling_ = false;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   Application application(argc, argv);
   QApplication::setOrganizationName("MXF_Quorvan");
   QApplication::setApplicationName("MXF_Quorvan");
@@ -87,4 +87,15 @@ int main(int argc, char** argv) {
   const int result = QApplication::exec();
   quorvan::ui::SavePlacement(window);
   return result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc&) {  // before the window stands, or behind it
+    std::fputs("MXF Quorvan: out of memory\n", stderr);
+    return kNoMemory;
+  }
 }
