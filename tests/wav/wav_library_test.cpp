@@ -89,6 +89,11 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
          w.sampleFrames = 0;
          w.chunksBehindData = {{"LIST", {1, 2, 3, 4}}};
        }},
+      {kWavOk,  // a stream without a size whose sound has the form of letters
+       [](WavSpec& w) {
+         w.dataSize = 0;
+         w.sample = [](std::uint32_t, std::uint64_t) { return 0x434241; };
+       }},
       {kWavOk,  // without a size in ds64: to the end of the file
        [](WavSpec& w) {
          w.formId = "RF64";
