@@ -7,6 +7,8 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "platform/text.h"
+#include "state/program_name.h"
 
 namespace quorvan::cli {
 namespace {
@@ -128,6 +130,7 @@ void AddConform(CLI::App* app, ConformArguments* arguments) {
 int Dispatch(int argc, const char* const* argv) {
   CLI::App app("MXF Quorvan: new sound for finished MXF clips, in place", "mxf-quorvan-cli");
   app.require_subcommand(1);
+  app.set_version_flag("--version", platform::ToUtf8(kProgramTitle));
   app.footer(
       "Exit status: 0 done, 1 refused or failed, 2 wrong usage, 3 cancelled, 4 done, with a "
       "notice.");

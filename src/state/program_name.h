@@ -1,4 +1,4 @@
-// What the program calls itself.
+// What the program calls itself. QUORVAN_VERSION comes from the build.
 
 #pragma once
 
@@ -7,7 +7,7 @@
 namespace quorvan {
 
 inline constexpr std::u16string_view kProgramName = u"MXF Quorvan";
-inline constexpr std::u16string_view kProgramVersion = u"1.7.8.3";
-inline constexpr std::u16string_view kProgramTitle = u"MXF Quorvan 1.7.8.3";
+inline constexpr std::u16string_view kProgramVersion = u"" QUORVAN_VERSION;
+inline constexpr std::u16string_view kProgramTitle = u"MXF Quorvan " QUORVAN_VERSION;
 
 }  // namespace quorvan
