@@ -7,6 +7,7 @@
 #include "mxf/klv.h"
 #include "platform/text.h"
 #include "rewrite/wav_source.h"
+#include "state/window_state_info.h"
 #include "support/clip_builder.h"
 #include "support/temp_folder.h"
 #include "timecode/timecode.h"
@@ -161,7 +162,7 @@ void PaintTracks(benchmark::State& state) {
   QImage image(view->size(), QImage::Format_ARGB32_Premultiplied);
   for (auto _ : state)
     view->render(&image);
-  state.counters["rows"] = app.visibleRows;
+  state.counters["rows"] = app.window->visibleRows;
 }
 BENCHMARK(PaintTracks)->Unit(benchmark::kMillisecond);
 #endif

@@ -1,5 +1,5 @@
-// The state of the running program: what is loaded, what the operator chose, what the window shows,
-// and the way to every record of the loaded file.
+// The state of the running program: what is loaded, what the operator chose, and the way to
+// every record of the loaded file and of the window.
 
 #pragma once
 
@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <thread>
 
@@ -39,23 +40,7 @@ inline constexpr std::array<std::u16string_view, 3> kTrackStateText = {
 // Which of IN and OUT are set: [0] IN, [1] OUT, each 0 or 1.
 using PointSet = std::array<std::uint32_t, 2>;
 
-enum ScrollArrowState : std::uint32_t { kArrowShown = 0, kArrowPressed = 1, kArrowHidden = 2 };
-
-enum RowAlign : std::uint8_t {
-  kWholeRows = 0,    // no row is cut
-  kFlushBottom = 1,  // the last row ends with the area, the first one is cut
-  kFlushTop = 2,     // the first row starts with the area, the last one is cut
-};
-
-// In pixels of the window's client area; right and bottom lie outside.
-struct RECTANGLE {
-  std::int32_t left;
-  std::int32_t top;
-  std::int32_t right;
-  std::int32_t bottom;
-};
-
-inline constexpr std::uint32_t kBandHeight = 160;  // of the top and the bottom band, in pixels
+struct WINDOW_STATE_INFO;
 
 // One instance in the process. Tracks count from 0; flags are 0 or 1. The thread of the face writes
 // everything but the words that running jobs exchange in `mxf` and `tracks`.
@@ -65,6 +50,7 @@ struct APP_STATE_INFO {
   WavIndex wavIndex;       // the library in display order; built anew after every AddWavFile
   MXF_BASE_INFO* mxf;
   AUDIOTRACK_IO_INFO* tracks;
+  WINDOW_STATE_INFO* window;  // what the window alone shows
   std::u16string statusText;  // last text of the status bar's first field
 
   std::thread workerThread;
@@ -88,31 +74,9 @@ struct APP_STATE_INFO {
   PointSet exportPointSet;
   PointSet loudnessPointSet;
 
-  std::uint32_t repaintMask;  // parts that the next paint redraws
-  ScrollArrowState upArrowState;
-  ScrollArrowState downArrowState;
   std::uint32_t selectedTracks;  // number of selected tracks
   std::int32_t focusTrack;       // target of assignments
-  std::uint32_t rowRemainder;    // pixels of the partly visible row, 0 when all are whole
-  std::int32_t firstVisibleTrack;
-  std::int32_t lastVisibleTrack;
-  std::int32_t visibleRows;     // rows laid out, at most kMaxTracks
-  std::uint32_t topBandHeight;  // pixels
-  std::uint32_t trackBandHeight;
-  std::uint32_t bottomBandHeight;
-  RowAlign rowAlign;
-  std::uint8_t scrollTop;  // track of the first row
   std::array<std::uint8_t, kMaxTracks> trackSelected;
-  std::array<std::uint8_t, kMaxTracks> trackChannelMark;  // 0, or channel of its file from 1
-  std::array<RECTANGLE, kMaxTracks> lampRect;
-  RECTANGLE viewRect;  // client area without the status bar
-  std::array<RECTANGLE, kMaxTracks> channelMarkRect;
-  std::array<RECTANGLE, kMaxTracks> nameRect;
-  RECTANGLE trackAreaRect;
-  RECTANGLE upArrowRect;
-  RECTANGLE downArrowRect;
-  std::uint32_t viewScrolled;      // 1 after the rows moved without the focus
-  RECTANGLE listRect;              // of the library's list; base of its column widths
   std::uint32_t selectedWavCount;  // selected rows of the library view
   std::uint32_t currentWavItem;    // row of the library view with the focus
 
@@ -134,6 +98,9 @@ struct AppState {
   AUDIOTRACK_IO_INFO tracks{};
   WAV_FILE_INFO wavHead{};
   APP_STATE_INFO info{};
+
+ private:
+  const std::unique_ptr<WINDOW_STATE_INFO> window_;
 };
 
 }  // namespace quorvan

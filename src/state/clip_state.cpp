@@ -1,6 +1,7 @@
 #include "state/clip_state.h"
 
 #include "mxf/continuity.h"
+#include "state/window_state_info.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -24,8 +25,8 @@ void ClearMxfState(APP_STATE_INFO* app) {
   app->wavIndex.reset();
   app->rewrapPointSet = {};
   app->exportPointSet = {};
-  app->upArrowState = kArrowHidden;
-  app->downArrowState = kArrowShown;
+  app->window->upArrowState = kArrowHidden;
+  app->window->downArrowState = kArrowShown;
   app->mxfPath[0] = 0;
   app->mxfLoaded = 0;
   app->libraryView = 0;
@@ -33,19 +34,19 @@ void ClearMxfState(APP_STATE_INFO* app) {
   app->analysisOk = 0;
   app->selectedWavCount = 0;
   app->currentWavItem = 0;
-  app->scrollTop = 0;
+  app->window->scrollTop = 0;
   tracks.wav.fill(nullptr);
   tracks.wavGroup.fill(0);
   tracks.wavChannel.fill(0);
   tracks.rewrapSwitch.fill(kNoSuchTrack);
   tracks.exportSwitch.fill(kNoSuchTrack);
   app->trackSelected.fill(0);
-  app->trackChannelMark.fill(0);
+  app->window->trackChannelMark.fill(0);
   app->trackSelected[0] = 1;
   app->focusTrack = 0;
-  app->rowRemainder = 0;
-  app->visibleRows = 0;
-  app->rowAlign = kWholeRows;
+  app->window->rowRemainder = 0;
+  app->window->visibleRows = 0;
+  app->window->rowAlign = kWholeRows;
   tracks.inFrame = {};
   tracks.outFrame = {};
   UnloadMxf(app->mxf);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "state/program_name.h"
+#include "state/window_state_info.h"
 
 namespace quorvan {
 namespace {
@@ -53,7 +54,7 @@ void ClearLink(APP_STATE_INFO* app, std::uint32_t track) {
   app->tracks->wav[track] = nullptr;
   app->tracks->wavGroup[track] = 0;
   app->tracks->wavChannel[track] = 0;
-  app->trackChannelMark[track] = 0;
+  app->window->trackChannelMark[track] = 0;
 }
 
 using TrackSet = std::array<bool, kMaxTracks>;
@@ -92,7 +93,7 @@ void PlaceFile(APP_STATE_INFO* app, WAV_FILE_INFO* entry, std::uint32_t firstTra
     tracks.wavChannel[track] = static_cast<std::uint8_t>(channel);
     tracks.wavGroup[track] = firstTrack + kWavGroupBase;
     tracks.rewrapSwitch[track] = tracks.rewrapSwitch[firstTrack];
-    app->trackChannelMark[track] = static_cast<std::uint8_t>(channel + 1);
+    app->window->trackChannelMark[track] = static_cast<std::uint8_t>(channel + 1);
   }
 }
 

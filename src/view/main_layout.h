@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-#include "state/app_state_info.h"
+#include "state/window_state_info.h"
 
 namespace quorvan {
 

@@ -8,6 +8,7 @@
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_text.h"
+#include "state/window_state_info.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -194,7 +195,7 @@ TrackRowText TextOfTrack(const APP_STATE_INFO& app, std::int32_t track) {
     row.nameColor = kOffNameColor;
     row.state = kTrackStateText[kSwitchOff];
   }
-  const std::uint8_t mark = app.trackChannelMark[t];
+  const std::uint8_t mark = app.window->trackChannelMark[t];
   if (file->channels == 2 && mark >= 1 && mark <= 2) row.channelMark = mark == 1 ? u'L' : u'R';
   return row;
 }

@@ -1,4 +1,5 @@
 #include "view/track_panel.h"
+#include "state/window_state_info.h"
 
 #include <algorithm>
 
@@ -23,14 +24,15 @@ bool Contains(const RECTANGLE& r, std::int32_t x, std::int32_t y) {
 }
 
 std::uint32_t Repainted(APP_STATE_INFO* app, std::uint32_t mask, std::uint32_t refresh = 0) {
-  app->repaintMask = mask;
+  app->window->repaintMask = mask;
   return refresh | kRepaint;
 }
 
 void MoveRows(APP_STATE_INFO* app, std::int32_t distance) {
-  for (std::int32_t i = 0; i < app->visibleRows; ++i) {
+  for (std::int32_t i = 0; i < app->window->visibleRows; ++i) {
     const auto row = static_cast<std::size_t>(i);
-    for (RECTANGLE* r : {&app->nameRect[row], &app->channelMarkRect[row], &app->lampRect[row]}) {
+    for (RECTANGLE* r : {&app->window->nameRect[row], &app->window->channelMarkRect[row],
+                         &app->window->lampRect[row]}) {
       r->top += distance;
       r->bottom += distance;
     }
@@ -42,26 +44,26 @@ void CountRows(APP_STATE_INFO* app, std::int32_t height) {
   const std::int32_t room = std::max(height - kRowsOutside, 0);
   const std::int32_t tracks = TrackCount(*app);
   std::int32_t rows = room / kRowHeight;
-  app->rowRemainder = 0;
-  app->rowAlign = kWholeRows;
+  app->window->rowRemainder = 0;
+  app->window->rowAlign = kWholeRows;
   if (tracks > rows && room % kRowHeight != 0) {
-    app->rowRemainder = static_cast<std::uint32_t>(room % kRowHeight);
-    app->rowAlign = kFlushTop;
+    app->window->rowRemainder = static_cast<std::uint32_t>(room % kRowHeight);
+    app->window->rowAlign = kFlushTop;
     ++rows;
   }
   std::int32_t first = 0;
-  if (rows < app->visibleRows) first = app->visibleRows - rows;
+  if (rows < app->window->visibleRows) first = app->window->visibleRows - rows;
   if (tracks < first + rows) {
-    app->rowRemainder = 0;
-    app->rowAlign = kWholeRows;
+    app->window->rowRemainder = 0;
+    app->window->rowAlign = kWholeRows;
     first = 0;
     rows = tracks;
   }
-  app->scrollTop = static_cast<std::uint8_t>(first);
-  app->visibleRows = rows;
+  app->window->scrollTop = static_cast<std::uint8_t>(first);
+  app->window->visibleRows = rows;
   if (rows == 0) return;
-  app->firstVisibleTrack = first;
-  app->lastVisibleTrack = first + rows - 1;
+  app->window->firstVisibleTrack = first;
+  app->window->lastVisibleTrack = first + rows - 1;
 }
 
 void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
@@ -70,76 +72,77 @@ void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
   const double lamp = middle - kLampShare * hundredth;
   const double name = middle - kNameShare * hundredth;
   const auto whole = [](double place) { return static_cast<std::int32_t>(place); };
-  for (std::int32_t i = 0; i < app->visibleRows; ++i) {
+  for (std::int32_t i = 0; i < app->window->visibleRows; ++i) {
     const auto row = static_cast<std::size_t>(i);
     const std::int32_t top = static_cast<std::int32_t>(kBandHeight) + kRowsMargin + kRowHeight * i;
     const std::int32_t bottom = top + kRowHeight;
     const std::int32_t mark = whole(lamp - kChannelMarkGap);
-    app->channelMarkRect[row] = {mark, top, mark + kChannelMarkWidth, bottom};
-    app->lampRect[row] = {whole(lamp), top, whole(lamp) + kRowHeight, bottom};
-    app->nameRect[row] = {whole(name), top, whole(width - name), bottom};
+    app->window->channelMarkRect[row] = {mark, top, mark + kChannelMarkWidth, bottom};
+    app->window->lampRect[row] = {whole(lamp), top, whole(lamp) + kRowHeight, bottom};
+    app->window->nameRect[row] = {whole(name), top, whole(width - name), bottom};
   }
   const std::int32_t arrow = whole(width - name + kRowHeight);
-  const auto band = static_cast<std::int32_t>(app->trackBandHeight);
-  app->trackAreaRect = {0, kTrackAreaTop, width, kTrackAreaTop + band};
+  const auto band = static_cast<std::int32_t>(app->window->trackBandHeight);
+  app->window->trackAreaRect = {0, kTrackAreaTop, width, kTrackAreaTop + band};
   const std::int32_t up = kTrackAreaTop + kArrowMargin;
   const std::int32_t down = kTrackAreaTop + band - kArrowMargin - kRowHeight;
-  app->upArrowRect = {arrow, up, arrow + kRowHeight, up + kRowHeight};
-  app->downArrowRect = {arrow, down, arrow + kRowHeight, down + kRowHeight};
+  app->window->upArrowRect = {arrow, up, arrow + kRowHeight, up + kRowHeight};
+  app->window->downArrowRect = {arrow, down, arrow + kRowHeight, down + kRowHeight};
 }
 
 void BringFocusOntoScreen(APP_STATE_INFO* app) {
   const auto scroll = [app](std::int32_t distance) {
-    app->scrollTop = static_cast<std::uint8_t>(app->scrollTop + distance);
+    app->window->scrollTop = static_cast<std::uint8_t>(app->window->scrollTop + distance);
   };
-  if (app->visibleRows == 0) return;
-  if (app->focusTrack < app->firstVisibleTrack) {
-    scroll(app->focusTrack - app->firstVisibleTrack);
-    app->firstVisibleTrack = app->focusTrack;
-    if (app->rowAlign == kFlushBottom) FlipRowAlignment(app);
-  } else if (app->focusTrack >= app->lastVisibleTrack) {
-    const std::int32_t distance = app->focusTrack - app->lastVisibleTrack;
+  if (app->window->visibleRows == 0) return;
+  if (app->focusTrack < app->window->firstVisibleTrack) {
+    scroll(app->focusTrack - app->window->firstVisibleTrack);
+    app->window->firstVisibleTrack = app->focusTrack;
+    if (app->window->rowAlign == kFlushBottom) FlipRowAlignment(app);
+  } else if (app->focusTrack >= app->window->lastVisibleTrack) {
+    const std::int32_t distance = app->focusTrack - app->window->lastVisibleTrack;
     scroll(distance);
-    app->firstVisibleTrack += distance;
-    app->lastVisibleTrack = app->focusTrack;
-    if (app->rowAlign == kFlushTop) FlipRowAlignment(app);
+    app->window->firstVisibleTrack += distance;
+    app->window->lastVisibleTrack = app->focusTrack;
+    if (app->window->rowAlign == kFlushTop) FlipRowAlignment(app);
   }
 }
 
 void FlipIfAligned(APP_STATE_INFO* app, RowAlign align) {
-  if (app->rowRemainder != 0 && app->rowAlign == align) FlipRowAlignment(app);
+  if (app->window->rowRemainder != 0 && app->window->rowAlign == align) FlipRowAlignment(app);
 }
 
 void ScrollUp(APP_STATE_INFO* app) {
-  if (app->scrollTop != 0) --app->scrollTop;
+  if (app->window->scrollTop != 0) --app->window->scrollTop;
   FlipIfAligned(app, kFlushBottom);
 }
 
 void ScrollDown(APP_STATE_INFO* app) {
-  if (app->scrollTop + app->visibleRows < TrackCount(*app)) ++app->scrollTop;
+  if (app->window->scrollTop + app->window->visibleRows < TrackCount(*app))
+    ++app->window->scrollTop;
   FlipIfAligned(app, kFlushTop);
 }
 
 // After the wheel or the arrows have moved the rows alone, a key first brings the focus row back.
 void ReturnToFocus(APP_STATE_INFO* app, bool down) {
-  if (app->viewScrolled != 1) return;
-  app->viewScrolled = 0;
-  if (app->visibleRows == 0) return;
-  const std::int32_t first = app->scrollTop;
-  const std::int32_t last = first + app->visibleRows - 1;
+  if (app->window->viewScrolled != 1) return;
+  app->window->viewScrolled = 0;
+  if (app->window->visibleRows == 0) return;
+  const std::int32_t first = app->window->scrollTop;
+  const std::int32_t last = first + app->window->visibleRows - 1;
   const std::int32_t focus = app->focusTrack;
   std::int32_t distance = 0;
   if (focus < first) distance = focus - first;
   if (focus > last) distance = focus - last;
-  app->scrollTop = static_cast<std::uint8_t>(first + distance);
-  const bool inFirstRow = focus == app->scrollTop;
-  const bool inLastRow = focus == app->scrollTop + app->visibleRows - 1;
+  app->window->scrollTop = static_cast<std::uint8_t>(first + distance);
+  const bool inFirstRow = focus == app->window->scrollTop;
+  const bool inLastRow = focus == app->window->scrollTop + app->window->visibleRows - 1;
   if (inFirstRow && (!down || distance < 0)) FlipIfAligned(app, kFlushBottom);
   if (inLastRow && down) FlipIfAligned(app, kFlushTop);
 }
 
 std::uint32_t SelectRow(APP_STATE_INFO* app, std::int32_t row) {
-  app->focusTrack = app->scrollTop + row;
+  app->focusTrack = app->window->scrollTop + row;
   app->trackSelected[static_cast<std::size_t>(app->focusTrack)] = 1;
   UpdateArrowStates(app);
   return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);
@@ -154,64 +157,64 @@ std::uint32_t StayOnRow(APP_STATE_INFO* app) {
 
 void LayoutTrackArea(APP_STATE_INFO* app, std::int32_t width, std::int32_t height) {
   const auto bands = static_cast<std::int32_t>(2 * kBandHeight);
-  app->viewRect = {0, 0, width, height};
-  app->topBandHeight = kBandHeight;
-  app->bottomBandHeight = kBandHeight;
-  app->trackBandHeight = static_cast<std::uint32_t>(std::max(height - bands, 0));
-  app->viewScrolled = 0;
+  app->window->viewRect = {0, 0, width, height};
+  app->window->topBandHeight = kBandHeight;
+  app->window->bottomBandHeight = kBandHeight;
+  app->window->trackBandHeight = static_cast<std::uint32_t>(std::max(height - bands, 0));
+  app->window->viewScrolled = 0;
   CountRows(app, height);
   PlaceRows(app, width);
   BringFocusOntoScreen(app);
 }
 
 void FlipRowAlignment(APP_STATE_INFO* app) {
-  if (app->visibleRows == 0 || app->rowAlign == kWholeRows) return;
-  const std::int32_t distance = kRowHeight - static_cast<std::int32_t>(app->rowRemainder);
-  if (app->rowAlign == kFlushBottom) {
+  if (app->window->visibleRows == 0 || app->window->rowAlign == kWholeRows) return;
+  const std::int32_t distance = kRowHeight - static_cast<std::int32_t>(app->window->rowRemainder);
+  if (app->window->rowAlign == kFlushBottom) {
     MoveRows(app, distance);
-    app->rowAlign = kFlushTop;
+    app->window->rowAlign = kFlushTop;
   } else {
     MoveRows(app, -distance);
-    app->rowAlign = kFlushBottom;
+    app->window->rowAlign = kFlushBottom;
   }
 }
 
 void UpdateArrowStates(APP_STATE_INFO* app) {
-  if (app->visibleRows >= 1) {
-    app->firstVisibleTrack = app->scrollTop;
-    app->lastVisibleTrack = app->scrollTop + app->visibleRows - 1;
+  if (app->window->visibleRows >= 1) {
+    app->window->firstVisibleTrack = app->window->scrollTop;
+    app->window->lastVisibleTrack = app->window->scrollTop + app->window->visibleRows - 1;
   }
-  if (app->upArrowState == kArrowHidden) app->upArrowState = kArrowShown;
-  if (app->downArrowState == kArrowHidden) app->downArrowState = kArrowShown;
-  if (app->firstVisibleTrack == 0 && app->rowAlign != kFlushBottom) {
-    app->upArrowState = kArrowHidden;
+  if (app->window->upArrowState == kArrowHidden) app->window->upArrowState = kArrowShown;
+  if (app->window->downArrowState == kArrowHidden) app->window->downArrowState = kArrowShown;
+  if (app->window->firstVisibleTrack == 0 && app->window->rowAlign != kFlushBottom) {
+    app->window->upArrowState = kArrowHidden;
   }
-  if (app->lastVisibleTrack == TrackCount(*app) - 1 && app->rowAlign != kFlushTop) {
-    app->downArrowState = kArrowHidden;
+  if (app->window->lastVisibleTrack == TrackCount(*app) - 1 && app->window->rowAlign != kFlushTop) {
+    app->window->downArrowState = kArrowHidden;
   }
 }
 
 PressTarget HitTest(const APP_STATE_INFO& app, std::int32_t x, std::int32_t y) {
   PressTarget target{kNoZone, 0};
-  for (std::int32_t i = 0; i < app.visibleRows && i < TrackCount(app); ++i) {
+  for (std::int32_t i = 0; i < app.window->visibleRows && i < TrackCount(app); ++i) {
     const auto row = static_cast<std::size_t>(i);
-    const bool onName = Contains(app.nameRect[row], x, y);
-    if (onName || Contains(app.lampRect[row], x, y)) {
-      target = {onName ? kNameZone : kLampZone, app.scrollTop + i};
+    const bool onName = Contains(app.window->nameRect[row], x, y);
+    if (onName || Contains(app.window->lampRect[row], x, y)) {
+      target = {onName ? kNameZone : kLampZone, app.window->scrollTop + i};
     }
   }
-  if (Contains(app.upArrowRect, x, y) && app.upArrowState != kArrowHidden) {
+  if (Contains(app.window->upArrowRect, x, y) && app.window->upArrowState != kArrowHidden) {
     target.zone = kUpArrowZone;
   }
-  if (Contains(app.downArrowRect, x, y) && app.downArrowState != kArrowHidden) {
+  if (Contains(app.window->downArrowRect, x, y) && app.window->downArrowState != kArrowHidden) {
     target.zone = kDownArrowZone;
   }
   return target;
 }
 
 std::uint32_t PressName(APP_STATE_INFO* app, std::int32_t track, SelectMode mode) {
-  if (track == app->scrollTop) FlipIfAligned(app, kFlushBottom);
-  if (track == app->scrollTop + app->visibleRows - 1) FlipIfAligned(app, kFlushTop);
+  if (track == app->window->scrollTop) FlipIfAligned(app, kFlushBottom);
+  if (track == app->window->scrollTop + app->window->visibleRows - 1) FlipIfAligned(app, kFlushTop);
   auto& selected = app->trackSelected;
   const auto place = static_cast<std::size_t>(track);
   switch (mode) {
@@ -280,17 +283,19 @@ std::uint32_t SelectAllTracks(APP_STATE_INFO* app) {
 
 std::uint32_t PressArrow(APP_STATE_INFO* app, PressZone zone) {
   if (TrackCount(*app) == 0) return kRefreshNothing;
-  ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
+  ScrollArrowState& state =
+      zone == kUpArrowZone ? app->window->upArrowState : app->window->downArrowState;
   state = kArrowPressed;
   UpdateArrowStates(app);
-  app->viewScrolled = 1;
+  app->window->viewScrolled = 1;
   zone == kUpArrowZone ? ScrollUp(app) : ScrollDown(app);
-  return Repainted(app, app->repaintMask);
+  return Repainted(app, app->window->repaintMask);
 }
 
 std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
   if (zone != kUpArrowZone && zone != kDownArrowZone) return kRefreshNothing;
-  ScrollArrowState& state = zone == kUpArrowZone ? app->upArrowState : app->downArrowState;
+  ScrollArrowState& state =
+      zone == kUpArrowZone ? app->window->upArrowState : app->window->downArrowState;
   if (state != kArrowHidden) state = kArrowShown;
   return Repainted(app, kRepaintRows);
 }
@@ -298,18 +303,18 @@ std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
 std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t notches) {
   if (notches == 0 || TrackCount(*app) == 0) return kRefreshNothing;
   notches > 0 ? ScrollUp(app) : ScrollDown(app);
-  app->viewScrolled = 1;
+  app->window->viewScrolled = 1;
   return Repainted(app, kRepaintBandAndRows);
 }
 
 std::uint32_t MoveUp(APP_STATE_INFO* app, bool extend) {
   if (TrackCount(*app) == 0) return kRefreshNothing;
   ReturnToFocus(app, false);
-  std::int32_t row = app->focusTrack - app->scrollTop - 1;
-  if (row < 0 && app->scrollTop == 0) return StayOnRow(app);
+  std::int32_t row = app->focusTrack - app->window->scrollTop - 1;
+  if (row < 0 && app->window->scrollTop == 0) return StayOnRow(app);
   if (!extend) app->trackSelected.fill(0);
   if (row < 0) {
-    --app->scrollTop;
+    --app->window->scrollTop;
     row = 0;
   } else if (row == 0) {
     FlipIfAligned(app, kFlushBottom);
@@ -321,14 +326,15 @@ std::uint32_t MoveDown(APP_STATE_INFO* app, bool extend) {
   const std::int32_t tracks = TrackCount(*app);
   if (tracks == 0) return kRefreshNothing;
   ReturnToFocus(app, true);
-  std::int32_t row = app->focusTrack - app->scrollTop + 1;
-  const bool atEnd = app->scrollTop + app->visibleRows >= tracks;
-  if (row > app->visibleRows || (row == app->visibleRows && atEnd)) return StayOnRow(app);
+  std::int32_t row = app->focusTrack - app->window->scrollTop + 1;
+  const bool atEnd = app->window->scrollTop + app->window->visibleRows >= tracks;
+  if (row > app->window->visibleRows || (row == app->window->visibleRows && atEnd))
+    return StayOnRow(app);
   if (!extend) app->trackSelected.fill(0);
-  if (row == app->visibleRows) {
-    ++app->scrollTop;
-    row = app->visibleRows - 1;
-  } else if (row == app->visibleRows - 1) {
+  if (row == app->window->visibleRows) {
+    ++app->window->scrollTop;
+    row = app->window->visibleRows - 1;
+  } else if (row == app->window->visibleRows - 1) {
     FlipIfAligned(app, kFlushTop);
   }
   return SelectRow(app, row);

@@ -4,6 +4,7 @@
 
 #include "state/track_assignment.h"
 #include "state/wav_buffer.h"
+#include "state/window_state_info.h"
 #include "support/loaded_clip.h"
 #include "support/wav_builder.h"
 
@@ -26,11 +27,11 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   app.rewrapPointSet = app.exportPointSet = app.loudnessPointSet = {1, 1};
   app.libraryView = app.useFileIo = app.noAutoTrackSwitch = 1;
   app.selectedWavCount = app.currentWavItem = 7;
-  app.upArrowState = app.downArrowState = kArrowPressed;
-  app.scrollTop = 3;
-  app.focusTrack = app.visibleRows = 3;
-  app.rowRemainder = 9;
-  app.rowAlign = kFlushTop;
+  app.window->upArrowState = app.window->downArrowState = kArrowPressed;
+  app.window->scrollTop = 3;
+  app.focusTrack = app.window->visibleRows = 3;
+  app.window->rowRemainder = 9;
+  app.window->rowAlign = kFlushTop;
   tracks.wavBufferIndex = 9;
   clip.app.mxf.audio.truePeak = -3.0;
   const FramePoint exportIn = tracks.exportIn;
@@ -42,7 +43,7 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   EXPECT_EQ(app.wavIndex, nullptr);
   for (std::uint32_t t = 0; t < kMaxTracks; ++t) {
     EXPECT_EQ(tracks.wav[t], nullptr);
-    EXPECT_EQ(tracks.wavGroup[t] + tracks.wavChannel[t] + app.trackChannelMark[t], 0u);
+    EXPECT_EQ(tracks.wavGroup[t] + tracks.wavChannel[t] + app.window->trackChannelMark[t], 0u);
     EXPECT_EQ(tracks.rewrapSwitch[t], kNoSuchTrack);
     EXPECT_EQ(tracks.exportSwitch[t], kNoSuchTrack);
     EXPECT_EQ(app.trackSelected[t], t == 0 ? 1 : 0);
@@ -51,10 +52,12 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   EXPECT_EQ(app.exportPointSet, PointSet{});
   EXPECT_EQ(app.mxfPath[0], 0);
   EXPECT_EQ(app.mxfLoaded + app.libraryView + app.useFileIo + app.analysisOk, 0);
-  EXPECT_EQ(app.selectedWavCount + app.currentWavItem + app.scrollTop + app.rowRemainder, 0u);
-  EXPECT_EQ(app.focusTrack + app.visibleRows + app.rowAlign, 0);
-  EXPECT_EQ(app.upArrowState, kArrowHidden);
-  EXPECT_EQ(app.downArrowState, kArrowShown);
+  EXPECT_EQ(
+      app.selectedWavCount + app.currentWavItem + app.window->scrollTop + app.window->rowRemainder,
+      0u);
+  EXPECT_EQ(app.focusTrack + app.window->visibleRows + app.window->rowAlign, 0);
+  EXPECT_EQ(app.window->upArrowState, kArrowHidden);
+  EXPECT_EQ(app.window->downArrowState, kArrowShown);
   EXPECT_EQ(tracks.inFrame, FramePoint{});
   EXPECT_EQ(tracks.outFrame, FramePoint{});
   EXPECT_EQ(*app.mxf->indexEntries, nullptr);

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "state/window_state_info.h"
 #include "support/temp_folder.h"
 #include "support/wav_builder.h"
 
@@ -45,7 +46,8 @@ class TrackAssignment : public ::testing::Test {
       text += file == nullptr ? '-' : static_cast<char>('0' + file->listIndex);
       const bool grouped = file != nullptr && file->channels > 1;
       EXPECT_EQ(state_.tracks.wavGroup[t] != 0, grouped) << t;
-      EXPECT_EQ(app_.trackChannelMark[t], grouped ? state_.tracks.wavChannel[t] + 1 : 0) << t;
+      EXPECT_EQ(app_.window->trackChannelMark[t], grouped ? state_.tracks.wavChannel[t] + 1 : 0)
+          << t;
       if (grouped) {
         EXPECT_EQ(state_.tracks.wavGroup[t] + state_.tracks.wavChannel[t], t + kWavGroupBase);
       }

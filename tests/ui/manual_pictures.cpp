@@ -8,6 +8,7 @@
 
 #include "driver.h"
 #include "platform/text.h"
+#include "state/window_state_info.h"
 #include "support/wav_builder.h"
 #include "ui/main/theme.h"
 
@@ -92,13 +93,13 @@ void TakePictures() {
   driver.ClickRow(0);
   driver.Key(Qt::Key_C, Qt::ControlModifier);
   for (const auto& [track, row] : {std::pair<std::size_t, int>{2, 1}, {4, 2}}) {
-    driver.ClickView(app.nameRect[track]);
+    driver.ClickView(app.window->nameRect[track]);
     driver.Key(Qt::Key_T, Qt::ControlModifier);
     driver.ClickRow(row);
     driver.Key(Qt::Key_C, Qt::ControlModifier);
   }
   for (const std::size_t track : {0u, 2u, 3u})
-    driver.ClickView(app.lampRect[track]);
+    driver.ClickView(app.window->lampRect[track]);
   driver.Key(Qt::Key_I);
   driver.Type("10000500");
   driver.Photograph("entry");
@@ -122,8 +123,8 @@ void TakePictures() {
   });
   driver.Key(Qt::Key_B, Qt::ControlModifier);
 
-  driver.ClickView(app.nameRect[0]);
-  driver.ClickView(app.nameRect[1], Qt::ShiftModifier);
+  driver.ClickView(app.window->nameRect[0]);
+  driver.ClickView(app.window->nameRect[1], Qt::ShiftModifier);
   driver.Expect([&](QWidget* dialog) {
     driver.Click(driver.Find("1056", dialog));
     driver.WhenRunning(PhotographRunning(&driver, "measuring"));

@@ -15,6 +15,7 @@
 #include "driver.h"
 #include "platform/fault_seam.h"
 #include "platform/text.h"
+#include "state/window_state_info.h"
 #include "support/wav_builder.h"
 #include "ui/main/placement.h"
 #include "ui/main/qt_text.h"
@@ -88,7 +89,7 @@ TEST(Window, GoesTheWholeRoad) {
   driver.Key(Qt::Key_C, Qt::ControlModifier);
   EXPECT_EQ(driver.App().libraryView, 0);
   ASSERT_NE(driver.App().tracks->wav[1], nullptr);
-  driver.ClickView(driver.App().nameRect[2]);
+  driver.ClickView(driver.App().window->nameRect[2]);
   EXPECT_EQ(driver.App().focusTrack, 2);
   driver.Key(Qt::Key_T, Qt::ControlModifier);
   EXPECT_EQ(driver.App().libraryView, 1);
@@ -115,9 +116,9 @@ TEST(Window, GoesTheWholeRoad) {
   driver.Click(driver.View()->Button(kRewrapButton));
   EXPECT_EQ(driver.Heard().value(0), "トラックスイッチが全てOFFになっています。");
 
-  driver.ClickView(driver.App().lampRect[0]);
-  driver.ClickView(driver.App().lampRect[2]);
-  driver.ClickView(driver.App().lampRect[3]);
+  driver.ClickView(driver.App().window->lampRect[0]);
+  driver.ClickView(driver.App().window->lampRect[2]);
+  driver.ClickView(driver.App().window->lampRect[3]);
   EXPECT_EQ(driver.App().tracks->rewrapSwitch[1], kSwitchOn);
   driver.Photograph("assigned");
   // The first answer to the question is No.
@@ -180,8 +181,8 @@ TEST(Window, GoesTheWholeRoad) {
             714u + 6 * 1920 * 3);
 
   // Loudness of tracks 1 and 2.
-  driver.ClickView(driver.App().nameRect[0]);
-  driver.ClickView(driver.App().nameRect[1], Qt::ShiftModifier);
+  driver.ClickView(driver.App().window->nameRect[0]);
+  driver.ClickView(driver.App().window->nameRect[1], Qt::ShiftModifier);
   EXPECT_TRUE(ActionOf(driver, kMeasureLoudness)->isEnabled());
   driver.Expect([&](QWidget* dialog) {
     driver.Click(driver.Find("1056", dialog));
@@ -264,7 +265,7 @@ TEST(Window, WaitsForTheMediumAndTellsOfUmidsThatStay) {
   Material material(spec);
   Driver driver;
   driver.Drop({material.path});
-  driver.ClickView(driver.App().lampRect[0]);
+  driver.ClickView(driver.App().window->lampRect[0]);
   driver.Key(Qt::Key_I);
   for (const char* point : {"10000002", "10000007"}) {
     driver.Type(point);
@@ -315,7 +316,7 @@ TEST(Window, TellsWhatCannotBeDone) {
   driver.Window().Run(kUnloadMxf);
   const std::string name = std::string(250, 'n') + ".mxf";
   driver.Drop({material.folder.Write(name, BuildClip(ClipSpec()).bytes)});
-  driver.ClickView(driver.App().lampRect[0]);
+  driver.ClickView(driver.App().window->lampRect[0]);
   driver.Key(Qt::Key_I);
   for (const char* point : {"10000000", "10000001"}) {
     driver.Type(point);
@@ -362,7 +363,7 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
   driver.Click(driver.View()->Label(kCodecText));
   EXPECT_EQ(driver.App().libraryView, 0);
   EXPECT_EQ(driver.Focus(), driver.View());
-  driver.RestOn(ui::ToQRect(driver.App().nameRect[1]).center());
+  driver.RestOn(ui::ToQRect(driver.App().window->nameRect[1]).center());
   EXPECT_TRUE(QToolTip::text().contains("ファイルが割当てられていません。"));
 
   // Files that are added by the dialog; one is taken out again by the table's own menu.
@@ -439,11 +440,12 @@ TEST(Window, TakesWhatDesktopsAndInputMethodsSend) {
   driver.Key(Qt::Key_Escape);
 
   // A popup swallows the release of an arrow.
-  QTest::mousePress(driver.View(), Qt::LeftButton, {}, ui::ToQRect(app.downArrowRect).center());
-  EXPECT_EQ(app.downArrowState, kArrowPressed);
+  QTest::mousePress(driver.View(), Qt::LeftButton, {},
+                    ui::ToQRect(app.window->downArrowRect).center());
+  EXPECT_EQ(app.window->downArrowState, kArrowPressed);
   driver.OpenPopup(driver.View(), QPoint(640, 300))->close();
   driver.Settle();
-  EXPECT_EQ(app.downArrowState, kArrowShown);
+  EXPECT_EQ(app.window->downArrowState, kArrowShown);
   QTest::mouseRelease(driver.View(), Qt::LeftButton, {}, QPoint(5, 300));
 
   // The table is laid out anew while a refusal shows, and one of its files is just being added.
@@ -519,7 +521,7 @@ TEST(Window, PlacesEverythingByItsSize) {
       const int room = h - 340;
       const bool cut = static_cast<int>(tracks) > room / 52 && room % 52 != 0;
       const int rows = std::min(static_cast<int>(tracks), room / 52 + (cut ? 1 : 0));
-      ASSERT_EQ(app.visibleRows, rows);
+      ASSERT_EQ(app.window->visibleRows, rows);
       const double m = w / 2.0;
       const double s = m / 100;
       const QImage picture = driver.View()->grab().toImage();
@@ -529,18 +531,18 @@ TEST(Window, PlacesEverythingByItsSize) {
         const auto lamp = static_cast<int>(m - 85 * s);
         const auto mark = static_cast<int>(m - 85 * s - 45);
         const auto name = static_cast<int>(m - 75 * s);
-        EXPECT_EQ(ui::ToQRect(app.lampRect[row]), QRect(lamp, top, 52, 52));
-        EXPECT_EQ(ui::ToQRect(app.channelMarkRect[row]), QRect(mark, top, 25, 52));
+        EXPECT_EQ(ui::ToQRect(app.window->lampRect[row]), QRect(lamp, top, 52, 52));
+        EXPECT_EQ(ui::ToQRect(app.window->channelMarkRect[row]), QRect(mark, top, 25, 52));
         EXPECT_EQ(
-            ui::ToQRect(app.nameRect[row]),
+            ui::ToQRect(app.window->nameRect[row]),
             QRect(QPoint(name, top), QPoint(static_cast<int>(w - (m - 75 * s)) - 1, top + 51)));
         const qreal ratio = picture.devicePixelRatio();
         EXPECT_EQ(picture.pixelColor(QPoint(lamp + 1, top + 1) * ratio), QColor(125, 24, 24)) << i;
         EXPECT_EQ(picture.pixelColor(QPoint(lamp - 2, top + 1) * ratio), QColor(9, 60, 81)) << i;
       }
       const auto arrow = static_cast<int>(w - (m - 75 * s) + 52);
-      EXPECT_EQ(ui::ToQRect(app.upArrowRect), QRect(arrow, 173, 52, 52));
-      EXPECT_EQ(ui::ToQRect(app.downArrowRect), QRect(arrow, 101 + h - 320, 52, 52));
+      EXPECT_EQ(ui::ToQRect(app.window->upArrowRect), QRect(arrow, 173, 52, 52));
+      EXPECT_EQ(ui::ToQRect(app.window->downArrowRect), QRect(arrow, 101 + h - 320, 52, 52));
       driver.Photograph(QString("size%1x%2").arg(w).arg(tracks));
     }
   }
@@ -560,23 +562,23 @@ TEST(Window, ScrollsAndSelectsByPointerWheelAndKeys) {
     return text.substr(0, text.find_last_not_of('.') + 1);
   };
   driver.Wheel(-240);
-  EXPECT_EQ(app.scrollTop, 1) << "one row a message";
+  EXPECT_EQ(app.window->scrollTop, 1) << "one row a message";
   driver.Wheel(-60);
-  EXPECT_EQ(app.scrollTop, 1);
+  EXPECT_EQ(app.window->scrollTop, 1);
   driver.Wheel(120);
-  EXPECT_EQ(app.scrollTop, 0);
-  driver.ClickView(app.downArrowRect);
-  driver.ClickView(app.downArrowRect);
-  EXPECT_EQ(app.scrollTop, 2) << "quick presses count singly";
+  EXPECT_EQ(app.window->scrollTop, 0);
+  driver.ClickView(app.window->downArrowRect);
+  driver.ClickView(app.window->downArrowRect);
+  EXPECT_EQ(app.window->scrollTop, 2) << "quick presses count singly";
   driver.Photograph("scrolled");
-  driver.ClickView(app.upArrowRect);
-  EXPECT_EQ(app.scrollTop, 1);
+  driver.ClickView(app.window->upArrowRect);
+  EXPECT_EQ(app.window->scrollTop, 1);
   driver.Wheel(120);
 
-  driver.ClickView(app.nameRect[1]);
-  driver.ClickView(app.nameRect[3], Qt::ShiftModifier);
+  driver.ClickView(app.window->nameRect[1]);
+  driver.ClickView(app.window->nameRect[3], Qt::ShiftModifier);
   EXPECT_EQ(selection(), ".xxx");
-  driver.ClickView(app.nameRect[1], Qt::ControlModifier);
+  driver.ClickView(app.window->nameRect[1], Qt::ControlModifier);
   EXPECT_EQ(selection(), "..xx");
   EXPECT_EQ(app.focusTrack, 3);
   driver.Key(Qt::Key_Up);
@@ -586,7 +588,7 @@ TEST(Window, ScrollsAndSelectsByPointerWheelAndKeys) {
   for (int i = 0; i < 30; ++i)
     driver.Key(Qt::Key_Down);
   EXPECT_EQ(app.focusTrack, 23);
-  EXPECT_EQ(app.scrollTop + app.visibleRows, 24);
+  EXPECT_EQ(app.window->scrollTop + app.window->visibleRows, 24);
   driver.Key(Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(selection(), std::string(24, 'x'));
 
@@ -596,14 +598,14 @@ TEST(Window, ScrollsAndSelectsByPointerWheelAndKeys) {
   driver.Choose(menu, "(&G)");
   EXPECT_EQ(app.tracks->rewrapSwitch[23], kSwitchOn);
   // A second quick press on a name opens the library, a press beside the table closes it.
-  driver.DoubleClickView(app.nameRect[2]);
+  driver.DoubleClickView(app.window->nameRect[2]);
   EXPECT_EQ(app.libraryView, 1);
   EXPECT_TRUE(driver.List()->isVisible());
   driver.Key(Qt::Key_Escape);
   EXPECT_EQ(app.libraryView, 0);
   // On a lamp it is one more press.
-  driver.DoubleClickView(app.lampRect[0]);
-  EXPECT_EQ(app.tracks->rewrapSwitch[static_cast<std::size_t>(app.scrollTop)], kSwitchOn);
+  driver.DoubleClickView(app.window->lampRect[0]);
+  EXPECT_EQ(app.tracks->rewrapSwitch[static_cast<std::size_t>(app.window->scrollTop)], kSwitchOn);
 }
 
 // A clip that is long enough to stop a job on it.
@@ -649,8 +651,8 @@ TEST(Window, StopsEachJobWhenAsked) {
   driver.Type("10053319");
   driver.Key(Qt::Key_Return);
   EXPECT_EQ(driver.TextOf(kDurTimecodeText), "00:05:33:20");
-  driver.ClickView(driver.App().nameRect[0]);
-  driver.ClickView(driver.App().nameRect[1], Qt::ShiftModifier);
+  driver.ClickView(driver.App().window->nameRect[0]);
+  driver.ClickView(driver.App().window->nameRect[1], Qt::ShiftModifier);
   driver.Heard();
   driver.Expect([&](QWidget* dialog) {
     driver.Click(driver.Find("1056", dialog));
@@ -678,7 +680,7 @@ TEST(Window, StopsEachJobWhenAsked) {
   EXPECT_TRUE(material.Now() == material.clip.bytes);
 
   // Of a stopped rewrite the first frames stand, and nothing else has changed.
-  driver.ClickView(driver.App().lampRect[0]);
+  driver.ClickView(driver.App().window->lampRect[0]);
   driver.Expect(Press("102"));
   driver.WhenRunning(stop);
   driver.Expect(Press("1"));

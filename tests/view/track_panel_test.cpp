@@ -1,4 +1,5 @@
 #include "view/track_panel.h"
+#include "state/window_state_info.h"
 
 #include <gtest/gtest.h>
 
@@ -40,55 +41,57 @@ TEST(TrackPanel, PlacesEveryRowByTheWidth) {
       const double s = m / 100;
       const std::int32_t room = h - 340;
       const std::int32_t fit = room / 52 + (room % 52 != 0 ? 1 : 0);
-      EXPECT_EQ(app.visibleRows, tracks <= room / 52 ? tracks : std::min<int>(fit, tracks));
-      for (std::int32_t i = 0; i < app.visibleRows; ++i) {
+      EXPECT_EQ(app.window->visibleRows, tracks <= room / 52 ? tracks : std::min<int>(fit, tracks));
+      for (std::int32_t i = 0; i < app.window->visibleRows; ++i) {
         const auto row = static_cast<std::size_t>(i);
         const std::int32_t y = 173 + 52 * i;
-        EXPECT_EQ(app.nameRect[row].left, static_cast<std::int32_t>(m - 75 * s));
-        EXPECT_EQ(app.nameRect[row].right, static_cast<std::int32_t>(w - (m - 75 * s)));
-        EXPECT_EQ(app.lampRect[row].left, static_cast<std::int32_t>(m - 85 * s));
-        EXPECT_EQ(app.lampRect[row].right - app.lampRect[row].left, 52);
-        EXPECT_EQ(app.channelMarkRect[row].left, static_cast<std::int32_t>(m - 85 * s - 45));
-        EXPECT_EQ(app.channelMarkRect[row].right - app.channelMarkRect[row].left, 25);
-        for (const RECTANGLE& r :
-             {app.nameRect[row], app.lampRect[row], app.channelMarkRect[row]}) {
+        EXPECT_EQ(app.window->nameRect[row].left, static_cast<std::int32_t>(m - 75 * s));
+        EXPECT_EQ(app.window->nameRect[row].right, static_cast<std::int32_t>(w - (m - 75 * s)));
+        EXPECT_EQ(app.window->lampRect[row].left, static_cast<std::int32_t>(m - 85 * s));
+        EXPECT_EQ(app.window->lampRect[row].right - app.window->lampRect[row].left, 52);
+        EXPECT_EQ(app.window->channelMarkRect[row].left,
+                  static_cast<std::int32_t>(m - 85 * s - 45));
+        EXPECT_EQ(app.window->channelMarkRect[row].right - app.window->channelMarkRect[row].left,
+                  25);
+        for (const RECTANGLE& r : {app.window->nameRect[row], app.window->lampRect[row],
+                                   app.window->channelMarkRect[row]}) {
           EXPECT_EQ(r.top, y);
           EXPECT_EQ(r.bottom, y + 52);
         }
       }
-      EXPECT_EQ(app.trackAreaRect.top, 163);
-      EXPECT_EQ(app.trackAreaRect.bottom, 163 + h - 320);
-      EXPECT_EQ(app.upArrowRect.left, static_cast<std::int32_t>(w - (m - 75 * s) + 52));
-      EXPECT_EQ(app.upArrowRect.top, 173);
-      EXPECT_EQ(app.downArrowRect.top, 101 + h - 320);
-      EXPECT_EQ(app.downArrowRect.bottom, 153 + h - 320);
+      EXPECT_EQ(app.window->trackAreaRect.top, 163);
+      EXPECT_EQ(app.window->trackAreaRect.bottom, 163 + h - 320);
+      EXPECT_EQ(app.window->upArrowRect.left, static_cast<std::int32_t>(w - (m - 75 * s) + 52));
+      EXPECT_EQ(app.window->upArrowRect.top, 173);
+      EXPECT_EQ(app.window->downArrowRect.top, 101 + h - 320);
+      EXPECT_EQ(app.window->downArrowRect.bottom, 153 + h - 320);
     }
   }
 }
 
 TEST(TrackPanel, ScrollsAPartialRowIntoViewFirst) {
   Panel panel(24, 10, 20);
-  EXPECT_EQ(panel.app.visibleRows, 11);
-  EXPECT_EQ(panel.app.rowAlign, kFlushTop);
-  EXPECT_EQ(panel.app.upArrowState, kArrowHidden);
-  EXPECT_EQ(panel.app.downArrowState, kArrowShown);
+  EXPECT_EQ(panel.app.window->visibleRows, 11);
+  EXPECT_EQ(panel.app.window->rowAlign, kFlushTop);
+  EXPECT_EQ(panel.app.window->upArrowState, kArrowHidden);
+  EXPECT_EQ(panel.app.window->downArrowState, kArrowShown);
   PressArrow(&panel.app, kDownArrowZone);
-  EXPECT_EQ(panel.app.downArrowState, kArrowPressed);
-  EXPECT_EQ(panel.app.scrollTop, 1);
-  EXPECT_EQ(panel.app.rowAlign, kFlushBottom);
-  EXPECT_EQ(panel.app.nameRect[0].top, 173 - 32);
+  EXPECT_EQ(panel.app.window->downArrowState, kArrowPressed);
+  EXPECT_EQ(panel.app.window->scrollTop, 1);
+  EXPECT_EQ(panel.app.window->rowAlign, kFlushBottom);
+  EXPECT_EQ(panel.app.window->nameRect[0].top, 173 - 32);
   ReleaseArrow(&panel.app, kDownArrowZone);
-  EXPECT_EQ(panel.app.downArrowState, kArrowShown);
+  EXPECT_EQ(panel.app.window->downArrowState, kArrowShown);
   for (int i = 0; i < 30; ++i)
     TurnWheel(&panel.app, -2);
   UpdateArrowStates(&panel.app);
-  EXPECT_EQ(panel.app.scrollTop, 13);
-  EXPECT_EQ(panel.app.lastVisibleTrack, 23);
-  EXPECT_EQ(panel.app.downArrowState, kArrowHidden);
-  EXPECT_EQ(panel.app.upArrowState, kArrowShown);
+  EXPECT_EQ(panel.app.window->scrollTop, 13);
+  EXPECT_EQ(panel.app.window->lastVisibleTrack, 23);
+  EXPECT_EQ(panel.app.window->downArrowState, kArrowHidden);
+  EXPECT_EQ(panel.app.window->upArrowState, kArrowShown);
   // The focus row is far above: the key brings it back first.
   MoveDown(&panel.app, false);
-  EXPECT_EQ(panel.app.scrollTop, 0);
+  EXPECT_EQ(panel.app.window->scrollTop, 0);
   EXPECT_EQ(panel.app.focusTrack, 1);
   EXPECT_EQ(panel.Selected(), Tracks{1});
   EXPECT_EQ(TurnWheel(&panel.app, 0), kRefreshNothing);
@@ -100,10 +103,10 @@ TEST(TrackPanel, WalksByKeysFromEndToEnd) {
     EXPECT_NE(MoveDown(&panel.app, false) & kRefreshMenus, 0u);
     ASSERT_EQ(panel.app.focusTrack, i);
     ASSERT_EQ(panel.Selected(), Tracks{i});
-    ASSERT_GE(i, panel.app.firstVisibleTrack);
-    ASSERT_LE(i, panel.app.lastVisibleTrack);
+    ASSERT_GE(i, panel.app.window->firstVisibleTrack);
+    ASSERT_LE(i, panel.app.window->lastVisibleTrack);
   }
-  EXPECT_EQ(panel.app.rowAlign, kFlushBottom);
+  EXPECT_EQ(panel.app.window->rowAlign, kFlushBottom);
   MoveDown(&panel.app, false);
   MoveDown(&panel.app, true);
   EXPECT_EQ(panel.Selected(), Tracks{23});
@@ -114,24 +117,24 @@ TEST(TrackPanel, WalksByKeysFromEndToEnd) {
   for (int i = 0; i < 30; ++i)
     MoveUp(&panel.app, false);
   EXPECT_EQ(panel.app.focusTrack, 0);
-  EXPECT_EQ(panel.app.scrollTop, 0);
-  EXPECT_EQ(panel.app.rowAlign, kFlushTop);
-  EXPECT_EQ(panel.app.nameRect[0].top, 173);
+  EXPECT_EQ(panel.app.window->scrollTop, 0);
+  EXPECT_EQ(panel.app.window->rowAlign, kFlushTop);
+  EXPECT_EQ(panel.app.window->nameRect[0].top, 173);
 }
 
 TEST(TrackPanel, KeepsTheFocusRowOnScreenWhenTheWindowShrinks) {
   Panel panel(24, 24, 0);
-  EXPECT_EQ(panel.app.rowAlign, kWholeRows);
+  EXPECT_EQ(panel.app.window->rowAlign, kWholeRows);
   for (int i = 0; i < 20; ++i)
     MoveDown(&panel.app, false);
   LayoutTrackArea(&panel.app, 1280, 340 + 5 * 52 + 10);
-  EXPECT_EQ(panel.app.visibleRows, 6);
-  EXPECT_GE(panel.app.focusTrack, panel.app.firstVisibleTrack);
-  EXPECT_LE(panel.app.focusTrack, panel.app.lastVisibleTrack);
+  EXPECT_EQ(panel.app.window->visibleRows, 6);
+  EXPECT_GE(panel.app.focusTrack, panel.app.window->firstVisibleTrack);
+  EXPECT_LE(panel.app.focusTrack, panel.app.window->lastVisibleTrack);
   LayoutTrackArea(&panel.app, 1280, 340 + 30 * 52);
-  EXPECT_EQ(panel.app.visibleRows, 24);
-  EXPECT_EQ(panel.app.scrollTop, 0);
-  EXPECT_EQ(panel.app.rowRemainder, 0u);
+  EXPECT_EQ(panel.app.window->visibleRows, 24);
+  EXPECT_EQ(panel.app.window->scrollTop, 0);
+  EXPECT_EQ(panel.app.window->rowRemainder, 0u);
 }
 
 TEST(TrackPanel, SelectsByModifier) {
@@ -150,7 +153,8 @@ TEST(TrackPanel, SelectsByModifier) {
   EXPECT_EQ(CountSelectedTracks(panel.app), 3u);
   SelectAllTracks(&panel.app);
   EXPECT_EQ(CountSelectedTracks(panel.app), 8u);
-  const PressTarget hit = HitTest(panel.app, panel.app.lampRect[3].left, panel.app.lampRect[3].top);
+  const PressTarget hit =
+      HitTest(panel.app, panel.app.window->lampRect[3].left, panel.app.window->lampRect[3].top);
   EXPECT_EQ(hit.zone, kLampZone);
   EXPECT_EQ(hit.track, 3);
   EXPECT_EQ(HitTest(panel.app, 5, 5).zone, kNoZone);

@@ -7,6 +7,7 @@
 #include <QWheelEvent>
 
 #include "state/program_name.h"
+#include "state/window_state_info.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "ui/main/tool_tip.h"
@@ -61,7 +62,7 @@ void MainView::LayOut() {
     button->setGeometry(ToQRect(ControlRect(id, width(), height())));
   LayoutTrackArea(&app_, width(), height());
   UpdateArrowStates(&app_);
-  app_.listRect = ListReference(width(), height());
+  app_.window->listRect = ListReference(width(), height());
   update();
 }
 
@@ -79,22 +80,23 @@ void MainView::paintEvent(QPaintEvent*) {
   PaintBands(&painter);
   if (!HasTracks()) return PaintTitle(&painter);
   if (app_.libraryView == 1) return;  // the table lies over the rows
-  const QRect area = ToQRect(app_.trackAreaRect);
+  const QRect area = ToQRect(app_.window->trackAreaRect);
   painter.setClipRect(area.adjusted(0, kRowClipMargin, 0, -kRowClipMargin));
-  for (std::int32_t row = 0; row < app_.visibleRows; ++row)
+  for (std::int32_t row = 0; row < app_.window->visibleRows; ++row)
     PaintRow(&painter, row);
   PaintArrows(&painter);
 }
 
 void MainView::PaintBands(QPainter* painter) {
-  const auto top = static_cast<int>(app_.topBandHeight);
-  const auto track = static_cast<int>(app_.trackBandHeight);
+  const auto top = static_cast<int>(app_.window->topBandHeight);
+  const auto track = static_cast<int>(app_.window->trackBandHeight);
   painter->fillRect(rect(), ToQColor(kPanelColor));
   painter->fillRect(0, top, width(), track + kTrackBandExcess, ToQColor(kTrackBandColor));
 }
 
 void MainView::PaintTitle(QPainter* painter) {
-  const int middle = static_cast<int>(app_.topBandHeight + app_.trackBandHeight / 2);
+  const int middle =
+      static_cast<int>(app_.window->topBandHeight + app_.window->trackBandHeight / 2);
   painter->setFont(FontOf(7));
   painter->setPen(ToQColor(kTitleColor));
   painter->drawText(QRect(0, middle - 20, width(), 20), Qt::AlignCenter | Qt::TextDontClip,
@@ -106,19 +108,20 @@ void MainView::PaintTitle(QPainter* painter) {
 }
 
 void MainView::PaintRow(QPainter* painter, std::int32_t row) {
-  const std::int32_t track = app_.scrollTop + row;
+  const std::int32_t track = app_.window->scrollTop + row;
   const auto place = static_cast<std::size_t>(row);
   const auto t = static_cast<std::size_t>(track);
-  const QRect name = ToQRect(app_.nameRect[place]);
+  const QRect name = ToQRect(app_.window->nameRect[place]);
   const TrackRowText text = TextOfTrack(app_, track);
   if (text.channelMark != 0) {
     painter->setFont(FontOf(5));
     painter->setPen(ToQColor(kFigureColor));
-    painter->drawText(ToQRect(app_.channelMarkRect[place]),
+    painter->drawText(ToQRect(app_.window->channelMarkRect[place]),
                       Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip,
                       QString(QChar(text.channelMark)));
   }
-  PaintLamp(painter, ToQRect(app_.lampRect[place]), track + 1, app_.tracks->rewrapSwitch[t]);
+  PaintLamp(painter, ToQRect(app_.window->lampRect[place]), track + 1,
+            app_.tracks->rewrapSwitch[t]);
 
   if (app_.trackSelected[t] == 1) painter->fillRect(name, ToQColor(kSelectedVeil));
   painter->setFont(FontOf(1));
@@ -144,14 +147,16 @@ void MainView::PaintRow(QPainter* painter, std::int32_t row) {
 
 void MainView::PaintArrows(QPainter* painter) {
   const auto tracks = static_cast<std::int32_t>(UsableTracks(*app_.mxf->audio));
-  const bool allFit =
-      app_.scrollTop == 0 && app_.rowRemainder == 0 && app_.lastVisibleTrack == tracks - 1;
+  const bool allFit = app_.window->scrollTop == 0 && app_.window->rowRemainder == 0 &&
+                      app_.window->lastVisibleTrack == tracks - 1;
   if (allFit) return;
-  if (app_.upArrowState != kArrowHidden) {
-    PaintArrow(painter, ToQRect(app_.upArrowRect), true, app_.upArrowState == kArrowPressed);
+  if (app_.window->upArrowState != kArrowHidden) {
+    PaintArrow(painter, ToQRect(app_.window->upArrowRect), true,
+               app_.window->upArrowState == kArrowPressed);
   }
-  if (app_.downArrowState != kArrowHidden) {
-    PaintArrow(painter, ToQRect(app_.downArrowRect), false, app_.downArrowState == kArrowPressed);
+  if (app_.window->downArrowState != kArrowHidden) {
+    PaintArrow(painter, ToQRect(app_.window->downArrowRect), false,
+               app_.window->downArrowState == kArrowPressed);
   }
 }
 
@@ -237,9 +242,9 @@ bool MainView::event(QEvent* event) {
   }
   const PressTarget target = HitTest(app_, at.x(), at.y());
   if (target.zone == kNameZone && app_.libraryView == 0) {
-    const auto row = static_cast<std::size_t>(target.track - app_.scrollTop);
+    const auto row = static_cast<std::size_t>(target.track - app_.window->scrollTop);
     ShowToolTip(help->globalPos(), TrackToolTip(app_, target.track), {}, this,
-                ToQRect(app_.nameRect[row]));
+                ToQRect(app_.window->nameRect[row]));
   } else {
     QToolTip::hideText();
   }
