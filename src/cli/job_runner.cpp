@@ -15,8 +15,6 @@
 namespace quorvan::cli {
 namespace {
 
-constexpr std::size_t kMostTextChars = 8192;  // the longest message, the path of its file included
-
 JobProgress ProgressOfAnalysis(APP_STATE_INFO* app, const std::atomic<const char16_t*>* stage) {
   MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
   return {[&] { return std::uint64_t{timecode.progressFrame}; },
@@ -70,7 +68,7 @@ JobOutcome NotStarted(const APP_STATE_INFO& app) {
 JobOutcome RunJob(APP_STATE_INFO* app) {
   JobOutcome outcome{};
   // The worker's thread, where nothing may throw, finds memory for its words.
-  outcome.text.reserve(kMostTextChars);
+  outcome.text.reserve(kMostReportChars);
   app->ui.progressDialog = [&](const JobReport& report) {
     if (report.message == JOB_MSG_PHASE) return;
     outcome.result = report.result;

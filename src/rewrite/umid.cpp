@@ -110,11 +110,9 @@ JobFault ClipIdentity::Locate() {
     if (state == HeaderState::kFault) return kClipFault;
     if (state == HeaderState::kNone) return kHeaderUnfit;
   }
-  JobFault fault = LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, &material_);
-  if (fault == kNoFault) {
-    fault = LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, &source_);
-  }
-  return fault;
+  const JobFault fault = LocatePackage(mxf_.materialPackageSet, mxf_.materialUmid, &material_);
+  if (fault != kNoFault) return fault;
+  return LocatePackage(mxf_.sourcePackageSet, mxf_.sourceUmid, &source_);
 }
 
 JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid,

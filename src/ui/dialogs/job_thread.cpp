@@ -12,7 +12,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kLookMilliseconds = 10;
-constexpr std::size_t kMostTextChars = 8192;  // the longest message, the path of its file included
 
 }  // namespace
 
@@ -25,7 +24,7 @@ JobThread::~JobThread() {
 }
 
 void JobThread::Start() {
-  text_.reserve(kMostTextChars);
+  text_.reserve(kMostReportChars);
   phaseTold_ = false;
   inSecondPhase_ = false;
   ended_ = false;
