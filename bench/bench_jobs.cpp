@@ -130,12 +130,12 @@ bool PrepareLoudness(Stage* stage, bool bare) {
 }
 
 // The worker's analysis, as the programs run it, without the waiting of those who watch it.
-bool Analyse(const fs::path& clip, bool fileIo, bool timecodeCheck, AppState* state) {
+bool Analyse(const fs::path& clip, Method method, bool timecodeCheck, AppState* state) {
   APP_STATE_INFO& app = state->info;
   platform::CopyText(app.mxfPath, kMxfPathChars, platform::ToUtf16(clip.string()));
   app.mxfFile = platform::File::Open(app.mxfPath, platform::OpenMode::kReadAlone);
   app.jobKind = kAnalysisJob;
-  app.useFileIo = fileIo ? 1 : 0;
+  app.useFileIo = method;
   app.noTimecodeCheck = timecodeCheck ? 0 : 1;
   std::int32_t result = kCancelled;
   app.ui.progressDialog = [&](const JobReport& report) {
@@ -278,21 +278,23 @@ Group LoudnessGroup(Stage* stage) {
             }}}};
 }
 
-MeasuredJob LoadJob(const fs::path& clip, bool fileIo, bool timecodeCheck) {
+MeasuredJob LoadJob(const fs::path& clip, Method method, bool timecodeCheck) {
   const auto state = std::make_shared<std::unique_ptr<AppState>>();
   return {[=] { return (*state = std::make_unique<AppState>()) != nullptr; },
-          [=] { return Analyse(clip, fileIo, timecodeCheck, state->get()); },
+          [=] { return Analyse(clip, method, timecodeCheck, state->get()); },
           {}};
 }
 
 Group LoadGroup(Stage* stage) {
-  const auto way = [=](std::string name, bool fileIo, bool timecodeCheck) {
+  const auto way = [=](std::string name, Method method, bool timecodeCheck) {
     return Way{std::move(name),
-               [=](bool) { return LoadJob(stage->material.clip, fileIo, timecodeCheck); }};
+               [=](bool) { return LoadJob(stage->material.clip, method, timecodeCheck); }};
   };
   return {"load",
-          {way("load", false, false), way("load-continuity", false, true),
-           way("load-file-io", true, false), way("load-file-io-continuity", true, true)}};
+          {way("load", Method::kMemoryMapping, false),
+           way("load-continuity", Method::kMemoryMapping, true),
+           way("load-file-io", Method::kGenericFileIo, false),
+           way("load-file-io-continuity", Method::kGenericFileIo, true)}};
 }
 
 // ---- Measuring and telling ----
@@ -411,7 +413,8 @@ std::vector<Figures> WarmLoads(const Arguments& arguments, const fs::path& clip,
                                bool timecodeCheck) {
   std::vector<Figures> runs;
   for (std::uint32_t run = 0; run <= arguments.runs; ++run) {
-    const auto figures = Measure(arguments.folder, false, LoadJob(clip, false, timecodeCheck));
+    const auto figures =
+        Measure(arguments.folder, false, LoadJob(clip, Method::kMemoryMapping, timecodeCheck));
     if (!figures) GiveUp("the load of " + clip.string());
     if (run > 0) runs.push_back(*figures);  // the first one brings the pages in
   }

@@ -107,12 +107,13 @@ int MeasurePauses(const QStringList& arguments) {
   if (!PlaceFiles(&window.State(), arguments.mid(2))) return Refuse("a file is not taken");
   std::printf("load     %6.0f ms, longest pause %5.1f ms\n", static_cast<double>(clock.elapsed()),
               pulse.TakeLongest());
-  for (const bool fileIo : {false, true}) {
-    window.State().useFileIo = fileIo ? 1 : 0;
+  for (const Method method : {Method::kMemoryMapping, Method::kGenericFileIo}) {
+    window.State().useFileIo = method;
     pulse.TakeLongest();
     clock.restart();
     window.Run(kRewriteAudio);
-    std::printf("%s  %6.0f ms, longest pause %5.1f ms\n", fileIo ? "file I/O" : "mapped  ",
+    std::printf("%s  %6.0f ms, longest pause %5.1f ms\n",
+                method == Method::kMemoryMapping ? "mapped  " : "file I/O",
                 static_cast<double>(clock.elapsed()), pulse.TakeLongest());
   }
   return 0;

@@ -2,6 +2,7 @@
 // the same end; a job that fails leaves what it must not touch as it was.
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -105,14 +106,17 @@ class Clip {
   bool accepted_ = false;
 };
 
+constexpr std::array kMethods = {Method::kMemoryMapping, Method::kGenericFileIo};
+
 void CheckContinuity(Clip* clip, const std::u16string& logPath) {
   std::int32_t results[2];
   std::uint32_t counts[2];
-  for (std::uint32_t fileIo = 0; fileIo < 2; ++fileIo) {
-    clip->app.mxf.timecode.useFileIo = fileIo;
+  for (const Method method : kMethods) {
+    const auto n = static_cast<std::size_t>(method);
+    clip->app.mxf.timecode.useFileIo = method;
     platform::File file = clip->Open();
-    results[fileIo] = CheckTimecodeContinuity(&file, clip->app.info.mxf);
-    counts[fileIo] = clip->app.mxf.timecode.errorCount;
+    results[n] = CheckTimecodeContinuity(&file, clip->app.info.mxf);
+    counts[n] = clip->app.mxf.timecode.errorCount;
   }
   Require(results[0] == results[1] && counts[0] == counts[1]);
   Require(results[0] == kSuccess || results[0] == kContinuityBreaks);
@@ -156,8 +160,8 @@ void Measure(Clip* clip) {
 }
 
 // The result without the number of its engine.
-std::int32_t Rewrite(Clip* clip, bool fileIo) {
-  const auto engine = fileIo ? RewrapFileIo : RewrapMapped;
+std::int32_t Rewrite(Clip* clip, Method method) {
+  const auto engine = method == Method::kMemoryMapping ? RewrapMapped : RewrapFileIo;
   const std::int32_t result = engine(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
   if (result == kSuccess || result == kDoneWithNotice) {
     Require(clip->HoldsItsPicture());
@@ -181,15 +185,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const std::filesystem::path out = folder.Path() / "out";
   std::filesystem::create_directory(out);
   std::int32_t results[2] = {};
-  for (const bool fileIo : {false, true}) {
+  for (const Method method : kMethods) {
     Clip clip(&memory, data, size);
     if (!clip.accepted()) return 0;
-    if (!fileIo) {
+    if (method == kMethods.front()) {
       CheckContinuity(&clip, folder.PathOf("breaks.txt"));
       ExportBothWays(&clip, out);
       if (size % kMeasuredInputs == 0) Measure(&clip);
     }
-    results[fileIo ? 1 : 0] = Rewrite(&clip, fileIo);
+    results[static_cast<std::size_t>(method)] = Rewrite(&clip, method);
   }
   Require((results[0] == kSuccess) == (results[1] == kSuccess));
   return 0;

@@ -42,7 +42,7 @@ bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSessi
   }
   platform::CopyText(app.mxfPath, kMxfPathChars, fullPath);
   app.jobKind = kAnalysisJob;
-  app.useFileIo = arguments.fileIo ? 1 : 0;
+  app.useFileIo = arguments.method;
   app.noTimecodeCheck = arguments.noTimecodeCheck ? 1 : 0;
   JobOutcome outcome = RunJob(&app);
   app.mxfFile.Close();

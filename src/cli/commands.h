@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "mxf/records.h"
+
 namespace quorvan::cli {
 
 enum ExitStatus : int {
@@ -19,7 +21,7 @@ enum ExitStatus : int {
 
 // How a clip is opened and looked at before anything else.
 struct LoadArguments {
-  bool fileIo = false;
+  Method method = Method::kMemoryMapping;
   bool noTimecodeCheck = false;
 };
 

@@ -17,9 +17,12 @@ void AddFile(CLI::App* app, std::string* file, const char* what) {
   app->add_option("FILE", *file, what)->required();
 }
 
-void AddMethod(CLI::App* app, bool* fileIo) {
+void AddMethod(CLI::App* app, Method* method) {
   app->add_option_function<std::string>(
-         "--method", [=](const std::string& m) { *fileIo = m == "file"; },
+         "--method",
+         [=](const std::string& name) {
+           *method = name == "file" ? Method::kGenericFileIo : Method::kMemoryMapping;
+         },
          "How the clip is read and written: mapped views (the default) or plain file access")
       ->check(CLI::IsMember({"mapped", "file"}));
 }
@@ -61,7 +64,7 @@ void AddInfo(CLI::App* app, InfoArguments* arguments) {
   AddFile(app, &arguments->file, "MXF clip, only read");
   app->add_flag("--json", arguments->json, "One JSON object instead of text");
   app->add_flag("--index", arguments->index, "List the index entries too");
-  AddMethod(app, &arguments->load.fileIo);
+  AddMethod(app, &arguments->load.method);
   AddLoad(app, &arguments->load);
   app->add_option("--timecode-log", arguments->timecodeLog,
                   "Where to list the breaks of the timecode, if there are any; a file of that name "
@@ -72,7 +75,7 @@ void AddRewrap(CLI::App* app, RewrapArguments* arguments) {
   AddFile(app, &arguments->file, "MXF clip, overwritten in place");
   AddPlacement(app, &arguments->placement);
   AddRange(app, &arguments->range);
-  AddMethod(app, &arguments->load.fileIo);
+  AddMethod(app, &arguments->load.method);
   AddLoad(app, &arguments->load);
   app->add_option(
          "--buffer", arguments->buffer,
@@ -99,7 +102,7 @@ void AddExport(CLI::App* app, ExportArguments* arguments) {
       "A number is added to a name that exists already");
   AddNoFlush(app, &arguments->noFlush);
   AddRange(app, &arguments->range);
-  AddMethod(app, &arguments->load.fileIo);
+  AddMethod(app, &arguments->load.method);
   AddLoad(app, &arguments->load);
 }
 

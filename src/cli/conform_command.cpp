@@ -33,8 +33,8 @@ int RunConform(const ConformArguments& arguments) {
   }
   PrintError(fmt::format("{}: {}", arguments.in, result.reason));
   if (result.analysisCode != kSuccess) {
-    PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode, 0,
-                                  result.hasAudioDescriptor));
+    PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode,
+                                  Method::kGenericFileIo, result.hasAudioDescriptor));
   }
   return kFailed;
 }

@@ -83,7 +83,7 @@ void TimecodeInfo(const MXF_TIMECODE_INFO& t, JsonWriter* json) {
   json->Field("progressTotal", t.progressTotal.load());
   json->Field("progressFrame", t.progressFrame.load());
   json->Field("stopRequest", t.stopRequest.load());
-  json->Field("useFileIo", t.useFileIo);
+  json->Field("useFileIo", static_cast<std::uint32_t>(t.useFileIo));
   json->Field("rangeKnown", t.rangeKnown);
 }
 

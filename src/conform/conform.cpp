@@ -206,7 +206,7 @@ bool IndexLeadsToFrames(const platform::File& file, const ConformLayout& layout,
 }
 
 ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
-  records->timecode.useFileIo = 1;
+  records->timecode.useFileIo = Method::kGenericFileIo;
   ConformResult result;
   const std::int32_t code = AnalyzeMxfFile(file, &records->base);
   if (code == kCancelled) return Cancelled();

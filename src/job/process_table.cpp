@@ -382,10 +382,6 @@ const Job* FindJob(std::uint32_t jobKind) {
   return jobKind < kJobs.size() ? &kJobs[jobKind] : nullptr;
 }
 
-std::size_t MethodIndex(std::uint32_t useFileIo) {
-  return useFileIo == 0 ? 0 : 1;
-}
-
 std::u16string Number(std::int32_t number) {
   return platform::ToUtf16(std::to_string(number));
 }
@@ -403,9 +399,9 @@ std::u16string Fill(std::u16string_view form, std::initializer_list<std::u16stri
 
 }  // namespace
 
-std::uint32_t JobProcessCode(std::uint32_t jobKind, std::uint32_t useFileIo) {
+std::uint32_t JobProcessCode(std::uint32_t jobKind, Method method) {
   const Job* job = FindJob(jobKind);
-  return job == nullptr ? 0 : job->processCodes[MethodIndex(useFileIo)];
+  return job == nullptr ? 0 : job->processCodes[static_cast<std::size_t>(method)];
 }
 
 std::u16string_view JobTitle(std::uint32_t jobKind) {
@@ -413,8 +409,8 @@ std::u16string_view JobTitle(std::uint32_t jobKind) {
   return job == nullptr ? std::u16string_view() : job->title;
 }
 
-std::u16string_view MethodName(std::uint32_t useFileIo) {
-  return kMethodNames[MethodIndex(useFileIo)];
+std::u16string_view MethodName(Method method) {
+  return kMethodNames[static_cast<std::size_t>(method)];
 }
 
 std::u16string_view StageName(std::uint32_t processCode) {
@@ -449,13 +445,12 @@ std::u16string_view BackupQuestion(bool keepsUmids) {
 }
 
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                  std::int32_t result, std::uint32_t useFileIo,
-                                  bool hasAudioDescriptor) {
+                                  std::int32_t result, Method method, bool hasAudioDescriptor) {
   // The stage has one number for a descriptor that is missing and for one of another sample width.
   const bool otherWidth = result == kAudioDescriptorUnfit && hasAudioDescriptor;
   return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath),
                                  otherWidth ? kSampleBitsText : FailureText(processCode, result),
-                                 StageName(processCode), Number(result), MethodName(useFileIo)});
+                                 StageName(processCode), Number(result), MethodName(method)});
 }
 
 std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
@@ -484,15 +479,14 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath) {
 }
 
 std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                 std::int32_t result, std::uint32_t useFileIo) {
+                                 std::int32_t result, Method method) {
   return Fill(kJobRefusalForm, {platform::LastComponent(mxfPath), FailureText(processCode, result),
-                                Number(result), MethodName(useFileIo)});
+                                Number(result), MethodName(method)});
 }
 
-std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                              std::uint32_t useFileIo) {
+std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method) {
   return Fill(kJobDoneForm,
-              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
+              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(method)});
 }
 
 std::u16string_view UmidStateText(UmidState state) {
@@ -511,17 +505,16 @@ std::u16string LongUmidQuestion() {
 }
 
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                   std::uint32_t useFileIo) {
+                                   Method method) {
   return Fill(kJobCancelledForm,
-              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(useFileIo)});
+              {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(method)});
 }
 
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                 std::uint32_t processCode, std::int32_t result,
-                                 std::uint32_t useFileIo) {
+                                 std::uint32_t processCode, std::int32_t result, Method method) {
   return Fill(kJobFailureForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind),
-               FailureText(processCode, result), Number(result), MethodName(useFileIo)});
+               FailureText(processCode, result), Number(result), MethodName(method)});
 }
 
 namespace {

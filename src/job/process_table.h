@@ -16,16 +16,15 @@
 
 namespace quorvan {
 
-// Process code under which a job of `jobKind` runs: 2000 to 6000. `useFileIo` is 0 for mapped views
-// and anything else for plain file access. 0 for an analysis, which enters its stages itself, and
-// for an unknown kind.
-std::uint32_t JobProcessCode(std::uint32_t jobKind, std::uint32_t useFileIo);
+// Process code under which a job of `jobKind` runs: 2000 to 6000. 0 for an analysis, which
+// enters its stages itself, and for an unknown kind.
+std::uint32_t JobProcessCode(std::uint32_t jobKind, Method method);
 
 // What a job of `jobKind` is called in its messages; empty for an analysis and an unknown kind.
 std::u16string_view JobTitle(std::uint32_t jobKind);
 
-// How a job gets at the clip: mapped views for 0, plain file access for anything else.
-std::u16string_view MethodName(std::uint32_t useFileIo);
+// What the method is called in messages.
+std::u16string_view MethodName(Method method);
 
 // Name of the stage with `processCode`; empty for stage 6000 and for a code of no stage.
 std::u16string_view StageName(std::uint32_t processCode);
@@ -58,12 +57,12 @@ std::u16string LongUmidQuestion();
 // The analysis sequence has refused the clip with `result`. `hasAudioDescriptor` is what the audio
 // record tells by then.
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                  std::int32_t result, std::uint32_t useFileIo,
+                                  std::int32_t result, Method method,
                                   bool hasAudioDescriptor = false);
 
 // A job that was refused with `result` before it began.
 std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                 std::int32_t result, std::uint32_t useFileIo);
+                                 std::int32_t result, Method method);
 
 // The operator has stopped the analysis sequence: the clip cannot be loaded.
 std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
@@ -79,15 +78,13 @@ std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
 std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 
 // A rewrite, an export or a measurement has ended well, was cancelled, or failed with `result`.
-std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                              std::uint32_t useFileIo);
+std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method);
 std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state,
                                 bool hasLog);  // done, but for UMIDs
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                   std::uint32_t useFileIo);
+                                   Method method);
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                 std::uint32_t processCode, std::int32_t result,
-                                 std::uint32_t useFileIo);
+                                 std::uint32_t processCode, std::int32_t result, Method method);
 
 // What the header metadata of a rewritten clip holds.
 std::u16string_view UmidStateText(UmidState state);

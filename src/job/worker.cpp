@@ -31,14 +31,14 @@ constexpr auto kStagePollInterval = std::chrono::milliseconds(2);
 constexpr std::uint32_t kNoStageShown = ~std::uint32_t{0};
 
 std::int32_t RunEngine(APP_STATE_INFO* app) {
-  const bool fileIo = app->useFileIo != 0;
+  const bool mapped = app->useFileIo == Method::kMemoryMapping;
   switch (app->jobKind) {
     case kRewriteJob:
-      return fileIo ? RewrapFileIo(app->mxfPath, app->tracks, app->mxf)
-                    : RewrapMapped(app->mxfPath, app->tracks, app->mxf);
+      return mapped ? RewrapMapped(app->mxfPath, app->tracks, app->mxf)
+                    : RewrapFileIo(app->mxfPath, app->tracks, app->mxf);
     case kExportJob:
-      return fileIo ? ExportFileIo(app->mxfPath, app->tracks, app->mxf)
-                    : ExportMapped(app->mxfPath, app->tracks, app->mxf);
+      return mapped ? ExportMapped(app->mxfPath, app->tracks, app->mxf)
+                    : ExportFileIo(app->mxfPath, app->tracks, app->mxf);
     case kLoudnessJob:
       return MeasureLoudness(app->mxfPath, app->tracks, app->mxf, app->trackSelected.data());
     case kAnalysisJob:

@@ -89,7 +89,7 @@ std::int32_t WrittenCount(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
 std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
                       const WordReading& reading) {
   const auto count = static_cast<std::uint32_t>(WrittenCount(word, timecode, reading));
-  if (static_cast<std::int32_t>(count) < 0 || timecode.startHour23 != 1) return count;
+  if (static_cast<std::int32_t>(count) < 0 || CountedSlot(timecode) == 0) return count;
   return static_cast<std::uint32_t>(
       ShiftHours(CountBase(timecode, reading), timecode.dropFrame, count, 1, '+'));
 }
@@ -122,7 +122,7 @@ class ContinuityCheck {
     timecode_.progressFrame = 0;
     const auto size = file_.Size();
     if (!size) return kContinuityUnreadable;
-    if (*size == 0 && timecode_.useFileIo == 0) return kContinuityNoMapping;
+    if (*size == 0 && timecode_.useFileIo == Method::kMemoryMapping) return kContinuityNoMapping;
     const std::int32_t read = ReadWords();
     if (read != kSuccess) return read;
     counts_.reset(new (std::nothrow) std::uint32_t[timecode_.frameCount]);

@@ -67,12 +67,16 @@ void UnloadMxf(MXF_BASE_INFO* mxf) {
   mxf->modifiedDateText[0] = 0;
 }
 
+std::size_t CountedSlot(const MXF_TIMECODE_INFO& timecode) {
+  return timecode.startHour23 == 1 ? 1 : 0;
+}
+
 std::uint32_t WorkingStart(const MXF_TIMECODE_INFO& timecode) {
-  return timecode.startHour23 == 1 ? timecode.startShifted : timecode.startFrames;
+  return CountedSlot(timecode) == 0 ? timecode.startFrames : timecode.startShifted;
 }
 
 std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode) {
-  return timecode.startHour23 == 1 ? timecode.lastShifted : timecode.lastFrames;
+  return CountedSlot(timecode) == 0 ? timecode.lastFrames : timecode.lastShifted;
 }
 
 bool HasRange(const MXF_TIMECODE_INFO& timecode) {

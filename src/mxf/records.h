@@ -65,8 +65,14 @@ struct TIMECODE_ERROR_INFO {
   TIMECODE_ERROR_INFO* next;
 };
 
+// How a job reaches the bytes of a clip; a program starts with the first.
+enum class Method : std::uint8_t {
+  kMemoryMapping = 0,  // looks at the clip through views
+  kGenericFileIo = 1,  // reads the clip
+};
+
 // Start and last values stand in two slots: 0 the plain count, 1 the count one hour on, in which
-// material that passes midnight stays ascending. startHour23 picks the slot that counts.
+// material that passes midnight stays ascending. CountedSlot tells which of them a job works with.
 struct MXF_TIMECODE_INFO {
   std::uint32_t dropFrame;     // first byte of the DropFrame value
   std::uint32_t startFrames;   // slot 0
@@ -89,7 +95,7 @@ struct MXF_TIMECODE_INFO {
   std::atomic<std::uint32_t> progressTotal;  // frames of the continuity check
   std::atomic<std::uint32_t> progressFrame;  // frame that it has reached
   std::atomic<std::uint32_t> stopRequest;    // 1 asks an analysis to stop, in any of its stages
-  std::uint32_t useFileIo;                   // 0 mapped views, else plain reads
+  Method useFileIo;                          // of the job that analyses or checks the clip
   TIMECODE_ERROR_INFO* errorList;            // permanent head node
   std::uint32_t rangeKnown;                  // 1 when the file tells start, base and duration
 };
@@ -206,7 +212,10 @@ void ForgetMxf(MXF_BASE_INFO* mxf);
 // to call with nothing loaded.
 void UnloadMxf(MXF_BASE_INFO* mxf);
 
-// Working start and last frame count: the slot that startHour23 picks.
+// The slot that counts for a clip: 1 when it starts in hour 23, else 0.
+std::size_t CountedSlot(const MXF_TIMECODE_INFO& timecode);
+
+// First and last frame count of a clip in the slot that counts.
 std::uint32_t WorkingStart(const MXF_TIMECODE_INFO& timecode);
 std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode);
 

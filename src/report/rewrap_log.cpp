@@ -19,7 +19,7 @@ using platform::ToUtf8;
 constexpr std::u16string_view kLogSuffix = u"_LOG.txt";
 
 std::string_view WriteMethod(const APP_STATE_INFO& app) {
-  return app.useFileIo == 0 ? "メモリマッピング" : "標準ファイル入出力";
+  return app.useFileIo == Method::kMemoryMapping ? "メモリマッピング" : "標準ファイル入出力";
 }
 
 char ScanLetter(const MXF_VIDEO_INFO& video) {
@@ -60,7 +60,7 @@ std::string MetadataBlock(const MXF_BASE_INFO& mxf) {
 std::string RangeBlock(const APP_STATE_INFO& app) {
   const MXF_TIMECODE_INFO& timecode = *app.mxf->timecode;
   const AUDIOTRACK_IO_INFO& tracks = *app.tracks;
-  const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(timecode);
   const std::int32_t length = tracks.outFrame[slot] - tracks.inFrame[slot] + 1;
   const auto text = [&](std::int32_t frames) { return TimecodeText(timecode, frames); };
   return fmt::format("[ 処理範囲 ]\r\nIN  {}\r\nOUT {}\r\nDUR {}\r\n\r\n", text(tracks.inFrame[0]),

@@ -65,7 +65,7 @@ struct APP_STATE_INFO {
 
   std::uint8_t libraryView;        // 0 track view, 1 library view; 1 only while a file is loaded
   std::uint8_t mxfLoaded;          // a file is loaded and accepted
-  std::uint8_t useFileIo;          // the engines use plain file I/O instead of mapped views
+  Method useFileIo;                // of rewrites, exports and the continuity check
   std::uint8_t noAutoTrackSwitch;  // the switches of one multichannel file do not follow each other
   std::uint8_t noTimecodeCheck;    // an analysis leaves out the continuity check
   std::uint8_t analysisOk;         // the last analysis accepted its file

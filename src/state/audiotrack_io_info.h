@@ -23,7 +23,7 @@ inline constexpr std::uint32_t kDefaultWavBufferIndex = 4;
 // Added to the first track of a multichannel file to make its wavGroup.
 inline constexpr std::uint32_t kWavGroupBase = 100;
 
-// A frame count in both slots: [0] plain, [1] one hour on. startHour23 picks the one that counts.
+// A frame count in both slots: [0] plain, [1] one hour on. CountedSlot tells which of them counts.
 using FramePoint = std::array<std::int32_t, 2>;
 
 struct AUDIOTRACK_IO_INFO {

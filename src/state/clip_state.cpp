@@ -30,7 +30,7 @@ void ClearMxfState(APP_STATE_INFO* app) {
   app->mxfPath[0] = 0;
   app->mxfLoaded = 0;
   app->libraryView = 0;
-  app->useFileIo = 0;
+  app->useFileIo = Method::kMemoryMapping;
   app->analysisOk = 0;
   app->selectedWavCount = 0;
   app->currentWavItem = 0;
@@ -54,7 +54,7 @@ void ClearMxfState(APP_STATE_INFO* app) {
 }
 
 FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames) {
-  if (timecode.startHour23 != 1) return {frames, frames};
+  if (CountedSlot(timecode) == 0) return {frames, frames};
   const std::int32_t shifted =
       ShiftHours(timecode.fpsIndex, timecode.dropFrame, static_cast<std::uint32_t>(frames), 1, '+');
   return {frames, shifted};

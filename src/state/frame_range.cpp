@@ -29,7 +29,7 @@ JobFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
   const MXF_TIMECODE_INFO& timecode = *mxf->timecode;
   if (const JobFault fault = CheckClip(*mxf)) return fault;
 
-  const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(timecode);
   const std::int64_t in = (tracks->*fields.in)[slot];
   const std::int64_t out = (tracks->*fields.out)[slot];
   const std::int64_t start = WorkingStart(timecode);

@@ -116,7 +116,7 @@ RangeTexts TextsOfRange(const APP_STATE_INFO& app, const RangeFields& fields,
   const MXF_TIMECODE_INFO& timecode = *app.mxf->timecode;
   const FramePoint& in = app.tracks->*fields.in;
   const FramePoint& out = app.tracks->*fields.out;
-  const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(timecode);
   if (pointSet[0] == 1) texts.in = ToUtf16(TimecodeText(timecode, in[0]));
   if (pointSet[1] == 1) texts.out = ToUtf16(TimecodeText(timecode, out[0]));
   if (pointSet[0] == 1 && pointSet[1] == 1) {

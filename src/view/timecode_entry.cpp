@@ -61,7 +61,7 @@ EntryResult ApplyTimecodeEntry(APP_STATE_INFO* app, TimecodeTarget target,
   if (!IsWithin(typed, kFieldLimits[timecode.fpsIndex])) return EntryResult::kFieldTooLarge;
   const std::int32_t frames = TimecodeToFrames(timecode.fpsIndex, timecode.dropFrame, typed);
   const FramePoint point = MakeFramePoint(timecode, frames);
-  const std::size_t slot = timecode.startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(timecode);
   std::uint32_t& isSet = (*pointSet)[static_cast<std::size_t>(target)];
   if (point[slot] < static_cast<std::int32_t>(WorkingStart(timecode))) {
     isSet = 0;

@@ -39,7 +39,7 @@ void ExpectSameFrames(const Clip& clip, const Bytes& conformed) {
   auto file =
       platform::File::Open(folder.Write("c.mxf", conformed), platform::OpenMode::kReadAlone);
   MxfRecords records;
-  records.timecode.useFileIo = 1;
+  records.timecode.useFileIo = Method::kGenericFileIo;
   ASSERT_EQ(AnalyzeMxfFile(&file, &records.base), 0);
   ASSERT_EQ(records.timecode.frameCount, clip.layout.frames.size());
   for (std::size_t i = 0; i < clip.layout.frames.size(); ++i) {

@@ -35,7 +35,7 @@ class ConformedFfmpegClip : public ::testing::TestWithParam<Recipe> {
 
   std::int32_t Analyze(const char* name, MxfRecords* records) const {
     auto file = platform::File::Open(folder_.PathOf(name), platform::OpenMode::kReadShared);
-    records->timecode.useFileIo = 1;
+    records->timecode.useFileIo = Method::kGenericFileIo;
     return AnalyzeMxfFile(&file, &records->base);
   }
 

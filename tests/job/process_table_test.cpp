@@ -90,24 +90,26 @@ TEST(Stages, ShowAGeneralTextWhereTheyHaveNone) {
 }
 
 TEST(Messages, NameTheClipTheReasonAndTheMethod) {
-  EXPECT_EQ(LoadFailureMessage(u"/clips/A%s.mxf", 900, 901, 0),
+  EXPECT_EQ(LoadFailureMessage(u"/clips/A%s.mxf", 900, 901, Method::kMemoryMapping),
             u"A%s.mxf\n\nこのファイルはロードできません。\n\nファイルハンドルが無効になっています。"
             u"\n\n処理セクション: Acquire IDENTIFICATION\nERR: 901  process: Memory Mapping");
   EXPECT_EQ(ContinuityFailureMessage(u"A.mxf", 1000, 1012),
             u"A.mxf\n\nこのファイルはロードできません。\n\nエラーコード未定です。"
             u"\n\nsection: Timecode continuity check\nERR: 1012");
-  EXPECT_NE(
-      LoadFailureMessage(u"/A.mxf", 500, 510, 0, true).find(u"サンプルビット数が対応していません"),
-      std::u16string::npos);
+  EXPECT_NE(LoadFailureMessage(u"/A.mxf", 500, 510, Method::kMemoryMapping, true)
+                .find(u"サンプルビット数が対応していません"),
+            std::u16string::npos);
   EXPECT_EQ(AnalysisStoppedMessage(u"/A.mxf"),
             u"A.mxf\n\n解析を中断しました。\nこのままロードしますか？");
-  EXPECT_EQ(JobDoneMessage(u"/A.mxf", kExportJob, 1),
+  EXPECT_EQ(JobDoneMessage(u"/A.mxf", kExportJob, Method::kGenericFileIo),
             u"A.mxf\n\nBWFファイルの書出しが完了しました。\n\n\tprocess: Generic File I/O");
-  EXPECT_EQ(JobCancelledMessage(u"/A.mxf", kLoudnessJob, 0),
+  EXPECT_EQ(JobCancelledMessage(u"/A.mxf", kLoudnessJob, Method::kMemoryMapping),
             u"MXFファイル\nA.mxf\n\nラウドネス測定を中断しました。\n\n\tprocess: Memory Mapping");
-  EXPECT_EQ(JobFailureMessage(u"/A.mxf", kRewriteJob, JobProcessCode(kRewriteJob, 7), 3005, 7),
-            u"A.mxf\n\nラッピング中にエラーが発生しました。\nIN / OUT "
-            u"タイムコードが不適切な値になっています。\n\n\tERR: 3005  process: Generic File I/O");
+  EXPECT_EQ(
+      JobFailureMessage(u"/A.mxf", kRewriteJob, JobProcessCode(kRewriteJob, Method::kGenericFileIo),
+                        3005, Method::kGenericFileIo),
+      u"A.mxf\n\nラッピング中にエラーが発生しました。\nIN / OUT "
+      u"タイムコードが不適切な値になっています。\n\n\tERR: 3005  process: Generic File I/O");
 }
 
 // How much of the clip has changed, and which frame and file are at fault.

@@ -75,8 +75,9 @@ TEST(Worker, RunsEveryJobAndTellsItsOutcomeOnce) {
       {kExportJob, u"BWFファイルの書出し"},
       {kLoudnessJob, u"ラウドネス測定"},
   };
-  for (const std::uint8_t fileIo : {std::uint8_t{0}, std::uint8_t{1}}) {
-    const std::u16string method = fileIo == 0 ? u"Memory Mapping" : u"Generic File I/O";
+  for (const Method fileIo : {Method::kMemoryMapping, Method::kGenericFileIo}) {
+    const std::u16string method =
+        fileIo == Method::kMemoryMapping ? u"Memory Mapping" : u"Generic File I/O";
     clip.app.info.useFileIo = fileIo;
     for (const auto& [kind, title] : jobs) {
       const Received& done = face.Run(kind);
@@ -87,8 +88,8 @@ TEST(Worker, RunsEveryJobAndTellsItsOutcomeOnce) {
                                u"が完了しました。\n\n\tprocess: " + method);
     }
     EXPECT_EQ(clip.app.mxf.base.processCode, 6000u);
-    EXPECT_TRUE(
-        platform::QueryFileInfo(clip.folder.PathOf(fileIo == 0 ? "Track-1.wav" : "Track-1 1.wav")));
+    EXPECT_TRUE(platform::QueryFileInfo(
+        clip.folder.PathOf(fileIo == Method::kMemoryMapping ? "Track-1.wav" : "Track-1 1.wav")));
   }
 }
 
@@ -98,7 +99,7 @@ TEST(Worker, TellsWhyAJobHasFailed) {
   LoadedClip clip(spec);
   PrepareEveryJob(&clip);
   Face face(&clip);
-  clip.app.info.useFileIo = 1;
+  clip.app.info.useFileIo = Method::kGenericFileIo;
   const Received umid = face.Run(kRewriteJob);
   EXPECT_EQ(umid.message, JOB_MSG_FAILED);
   EXPECT_EQ(umid.result, 2014);
@@ -145,7 +146,7 @@ TEST(Worker, TellsOfACancel) {
 }
 
 TEST(Worker, AnalysesInTwoPhases) {
-  for (const std::uint8_t fileIo : {std::uint8_t{0}, std::uint8_t{1}}) {
+  for (const Method fileIo : {Method::kMemoryMapping, Method::kGenericFileIo}) {
     LoadedClip clip{ClipSpec()};
     clip.app.info.useFileIo = fileIo;
     Face face(&clip);

@@ -39,7 +39,7 @@ std::vector<Break> BreaksOf(const MXF_TIMECODE_INFO& timecode) {
 }
 
 std::int32_t Check(LoadedClip* clip, bool fileIo) {
-  clip->app.mxf.timecode.useFileIo = fileIo ? 1 : 0;
+  clip->app.mxf.timecode.useFileIo = fileIo ? Method::kGenericFileIo : Method::kMemoryMapping;
   auto file = platform::File::Open(clip->path, platform::OpenMode::kReadAlone);
   return CheckTimecodeContinuity(&file, &clip->app.mxf.base);
 }

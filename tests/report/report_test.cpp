@@ -131,7 +131,7 @@ TEST(RewrapLog, CountsDropFrameAcrossMidnight) {
   spec.elementKag = 0;
   spec.frameLayout = 0;
   LoadedClip clip(spec);
-  clip.app.info.useFileIo = 1;
+  clip.app.info.useFileIo = Method::kGenericFileIo;
   PutPath(u"a.mxf", &clip);
   EXPECT_EQ(RewrapLogText(clip.app.info, kNow),
             "再ラップ処理ログ [MXF Quorvan 1.7.8.3]\r\n作成日: 2026/03/04  05:06:07\r\n\r\n"

@@ -25,7 +25,8 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   ASSERT_EQ(AssignWavFile(&app, app.wavList->prev, 2), AssignResult::kAssigned);
   app.trackSelected.fill(1);
   app.rewrapPointSet = app.exportPointSet = app.loudnessPointSet = {1, 1};
-  app.libraryView = app.useFileIo = app.noAutoTrackSwitch = 1;
+  app.libraryView = app.noAutoTrackSwitch = 1;
+  app.useFileIo = Method::kGenericFileIo;
   app.selectedWavCount = app.currentWavItem = 7;
   app.window->upArrowState = app.window->downArrowState = kArrowPressed;
   app.window->scrollTop = 3;
@@ -51,7 +52,8 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   EXPECT_EQ(app.rewrapPointSet, PointSet{});
   EXPECT_EQ(app.exportPointSet, PointSet{});
   EXPECT_EQ(app.mxfPath[0], 0);
-  EXPECT_EQ(app.mxfLoaded + app.libraryView + app.useFileIo + app.analysisOk, 0);
+  EXPECT_EQ(app.mxfLoaded + app.libraryView + app.analysisOk, 0);
+  EXPECT_EQ(app.useFileIo, Method::kMemoryMapping);
   EXPECT_EQ(
       app.selectedWavCount + app.currentWavItem + app.window->scrollTop + app.window->rowRemainder,
       0u);

@@ -473,7 +473,7 @@ TEST(Window, ShowsAndTakesOverItsSettings) {
     driver.Click(driver.Find("1", dialog));
   });
   driver.Key(Qt::Key_E, Qt::ControlModifier);
-  EXPECT_EQ(driver.App().useFileIo, 1);
+  EXPECT_EQ(driver.App().useFileIo, Method::kGenericFileIo);
   driver.Expect([&](QWidget* dialog) {
     driver.Photograph("meta");
     auto* umid = qobject_cast<QLineEdit*>(driver.Find("1044", dialog));
@@ -487,7 +487,7 @@ TEST(Window, ShowsAndTakesOverItsSettings) {
   });
   driver.Key(Qt::Key_H, Qt::ControlModifier);
   driver.Key(Qt::Key_U, Qt::ControlModifier);
-  EXPECT_EQ(driver.App().useFileIo, 0);
+  EXPECT_EQ(driver.App().useFileIo, Method::kMemoryMapping);
   EXPECT_TRUE(driver.AllAnswered());
 }
 

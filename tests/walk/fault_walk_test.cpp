@@ -219,7 +219,7 @@ class FaultWalk : public ::testing::Test {
 
 class FaultWalkOf : public FaultWalk, public ::testing::WithParamInterface<bool> {
  protected:
-  FaultWalkOf() { load_.fileIo = GetParam(); }
+  FaultWalkOf() { load_.method = GetParam() ? Method::kGenericFileIo : Method::kMemoryMapping; }
 };
 INSTANTIATE_TEST_SUITE_P(Methods, FaultWalkOf, ::testing::Bool(), [](const auto& method) {
   return std::string(method.param ? "FileIo" : "Mapped");

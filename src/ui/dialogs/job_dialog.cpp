@@ -94,7 +94,7 @@ QString JobDialog::Timecode(std::int32_t frames) const {
 }
 
 int JobDialog::exec() {
-  const std::size_t slot = app_.mxf->timecode->startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(*app_.mxf->timecode);
   const std::int32_t frames =
       (app_.tracks->*range_.out)[slot] - (app_.tracks->*range_.in)[slot] + 1;
   app_.tracks->totalFrames = static_cast<std::uint32_t>(frames);
@@ -126,7 +126,7 @@ void JobDialog::reject() {
 // A job that starts clears the flag: what was asked for before is asked for again.
 void JobDialog::ShowProgress() {
   if (stopping_) app_.tracks->cancel = 1;
-  const std::size_t slot = app_.mxf->timecode->startHour23 == 1 ? 1 : 0;
+  const std::size_t slot = CountedSlot(*app_.mxf->timecode);
   const std::uint32_t done = app_.tracks->currentFrame;
   progress_->setText(Timecode((app_.tracks->*range_.in)[slot] + static_cast<std::int32_t>(done)) +
                      "まで完了");

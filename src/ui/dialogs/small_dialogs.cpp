@@ -45,7 +45,7 @@ void ShowSettings(APP_STATE_INFO* app, QWidget* parent) {
   auto* inside = new QVBoxLayout(group);
   auto* fileIo = new QCheckBox("標準ファイルI/O APIで処理する(&M)", group);
   fileIo->setObjectName("1018");
-  fileIo->setChecked(app->useFileIo == 1);
+  fileIo->setChecked(app->useFileIo == Method::kGenericFileIo);
   auto* buffer = new QComboBox(group);
   buffer->setObjectName("1026");
   for (const WavBufferRow& row : kWavBufferRows)
@@ -76,7 +76,7 @@ void ShowSettings(APP_STATE_INFO* app, QWidget* parent) {
   fileIo->setFocus();
   if (dialog.exec() != QDialog::Accepted) return;
   app->tracks->wavBufferIndex = static_cast<std::uint32_t>(buffer->currentIndex());
-  app->useFileIo = fileIo->isChecked() ? 1 : 0;
+  app->useFileIo = fileIo->isChecked() ? Method::kGenericFileIo : Method::kMemoryMapping;
   app->noAutoTrackSwitch = alone->isChecked() ? 1 : 0;
 }
 
