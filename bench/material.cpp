@@ -83,7 +83,7 @@ bool MakeCamera(const fs::path& picture, std::uint32_t seconds, std::uint32_t tr
 
 bool Conform(const fs::path& camera, const fs::path& target) {
   if (fs::exists(target)) return true;
-  ConformProgress progress;
+  JobProgress progress;
   const ConformResult result = ConformClip(platform::ToUtf16(camera.string()),
                                            platform::ToUtf16(target.string()), &progress);
   if (!result.done) fmt::print(stderr, "{}: {}\n", camera.string(), result.reason);

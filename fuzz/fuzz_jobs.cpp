@@ -165,8 +165,9 @@ std::int32_t Rewrite(Clip* clip, Method method) {
   const std::int32_t result = engine(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
   if (result == kSuccess || result == kDoneWithNotice) {
     Require(clip->HoldsItsPicture());
+    JobProgress progress;
     const VerifyResult verified =
-        VerifyRewrap(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
+        VerifyRewrap(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf, &progress);
     Require(verified.state == VerifyState::kSame);
     return kSuccess;
   }

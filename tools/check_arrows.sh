@@ -10,7 +10,7 @@ differences=0
 included() {  # room, find's tests for the files
   local room=$1
   shift
-  find "src/$room" -type f "$@" -exec grep -hoE '#include "[a-z]+/' {} + |
+  find "src/$room" -type f \( "$@" \) -exec grep -hoE '#include "[a-z]+/' {} + |
     sed -E 's/.*"([a-z]+)\//\1/' | sort -u | grep -vx "$room" || true
 }
 
@@ -39,7 +39,7 @@ compare() {  # what, what it is held against, both lists
 for folder in src/*/; do
   room=$(basename "$folder")
   headers=$(included "$room" -name '*.h')
-  all=$(included "$room" -name '*.h' -o -type f -name '*.cpp')
+  all=$(included "$room" -name '*.h' -o -name '*.cpp')
   compare "the headers of $room" "its USES" "$headers" "$(named "$room" 'USES|PUBLIC')"
   compare "the files of $room" "its arrows" "$all" "$(named "$room" 'USES|PUBLIC|WITHIN|PRIVATE')"
   compare "the files of $room" "docs/architecture.md" "$all" "$(told "$room")"

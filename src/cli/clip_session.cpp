@@ -4,6 +4,7 @@
 
 #include "cli/console.h"
 #include "cli/job_runner.h"
+#include "job/job_check.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "mxf/continuity.h"
@@ -32,7 +33,7 @@ std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, JobOutcome outcome
 bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSession* session) {
   APP_STATE_INFO& app = session->app.info;
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
-  if (fullPath.size() >= kMxfPathChars) {
+  if (!FitsMxfPath(fullPath)) {
     return Refuse(kNoFileHandle, ClipPathTooLongMessage(fullPath), session);
   }
   app.mxfFile = platform::File::Open(fullPath, platform::OpenMode::kReadAlone);
@@ -41,7 +42,7 @@ bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSessi
     return Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, reason), session);
   }
   platform::CopyText(app.mxfPath, kMxfPathChars, fullPath);
-  app.jobKind = kAnalysisJob;
+  PrepareAnalysis(&app);
   app.useFileIo = arguments.method;
   app.noTimecodeCheck = arguments.noTimecodeCheck ? 1 : 0;
   JobOutcome outcome = RunJob(&app);

@@ -15,14 +15,11 @@ int RunConform(const ConformArguments& arguments) {
   const std::u16string in = platform::AbsolutePath(platform::ToUtf16(arguments.in));
   const std::u16string out = platform::AbsolutePath(platform::ToUtf16(arguments.out));
   WatchForInterrupts();
-  ConformProgress counters;
-  const JobProgress progress{[&] { return counters.bytesDone.load(); },
-                             [&] { return counters.bytesTotal.load(); },
-                             [&] { counters.cancel = 1; },
-                             "bytes",
-                             {}};
+  JobProgress progress;
   ConformResult result;
-  if (!RunWithProgress([&] { result = ConformClip(in, out, &counters); }, progress)) {
+  const bool ran =
+      RunWithProgress([&] { result = ConformClip(in, out, &progress); }, "bytes", &progress);
+  if (!ran) {
     result.reason = "no thread for the copy";
   }
 

@@ -40,15 +40,14 @@ int RunExport(const ExportArguments& arguments) {
     return status;
   }
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = StartSetup(kExportJob, &app)) return status;
+  if (const int status = CheckClipOrSay(kExportJob, app)) return status;
   std::vector<std::uint32_t> tracks;
   if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
   if (const int status = SetTarget(arguments, &app)) return status;
   if (const int status = SetRange(arguments.range, kExportRange, &app)) return status;
   for (const std::uint32_t t : tracks)
     app.tracks->exportSwitch[t] = kSwitchOn;
-  if (const int status = CheckOrSay(app)) return status;
-  ++app.tracks->exportCount;
+  if (const int status = PrepareOrSay(kExportJob, &app)) return status;
   app.tracks->noFlush = arguments.noFlush ? 1 : 0;
   return ReportJob(RunJob(&app));
 }

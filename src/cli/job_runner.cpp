@@ -1,6 +1,5 @@
 #include "cli/job_runner.h"
 
-#include <atomic>
 #include <new>
 
 #include "cli/commands.h"
@@ -15,25 +14,8 @@
 namespace quorvan::cli {
 namespace {
 
-JobProgress ProgressOfAnalysis(APP_STATE_INFO* app, const std::atomic<const char16_t*>* stage) {
-  MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
-  return {[&] { return std::uint64_t{timecode.progressFrame}; },
-          [&] { return std::uint64_t{timecode.progressTotal}; }, [&] { timecode.stopRequest = 1; },
-          "frames",
-          [stage] {
-            const char16_t* text = *stage;
-            return text == nullptr ? std::string() : platform::ToUtf8(text);
-          }};
-}
-
-JobProgress ProgressOfJob(APP_STATE_INFO* app) {
-  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
-  return {[&] { return std::uint64_t{tracks.currentFrame}; },
-          // A wait for the medium has no length.
-          [&] { return tracks.phase == kPhaseFlushing ? 0 : std::uint64_t{tracks.totalFrames}; },
-          [&] { tracks.cancel = 1; }, "frames",
-          [] { return std::string("waiting until all of it is on the medium"); }};
-}
+constexpr std::string_view kUnit = "frames";
+constexpr char16_t kFlushText[] = u"waiting until all of it is on the medium";
 
 // What stands in for the text of an outcome when memory for its words is out.
 std::string_view WithoutWords(std::int32_t result) {
@@ -43,17 +25,38 @@ std::string_view WithoutWords(std::int32_t result) {
 }
 
 bool RunAnalysis(APP_STATE_INFO* app) {
-  // Each stage's text lives as long as the program, so that a pointer to it can be handed on.
-  std::atomic<const char16_t*> stage = nullptr;
-  const JobProgress progress = ProgressOfAnalysis(app, &stage);
-  app->ui.stageTextControl = [&](std::u16string_view text) { stage = text.data(); };
+  MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
+  JobProgress progress;
+  // Each stage's text lives as long as the program.
+  app->ui.stageTextControl = [&](std::u16string_view text) { progress.stage = text.data(); };
   app->stageThreadStop = 0;
   // Without that thread the analysis only goes on without its stages' names.
   platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
-  const bool ran = RunWithProgress([app] { WorkerThread(app); }, progress);
+  const bool ran = RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
+                                   [&] {
+                                     progress.done = timecode.progressFrame.load();
+                                     progress.total = timecode.progressTotal.load();
+                                     if (progress.cancel == 1) timecode.stopRequest = 1;
+                                   });
   app->stageThreadStop = 1;
   const platform::JoinAtEnd joined(&app->stageThread);
   return ran;
+}
+
+bool RunEngine(APP_STATE_INFO* app) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  JobProgress progress;
+  progress.stage = kFlushText;
+  return RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
+                         [&] {
+                           progress.done = tracks.currentFrame.load();
+                           // A wait for the medium has no length.
+                           progress.total =
+                               tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
+                           // A job that starts clears its word: the request is handed on until the
+                           // job has ended.
+                           if (progress.cancel == 1) tracks.cancel = 1;
+                         });
 }
 
 // The job never began.
@@ -75,10 +78,7 @@ JobOutcome RunJob(APP_STATE_INFO* app) {
     const std::u16string_view text = report.text == nullptr ? u"" : report.text;
     outcome.text.assign(text.substr(0, outcome.text.capacity()));
   };
-  app->jobStartTime = platform::LocalTimeNow();
-  const bool ran = app->jobKind == kAnalysisJob
-                       ? RunAnalysis(app)
-                       : RunWithProgress([app] { WorkerThread(app); }, ProgressOfJob(app));
+  const bool ran = app->jobKind == kAnalysisJob ? RunAnalysis(app) : RunEngine(app);
   app->ui = {};
   if (!ran) return NotStarted(*app);
   return outcome;

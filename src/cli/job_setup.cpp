@@ -140,22 +140,20 @@ int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STA
 
 namespace {
 
-int SayRefusal(const APP_STATE_INFO& app, std::int32_t refused) {
-  if (refused == kSuccess) return kDone;
-  PrintError(JobRefusalMessage(app.mxfPath, JobProcessCode(app.jobKind, app.useFileIo), refused,
-                               app.useFileIo));
+int SayRefusal(const APP_STATE_INFO& app, const JobRefusal& refusal) {
+  if (refusal.result == kSuccess) return kDone;
+  PrintError(JobRefusalMessage(app.mxfPath, refusal.result, refusal.text, app.useFileIo));
   return kFailed;
 }
 
 }  // namespace
 
-int StartSetup(JobKind jobKind, APP_STATE_INFO* app) {
-  app->jobKind = jobKind;
-  return SayRefusal(*app, CheckClipForJob(*app));
+int CheckClipOrSay(JobKind kind, const APP_STATE_INFO& app) {
+  return SayRefusal(app, CheckClipFor(kind, app));
 }
 
-int CheckOrSay(const APP_STATE_INFO& app) {
-  return SayRefusal(app, CheckJob(app));
+int PrepareOrSay(JobKind kind, APP_STATE_INFO* app) {
+  return SayRefusal(*app, PrepareJob(kind, app));
 }
 
 int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,

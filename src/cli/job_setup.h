@@ -14,18 +14,17 @@ namespace quorvan::cli {
 // Each of these tells what is wrong on standard error and returns the exit status, kDone when all
 // is well.
 
-// Makes `jobKind` the job of `app`, whose clip is loaded, and asks CheckClipForJob about it.
-int StartSetup(JobKind jobKind, APP_STATE_INFO* app);
+// Asks CheckClipFor whether the job `kind` takes the loaded clip.
+int CheckClipOrSay(JobKind kind, const APP_STATE_INFO& app);
 
 // Puts files and silence on the tracks of the loaded clip and switches them ON.
 int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app);
 
-// Sets the range of the job that `app` describes by jobKind and useFileIo; CheckOrSay compares it
-// with the clip.
+// Sets a range of the job; PrepareOrSay compares the range with the clip.
 int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STATE_INFO* app);
 
-// Asks CheckJob about the job that `app` describes.
-int CheckOrSay(const APP_STATE_INFO& app);
+// Prepares the job `kind`.
+int PrepareOrSay(JobKind kind, APP_STATE_INFO* app);
 
 // Reads "1,3-5" into tracks from 0, ascending, each of which the clip must have.
 int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,

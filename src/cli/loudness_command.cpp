@@ -42,7 +42,7 @@ int RunLoudness(const LoudnessArguments& arguments) {
   ClipSession session;
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = StartSetup(kLoudnessJob, &app)) return status;
+  if (const int status = CheckClipOrSay(kLoudnessJob, app)) return status;
   std::vector<std::uint32_t> tracks;
   if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
   if (tracks.size() > kMostTracks) {
@@ -50,7 +50,7 @@ int RunLoudness(const LoudnessArguments& arguments) {
     return kWrongUsage;
   }
   if (const int status = SetRange(arguments.range, kLoudnessRange, &app)) return status;
-  if (const int status = CheckOrSay(app)) return status;
+  if (const int status = PrepareOrSay(kLoudnessJob, &app)) return status;
   app.trackSelected.fill(0);
   for (const std::uint32_t t : tracks)
     app.trackSelected[t] = 1;

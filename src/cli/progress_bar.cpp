@@ -5,15 +5,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <condition_variable>
-#include <mutex>
 #include <new>
 #include <string>
-#include <thread>
 
 #include "cli/console.h"
 #include "platform/clock.h"
 #include "platform/console.h"
+#include "platform/text.h"
 #include "platform/thread.h"
 
 namespace quorvan::cli {
@@ -31,36 +29,38 @@ std::string TimeLeft(double elapsed, double share) {
   return fmt::format("{:02}:{:02}", seconds / 60, seconds % 60);
 }
 
-std::string BarLine(const JobProgress& progress, double elapsed, int columns) {
-  const std::uint64_t total = progress.total();
-  const std::uint64_t done = std::min(progress.done(), total);
+std::string BarLine(const JobProgress& progress, std::string_view unit, double elapsed,
+                    int columns) {
+  const std::uint64_t total = progress.total;
+  const std::uint64_t done = std::min(progress.done.load(), total);
   const double share = total == 0 ? 0.0 : static_cast<double>(done) / static_cast<double>(total);
   const int width = std::clamp(columns - kColumnsBesideBar, kNarrowestBar, kWidestBar);
   const int filled = static_cast<int>(share * width);
   return fmt::format("[{:#<{}}{:.<{}}] {}/{} {} {:5.1f}%  {} left", "", filled, "", width - filled,
-                     done, total, progress.unit, 100.0 * share, TimeLeft(elapsed, share));
+                     done, total, unit, 100.0 * share, TimeLeft(elapsed, share));
 }
 
-// The stage's name while there is nothing to count.
-std::string StageLine(const JobProgress& progress, int columns) {
-  std::string line = progress.stage();
+// The stage's name, when a line has room for it.
+std::string StageLine(const char16_t* stage, int columns) {
+  std::string line = platform::ToUtf8(stage);
   if (line.size() >= static_cast<std::size_t>(columns)) line.clear();
   return line;
 }
 
-void Draw(const JobProgress& progress, double started) {
+void Draw(const JobProgress& progress, std::string_view unit, double started) {
   const int columns = platform::TerminalColumns();
-  std::string line = progress.stage && progress.total() == 0
-                         ? StageLine(progress, columns)
-                         : BarLine(progress, platform::MonotonicSeconds() - started, columns);
+  const char16_t* stage = progress.stage;
+  std::string line = stage != nullptr && progress.total == 0
+                         ? StageLine(stage, columns)
+                         : BarLine(progress, unit, platform::MonotonicSeconds() - started, columns);
   if (columns > 1) line.resize(std::min(line.size(), static_cast<std::size_t>(columns) - 1));
   PrintRaw("\r" + line + "\x1b[K");
 }
 
 // A bar that cannot be drawn must not end the job.
-void TryToDraw(const JobProgress& progress, double started) {
+void TryToDraw(const JobProgress& progress, std::string_view unit, double started) {
   try {
-    Draw(progress, started);
+    Draw(progress, unit, started);
   } catch (const std::bad_alloc&) {
     return;
   }
@@ -68,31 +68,20 @@ void TryToDraw(const JobProgress& progress, double started) {
 
 }  // namespace
 
-bool RunWithProgress(const std::function<void()>& job, const JobProgress& progress) {
-  std::mutex mutex;
-  std::condition_variable hasEnded;
-  bool ended = false;
-  std::thread worker;
-  const bool started = platform::StartThread(&worker, [&] {
-    job();
-    const std::lock_guard lock(mutex);
-    ended = true;
-    hasEnded.notify_one();
-  });
-  if (!started) return false;
+bool RunWithProgress(const std::function<void()>& job, std::string_view unit, JobProgress* progress,
+                     const std::function<void()>& exchange) {
+  platform::WatchedThread worker;
+  if (!worker.Start(job)) return false;
   const bool shows = platform::ErrorIsTerminal();
   const double startTime = platform::MonotonicSeconds();
-  for (int poll = 0;; ++poll) {
-    {
-      std::unique_lock lock(mutex);
-      if (hasEnded.wait_for(lock, kPollInterval, [&] { return ended; })) break;
-    }
-    if (Interrupted()) progress.requestCancel();
-    if (shows && poll % kPollsPerRedraw == 0) TryToDraw(progress, startTime);
+  for (int poll = 0; !worker.EndsWithin(kPollInterval); ++poll) {
+    if (Interrupted()) progress->cancel = 1;
+    if (exchange) exchange();
+    if (shows && poll % kPollsPerRedraw == 0) TryToDraw(*progress, unit, startTime);
   }
-  worker.join();
+  if (exchange) exchange();
   if (shows) {
-    TryToDraw(progress, startTime);
+    TryToDraw(*progress, unit, startTime);
     PrintRaw("\n");
   }
   return true;

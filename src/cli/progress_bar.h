@@ -3,24 +3,22 @@
 
 #pragma once
 
-#include <cstdint>
 #include <functional>
-#include <string>
 #include <string_view>
+
+#include "state/job_progress.h"
 
 namespace quorvan::cli {
 
-struct JobProgress {
-  std::function<std::uint64_t()> done;
-  std::function<std::uint64_t()> total;  // 0 while it is not known
-  std::function<void()> requestCancel;   // called while the job runs, as often as needed
-  std::string_view unit;                 // what is counted, for the display
-  std::function<std::string()> stage;    // what is being done while there is no total; may be empty
-};
-
-// Runs `job` to its end. With a terminal on standard error a bar shows the count, the
-// percentage and the time left. From the interrupt key on `requestCancel` is called until the job
-// ends. False, without a call of `job`, when there is no thread for it. `job` must not throw.
-bool RunWithProgress(const std::function<void()>& job, const JobProgress& progress);
+// Runs `job` to its end. With a terminal on standard error a bar shows how many of `unit` (frames,
+// bytes) `progress` counts, the percentage and the time left; while there is nothing to count, the
+// stage. The interrupt key sets `cancel` of `progress`. False, without a call of `job`, when there
+// is no thread for it. `job` must not throw.
+//
+// `exchange`, where there is one, is called on this thread every few milliseconds while the job
+// runs, and once behind its end: it copies into `progress` what a job counts elsewhere, and hands
+// on `cancel`.
+bool RunWithProgress(const std::function<void()>& job, std::string_view unit, JobProgress* progress,
+                     const std::function<void()>& exchange = {});
 
 }  // namespace quorvan::cli

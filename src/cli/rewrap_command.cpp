@@ -9,6 +9,7 @@
 #include "cli/job_setup.h"
 #include "job/job_check.h"
 #include "job/process_table.h"
+#include "job/rewrite_log.h"
 #include "mxf/analysis.h"
 #include "platform/console.h"
 #include "platform/text.h"
@@ -39,8 +40,8 @@ int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
   if (!NeedsOldIdentity(*app)) return kDone;
   app->tracks->keepUmids = keepUmids ? 1 : 0;
   if (keepUmids) return kDone;
-  PrintError(JobRefusalMessage(app->mxfPath, JobProcessCode(app->jobKind, app->useFileIo),
-                               kUmidTooLong, app->useFileIo));
+  PrintError(JobRefusalMessage(app->mxfPath, kUmidTooLong,
+                               FailureText(kStageRewrapMapped, kUmidTooLong), app->useFileIo));
   PrintError("--keep-umids rewrites the sound under the old UMIDs; nothing was written");
   return kFailed;
 }
@@ -54,11 +55,9 @@ int CheckLogName(const APP_STATE_INFO& app) {
 
 // The rewrite stands, with or without a log. True when there is one.
 bool WriteLog(std::int32_t result, APP_STATE_INFO* app) {
-  std::uint32_t error = 0;
-  const std::u16string_view notice =
-      result == kDoneWithNotice ? UmidStateText(app->tracks->umidState) : std::u16string_view();
-  if (WriteRewrapLog(app, notice, &error)) return true;
-  PrintError(RewrapLogFailureMessage(app->mxfPath, error));
+  std::u16string failure;
+  if (LogRewrite(result, app, &failure)) return true;
+  PrintError(failure);
   return false;
 }
 
@@ -79,12 +78,12 @@ int ReportDone(bool noLog, JobOutcome outcome, APP_STATE_INFO* app) {
 }
 
 int Prepare(const RewrapArguments& arguments, APP_STATE_INFO* app) {
-  if (const int status = StartSetup(kRewriteJob, app)) return status;
+  if (const int status = CheckClipOrSay(kRewriteJob, *app)) return status;
   if (arguments.buffer) app->tracks->wavBufferIndex = *arguments.buffer;
   app->tracks->noFlush = arguments.noFlush ? 1 : 0;
   if (const int status = PlaceAll(arguments.placement, app)) return status;
   if (const int status = SetRange(arguments.range, kRewrapRange, app)) return status;
-  if (const int status = CheckOrSay(*app)) return status;
+  if (const int status = PrepareOrSay(kRewriteJob, app)) return status;
   if (const int status = CheckIdentity(arguments.keepUmids, app)) return status;
   return arguments.noLog ? kDone : CheckLogName(*app);
 }

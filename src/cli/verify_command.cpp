@@ -14,13 +14,13 @@
 namespace quorvan::cli {
 namespace {
 
-int Report(const APP_STATE_INFO& app, const VerifyResult& result, const std::string& file) {
+int Report(const APP_STATE_INFO& app, const VerifyResult& result, std::uint64_t frames,
+           const std::string& file) {
   const SampleDifference& d = result.difference;
   const MXF_TIMECODE_INFO& timecode = *app.mxf->timecode;
   switch (result.state) {
     case VerifyState::kSame:
-      return PrintLine(fmt::format("{}: the sources' samples in all of {} frames", file,
-                                   app.tracks->totalFrames.load()))
+      return PrintLine(fmt::format("{}: the sources' samples in all of {} frames", file, frames))
                  ? kDone
                  : kFailed;
     case VerifyState::kDiffers:
@@ -49,22 +49,19 @@ int RunVerify(const VerifyArguments& arguments) {
   ClipSession session;
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = StartSetup(kRewriteJob, &app)) return status;
+  if (const int status = CheckClipOrSay(kRewriteJob, app)) return status;
   if (const int status = PlaceAll(arguments.placement, &app)) return status;
   if (const int status = SetRange(arguments.range, kRewrapRange, &app)) return status;
-  if (const int status = CheckOrSay(app)) return status;
+  if (const int status = PrepareOrSay(kRewriteJob, &app)) return status;
   VerifyResult result{};
-  const JobProgress progress{[&] { return std::uint64_t{app.tracks->currentFrame}; },
-                             [&] { return std::uint64_t{app.tracks->totalFrames}; },
-                             [&] { app.tracks->cancel = 1; },
-                             "frames",
-                             {}};
+  JobProgress progress;
   const bool ran =
-      RunWithProgress([&] { result = VerifyRewrap(app.mxfPath, app.tracks, app.mxf); }, progress);
+      RunWithProgress([&] { result = VerifyRewrap(app.mxfPath, app.tracks, app.mxf, &progress); },
+                      "frames", &progress);
   if (!ran) {
     result = {VerifyState::kFailed, {}, static_cast<std::int32_t>(kStageRewrapFileIo) + kNoThread};
   }
-  return Report(app, result, arguments.file);
+  return Report(app, result, progress.total, arguments.file);
 }
 
 }  // namespace quorvan::cli

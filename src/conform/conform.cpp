@@ -36,7 +36,7 @@ ConformResult Cancelled() {
   return result;
 }
 
-bool CancelWanted(const ConformProgress& progress) {
+bool CancelWanted(const JobProgress& progress) {
   return progress.cancel.load(std::memory_order_relaxed) != 0;
 }
 
@@ -89,7 +89,7 @@ class UnfinishedCopy {
 struct CopyWriter {
   const platform::File& in;
   platform::File& out;
-  ConformProgress* progress;
+  JobProgress* progress;
   std::unique_ptr<std::uint8_t[]> block;
   std::string reason;
   std::uint64_t written = 0;
@@ -104,7 +104,7 @@ struct CopyWriter {
     if (CancelWanted(*progress)) return Fail("cancelled");
     if (!out.Write(data, length)) return Fail("the copy cannot be written: no room, or a fault");
     written += length;
-    progress->bytesDone.store(written, std::memory_order_relaxed);
+    progress->done.store(written, std::memory_order_relaxed);
     return true;
   }
 
@@ -238,11 +238,11 @@ ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
 }
 
 ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartition>& map,
-                        const std::u16string& out, ConformProgress* progress) {
+                        const std::u16string& out, JobProgress* progress) {
   UnfinishedCopy copy(out);
   if (!copy.file().IsOpen()) return Refused("no file can be created where the copy shall stand");
   const ConformLayout layout = LayOutClip(map);
-  progress->bytesTotal.store(layout.fileSize, std::memory_order_relaxed);
+  progress->total.store(layout.fileSize, std::memory_order_relaxed);
   CopyWriter writer{
       in,
       copy.file(),
@@ -274,8 +274,7 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
 
 namespace {
 
-ConformResult Conform(const std::u16string& in, const std::u16string& out,
-                      ConformProgress* progress) {
+ConformResult Conform(const std::u16string& in, const std::u16string& out, JobProgress* progress) {
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
     return Refused("the copy would replace the clip itself");
   }
@@ -300,7 +299,7 @@ ConformResult Conform(const std::u16string& in, const std::u16string& out,
 }  // namespace
 
 ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
-                          ConformProgress* progress) {
+                          JobProgress* progress) {
   try {
     return Conform(in, out, progress);
   } catch (const std::bad_alloc&) {

@@ -3,19 +3,12 @@
 
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 
-namespace quorvan {
+#include "state/job_progress.h"
 
-// Shared with the thread that watches the copy; `cancel` is written by that one, the rest by the
-// copy.
-struct ConformProgress {
-  std::atomic<std::uint64_t> bytesDone{0};   // bytes of the copy that are written
-  std::atomic<std::uint64_t> bytesTotal{0};  // size of the copy; 0 until it is known
-  std::atomic<std::uint32_t> cancel{0};      // 1 asks the copy to stop
-};
+namespace quorvan {
 
 struct ConformResult {
   bool done = false;
@@ -29,8 +22,9 @@ struct ConformResult {
 // Writes a conformed copy of the clip at `in` to `out`, which must not exist. The copy grows under
 // a name of its own beside `out`, is brought onto the medium, and takes the name `out` only when
 // the analysis accepts it and its index leads to its frames; otherwise it is removed again. `in` is
-// only read. A file that no reader refuses is copied as well. Throws nothing.
+// only read. A file that no reader refuses is copied as well. `progress` counts the bytes of the
+// copy. Throws nothing.
 ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
-                          ConformProgress* progress);
+                          JobProgress* progress);
 
 }  // namespace quorvan

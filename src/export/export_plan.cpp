@@ -4,7 +4,7 @@ namespace quorvan {
 
 JobFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                     const MXF_BASE_INFO* mxf, ExportPlan* plan) {
-  const JobFault fault = CheckArguments(path, tracks, mxf, kExportRange, &plan->range);
+  const JobFault fault = FindRange(path, tracks, mxf, kExportRange, &plan->range);
   if (fault != kNoFault) return fault;
   plan->trackCount = 0;
   for (std::uint32_t t = 0; t < UsableTracks(*mxf->audio); ++t) {

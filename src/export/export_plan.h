@@ -22,7 +22,7 @@ struct ExportPlan {
 };
 
 // Checks the arguments and the range of an export and collects the tracks that are ON. What
-// CheckArguments finds, or kNothingOn.
+// FindRange finds, or kNothingOn.
 JobFault PlanExport(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                     const MXF_BASE_INFO* mxf, ExportPlan* plan);
 

@@ -4,12 +4,13 @@
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "rewrite/rewrap_plan.h"
+#include "rewrite/umid.h"
 
 namespace quorvan {
 namespace {
 
-JobFault CheckArgumentsOf(const APP_STATE_INFO& app, FrameRange* range) {
-  switch (app.jobKind) {
+JobFault CheckEngine(JobKind kind, const APP_STATE_INFO& app, FrameRange* range) {
+  switch (kind) {
     case kRewriteJob: {
       RewrapPlan plan{};
       const JobFault fault = PlanRewrap(app.mxfPath, app.tracks, app.mxf, &plan);
@@ -23,43 +24,58 @@ JobFault CheckArgumentsOf(const APP_STATE_INFO& app, FrameRange* range) {
       return fault;
     }
     case kLoudnessJob:
-      return CheckArguments(app.mxfPath, app.tracks, app.mxf, kLoudnessRange, range);
+      return FindRange(app.mxfPath, app.tracks, app.mxf, kLoudnessRange, range);
     case kAnalysisJob:
       break;
   }
-  return kNoFault;
+  return kNoRecords;
 }
 
-std::int32_t ResultOf(const APP_STATE_INFO& app, JobFault fault) {
-  if (fault == kNoFault) return kSuccess;
-  const std::uint32_t stage = JobProcessCode(app.jobKind, app.useFileIo);
+JobRefusal RefusalOf(JobKind kind, const APP_STATE_INFO& app, JobFault fault) {
+  if (fault == kNoFault) return {};
+  const std::uint32_t stage = JobProcessCode(kind, app.useFileIo);
   // A measurement has the numbers of the export through views.
   const std::uint32_t base = stage == kStageLoudness ? kStageExportMapped : stage;
-  return static_cast<std::int32_t>(base) + fault;
+  const std::int32_t result = static_cast<std::int32_t>(base) + fault;
+  return {result, FailureText(stage, result)};
 }
 
 }  // namespace
 
-std::int32_t CheckJob(const APP_STATE_INFO& app) {
-  FrameRange range{};
-  const JobFault fault = CheckArgumentsOf(app, &range);
-  const bool empty = fault == kNoFault && range.total == 0 && app.jobKind != kAnalysisJob;
-  return ResultOf(app, empty ? kBadRange : fault);
+void PrepareAnalysis(APP_STATE_INFO* app) {
+  MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
+  app->jobKind = kAnalysisJob;
+  app->analysisOk = 0;
+  timecode.progressTotal = 0;
+  timecode.progressFrame = 0;
+  timecode.stopRequest = 0;
 }
 
-std::int32_t CheckClipForJob(const APP_STATE_INFO& app) {
-  return ResultOf(app, CheckClip(*app.mxf));
+JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  app->jobKind = kind;
+  FrameRange range{};
+  const JobFault fault = CheckEngine(kind, *app, &range);
+  if (fault != kNoFault) return RefusalOf(kind, *app, fault);
+  if (range.total == 0) return RefusalOf(kind, *app, kBadRange);
+  if (kind == kExportJob) ++tracks.exportCount;
+  tracks.totalFrames = range.total;
+  tracks.currentFrame = 0;
+  tracks.cancel = 0;
+  tracks.phase = kPhaseProving;
+  return {};
+}
+
+JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app) {
+  return RefusalOf(kind, app, CheckClip(*app.mxf));
 }
 
 std::u16string_view ClipRefusal(const APP_STATE_INFO& app) {
-  const JobFault fault = CheckClip(*app.mxf);
-  if (fault == kNoFault) return {};
-  return FailureText(kStageRewrapMapped, static_cast<std::int32_t>(kStageRewrapMapped) + fault);
+  return CheckClipFor(kRewriteJob, app).text;
 }
 
 bool NeedsOldIdentity(const APP_STATE_INFO& app) {
-  return app.mxf->materialUmidSize == kExtendedUmidBytes ||
-         app.mxf->sourceUmidSize == kExtendedUmidBytes;
+  return WidthOfUmids(*app.mxf) == UmidWidth::kExtended;
 }
 
 }  // namespace quorvan

@@ -1,23 +1,36 @@
-// What a face asks before it starts a job.
+// The start of a job: the one place that describes it in the state record, and what keeps it from
+// starting.
 
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "state/app_state_info.h"
 
 namespace quorvan {
 
-// The result with which the job that `app` describes by jobKind and useFileIo would refuse its
-// arguments before it opens anything: no track ON, a range outside the clip, a clip without a
-// range. 0 when it would not. A range of no frame at all, which the engines allow, is refused here.
-std::int32_t CheckJob(const APP_STATE_INFO& app);
+// Why a job cannot start; `result` is 0 when it can.
+struct JobRefusal {
+  std::int32_t result = 0;     // the job's process code plus a JobFault
+  std::u16string_view text{};  // for the operator
+};
 
-// The same for what keeps every job from the clip, whatever its tracks and its range: a clip that
-// can only be looked at.
-std::int32_t CheckClipForJob(const APP_STATE_INFO& app);
+// Makes the analysis of `mxfFile` the job of `app`: nothing is counted and nothing asks it to stop.
+void PrepareAnalysis(APP_STATE_INFO* app);
 
-// Why no job takes the loaded clip, for the operator; empty for a clip that jobs take.
+// Makes `kind`, which is no analysis, the job of `app`, and asks its engine's own check of the
+// arguments whether it can start: it cannot with no track ON, a range outside the clip or a clip
+// that can only be looked at. A range of no frame at all, which the engines allow, is refused too.
+// A job that can start has `totalFrames`, no frame done and no request to stop; an export is
+// counted in `exportCount`.
+JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app);
+
+// Why no job takes the loaded clip, whatever its tracks and its range; as a result of the job
+// `kind`.
+JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app);
+
+// The text of that refusal; empty for a clip that jobs take.
 std::u16string_view ClipRefusal(const APP_STATE_INFO& app);
 
 // True when a rewrite of the loaded clip would leave its UMIDs as they are, since they have 64

@@ -316,6 +316,11 @@ constexpr std::array<std::u16string_view, 2> kMethodNames = {u"Memory Mapping", 
 constexpr std::u16string_view kCannotBeOpenedForm =
     u"%s\n\nMXFファイルを開くことができません。\n"
     u"他のアプリで使用していないか、または接続デバイスを確認して下さい。\nERR: %s";
+constexpr std::u16string_view kCannotBeLoadedForm =
+    u"%s\n\nMXFファイルをロードできません。\n"
+    u"接続デバイス、他のアプリで使用していないか確認して下さい。\nERR: %s";
+constexpr std::u16string_view kHiddenTracksForm = u"アプリの設計上 %s から %sトラックは認識されません。";
+constexpr std::u16string_view kHiddenTracksUncheckedForm = u"アプリの仕様上 %s から %sトラックは認識されません。\nご了承ください。";
 constexpr std::u16string_view kBackupQuestion =
     u"MXFファイルのバックアップは済んでいますか？\n\n全てのUMID(識別子)を書換えるため、\n"
     u"完了後のファイルは、新規素材として認識されます。\n開始してもよろしいでしょうか？";
@@ -386,6 +391,12 @@ std::u16string Number(std::int32_t number) {
   return platform::ToUtf16(std::to_string(number));
 }
 
+std::u16string Hexadecimal(std::uint32_t number) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%X", number);
+  return platform::ToUtf16(text);
+}
+
 // Parts go in as they are: a %s in a file's name takes nothing.
 std::u16string Fill(std::u16string_view form, std::initializer_list<std::u16string_view> parts) {
   std::u16string message;
@@ -435,9 +446,18 @@ std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result) 
 }
 
 std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code) {
-  char hex[16];
-  std::snprintf(hex, sizeof hex, "%X", code);
-  return Fill(kCannotBeOpenedForm, {platform::LastComponent(mxfPath), platform::ToUtf16(hex)});
+  return Fill(kCannotBeOpenedForm, {platform::LastComponent(mxfPath), Hexadecimal(code)});
+}
+
+std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint32_t code) {
+  return Fill(kCannotBeLoadedForm, {platform::LastComponent(mxfPath), Hexadecimal(code)});
+}
+
+std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked) {
+  if (audio.trackCount <= kMaxTracks) return {};
+  const std::int32_t tracks = audio.trackCount;
+  return checked ? Fill(kHiddenTracksForm, {Number(kMaxTracks + 1), Number(tracks)})
+                 : Fill(kHiddenTracksUncheckedForm, {Number(kMaxTracks), Number(tracks)});
 }
 
 std::u16string_view BackupQuestion(bool keepsUmids) {
@@ -478,10 +498,10 @@ std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath) {
   return Fill(kAnalysisStoppedForm, {platform::LastComponent(mxfPath)});
 }
 
-std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                 std::int32_t result, Method method) {
-  return Fill(kJobRefusalForm, {platform::LastComponent(mxfPath), FailureText(processCode, result),
-                                Number(result), MethodName(method)});
+std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t result,
+                                 std::u16string_view text, Method method) {
+  return Fill(kJobRefusalForm,
+              {platform::LastComponent(mxfPath), text, Number(result), MethodName(method)});
 }
 
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method) {

@@ -60,9 +60,16 @@ std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t pro
                                   std::int32_t result, Method method,
                                   bool hasAudioDescriptor = false);
 
-// A job that was refused with `result` before it began.
-std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                 std::int32_t result, Method method);
+// The clip that was chosen in a file dialog cannot be opened, for the system's reason `code`.
+std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint32_t code);
+
+// The loaded clip has more tracks than the program works with; empty when it has not. `checked`
+// tells whether its timecodes have been compared to the end.
+std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
+
+// A job that was refused with `result` before it began, for the reason `text`.
+std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t result,
+                                 std::u16string_view text, Method method);
 
 // The operator has stopped the analysis sequence: the clip cannot be loaded.
 std::u16string LoadStoppedMessage(std::u16string_view mxfPath);

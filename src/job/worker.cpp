@@ -125,6 +125,7 @@ void RunAnalysis(APP_STATE_INFO* app) {
 }  // namespace
 
 void WorkerThread(APP_STATE_INFO* app) {
+  app->jobStartTime = platform::LocalTimeNow();
   if (app->jobKind == kAnalysisJob) {
     RunAnalysis(app);
   } else {

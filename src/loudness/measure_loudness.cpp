@@ -159,7 +159,7 @@ std::int32_t MeasureLoudness(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, M
                              const std::uint8_t* trackSelected) {
   if (tracks != nullptr) BeginJob(tracks);
   FrameRange range{};
-  if (const JobFault fault = CheckArguments(path, tracks, mxf, kLoudnessRange, &range)) {
+  if (const JobFault fault = FindRange(path, tracks, mxf, kLoudnessRange, &range)) {
     return Failed(fault);
   }
   if (trackSelected == nullptr) return Failed(kNoTracks);

@@ -2,6 +2,9 @@
 
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
@@ -25,6 +28,41 @@ bool StartThread(std::thread* thread, Body body) {
     return false;
   }
 }
+
+// A thread whose end can be waited for with a limit. The destructor waits without a limit.
+class WatchedThread {
+ public:
+  WatchedThread() = default;
+  WatchedThread(const WatchedThread&) = delete;
+  WatchedThread& operator=(const WatchedThread&) = delete;
+  ~WatchedThread() {
+    if (thread_.joinable()) thread_.join();
+  }
+
+  // Runs `body`, which must not throw, on the thread. To be called once. False when the system has
+  // no thread or no memory for it.
+  template <typename Body>
+  bool Start(Body body) {
+    return StartThread(&thread_, [this, run = std::move(body)] {
+      run();
+      const std::lock_guard lock(mutex_);
+      ended_ = true;
+      hasEnded_.notify_one();
+    });
+  }
+
+  // True when `body` has returned before `time` is over.
+  bool EndsWithin(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex_);
+    return hasEnded_.wait_for(lock, time, [this] { return ended_; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable hasEnded_;
+  bool ended_ = false;
+  std::thread thread_;
+};
 
 // Joins a thread, if it has one, at the end of its scope.
 class JoinAtEnd {

@@ -32,7 +32,7 @@ void WalkTracks(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio, R
 
 JobFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                     const MXF_BASE_INFO* mxf, RewrapPlan* plan) {
-  const JobFault fault = CheckArguments(path, tracks, mxf, kRewrapRange, &plan->range);
+  const JobFault fault = FindRange(path, tracks, mxf, kRewrapRange, &plan->range);
   if (fault != kNoFault) return fault;
   WalkTracks(*tracks, *mxf->audio, plan);
   return plan->trackCount == 0 ? kNothingOn : kNoFault;

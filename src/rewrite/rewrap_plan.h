@@ -34,7 +34,7 @@ struct RewrapPlan {
 };
 
 // Checks the arguments and the range of a rewrite and walks the tracks as PlanOfTrack says. What
-// CheckArguments finds, or kNothingOn.
+// FindRange finds, or kNothingOn.
 JobFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                     const MXF_BASE_INFO* mxf, RewrapPlan* plan);
 

@@ -73,7 +73,7 @@ std::int32_t RewrapRun::ProveClip() {
   if (*size != mxf_.fileSize) return Failed(kClipChanged);
   if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return Failed(fault);
   if (const JobFault fault = identity_.Locate()) return Failed(fault);
-  const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
+  const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;
   return renewable || tracks_.keepUmids == 1 ? kSuccess : kUmidTooLong;
 }
 
@@ -117,7 +117,7 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
 
 // What is written here is on the medium before the job is done, and looked at once more.
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
-  const bool renewable = ClipIdentity::CanBeRenewed(mxf_);
+  const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;
   if (renewable) identity_.Renew();
   // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
   if (stampTimes) StampTimes(audioEnd);

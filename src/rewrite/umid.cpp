@@ -96,15 +96,16 @@ std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
   return kBadArgumentOrWrite;
 }
 
-bool ClipIdentity::CanBeRenewed(const MXF_BASE_INFO& mxf) {
-  return mxf.materialUmidSize == kUmidBytes && mxf.sourceUmidSize == kUmidBytes;
+UmidWidth WidthOfUmids(const MXF_BASE_INFO& mxf) {
+  const auto width = [](std::uint32_t bytes) {
+    if (bytes == kUmidBytes) return UmidWidth::kBasic;
+    return bytes == kExtendedUmidBytes ? UmidWidth::kExtended : UmidWidth::kUnknown;
+  };
+  return std::max(width(mxf.materialUmidSize), width(mxf.sourceUmidSize));
 }
 
 JobFault ClipIdentity::Locate() {
-  const auto isKnown = [](std::uint32_t size) {
-    return size == kUmidBytes || size == kExtendedUmidBytes;
-  };
-  if (!isKnown(mxf_.materialUmidSize) || !isKnown(mxf_.sourceUmidSize)) return kHeaderUnfit;
+  if (WidthOfUmids(mxf_) == UmidWidth::kUnknown) return kHeaderUnfit;
   for (HeaderBlock* block : {&wanted_, &now_}) {
     const HeaderState state = block->Read(clip_, mxf_);
     if (state == HeaderState::kFault) return kClipFault;

@@ -37,6 +37,15 @@ std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
                             const std::optional<MetadataPlace>& stampPlace,
                             const PackageStamp& stamp);
 
+enum class UmidWidth {
+  kBasic,     // 32 bytes: only such UMIDs can be renewed
+  kExtended,  // 64 bytes
+  kUnknown,   // any other
+};
+
+// The widest of the clip's two UMIDs; kUnknown when either of them is.
+UmidWidth WidthOfUmids(const MXF_BASE_INFO& mxf);
+
 // The identity of the clip that is being rewritten, from the proof in front of the first write to
 // the last look at the file.
 class ClipIdentity {
@@ -45,9 +54,6 @@ class ClipIdentity {
   ClipIdentity(platform::File* clip, MXF_BASE_INFO* mxf) : clip_(*clip), mxf_(*mxf) {}
   ClipIdentity(const ClipIdentity&) = delete;
   ClipIdentity& operator=(const ClipIdentity&) = delete;
-
-  // True when both UMIDs have 32 bytes: others cannot be renewed.
-  static bool CanBeRenewed(const MXF_BASE_INFO& mxf);
 
   // Finds every place that Renew is going to write. kNoFault; kClipChanged when the file's header
   // metadata does not hold the UMIDs of the records in both package sets, as the clip that was

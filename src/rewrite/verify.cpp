@@ -32,10 +32,12 @@ std::int32_t SampleAt(const std::uint8_t* bytes, std::uint32_t width) {
 
 class Verification {
  public:
-  Verification(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
+  Verification(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf,
+               JobProgress* progress)
       : plan_(plan),
         tracks_(*tracks),
         mxf_(mxf),
+        progress_(*progress),
         files_(plan, tracks, *mxf.audio),
         blocks_(plan, mxf, files_),
         rows_(clip_, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
@@ -43,9 +45,7 @@ class Verification {
   Verification& operator=(const Verification&) = delete;
 
   VerifyResult Run(const std::u16string& path) {
-    tracks_.totalFrames = plan_.range.total;
-    tracks_.currentFrame = 0;
-    tracks_.cancel = 0;
+    progress_.total = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return {VerifyState::kFailed, {}, failed};
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
@@ -56,8 +56,8 @@ class Verification {
       for (std::uint32_t i = 0; i < frames; ++i) {
         const VerifyResult compared = CompareFrame(firstEntry + i);
         if (compared.state != VerifyState::kSame) return compared;
-        if (tracks_.cancel == 1) return {VerifyState::kStopped, {}, kCancelled};
-        tracks_.currentFrame = ++done;
+        if (progress_.cancel == 1) return {VerifyState::kStopped, {}, kCancelled};
+        progress_.done = ++done;
       }
     }
     return Same();
@@ -139,6 +139,7 @@ class Verification {
   const RewrapPlan& plan_;
   AUDIOTRACK_IO_INFO& tracks_;
   const MXF_BASE_INFO& mxf_;
+  JobProgress& progress_;
   SourceFiles files_;
   SourceBlocks blocks_;
   platform::File clip_;
@@ -149,7 +150,7 @@ class Verification {
 }  // namespace
 
 VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
-                          const MXF_BASE_INFO* mxf) {
+                          const MXF_BASE_INFO* mxf, JobProgress* progress) {
   const auto failed = [](JobFault fault) -> VerifyResult {
     return {VerifyState::kFailed, {}, static_cast<std::int32_t>(kStageRewrapFileIo) + fault};
   };
@@ -157,7 +158,7 @@ VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
   RewrapPlan plan{};
   if (const JobFault fault = PlanRewrap(path, tracks, mxf, &plan)) return failed(fault);
   try {
-    return Verification(plan, tracks, *mxf).Run(path);
+    return Verification(plan, tracks, *mxf, progress).Run(path);
   } catch (const std::bad_alloc&) {
     return failed(kOutOfMemory);
   }

@@ -6,6 +6,7 @@
 
 #include "mxf/records.h"
 #include "state/audiotrack_io_info.h"
+#include "state/job_progress.h"
 
 namespace quorvan {
 
@@ -28,9 +29,9 @@ struct VerifyResult {
 };
 
 // Takes the arguments of RewrapFileIo, only reads, and proves the same of each frame before it
-// compares the frame. A failure names its frame or file in `fault` as a rewrite does. Throws
-// nothing.
+// compares the frame. A failure names its frame or file in `fault` as a rewrite does. `progress`
+// counts frames. Throws nothing.
 VerifyResult VerifyRewrap(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
-                          const MXF_BASE_INFO* mxf);
+                          const MXF_BASE_INFO* mxf, JobProgress* progress);
 
 }  // namespace quorvan

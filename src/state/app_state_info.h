@@ -40,6 +40,11 @@ inline constexpr std::array<std::u16string_view, 3> kTrackStateText = {
 // Which of IN and OUT are set: [0] IN, [1] OUT, each 0 or 1.
 using PointSet = std::array<std::uint32_t, 2>;
 
+// True for a path that `mxfPath` can hold.
+inline bool FitsMxfPath(std::u16string_view path) {
+  return path.size() < kMxfPathChars;
+}
+
 struct WINDOW_STATE_INFO;
 
 // One instance in the process. Tracks count from 0; flags are 0 or 1. The thread of the face writes
@@ -56,7 +61,7 @@ struct APP_STATE_INFO {
   std::thread workerThread;
   std::thread stageThread;
   std::atomic<std::uint32_t> stageThreadStop;  // 1 ends the stage-text thread
-  JobKind jobKind;                             // set before the job's dialog opens
+  JobKind jobKind;                             // of the job that was started last
 
   platform::File mxfFile;                       // the clip while it is open for analysis
   char16_t mxfPath[kMxfPathChars];              // empty when no file is loaded

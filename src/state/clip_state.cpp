@@ -60,6 +60,18 @@ FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames
   return {frames, shifted};
 }
 
+bool IsRangeSet(const PointSet& points) {
+  return points[0] == 1 && points[1] == 1;
+}
+
+bool TakeRewrapRange(APP_STATE_INFO* app, const RangeFields& fields, PointSet* points) {
+  if (!IsRangeSet(app->rewrapPointSet)) return false;
+  app->tracks->*fields.in = app->tracks->inFrame;
+  app->tracks->*fields.out = app->tracks->outFrame;
+  *points = {1, 1};
+  return true;
+}
+
 FramePoint FirstFramePoint(const MXF_TIMECODE_INFO& timecode) {
   return MakeFramePoint(timecode, static_cast<std::int32_t>(timecode.startFrames));
 }

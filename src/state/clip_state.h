@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "state/app_state_info.h"
+#include "state/frame_range.h"
 
 namespace quorvan {
 
@@ -21,6 +22,13 @@ void ClearMxfState(APP_STATE_INFO* app);
 // Both slots of the point with the real count `frames`: the second one hour on when the clip starts
 // in hour 23, else the same.
 FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);
+
+// True when both points of a range are set.
+bool IsRangeSet(const PointSet& points);
+
+// Makes the range of the rewrite the range of `fields` and sets its `points`. False, and nothing
+// has changed, when the range of the rewrite is not set.
+bool TakeRewrapRange(APP_STATE_INFO* app, const RangeFields& fields, PointSet* points);
 
 // The clip's first and last frame.
 FramePoint FirstFramePoint(const MXF_TIMECODE_INFO& timecode);

@@ -21,8 +21,8 @@ JobFault CheckClip(const MXF_BASE_INFO& mxf) {
   return told ? kNoFault : kNoSampleFormat;
 }
 
-JobFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                        const MXF_BASE_INFO* mxf, const RangeFields& fields, FrameRange* range) {
+JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,
+                   const RangeFields& fields, FrameRange* range) {
   if (path == nullptr || *path == 0) return kNoPath;
   if (tracks == nullptr) return kNoTracks;
   if (!HasRecords(mxf)) return kNoRecords;

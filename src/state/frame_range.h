@@ -36,8 +36,8 @@ JobFault CheckClip(const MXF_BASE_INFO& mxf);
 // Checks the arguments of a job: kNoPath to kBadRange, kNoRange and kNoSampleFormat, or kNoFault
 // with `range` filled. In a clip that starts in hour 23 an OUT directly before IN stands for no
 // frame at all: a total of 0.
-JobFault CheckArguments(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
-                        const MXF_BASE_INFO* mxf, const RangeFields& fields, FrameRange* range);
+JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,
+                   const RangeFields& fields, FrameRange* range);
 
 // True when the index counts its frames without a gap, in ascending places, and has the range.
 bool IndexHolds(const FrameRange& range, const MXF_BASE_INFO& mxf);

@@ -2,6 +2,8 @@
 
 #include <span>
 
+#include "state/clip_state.h"
+
 namespace quorvan {
 namespace {
 
@@ -124,7 +126,7 @@ bool Meets(const EnableFacts& facts, std::uint32_t needs) {
 EnableFacts FactsOf(const APP_STATE_INFO& app) {
   const bool loaded = app.mxfLoaded == 1;  // the worker may be writing the records if not
   return {loaded,
-          app.rewrapPointSet[0] == 1 && app.rewrapPointSet[1] == 1,
+          IsRangeSet(app.rewrapPointSet),
           loaded && app.mxf->audio->trackCount != 0,
           app.libraryView == 1,
           app.wavList->entryCount != 0,
@@ -138,6 +140,11 @@ bool IsEnabled(MenuKind menu, Command command, const EnableFacts& facts) {
     return Meets(facts, facts.libraryView ? rule.inLibraryView : rule.inTrackView);
   }
   return true;
+}
+
+bool OpensEntry(TimecodeTarget display, const APP_STATE_INFO& app) {
+  const bool hasIn = display == kInTarget || app.rewrapPointSet[0] == 1;
+  return hasIn && IsEnabled(MenuKind::kMain, kSetIn, FactsOf(app));
 }
 
 bool IsEnabled(MainButton button, const EnableFacts& facts) {

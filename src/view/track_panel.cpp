@@ -276,6 +276,16 @@ std::uint32_t ToggleSelectedTrackSwitches(APP_STATE_INFO* app) {
   return Repainted(app, kRepaintBandAndRows);
 }
 
+void ToggleExportSwitch(APP_STATE_INFO* app, std::size_t track) {
+  std::uint8_t& state = app->tracks->exportSwitch[track];
+  state = state == kSwitchOff ? kSwitchOn : kSwitchOff;
+}
+
+void SetExportSwitches(APP_STATE_INFO* app, bool on) {
+  auto& switches = app->tracks->exportSwitch;
+  std::fill_n(switches.begin(), UsableTracks(*app->mxf->audio), on ? kSwitchOn : kSwitchOff);
+}
+
 std::uint32_t SelectAllTracks(APP_STATE_INFO* app) {
   std::fill_n(app->trackSelected.begin(), TrackCount(*app), std::uint8_t{1});
   return Repainted(app, kRepaintBandAndRows, kRefreshTracks | kRefreshMenus);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "state/app_state_info.h"
@@ -67,6 +68,10 @@ std::uint32_t ToggleAllTrackSwitches(APP_STATE_INFO* app);
 // The selected tracks' switches turn to the opposite of the focus track's, with whole files unless
 // noAutoTrackSwitch.
 std::uint32_t ToggleSelectedTrackSwitches(APP_STATE_INFO* app);
+
+// The export switch of `track` turns; the export switches of all tracks become ON or OFF.
+void ToggleExportSwitch(APP_STATE_INFO* app, std::size_t track);
+void SetExportSwitches(APP_STATE_INFO* app, bool on);
 
 std::uint32_t SelectAllTracks(APP_STATE_INFO* app);
 

@@ -76,13 +76,9 @@ AnalysisDialog::AnalysisDialog(APP_STATE_INFO* app,
 }
 
 int AnalysisDialog::exec() {
-  app_.jobKind = kAnalysisJob;
-  app_.analysisOk = 0;
-  app_.mxf->timecode->progressTotal = 0;
-  app_.mxf->timecode->progressFrame = 0;
+  PrepareAnalysis(&app_);
   running_ = true;
   stopping_ = false;
-  app_.mxf->timecode->stopRequest = 0;
   PlaceJobDialog(this);
   setStatus_(u"MXFファイルを解析中...");
   ShowProgress();
@@ -121,26 +117,18 @@ void AnalysisDialog::Ended() {
   running_ = false;
 }
 
-void AnalysisDialog::TellOfHiddenTracks(std::u16string_view form, int first) {
-  const int tracks = app_.mxf->audio->trackCount;
-  if (tracks <= static_cast<int>(kMaxTracks)) return;
-  QString text = ToQString(form);
-  text.replace(text.indexOf("%d"), 2, QString::number(first));
-  text.replace(text.indexOf("%d"), 2, QString::number(tracks));
-  Tell(this, BoxKind::kWarning, FromQString(text));
-}
-
 // A clip that no job takes can be looked at all the same.
-void AnalysisDialog::TellWhatIsMissing() {
+void AnalysisDialog::TellNotices(bool checked) {
   const std::u16string_view refusal = ClipRefusal(app_);
   if (!refusal.empty()) Tell(this, BoxKind::kWarning, refusal);
+  const std::u16string hidden = HiddenTracksMessage(*app_.mxf->audio, checked);
+  if (!hidden.empty()) Tell(this, BoxKind::kWarning, hidden);
 }
 
 void AnalysisDialog::OnDone() {
   bar_->setValue(100);
   Ended();
-  TellWhatIsMissing();
-  TellOfHiddenTracks(u"アプリの設計上 %d から %dトラックは認識されません。", kMaxTracks + 1);
+  TellNotices(true);
   setStatus_(u"ロード完了");
   app_.analysisOk = 1;
   accept();
@@ -169,9 +157,7 @@ void AnalysisDialog::OnStopped(const QString& text) {
   }
   if (Ask(this, BoxKind::kWarning, FromQString(text), kStoppedTitle)) {
     app_.analysisOk = 1;
-    TellWhatIsMissing();
-    TellOfHiddenTracks(u"アプリの仕様上 %d から %dトラックは認識されません。\nご了承ください。",
-                       kMaxTracks);
+    TellNotices(false);
   } else {
     ClearMxfState(&app_);
   }

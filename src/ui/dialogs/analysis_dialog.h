@@ -32,8 +32,7 @@ class AnalysisDialog : public QDialog {
  private:
   void ShowProgress();
   void Ended();
-  void TellWhatIsMissing();
-  void TellOfHiddenTracks(std::u16string_view form, int first);
+  void TellNotices(bool checked);
   void OnDone();
   void OnFailed(qint32 result, const QString& text);
   void OnStopped(const QString& text);

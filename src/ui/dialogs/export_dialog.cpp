@@ -8,13 +8,12 @@
 
 #include <iterator>
 
-#include "job/job_check.h"
-#include "job/process_table.h"
 #include "platform/text.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
+#include "view/track_panel.h"
 
 namespace quorvan::ui {
 namespace {
@@ -97,9 +96,7 @@ QWidget* ExportDialog::MakeTrackGroup() {
   for (int k = 0; k < kButtonsOfPage; ++k) {
     auto* button = new LampButton(app_, memory_, k, group);
     connect(button, &QAbstractButton::clicked, this, [this, k] {
-      std::uint8_t& state =
-          app_.tracks->exportSwitch[static_cast<std::size_t>(memory_.page * kButtonsOfPage + k)];
-      state = state == kSwitchOff ? kSwitchOn : kSwitchOff;
+      ToggleExportSwitch(&app_, static_cast<std::size_t>(memory_.page * kButtonsOfPage + k));
       RefreshPage();
     });
     lamps->addWidget(button, k / 4, k % 4);
@@ -179,8 +176,7 @@ void ExportDialog::TurnPage(int step) {
 
 void ExportDialog::ToggleAll() {
   memory_.allOn = !memory_.allOn;
-  for (std::uint32_t t = 0; t < UsableTracks(*app_.mxf->audio); ++t)
-    app_.tracks->exportSwitch[t] = memory_.allOn ? kSwitchOn : kSwitchOff;
+  SetExportSwitches(&app_, memory_.allOn);
   RefreshPage();
 }
 
@@ -204,18 +200,10 @@ std::u16string_view ExportDialog::RewrapRangeTitle() const {
 
 void ExportDialog::Start() {
   if (!RequireRange(u"タイムコード入力")) return;
-  AUDIOTRACK_IO_INFO& tracks = *app_.tracks;
-  app_.jobKind = kExportJob;
-  if (const std::int32_t refused = CheckJob(app_)) {
-    return Tell(this, BoxKind::kNotice,
-                FailureText(JobProcessCode(kExportJob, app_.useFileIo), refused),
-                u"書出しトラック");
-  }
-  ++tracks.exportCount;
   TakePrefix();
-  platform::CopyText(tracks.exportFolder, std::size(tracks.exportFolder),
+  platform::CopyText(app_.tracks->exportFolder, std::size(app_.tracks->exportFolder),
                      FromQString(folder_->text()));
-  RunJob();
+  RunJob(kExportJob, u"書出しトラック");
 }
 
 }  // namespace quorvan::ui

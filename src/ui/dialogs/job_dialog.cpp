@@ -5,6 +5,7 @@
 #include <array>
 
 #include "job/process_table.h"
+#include "job/rewrite_log.h"
 #include "report/rewrap_log.h"
 #include "timecode/timecode.h"
 #include "ui/dialogs/dialog_place.h"
@@ -94,13 +95,7 @@ QString JobDialog::Timecode(std::int32_t frames) const {
 }
 
 int JobDialog::exec() {
-  const std::size_t slot = CountedSlot(*app_.mxf->timecode);
-  const std::int32_t frames =
-      (app_.tracks->*range_.out)[slot] - (app_.tracks->*range_.in)[slot] + 1;
-  app_.tracks->totalFrames = static_cast<std::uint32_t>(frames);
-  app_.tracks->currentFrame = 0;
-  app_.tracks->phase = kPhaseProving;
-  percent_ = frames * 0.01;
+  percent_ = app_.tracks->totalFrames * 0.01;
   running_ = true;
   stopping_ = false;
   PlaceJobDialog(this);
@@ -172,17 +167,13 @@ void JobDialog::OnDone(qint32 result, const QString&) {
 
 void JobDialog::ReportRewrite(qint32 result) {
   setStatus_(u"再ラップ詳細ログを作成中...");
-  std::uint32_t error = 0;
-  const bool noticed = result == kDoneWithNotice;
-  const std::u16string_view notice =
-      noticed ? UmidStateText(app_.tracks->umidState) : std::u16string_view();
-  const bool logged = WriteRewrapLog(&app_, notice, &error);
+  std::u16string failure;
+  const bool logged = LogRewrite(result, &app_, &failure);
   setStatus_(u"再ラップ処理完了");
   if (!logged) {
-    Tell(parentWidget(), BoxKind::kError, RewrapLogFailureMessage(app_.mxfPath, error),
-         u"再ラップ処理詳細ログの保存");
+    Tell(parentWidget(), BoxKind::kError, failure, u"再ラップ処理詳細ログの保存");
   }
-  if (noticed) {
+  if (result == kDoneWithNotice) {
     Tell(parentWidget(), BoxKind::kWarning,
          JobNoticeMessage(app_.mxfPath, app_.tracks->umidState, logged));
   } else if (logged) {

@@ -20,7 +20,7 @@ class JobDialog : public QDialog {
   Q_OBJECT
 
  public:
-  // The job is that of jobKind. `setStatus` writes the status bar's first field.
+  // The job is the prepared one. `setStatus` writes the status bar's first field.
   JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view)> setStatus,
             QWidget* parent);
 

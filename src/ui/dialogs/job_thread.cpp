@@ -29,7 +29,6 @@ void JobThread::Start() {
   inSecondPhase_ = false;
   ended_ = false;
   app_.ui.progressDialog = [this](const JobReport& report) { Take(report); };
-  app_.jobStartTime = platform::LocalTimeNow();
   look_.start(kLookMilliseconds);
   if (platform::StartThread(&app_.workerThread, [app = &app_] { WorkerThread(app); })) return;
   const auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;

@@ -3,8 +3,6 @@
 #include <QLabel>
 #include <QLineEdit>
 
-#include "job/job_check.h"
-#include "job/process_table.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
 
@@ -113,13 +111,7 @@ std::u16string_view LoudnessDialog::RewrapRangeTitle() const {
 
 void LoudnessDialog::Measure() {
   if (!RequireRange(u"確認")) return;
-  app_.jobKind = kLoudnessJob;
-  if (const std::int32_t refused = CheckJob(app_)) {
-    return Tell(this, BoxKind::kNotice,
-                FailureText(JobProcessCode(kLoudnessJob, app_.useFileIo), refused), u"確認");
-  }
-  RunJob();
-  ShowResults();
+  if (RunJob(kLoudnessJob, u"確認")) ShowResults();
 }
 
 }  // namespace quorvan::ui

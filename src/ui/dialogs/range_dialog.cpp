@@ -4,6 +4,8 @@
 #include <QKeyEvent>
 #include <QLabel>
 
+#include "job/job_check.h"
+#include "state/clip_state.h"
 #include "ui/dialogs/job_dialog.h"
 #include "ui/main/message_box.h"
 #include "ui/main/theme.h"
@@ -84,27 +86,26 @@ bool RangeDialog::IsEnter(const QEvent& key) {
 }
 
 void RangeDialog::TakeRewrapRange() {
-  if (app_.rewrapPointSet[0] == 1 && app_.rewrapPointSet[1] == 1) {
-    app_.tracks->*fields_.in = app_.tracks->inFrame;
-    app_.tracks->*fields_.out = app_.tracks->outFrame;
-    pointSet_ = {1, 1};
-    entry_->Refresh();
-    return;
-  }
+  if (quorvan::TakeRewrapRange(&app_, fields_, &pointSet_)) return entry_->Refresh();
   Tell(this, BoxKind::kWarning, RewrapRangeRefusal(), RewrapRangeTitle());
   entry_->OpenFirstUnset();
 }
 
 bool RangeDialog::RequireRange(std::u16string_view title) {
-  if (pointSet_[0] == 1 && pointSet_[1] == 1) return true;
+  if (IsRangeSet(pointSet_)) return true;
   Tell(this, BoxKind::kWarning, u"書出し用IN/OUTポイントが正しく設定されていません。", title);
   entry_->OpenFirstUnset();
   return false;
 }
 
-void RangeDialog::RunJob() {
+bool RangeDialog::RunJob(JobKind kind, std::u16string_view title) {
+  if (const JobRefusal refusal = PrepareJob(kind, &app_); refusal.result != 0) {
+    Tell(this, BoxKind::kNotice, refusal.text, title);
+    return false;
+  }
   JobDialog(&app_, setStatus_, this).exec();
   inButton_->setFocus();
+  return true;
 }
 
 void RangeDialog::keyPressEvent(QKeyEvent* event) {

@@ -40,8 +40,8 @@ class RangeDialog : public QDialog {
   // True for one of the keys that confirm; `key` is a QKeyEvent.
   static bool IsEnter(const QEvent& key);
 
-  // Runs the job of jobKind in its dialog.
-  void RunJob();
+  // Runs the job `kind` in its dialog. False, told under `title`, when it cannot start.
+  bool RunJob(JobKind kind, std::u16string_view title);
 
   // Enter in the entry is not the default button.
   void keyPressEvent(QKeyEvent* event) override;

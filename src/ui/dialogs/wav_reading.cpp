@@ -5,11 +5,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <thread>
 
 #include "platform/path.h"
 #include "platform/thread.h"
@@ -22,25 +19,10 @@ namespace {
 constexpr auto kPatience = std::chrono::milliseconds(300);
 constexpr int kPollMilliseconds = 30;
 
-// One search for a header, and its end.
+// The search for the header of a file.
 struct Search {
   std::atomic<std::uint32_t> stop = 0;
-  std::mutex mutex;
-  std::condition_variable hasEnded;
-  bool ended = false;
-  WavResult result = kWavNoMemory;
-
-  bool EndsWithin(std::chrono::milliseconds time) {
-    std::unique_lock lock(mutex);
-    return hasEnded.wait_for(lock, time, [this] { return ended; });
-  }
-
-  void End(WavResult with) {
-    const std::lock_guard lock(mutex);
-    result = with;
-    ended = true;
-    hasEnded.notify_one();
-  }
+  platform::WatchedThread thread;
 };
 
 void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
@@ -52,7 +34,7 @@ void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* p
   dialog.setWindowModality(Qt::WindowModal);
   QTimer poll;
   QObject::connect(&poll, &QTimer::timeout, &dialog, [&] {
-    if (search->EndsWithin(std::chrono::milliseconds(0))) dialog.accept();
+    if (search->thread.EndsWithin(std::chrono::milliseconds(0))) dialog.accept();
   });
   poll.start(kPollMilliseconds);
   dialog.exec();
@@ -73,17 +55,16 @@ WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWi
   if (HoldsWavFile(*app->wavList, path)) return kWavAlreadyAdded;
   // The thread has a list of its own: the window goes on showing the library meanwhile.
   const auto found = std::make_unique<WAV_FILE_INFO>();
-  Search search;
-  std::thread reader;
-  const bool started = platform::StartThread(
-      &reader, [&] { search.End(AddWavFile(path.c_str(), found.get(), *app->mxf, &search.stop)); });
-  if (!started) return kWavNoMemory;
+  WavResult result = kWavNoMemory;
   {
-    const platform::JoinAtEnd joined(&reader);
-    if (!search.EndsWithin(kPatience)) ShowUntilEnded(&search, path, parent);
+    Search search;
+    const bool started = search.thread.Start(
+        [&] { result = AddWavFile(path.c_str(), found.get(), *app->mxf, &search.stop); });
+    if (!started) return kWavNoMemory;
+    if (!search.thread.EndsWithin(kPatience)) ShowUntilEnded(&search, path, parent);
   }
   MoveLastWavEntry(found.get(), app->wavList);
-  return search.result;
+  return result;
 }
 
 }  // namespace quorvan::ui

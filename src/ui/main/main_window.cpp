@@ -45,9 +45,6 @@ constexpr std::u16string_view kAddTitle = u"BWFファイルを追加";
 constexpr std::u16string_view kNoIndexMemory =
     u"メモリ確保でエラーが発生したため、ファイルリストに追加できません。\n"
     u"一度PCを終了させ起動してみてください。";
-constexpr std::u16string_view kCannotLoadText =
-    u"MXFファイルをロードできません。\n"
-    u"接続デバイス、他のアプリで使用していないか確認して下さい。";
 
 // A file dialog shows what stands in front of the last brackets.
 constexpr char kMxfFilter[] = "MXF(*.mxf) (*.mxf *.MXF)";
@@ -58,11 +55,6 @@ constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kRewrap, kRewrapButton}, {MainButton::kExport, kExportButton},
     {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
     {MainButton::kDuration, kDurButton}};
-
-// True for a path that the state record cannot hold.
-bool IsTooLong(std::u16string_view path) {
-  return path.size() >= kMxfPathChars;
-}
 
 // Files are looked at and stay where they are. Whoever is told that they were moved deletes them:
 // no other answer than a copy may be given, whatever was proposed.
@@ -190,10 +182,10 @@ void MainWindow::ConnectView() {
   connect(view_->Label(kFileNameText), &DrawnLabel::DoubleClicked, this,
           [this] { Run(kOpenLocation); });
   connect(view_->Label(kInTimecodeText), &DrawnLabel::DoubleClicked, this, [this] {
-    if (HasTracks()) Run(kSetIn);
+    if (OpensEntry(kInTarget, app_)) Run(kSetIn);
   });
   connect(view_->Label(kOutTimecodeText), &DrawnLabel::DoubleClicked, this, [this] {
-    if (HasTracks() && app_.rewrapPointSet[0] == 1) Run(kSetOut);
+    if (OpensEntry(kOutTarget, app_)) Run(kSetOut);
   });
   connect(entry_, &TimecodeField::Entered, this, [this] { RequestRefresh(kRefreshMenus); });
 }
@@ -209,10 +201,6 @@ void MainWindow::ConnectList() {
   connect(list_, &LibraryList::PopupRequested, this, [this](const QPoint& place) {
     ShowPopup(LibraryPopup(), MenuKind::kLibraryPopup, place);
   });
-}
-
-bool MainWindow::HasTracks() const {
-  return app_.mxfLoaded == 1 && app_.mxf->audio->trackCount > 0;
 }
 
 void MainWindow::ShowPopup(std::span<const MenuItem> items, MenuKind kind, const QPoint& place) {
@@ -275,13 +263,11 @@ void MainWindow::Run(Command command) {
     case kUnloadMxf:
       return Unload();
     case kMeasureLoudness:
-      app_.jobKind = kLoudnessJob;
       LoudnessDialog(&app_, StatusSetter(), this).exec();
       return;
     case kAddWav:
       return AddByDialog();
     case kExportBwf:
-      app_.jobKind = kExportJob;
       ExportDialog(&app_, &exportMemory_, StatusSetter(), this).exec();
       return;
     case kRewriteAudio:
@@ -327,13 +313,10 @@ void MainWindow::LoadByDialog() {
                                    QFileDialog::HideNameFilterDetails);
   if (path.isEmpty()) return;
   const std::u16string chosen = FromQString(path);
-  if (IsTooLong(chosen)) return Tell(this, BoxKind::kError, ClipPathTooLongMessage(chosen));
+  if (!FitsMxfPath(chosen)) return Tell(this, BoxKind::kError, ClipPathTooLongMessage(chosen));
   if (!OpenClip(chosen)) {
-    const std::u16string name(platform::LastComponent(chosen));
-    const std::u16string code =
-        FromQString(QString::number(platform::LastSystemError(), 16).toUpper());
     return Tell(this, BoxKind::kError,
-                name + u"\n\n" + std::u16string(kCannotLoadText) + u"\nERR: " + code);
+                ClipCannotBeLoadedMessage(chosen, platform::LastSystemError()));
   }
   AnalyseOpenClip(chosen);
 }
@@ -465,10 +448,8 @@ void MainWindow::SelectAll() {
 }
 
 void MainWindow::Rewrite() {
-  app_.jobKind = kRewriteJob;
-  if (const std::int32_t refused = CheckJob(app_)) {
-    return Tell(this, BoxKind::kNotice,
-                FailureText(JobProcessCode(kRewriteJob, app_.useFileIo), refused));
+  if (const JobRefusal refusal = PrepareJob(kRewriteJob, &app_); refusal.result != 0) {
+    return Tell(this, BoxKind::kNotice, refusal.text);
   }
   if (!CanHaveRewrapLog(app_.mxfPath)) {
     return Tell(this, BoxKind::kError, NoRewrapLogMessage(app_.mxfPath));
@@ -503,7 +484,7 @@ void MainWindow::OpenLocation() {
 }
 
 void MainWindow::OpenEntry(TimecodeTarget target) {
-  if (HasTracks()) entry_->Open(target);
+  if (IsEnabled(MenuKind::kMain, kSetIn, FactsOf(app_))) entry_->Open(target);
 }
 
 void MainWindow::SortBy(Command command) {
@@ -548,7 +529,7 @@ void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {
 
 // False when the clip cannot be opened, which has been told then.
 bool MainWindow::LoadDropped(const std::u16string& path) {
-  if (IsTooLong(path)) {
+  if (!FitsMxfPath(path)) {
     Tell(this, BoxKind::kError, ClipPathTooLongMessage(path), kDroppedMxfTitle);
     return false;
   }

@@ -66,7 +66,6 @@ class MainWindow : public QMainWindow {
   void OpenEntry(TimecodeTarget target);
   void SortBy(Command command);
   void ApplyToRows(std::uint32_t refresh);
-  bool HasTracks() const;
 
   AppState state_;
   APP_STATE_INFO& app_;

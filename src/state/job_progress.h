@@ -1,0 +1,20 @@
+// How far a job is that works on a thread of its own, and the request to stop it.
+
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace quorvan {
+
+// The thread that watches the job writes `cancel`; the job's thread writes the rest.
+struct JobProgress {
+  // What the job does while it has nothing to count; null for nothing. The text lives as long as
+  // the program.
+  std::atomic<const char16_t*> stage = nullptr;
+  std::atomic<std::uint64_t> done = 0;    // frames or bytes
+  std::atomic<std::uint64_t> total = 0;   // frames or bytes; 0 until it is known
+  std::atomic<std::uint32_t> cancel = 0;  // 1 asks the job to stop
+};
+
+}  // namespace quorvan
