@@ -3,9 +3,10 @@
 #pragma once
 
 #include <atomic>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <limits>
 #include <optional>
 #include <span>
 #include <string>
@@ -36,6 +37,9 @@ enum class ReadTrouble {
   kStopped,  // the request of StopOn has come
 };
 
+// Largest offset that a file can have.
+inline constexpr std::uint64_t kMostFileOffset = std::numeric_limits<std::int64_t>::max();
+
 // A point in time in units of 100 ns since 1601-01-01 00:00 UTC.
 using FileTime = std::uint64_t;
 
@@ -65,7 +69,7 @@ class File {
   // when rights are missing, or when another holder excludes this mode.
   static File Open(const std::u16string& path, OpenMode mode);
 
-  bool IsOpen() const { return handle_ >= 0; }
+  bool IsOpen() const { return handle_ != kNoHandle; }
 
   // Closes the file. False when the system reports only now that what was written is lost; true for
   // a file that is not open.
@@ -85,8 +89,8 @@ class File {
   // Size in bytes, or nothing when the system cannot tell, which counts as a read that failed.
   std::optional<std::uint64_t> Size() const;
 
-  // Moves the file pointer to an absolute offset. Offsets above 2^63 - 1 are refused: returns false
-  // and leaves the pointer where it was.
+  // Moves the file pointer to an absolute offset. Offsets above kMostFileOffset are refused:
+  // returns false and leaves the pointer where it was.
   bool Seek(std::uint64_t offset);
 
   // The file pointer.
@@ -140,13 +144,16 @@ class File {
   bool SetTimes(const FileTimes& times);
 
   // The system's own handle, for the other services of this folder only.
-  int NativeHandle() const { return handle_; }
+  std::intptr_t NativeHandle() const { return handle_; }
 
  private:
-  File(int handle, std::string name) : handle_(handle), name_(std::move(name)) {}
+  static constexpr std::intptr_t kNoHandle = -1;
 
-  int handle_ = -1;
-  std::string name_;  // the path as the system takes it
+  File(std::intptr_t handle, std::filesystem::path name)
+      : handle_(handle), name_(std::move(name)) {}
+
+  std::intptr_t handle_ = kNoHandle;
+  std::filesystem::path name_;  // as the system takes it
   std::uint64_t position_ = 0;
   const std::atomic<std::uint32_t>* stopRequest_ = nullptr;
   mutable ReadTrouble trouble_ = ReadTrouble::kNone;
@@ -186,7 +193,7 @@ bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to
 bool RenameReplacing(const std::u16string& from, const std::u16string& to);
 
 // The system's own number for a name that something else has.
-inline constexpr std::uint32_t kNameTakenError = EEXIST;
+std::uint32_t NameTakenError();
 
 // True when the system's number says that there are no rights for what was wanted, or that the
 // medium is protected.

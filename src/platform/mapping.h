@@ -41,9 +41,7 @@ class MappedView {
 
   // Lets the processor fetch the byte at file offset `offset`, if it is at hand, while something
   // else is being done. Never faults.
-  void PrefetchByte(std::uint64_t offset) const {
-    if (Covers(offset, 1)) __builtin_prefetch(data_ + (offset - fileOffset_));
-  }
+  void PrefetchByte(std::uint64_t offset) const;
 
   // True when the bytes [offset, offset + length) of the file lie in this view.
   bool Covers(std::uint64_t offset, std::uint64_t length) const;

@@ -38,13 +38,13 @@ std::uint32_t WhyNotToReplace(const std::u16string& path) {
   }
   const bool material =
       std::find(starts.begin(), starts.end(), std::string_view(head, held)) != starts.end();
-  return material ? platform::kNameTakenError : 0;
+  return material ? platform::NameTakenError() : 0;
 }
 
 }  // namespace
 
 LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::move(path)) {
-  error_ = IsMaterial(path_, app) ? platform::kNameTakenError : WhyNotToReplace(path_);
+  error_ = IsMaterial(path_, app) ? platform::NameTakenError() : WhyNotToReplace(path_);
   if (error_ != 0) {
     failed_ = true;
     return;

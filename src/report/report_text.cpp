@@ -28,7 +28,7 @@ std::string DateTimeText(const platform::CalendarTime& time, int yearDigits) {
 }
 
 std::string_view LogRefusal(std::uint32_t error) {
-  return error == platform::kNameTakenError
+  return error == platform::NameTakenError()
              ? "\n\n同じ名前の別のファイル(映像・音声など)があるため、置き換えません。"
              : "";
 }

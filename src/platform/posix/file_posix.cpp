@@ -10,7 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <limits>
+#include <filesystem>
 #include <new>
 #include <utility>
 
@@ -22,10 +22,13 @@
 namespace quorvan::platform {
 namespace {
 
-constexpr std::uint64_t kMaxOffset = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
 constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between looks at a request
 constexpr std::size_t kMostPieces = 64;                           // of one call
+
+int Descriptor(std::intptr_t handle) {
+  return static_cast<int>(handle);
+}
 
 // True, with errno set, when the seam wants the call to come to nothing.
 bool ComesToNothing(CallOutcome outcome) {
@@ -141,36 +144,13 @@ constexpr unsigned kStatxMask = STATX_BASIC_STATS | STATX_BTIME;
 
 }  // namespace
 
-File::File(File&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)),
-      name_(std::move(other.name_)),
-      position_(std::exchange(other.position_, 0)),
-      stopRequest_(std::exchange(other.stopRequest_, nullptr)),
-      trouble_(std::exchange(other.trouble_, ReadTrouble::kNone)) {}
-
-File& File::operator=(File&& other) noexcept {
-  if (this != &other) {
-    Close();
-    handle_ = std::exchange(other.handle_, -1);
-    name_ = std::move(other.name_);
-    position_ = std::exchange(other.position_, 0);
-    stopRequest_ = std::exchange(other.stopRequest_, nullptr);
-    trouble_ = std::exchange(other.trouble_, ReadTrouble::kNone);
-  }
-  return *this;
-}
-
-File::~File() {
-  Close();
-}
-
 File File::Open(const std::u16string& path, OpenMode mode) {
   std::string name = ToUtf8(path);
   if (name.empty() || name.find('\0') != std::string::npos) return File();
   const int handle =
       Uninterrupted(SystemCall::kOpen, [&] { return open(name.c_str(), OpenFlags(mode), 0666); });
   if (handle < 0) return File();
-  File file(handle, std::move(name));
+  File file(handle, std::filesystem::path(std::move(name)));
   if (!IsRegularFile(handle) || !LockFor(handle, mode)) {
     if (mode == OpenMode::kCreateNew) unlink(file.name_.c_str());
     return File();
@@ -180,11 +160,11 @@ File File::Open(const std::u16string& path, OpenMode mode) {
 
 bool File::Close() {
   bool closed = true;
-  if (handle_ >= 0) {
+  if (IsOpen()) {
     const CallOutcome outcome = OutcomeOf(SystemCall::kClose);
-    closed = (close(handle_) == 0 || errno == EINTR) && outcome != CallOutcome::kFails;
+    closed = (close(Descriptor(handle_)) == 0 || errno == EINTR) && outcome != CallOutcome::kFails;
   }
-  handle_ = -1;
+  handle_ = kNoHandle;
   position_ = 0;
   stopRequest_ = nullptr;
   return closed;
@@ -192,33 +172,15 @@ bool File::Close() {
 
 std::optional<std::uint64_t> File::Size() const {
   struct stat status {};
-  if (Through(SystemCall::kSize, [&] { return fstat(handle_, &status); }) != 0) {
+  if (Through(SystemCall::kSize, [&] { return fstat(Descriptor(handle_), &status); }) != 0) {
     trouble_ = ReadTrouble::kFailed;
     return std::nullopt;
   }
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-bool File::Seek(std::uint64_t offset) {
-  if (offset > kMaxOffset) return false;
-  position_ = offset;
-  return true;
-}
-
-std::size_t File::Read(void* buffer, std::size_t length) {
-  const std::size_t done = ReadAt(position_, buffer, length);
-  position_ += done;
-  return done;
-}
-
-bool File::Write(const void* data, std::size_t length) {
-  if (!WriteAt(position_, data, length)) return false;
-  position_ += length;
-  return true;
-}
-
 std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const {
-  if (offset > kMaxOffset || length > kMaxOffset - offset) return 0;
+  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return 0;
   const std::size_t most = stopRequest_ == nullptr ? kMaxTransfer : kStoppableTransfer;
   std::size_t done = 0;
   while (done < length) {
@@ -228,7 +190,7 @@ std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length)
     }
     const ssize_t step =
         TransferThrough(SystemCall::kRead, std::min(length - done, most), [&](std::size_t part) {
-          return pread(handle_, static_cast<char*>(buffer) + done, part,
+          return pread(Descriptor(handle_), static_cast<char*>(buffer) + done, part,
                        static_cast<off_t>(offset + done));
         });
     if (step < 0 && errno == EINTR) continue;
@@ -240,11 +202,11 @@ std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length)
 }
 
 bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
-  if (offset > kMaxOffset || length > kMaxOffset - offset) return false;
+  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return false;
   for (std::size_t done = 0; done < length;) {
     const ssize_t step = TransferThrough(
         SystemCall::kWrite, std::min(length - done, kMaxTransfer), [&](std::size_t part) {
-          return pwrite(handle_, static_cast<const char*>(data) + done, part,
+          return pwrite(Descriptor(handle_), static_cast<const char*>(data) + done, part,
                         static_cast<off_t>(offset + done));
         });
     if (step < 0 && errno == EINTR) continue;
@@ -255,19 +217,19 @@ bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
 }
 
 bool File::ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const {
-  if (offset > kMaxOffset || length > kMaxOffset - offset) return false;
+  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return false;
   const iovec piece = {buffer, length};
-  return preadv2(handle_, &piece, 1, static_cast<off_t>(offset), RWF_NOWAIT) ==
+  return preadv2(Descriptor(handle_), &piece, 1, static_cast<off_t>(offset), RWF_NOWAIT) ==
          static_cast<ssize_t>(length);
 }
 
 void File::ExpectScattered() const {
-  posix_fadvise(handle_, 0, 0, POSIX_FADV_RANDOM);
+  posix_fadvise(Descriptor(handle_), 0, 0, POSIX_FADV_RANDOM);
 }
 
 void File::Prefetch(std::uint64_t offset, std::uint64_t length) const {
-  if (offset > kMaxOffset || length > kMaxOffset - offset) return;
-  posix_fadvise(handle_, static_cast<off_t>(offset), static_cast<off_t>(length),
+  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return;
+  posix_fadvise(Descriptor(handle_), static_cast<off_t>(offset), static_cast<off_t>(length),
                 POSIX_FADV_WILLNEED);
 }
 
@@ -281,11 +243,12 @@ WriteResult File::WriteGathered(std::uint64_t offset,
       const auto piece = pieces[i].subspan(i == 0 ? skipped : 0);
       calls[i] = {const_cast<std::uint8_t*>(piece.data()), piece.size()};
     }
-    if (offset > kMaxOffset) return WriteResult::kFailed;
+    if (offset > kMostFileOffset) return WriteResult::kFailed;
     const std::size_t total = BytesOf(std::span(calls).first(count));
     const ssize_t step = TransferThrough(SystemCall::kGatheredWrite, total, [&](std::size_t part) {
       const std::size_t used = part < total ? CutTo(part, calls) : count;
-      return pwritev(handle_, calls.data(), static_cast<int>(used), static_cast<off_t>(offset));
+      return pwritev(Descriptor(handle_), calls.data(), static_cast<int>(used),
+                     static_cast<off_t>(offset));
     });
     if (step < 0 && errno == EINTR) continue;
     if (step < 0) return errno == EFAULT ? WriteResult::kSourceFault : WriteResult::kFailed;
@@ -302,19 +265,22 @@ WriteResult File::WriteGathered(std::uint64_t offset,
 }
 
 bool File::Flush() {
-  return Uninterrupted(SystemCall::kFlush, [&] { return fsync(handle_); }) == 0 ||
+  return Uninterrupted(SystemCall::kFlush, [&] { return fsync(Descriptor(handle_)); }) == 0 ||
          KnowsNoFlush(errno);
 }
 
 bool File::Resize(std::uint64_t size) {
-  return size <= kMaxOffset && Uninterrupted(SystemCall::kWrite, [&] {
-                                 return ftruncate(handle_, static_cast<off_t>(size));
-                               }) == 0;
+  return size <= kMostFileOffset &&
+         Uninterrupted(SystemCall::kWrite, [&] {
+           return ftruncate(Descriptor(handle_), static_cast<off_t>(size));
+         }) == 0;
 }
 
 std::optional<FileTimes> File::Times() const {
   struct statx status {};
-  const auto ask = [&] { return statx(handle_, "", AT_EMPTY_PATH, kStatxMask, &status); };
+  const auto ask = [&] {
+    return statx(Descriptor(handle_), "", AT_EMPTY_PATH, kStatxMask, &status);
+  };
   if (Through(SystemCall::kTimes, ask) != 0) return std::nullopt;
   return TimesOf(status);
 }
@@ -322,18 +288,18 @@ std::optional<FileTimes> File::Times() const {
 bool File::IsStillAtItsPath() const noexcept {
   struct stat here {};
   struct stat there {};
-  return fstat(handle_, &here) == 0 && stat(name_.c_str(), &there) == 0 &&
+  return fstat(Descriptor(handle_), &here) == 0 && stat(name_.c_str(), &there) == 0 &&
          here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 
 bool File::HasOtherNames() const {
   struct stat status {};
-  return fstat(handle_, &status) != 0 || status.st_nlink > 1;
+  return fstat(Descriptor(handle_), &status) != 0 || status.st_nlink > 1;
 }
 
 bool File::SetTimes(const FileTimes& times) {
   const timespec values[2] = {ToTimespec(times.lastAccess), ToTimespec(times.lastWrite)};
-  return Through(SystemCall::kTimes, [&] { return futimens(handle_, values); }) == 0;
+  return Through(SystemCall::kTimes, [&] { return futimens(Descriptor(handle_), values); }) == 0;
 }
 
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
@@ -407,11 +373,15 @@ bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
   struct stat status {};
   const bool exists = stat(target.c_str(), &status) == 0;
   if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
-    errno = static_cast<int>(kNameTakenError);
+    errno = EEXIST;
     return false;
   }
   const std::string source = ToUtf8(from);
   return Through(SystemCall::kRename, [&] { return rename(source.c_str(), target.c_str()); }) == 0;
+}
+
+std::uint32_t NameTakenError() {
+  return EEXIST;
 }
 
 bool MeansNoRights(std::uint32_t systemError) {

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <limits>
-#include <utility>
 
 #include "platform/fault_seam.h"
 
@@ -13,25 +12,6 @@ namespace quorvan::platform {
 std::uint64_t MappingGranularity() {
   static const auto pageSize = static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
   return pageSize;
-}
-
-MappedView::MappedView(MappedView&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)),
-      size_(std::exchange(other.size_, 0)),
-      fileOffset_(std::exchange(other.fileOffset_, 0)) {}
-
-MappedView& MappedView::operator=(MappedView&& other) noexcept {
-  if (this != &other) {
-    Unmap();
-    data_ = std::exchange(other.data_, nullptr);
-    size_ = std::exchange(other.size_, 0);
-    fileOffset_ = std::exchange(other.fileOffset_, 0);
-  }
-  return *this;
-}
-
-MappedView::~MappedView() {
-  Unmap();
 }
 
 void MappedView::Unmap() {
@@ -45,10 +25,8 @@ void MappedView::ExpectScattered() const {
   if (data_ != nullptr) madvise(const_cast<std::uint8_t*>(data_), size_, MADV_RANDOM);
 }
 
-bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
-  if (data_ == nullptr || offset < fileOffset_) return false;
-  const std::uint64_t start = offset - fileOffset_;
-  return start <= size_ && length <= size_ - start;
+void MappedView::PrefetchByte(std::uint64_t offset) const {
+  if (Covers(offset, 1)) __builtin_prefetch(data_ + (offset - fileOffset_));
 }
 
 FileMapping FileMapping::Create(const File& file, std::u16string_view) {
@@ -68,18 +46,12 @@ MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
   if (length > std::numeric_limits<std::size_t>::max()) return view;
   if (OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return view;
   void* data = mmap(nullptr, static_cast<std::size_t>(length), PROT_READ, MAP_SHARED,
-                    file_->NativeHandle(), static_cast<off_t>(offset));
+                    static_cast<int>(file_->NativeHandle()), static_cast<off_t>(offset));
   if (data == MAP_FAILED) return view;
   view.data_ = static_cast<const std::uint8_t*>(data);
   view.size_ = static_cast<std::size_t>(length);
   view.fileOffset_ = offset;
   return view;
-}
-
-MappedView FileMapping::ViewCovering(std::uint64_t offset, std::uint64_t length) const {
-  const std::uint64_t misalign = offset % MappingGranularity();
-  if (length > std::numeric_limits<std::uint64_t>::max() - misalign) return MappedView();
-  return View(offset - misalign, length + misalign);
 }
 
 }  // namespace quorvan::platform

@@ -24,10 +24,6 @@ std::optional<std::uint64_t> NumberIn(const char* path, const char* label) {
   return number;
 }
 
-}  // namespace
-
-namespace {
-
 // What a container lets its processes take.
 struct ContainerFiles {
   const char* limit;
@@ -58,13 +54,6 @@ std::optional<std::uint64_t> AvailableMemory() {
     available = std::min(*available, *limit > bound ? *limit - bound : 0);
   }
   return available;
-}
-
-bool FitsMemory(std::uint64_t bytes) {
-  constexpr std::uint64_t alwaysThere = std::uint64_t{64} << 20;
-  if (bytes <= alwaysThere) return true;
-  const auto available = AvailableMemory();
-  return !available || bytes <= *available / 4 * 3;
 }
 
 }  // namespace quorvan::platform

@@ -1,6 +1,3 @@
-#include "platform/path.h"
-
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -8,12 +5,11 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/path.h"
 #include "platform/text.h"
 
 namespace quorvan::platform {
 namespace {
-
-constexpr char16_t kSeparator = u'/';
 
 // The desktop under the name that the user's language gives it, as the file user-dirs.dirs of the
 // freedesktop.org base directories has it: XDG_DESKTOP_DIR="$HOME/..." or an absolute path.
@@ -33,45 +29,6 @@ std::filesystem::path NamedDesktop(const std::filesystem::path& home) {
 }
 
 }  // namespace
-
-std::u16string_view NameBehindSeparator(std::u16string_view path) {
-  const std::size_t separator = path.rfind(kSeparator);
-  return separator == std::u16string_view::npos ? std::u16string_view()
-                                                : path.substr(separator + 1);
-}
-
-std::u16string_view LastComponent(std::u16string_view path) {
-  return path.find(kSeparator) == std::u16string_view::npos ? path : NameBehindSeparator(path);
-}
-
-std::u16string_view FolderOf(std::u16string_view path) {
-  const std::size_t separator = path.rfind(kSeparator);
-  if (separator == std::u16string_view::npos) return {};
-  return path.substr(0, std::max<std::size_t>(separator, 1));
-}
-
-std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {
-  std::u16string path(folder);
-  if (!path.empty() && path.back() != kSeparator) path += kSeparator;
-  return path.append(name);
-}
-
-std::u16string_view WithoutExtension(std::u16string_view path) {
-  const std::size_t dot = LastComponent(path).rfind(u'.');
-  if (dot == std::u16string_view::npos) return path;
-  return path.substr(0, path.size() - LastComponent(path).size() + dot);
-}
-
-std::u16string LowerCaseExtension(std::u16string_view path) {
-  const std::u16string_view name = LastComponent(path);
-  const std::size_t dot = name.rfind(u'.');
-  if (dot == std::u16string_view::npos) return {};
-  std::u16string extension(name.substr(dot));
-  for (char16_t& unit : extension) {
-    if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
-  }
-  return extension;
-}
 
 std::u16string DesktopFolder() {
   const char* home = std::getenv("HOME");

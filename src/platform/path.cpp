@@ -1,0 +1,52 @@
+#include "platform/path.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace quorvan::platform {
+namespace {
+
+constexpr auto kSeparator = static_cast<char16_t>(std::filesystem::path::preferred_separator);
+
+}  // namespace
+
+std::u16string_view NameBehindSeparator(std::u16string_view path) {
+  const std::size_t separator = path.rfind(kSeparator);
+  return separator == std::u16string_view::npos ? std::u16string_view()
+                                                : path.substr(separator + 1);
+}
+
+std::u16string_view LastComponent(std::u16string_view path) {
+  return path.find(kSeparator) == std::u16string_view::npos ? path : NameBehindSeparator(path);
+}
+
+std::u16string_view FolderOf(std::u16string_view path) {
+  const std::size_t separator = path.rfind(kSeparator);
+  if (separator == std::u16string_view::npos) return {};
+  return path.substr(0, std::max<std::size_t>(separator, 1));
+}
+
+std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {
+  std::u16string path(folder);
+  if (!path.empty() && path.back() != kSeparator) path += kSeparator;
+  return path.append(name);
+}
+
+std::u16string_view WithoutExtension(std::u16string_view path) {
+  const std::size_t dot = LastComponent(path).rfind(u'.');
+  if (dot == std::u16string_view::npos) return path;
+  return path.substr(0, path.size() - LastComponent(path).size() + dot);
+}
+
+std::u16string LowerCaseExtension(std::u16string_view path) {
+  const std::u16string_view name = LastComponent(path);
+  const std::size_t dot = name.rfind(u'.');
+  if (dot == std::u16string_view::npos) return {};
+  std::u16string extension(name.substr(dot));
+  for (char16_t& unit : extension) {
+    if (unit >= u'A' && unit <= u'Z') unit = static_cast<char16_t>(unit - u'A' + u'a');
+  }
+  return extension;
+}
+
+}  // namespace quorvan::platform
