@@ -29,7 +29,7 @@ constexpr std::uint32_t kSampleBytes = 3;
 constexpr int kLoudnessMode = EBUR128_MODE_M | EBUR128_MODE_S | EBUR128_MODE_I | EBUR128_MODE_LRA |
                               EBUR128_MODE_SAMPLE_PEAK | EBUR128_MODE_TRUE_PEAK;
 
-// A file as one view.
+// A whole file, mapped as one view; `data` is null when that fails.
 class WholeFile {
  public:
   WholeFile(const std::filesystem::path& path, bool writes) {
@@ -66,8 +66,9 @@ const INDEX_ENTRY_ARRAY& EntryOf(const APP_STATE_INFO& app, std::uint32_t frame)
   return (*app.mxf->indexEntries)[frame];
 }
 
-// Calls `visit` with track and place of each value of the clip, in file order; false when there is
-// one that the index does not lead to, or `visit` says so.
+// Calls `eachFrame` with each frame number, and `visit` with the track (from 0) and the place of
+// each value of the frame, track by track. False when a value is not in the index or `visit`
+// returns false.
 template <typename EachFrame, typename Visit>
 bool VisitValues(const APP_STATE_INFO& app, EachFrame eachFrame, Visit visit) {
   const std::uint32_t tracks = UsableTracks(*app.mxf->audio);
@@ -87,7 +88,7 @@ bool VisitValues(const APP_STATE_INFO& app, Visit visit) {
       app, [](std::uint32_t) {}, visit);
 }
 
-// Has the pages with the audio of `frame` fetched.
+// Asks the system to prefetch the pages with the audio of `frame`.
 void FetchAudio(const APP_STATE_INFO& app, std::uint32_t frame, const WholeFile& clip) {
   if (frame >= app.mxf->timecode->frameCount) return;
   const INDEX_ENTRY_ARRAY& entry = EntryOf(app, frame);
@@ -112,7 +113,7 @@ bool AreOpen(const std::vector<WholeFile>& files) {
                      [](const WholeFile& file) { return file.data() != nullptr; });
 }
 
-// The next bytes of each track's source.
+// Address of the first audio byte of each track's source.
 std::vector<const std::uint8_t*> Starts(const APP_STATE_INFO& app,
                                         const std::vector<WholeFile>& sources) {
   std::vector<const std::uint8_t*> starts;
@@ -125,7 +126,7 @@ bool WriteWhole(int file, const std::uint8_t* data, std::size_t size) {
   return write(file, data, size) == static_cast<ssize_t>(size);
 }
 
-// A track's file with what is not written yet.
+// The file of an exported track, and the bytes that are not written yet.
 struct ExportFile {
   int file = -1;
   std::vector<std::uint8_t> waiting;
@@ -154,7 +155,7 @@ ClipFacts FactsOf(const APP_STATE_INFO& app) {
                   mxf.timecode->frameCount,
                   mxf.partitionTable->get()[0].partitionCount,
                   UsableTracks(*mxf.audio)};
-  std::uint64_t counted = 0;  // pages up to this one
+  std::uint64_t counted = 0;  // number of the first page that is not counted yet
   VisitValues(app, [&](std::uint32_t, const ElementValue& value) {
     facts.audioBytes += value.bytes();
     const std::uint64_t first = std::max(counted, value.fileOffset() / kPageBytes);

@@ -1,5 +1,5 @@
-// The least that has to be done for each job, without a proof, a progress or a way back: what the
-// engines are compared with.
+// The bare loops with which the engines are compared: the least work that does each job, without a
+// proof, progress or cancellation. Every function works on the loaded clip of `app`.
 
 #pragma once
 
@@ -21,32 +21,40 @@ struct ClipFacts {
   std::uint32_t partitions;
   std::uint32_t tracks;
 };
+
+// Counts the audio of all usable tracks in all frames.
 ClipFacts FactsOf(const APP_STATE_INFO& app);
 
-// One view of the whole clip and one of each source, and a copy for each frame and track. The
-// sources are mono and have the clip's width. `advised` tells the system ahead which pages of the
-// clip come. Unless `noFlush` of the state is 1, it waits for the medium as the engines do.
+// Overwrites all audio with the sources on the tracks: maps the whole clip and each source, and
+// copies each value. The sources must be mono, of the clip's sample width and at least as long as
+// the clip. With `advised` the pages of the coming frames' audio are prefetched. Unless `noFlush`
+// of `app.tracks` is 1, the function waits for the medium as the engines do. False when a file
+// cannot be mapped, a value is not in the index, or the flush fails.
 bool BareRewrite(const APP_STATE_INFO& app, bool advised);
 
-// Gives all audio of the clip one value, so that a rewrite that does nothing shows.
+// Sets all audio bytes of the clip to one value, so that HoldsSources finds a rewrite that wrote
+// nothing. False when the clip cannot be mapped or a value is not in the index.
 bool BlankAudio(const APP_STATE_INFO& app);
 
 // True when the clip holds, in every frame and track, the samples of the sources on its tracks.
 bool HoldsSources(const APP_STATE_INFO& app);
 
-// Every track into a file of `folder`, behind a header of zeros. Flushes as BareRewrite does.
+// Writes every track into a file of `folder`, after a header of kBwfHeaderBytes zeros. Flushes as
+// BareRewrite does. False when a file exists already or cannot be written.
 bool BareExport(const APP_STATE_INFO& app, const std::filesystem::path& folder);
 
-// Waits until the file is on the medium.
+// Waits until the file is on the medium. False when the flush fails.
 bool FlushFile(const std::filesystem::path& path);
 
-// True when the files hold the clip's audio behind a BWF header, and nothing else.
+// True when each file of an export in `folder` holds kBwfHeaderBytes bytes and then the audio of
+// its track, and nothing else.
 bool HoldExports(const APP_STATE_INFO& app, const std::filesystem::path& folder);
 
-// Path of the file that an export of `track` (from 0) goes to.
+// Path of the file into which `track` (from 0) is exported.
 std::filesystem::path ExportPath(const std::filesystem::path& folder, std::uint32_t track);
 
-// Samples of tracks 1 and 2 as the measurement feeds them, interleaved.
+// The samples of tracks 1 and 2 as the measurement gives them to the library: interleaved, full
+// scale is 1. Empty when the clip cannot be mapped or its samples do not have 3 bytes.
 std::vector<float> LoudnessSamples(const APP_STATE_INFO& app);
 
 struct Loudness {
@@ -57,7 +65,8 @@ struct Loudness {
   bool operator==(const Loudness&) const = default;
 };
 
-// The library alone, fed frame by frame.
+// Measures `samples` (LoudnessSamples) with libebur128 alone, frame by frame. False without samples
+// or when the library has no memory.
 bool BareLoudness(const APP_STATE_INFO& app, const std::vector<float>& samples, Loudness* loudness);
 
 }  // namespace quorvan::bench

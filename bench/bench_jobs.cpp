@@ -1,4 +1,4 @@
-// Compares the jobs with the least that has to be done for them, side by side in one run.
+// Compares the jobs with their bare loops and with other programs, side by side in one run.
 
 #include <fmt/format.h>
 
@@ -53,19 +53,20 @@ struct Arguments {
   std::vector<std::string> only;
 };
 
+// One way of doing a job: a bare loop, an engine with its sources, or another program.
 struct Way {
   std::string name;
-  std::function<MeasuredJob(bool firstRound)> job;
+  std::function<MeasuredJob(bool firstRound)> job;  // the first round also checks the result
   std::uint32_t mostRuns = UINT32_MAX;
   bool onlyWarm = false;
 };
 
 struct Group {
   std::string title;
-  std::vector<Way> ways;  // the first one is what the others are compared with
+  std::vector<Way> ways;  // the other ways are compared with the first
 };
 
-// What one bench works on. A child has its own copy.
+// What all ways work on. A child process works on its own copy.
 struct Stage {
   Arguments arguments;
   Material material;
@@ -73,12 +74,12 @@ struct Stage {
   ClipFacts facts{};
   std::unique_ptr<cli::ClipSession> session;
   std::vector<float> samples;
-  Loudness loudness{};  // as the library alone measures it
+  Loudness loudness{};  // measured by the library alone
 
   APP_STATE_INFO& app() const { return session->app.info; }
 };
 
-// ---- Steps of a run, in the child ----
+// ---- Steps of a run, in the child process ----
 
 bool Load(Stage* stage) {
   stage->session = std::make_unique<cli::ClipSession>();
@@ -86,7 +87,8 @@ bool Load(Stage* stage) {
                             stage->session.get()) == cli::kDone;
 }
 
-// The whole clip, from its sources on all tracks; a stereo file takes the place of the first two.
+// Prepares a rewrite of the whole clip from a mono file on each track; with `stereo`, one file of
+// two channels is on tracks 1 and 2.
 bool PrepareRewrite(Stage* stage, bool stereo, bool flush, bool firstRound) {
   if (!Load(stage)) return false;
   APP_STATE_INFO& app = stage->app();
@@ -129,7 +131,7 @@ bool PrepareLoudness(Stage* stage, bool bare) {
   return cli::SetRange({}, kLoudnessRange, &app) == cli::kDone;
 }
 
-// The worker's analysis, as the programs run it, without the waiting of those who watch it.
+// Runs the worker's analysis as the programs do, but on this thread and without progress.
 bool Analyse(const fs::path& clip, Method method, bool timecodeCheck, AppState* state) {
   APP_STATE_INFO& app = state->info;
   platform::CopyText(app.mxfPath, kMxfPathChars, platform::ToUtf16(clip.string()));
@@ -191,7 +193,7 @@ Group RewriteGroup(Stage* stage) {
   const auto bare = [](bool advised) -> RewriteStep {
     return [=](APP_STATE_INFO& app) { return BareRewrite(app, advised); };
   };
-  // Brings the program itself into memory first.
+  // Runs ffmpeg once, so that the program itself is in memory.
   const auto warmUp = [] {
     return Ffmpeg({"-f", "lavfi", "-i", "anullsrc", "-t", "1", "-f", "null", "-"});
   };
@@ -207,7 +209,7 @@ Group RewriteGroup(Stage* stage) {
            {"remux", [=](bool) { return remux; }, 1, true}}};
 }
 
-// The same without a wait for the medium.
+// The bare loop and both engines, without waiting for the medium.
 Group NoFlushGroup(Stage* stage) {
   return {"rewriting all tracks, nothing flushed",
           {RewriteWay(
@@ -297,7 +299,7 @@ Group LoadGroup(Stage* stage) {
            way("load-file-io-continuity", Method::kGenericFileIo, true)}};
 }
 
-// ---- Measuring and telling ----
+// ---- Measuring and printing ----
 
 double Median(const std::vector<Figures>& runs, double Figures::*field) {
   std::vector<double> values;
@@ -330,8 +332,8 @@ void PrintHead(const Group& group, bool cold) {
   fmt::print("{:>10}{:>8}{:>10}\n", "least ms", "ratio", "pages/fr");
 }
 
-// The median over the rounds of how long a way took for what the base took in the same round:
-// a machine that is slower for a while is slower for both.
+// The median, over the rounds, of a way's time divided by the base's time in the same round: when
+// the machine is slower for a while, it is slower for both.
 double Ratio(const std::vector<Figures>& runs, const std::vector<Figures>& base) {
   std::vector<Figures> ratios;
   for (std::size_t round = 0; round < std::min(runs.size(), base.size()); ++round) {
@@ -416,7 +418,7 @@ std::vector<Figures> WarmLoads(const Arguments& arguments, const fs::path& clip,
     const auto figures =
         Measure(arguments.folder, false, LoadJob(clip, Method::kMemoryMapping, timecodeCheck));
     if (!figures) GiveUp("the load of " + clip.string());
-    if (run > 0) runs.push_back(*figures);  // the first one brings the pages in
+    if (run > 0) runs.push_back(*figures);  // the first run only brings the pages into memory
   }
   return runs;
 }

@@ -1,4 +1,4 @@
-// The inner loops, each by itself.
+// Measures the inner loops, each by itself.
 
 #include <benchmark/benchmark.h>
 
@@ -27,9 +27,10 @@ namespace {
 
 constexpr std::uint32_t kSamples = 1920;
 constexpr std::uint32_t kFpsIndex60 = 4;
-constexpr std::uint32_t kStep = 7919;  // through the day, in no order that a cache could learn
+// Frames from one count to the next: an order that no cache can predict.
+constexpr std::uint32_t kStep = 7919;
 
-// channels, bytes of a sample in the file, in the clip
+// Arguments: channels of the file, bytes of a sample in the file, bytes of a sample in the clip.
 void DeInterleave(benchmark::State& state) {
   const auto channels = static_cast<std::uint16_t>(state.range(0));
   const auto sampleBytes = static_cast<std::uint16_t>(state.range(1));
@@ -85,7 +86,7 @@ void SearchInFile(benchmark::State& state) {
 }
 BENCHMARK(SearchInFile);
 
-// Calls `convert` with counts all over a day of 59.94 frames, drop frame.
+// Measures `convert`, called with real counts from all over a day of 59.94 frames, drop frame.
 template <typename Convert>
 void OverTheDay(benchmark::State& state, Convert convert) {
   const std::uint32_t day = FramesPerDay(kFpsIndex60, 1);
@@ -136,7 +137,7 @@ void ShiftByAnHour(benchmark::State& state) {
 BENCHMARK(ShiftByAnHour);
 
 #ifdef QUORVAN_WINDOW
-// The main window's surface with all tracks of a clip, as a repaint of everything draws it.
+// Measures a full repaint of the main window with kMaxTracks tracks.
 void PaintTracks(benchmark::State& state) {
   test::ClipSpec spec;
   spec.tracks = kMaxTracks;

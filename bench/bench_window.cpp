@@ -1,9 +1,12 @@
-// How quickly the window starts, and how long its event loop stands still while a clip is
+// Measures how quickly the window starts, and how long its event loop stands still while a clip is
 // rewritten.
 //
-//   bench_window                    the start, five times: from the process to the first picture
-//   bench_window CLIP WAV [WAV...]  loads the clip, puts the files on its tracks from the first one
-//                                   on, rewrites all of it, and shows the longest pause
+//   bench_window                    starts the window five times, each in a process of its own, and
+//                                   prints the time from the start of the process to its end, which
+//                                   follows the first picture
+//   bench_window CLIP WAV [WAV...]  loads the clip, puts the files on its tracks in order, rewrites
+//                                   the whole clip by both methods, and prints the longest pause of
+//                                   the event loop
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -31,7 +34,7 @@ namespace {
 constexpr int kStarts = 5;
 constexpr char kOnlyStart[] = "--only-start";
 
-// The longest time between two turns of the event loop.
+// Measures the longest time between two turns of the event loop.
 class Pulse : public QObject {
  public:
   Pulse() {
@@ -39,7 +42,7 @@ class Pulse : public QObject {
     startTimer(1, Qt::PreciseTimer);
   }
 
-  // Milliseconds since the last call.
+  // The longest time since the last call, in milliseconds.
   double TakeLongest() { return std::exchange(longest_, 0.0); }
 
  protected:
@@ -54,7 +57,7 @@ class Pulse : public QObject {
   double longest_ = 0;
 };
 
-// Presses, in every box that comes up, the button of the first of these numbers that it has.
+// Answers an open message box: clicks its button named "102", or else its button named "1".
 void AnswerBoxes() {
   QWidget* top = QApplication::activeModalWidget();
   if (top == nullptr || !top->inherits("QMessageBox")) return;
@@ -70,7 +73,7 @@ void Drop(ui::MainWindow* window, const QString& path) {
   QApplication::sendEvent(window, &enter);
   QDropEvent event(QPointF(100, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(window, &event);
-  QApplication::processEvents();  // a drop is taken behind the drag
+  QApplication::processEvents();  // the window handles a drop after the drag has ended
 }
 
 bool PlaceFiles(APP_STATE_INFO* app, const QStringList& files) {
@@ -134,7 +137,7 @@ int MeasureStarts() {
   return 0;
 }
 
-// The window as the program shows it, until it has been painted.
+// Shows the window as the program does, until it has been painted.
 int OnlyStart() {
   ui::MainWindow window;
   window.show();

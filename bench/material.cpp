@@ -15,7 +15,8 @@ namespace fs = std::filesystem;
 
 constexpr std::uint32_t kPictureSeconds = 10;
 
-// Files grow under another name, so that what has its name is whole.
+// Runs ffmpeg to make `target`, unless it exists. ffmpeg writes under another name and the file is
+// renamed at the end, so that a file named `target` is always complete.
 bool Ffmpeg(std::vector<std::string> arguments, const fs::path& target) {
   if (fs::exists(target)) return true;
   const fs::path growing = target.parent_path() / ("growing-" + target.filename().string());

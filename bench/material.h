@@ -1,4 +1,4 @@
-// The clip and the sound files that the jobs are measured on, made once and kept in a folder.
+// The clip and the WAV files on which the jobs are measured, made once and kept in a folder.
 
 #pragma once
 
@@ -14,9 +14,9 @@ struct Material {
   std::filesystem::path stereo;
 };
 
-// Has ffmpeg write a clip of `seconds` with `tracks` tones, brings it into the form that the
-// readers follow, and makes the noise that is going to replace the tones. What the folder holds
-// already stays. False when something fails, with the reason on standard error.
+// Lets ffmpeg write a clip of `seconds` with a tone on each of `tracks` tracks, conforms the clip,
+// and makes the WAV files of noise that are going to replace the tones. Files that `folder` holds
+// already are used as they are. False when a step fails, with the reason on standard error.
 bool MakeMaterial(const std::filesystem::path& folder, std::uint32_t seconds, std::uint32_t tracks,
                   Material* material);
 

@@ -27,14 +27,14 @@ constexpr auto kSampleInterval = std::chrono::milliseconds(2);
 constexpr double kSectorBytes = 512;
 constexpr std::size_t kReadBytes = std::size_t{1} << 20;
 
-// What parent and child share.
+// The memory that parent and child share.
 struct Board {
-  std::atomic<pid_t> watched{0};  // whose memory is sampled, 0 for none
+  std::atomic<pid_t> watched{0};  // process whose memory is sampled, 0 for none
   Figures figures{};
 };
 Board* board = nullptr;
 
-// The number behind `name` in a file of lines "name: number"; 0 when there is none.
+// The number of the line "name: number" of a file; 0 without such a line.
 double NumberBehind(const std::string& path, const std::string& name) {
   std::ifstream file(path);
   for (std::string line; std::getline(file, line);) {
@@ -138,7 +138,8 @@ void ReadOnce(const std::filesystem::path& path) {
   close(file);
 }
 
-// Samples the watched process until the child ends; true when it ended with 0.
+// Samples the memory of the watched process until the child ends, and raises `*peak` (bytes). True
+// when the child ended with status 0.
 bool WatchToItsEnd(pid_t child, double* peak) {
   int status = 0;
   while (waitpid(child, &status, WNOHANG) == 0) {

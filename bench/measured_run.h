@@ -1,4 +1,4 @@
-// One run of a job in a process of its own, and what it cost.
+// Runs a job in a process of its own and measures what the run costs.
 
 #pragma once
 
@@ -13,40 +13,40 @@ namespace quorvan::bench {
 
 // Times in milliseconds, sizes in bytes.
 struct Figures {
-  double job;       // the job alone
-  double cpu;       // of the job, in program and system, on all cores together
-  double synced;    // the job with the sync behind it
-  double diskRead;  // of the folder's device, with the sync; 0 where it is not known
-  double diskWritten;
-  double processRead;  // fetched from storage by the process and those it started
-  double processDirtied;
-  double peakAnonymous;  // largest RssAnon; mapped pages of files do not count
+  double job;             // wall time of the job alone
+  double cpu;             // processor time of the job, user and system, all cores added up
+  double synced;          // wall time of the job and of the sync after it
+  double diskRead;        // by the folder's device, with the sync; 0 where the system does not tell
+  double diskWritten;     // the same
+  double processRead;     // fetched from storage by the process and its children
+  double processDirtied;  // bytes of pages that they changed
+  double peakAnonymous;   // largest RssAnon; mapped pages of files do not count
 };
 
 struct MeasuredJob {
   std::function<bool()> prepare;
-  std::function<bool()> run;    // the measured stretch
-  std::function<bool()> check;  // may be empty
+  std::function<bool()> run;    // is measured
+  std::function<bool()> check;  // whether the result is right; may be empty
 };
 
-// Runs prepare, then a sync, `cold` also the dropping of the system's cache, then the measured
-// stretch, then check, in a child process. Nothing when a step fails or the child dies.
+// In a child process: calls `prepare`, syncs, drops the system's cache when `cold` is true (as root
+// only), calls and measures `run`, then calls `check`. Nothing when a step fails or the child dies.
 std::optional<Figures> Measure(const std::filesystem::path& folder, bool cold,
                                const MeasuredJob& job);
 
-// Runs a program with nothing on standard input and waits for it. Within a measured stretch its
-// memory is the one that is watched. False unless it ends with status 0.
+// Runs a program with nothing on standard input and waits for its end. While it runs within a
+// measured `run`, its memory is sampled for peakAnonymous. False unless it ends with status 0.
 bool RunProgram(const std::vector<std::string>& arguments);
 
-// Brings all written bytes of the system onto their media.
+// Waits until everything that was written on this machine is on its medium.
 void SyncAll();
 
-// Reads the files from front to back, so that the system has them in memory; root empties its cache
-// first. How they came in decides how large the units are in which the system keeps and writes
-// them.
+// Reads the files from front to back, so that the system caches them. As root it drops the cache
+// first: how a file was read decides in which units the system caches it and writes it back.
 void WarmUp(const std::vector<std::filesystem::path>& files);
 
-// Cores, kernel, memory, and the file system and read-ahead of the folder.
+// A line of text with cores, kernel and memory of the machine, and with the file system and the
+// read-ahead of the folder.
 std::string MachineText(const std::filesystem::path& folder);
 
 }  // namespace quorvan::bench

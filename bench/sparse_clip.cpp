@@ -33,7 +33,8 @@ test::ClipSpec SpecOfOneFrame() {
   return spec;
 }
 
-// A clip of one frame, stretched: its pieces, with other counts and places.
+// Builds a clip of one frame and writes its pieces again and again, with the counts and offsets of
+// the long clip.
 class SparseWriter {
  public:
   SparseWriter(platform::File file, std::uint32_t frames)
@@ -69,7 +70,7 @@ class SparseWriter {
     return Bytes(start, start + static_cast<std::ptrdiff_t>(size));
   }
 
-  // The header partition, with the durations of the long clip.
+  // Writes the header partition, with the durations of the long clip.
   void WriteHeader() {
     for (const test::SetPlace& set : model_.layout.sets) {
       for (const test::TagPlace& item : set.tags) {
@@ -84,7 +85,8 @@ class SparseWriter {
     Put(0, Piece(0, end_));
   }
 
-  // A pack of `size` bytes like that of the model's partition, and the index table behind it.
+  // Writes a partition pack of `size` bytes, copied from the model's partition, and the index
+  // table. `index` is empty for a partition without an index table.
   void WritePack(const test::PartitionPlace& model, std::uint64_t size, const Bytes& index) {
     Bytes pack = Piece(model.offset, size);
     test::Patch(pack, test::pack::kThisPartition, Big64(end_));
@@ -100,7 +102,7 @@ class SparseWriter {
   void WriteBody(std::uint32_t first, std::uint32_t count) {
     const test::PartitionPlace& body = model_.layout.partitions[1];
     WritePack(body, body.indexOffset - body.offset, IndexOf(first, count));
-    // From the system element up to the picture's value.
+    // The bytes from the system element to the start of the picture's value.
     Bytes head = Piece(frame_.offset, frame_.picture.value - frame_.offset);
     const std::uint64_t word = frame_.system.value - frame_.offset + kWordInValue;
     const std::uint32_t start = test::FrameCount(spec_.start, kRate, spec_.dropFrame);
@@ -175,7 +177,8 @@ class SparseWriter {
     Put(end_, bytes);
   }
 
-  static constexpr std::uint64_t kWordInValue = 41;  // behind the stamp's type byte (SMPTE 385)
+  // Offset of the timecode word in the system element's value, after the type byte (SMPTE 385).
+  static constexpr std::uint64_t kWordInValue = 41;
 
   test::ClipSpec spec_;
   test::Clip model_;
@@ -183,7 +186,7 @@ class SparseWriter {
   platform::File file_;
   std::uint32_t frames_;
   std::vector<Partition> partitions_;
-  std::uint64_t end_ = 0;  // of what is written
+  std::uint64_t end_ = 0;  // file offset of the next byte to write
   std::uint64_t essenceBytes_ = 0;
   bool sound_ = true;
 };

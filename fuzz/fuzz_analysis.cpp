@@ -1,5 +1,6 @@
-// Analyses the input as a clip; one that is accepted is then filled with silence. Whatever the
-// input claims, the records lead to places inside it and the file keeps its length.
+// Fuzz target: analyses the input as a clip, and fills an accepted clip with silence. Whatever the
+// input claims, the records must lead to places inside the input, and the file must keep its
+// length.
 
 #include <cstdlib>
 

@@ -1,5 +1,6 @@
-// Runs every job over an input that the analysis accepts. Both ways of file access have to come to
-// the same end; a job that fails leaves what it must not touch as it was.
+// Fuzz target: runs every job on an input that the analysis accepts. Both methods of file access
+// must succeed or fail alike, a job that fails must leave the clip unchanged, and a rewrite must
+// change only audio values and header metadata.
 
 #include <algorithm>
 #include <array>
@@ -30,14 +31,14 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t kExtensionSizePlace = 72;  // of cbSize in a BWF header
-constexpr std::uint32_t kMeasuredInputs = 16;    // one in so many, since it takes long
+constexpr std::size_t kExtensionSizePlace = 72;  // offset of cbSize in a BWF header
+constexpr std::uint32_t kMeasuredInputs = 16;  // one input in 16 is measured: measuring takes long
 
 void Require(bool holds) {
   if (!holds) std::abort();
 }
 
-// One clip of the input's bytes.
+// The input as a clip, analysed, with all tracks ON and all ranges over the whole clip.
 class Clip {
  public:
   Clip(fuzz::MemoryFile* memory, const std::uint8_t* data, std::size_t size)
@@ -61,7 +62,7 @@ class Clip {
   const std::u16string& path() const { return memory_.Path(); }
   bool IsUntouched() const { return Now() == original_; }
 
-  // True when nothing has changed but values of audio elements, and bytes in front of the first
+  // True when only values of audio elements have changed, and bytes that come before both the first
   // frame and the second partition.
   bool HoldsItsPicture() const {
     Bytes now = Now();
@@ -159,7 +160,8 @@ void Measure(Clip* clip) {
   Require(clip->IsUntouched());
 }
 
-// The result without the number of its engine.
+// Runs a rewrite and checks what it has left. kSuccess for a rewrite that is done, with or without
+// a notice; else the result of the engine.
 std::int32_t Rewrite(Clip* clip, Method method) {
   const auto engine = method == Method::kMemoryMapping ? RewrapMapped : RewrapFileIo;
   const std::int32_t result = engine(clip->path().c_str(), &clip->app.tracks, clip->app.info.mxf);
@@ -171,7 +173,8 @@ std::int32_t Rewrite(Clip* clip, Method method) {
     Require(verified.state == VerifyState::kSame);
     return kSuccess;
   }
-  // Nothing fails here by itself: what is refused is refused before the first write.
+  // The storage is memory and does not fail, so a failure can only be a refusal before the first
+  // write.
   Require(clip->app.tracks.fault.framesBegun == 0 && clip->IsUntouched());
   return result;
 }

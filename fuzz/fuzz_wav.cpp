@@ -1,5 +1,5 @@
-// Reads the input as a WAV file, compares the outcome with the plainest form of the scan, and works
-// out its place on the timeline for every rate.
+// Fuzz target: reads the input as a WAV file, compares the result with a plain form of the same
+// scan, and calculates the place on the timeline for every rate, base and drop frame flag.
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,7 +24,7 @@ struct PlainScan {
   std::uint32_t dataSize;
 };
 
-// One group of four bytes after the other, straight from memory.
+// The plain form of the scan: looks at the four bytes at each place in turn, straight from memory.
 PlainScan ScanPlainly(std::span<const std::uint8_t> file) {
   PlainScan scan{kWavOk, 0, 0};
   const auto group = [&](std::uint64_t at) {
@@ -102,7 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   WAV_HEADER_INFO header{};
   const WavResult result = ReadWavHeader(file.Path().c_str(), &header);
   const PlainScan plain = ScanPlainly({data, size});
-  // A file may also be refused for its format.
+  // The reader also refuses a file for its format, which the plain scan does not look at.
   Require(result == plain.result ||
           (plain.result == kWavOk && result == kWavHeaderIncomplete &&
            (header.channels == 0 || header.blockAlign < header.channels)));

@@ -1,4 +1,4 @@
-// Writes the seeds of the fuzz targets into the subfolders of a folder.
+// Writes the seeds of the fuzz targets: clips into FOLDER/mxf and WAV files into FOLDER/wav.
 
 #include <filesystem>
 #include <iostream>

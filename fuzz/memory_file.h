@@ -1,4 +1,4 @@
-// A file that lives in memory, so that a fuzz target hands its input to code that opens paths.
+// A file in memory, through which a fuzz target gives its input to code that opens paths.
 
 #pragma once
 
@@ -10,16 +10,16 @@ namespace quorvan::fuzz {
 
 class MemoryFile {
  public:
-  // Ends the program when the system gives no such file.
+  // Ends the program when the system cannot make such a file.
   MemoryFile();
   ~MemoryFile();
   MemoryFile(const MemoryFile&) = delete;
   MemoryFile& operator=(const MemoryFile&) = delete;
 
-  // The file holds exactly these bytes from now on.
+  // Makes `data`, `size` bytes, the whole contents of the file. Ends the program on failure.
   void Replace(const std::uint8_t* data, std::size_t size);
 
-  // Opens the file anew, as long as this object lives.
+  // A path that opens the file as long as this object exists.
   const std::u16string& Path() const { return path_; }
 
  private:

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building and testing need, and says nothing when all are there.
+# Installs those Debian packages for building and testing that are missing, through sudo unless it runs as
+# root. Prints nothing when no package is missing. Without dpkg it prints the list of packages and succeeds.
 #
 #   tools/setup.sh            what ./run and ./test need
 #   tools/setup.sh --checks   also clang, clang-format and clang-tidy
-#   tools/setup.sh --bench    also what the benchmarks need
+#   tools/setup.sh --bench    also Google Benchmark
 set -euo pipefail
 
 packages=(

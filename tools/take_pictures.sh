@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Takes the pictures of the manual anew, from the running program; needs no display.
+# Takes the pictures of the manual (docs/pictures) again, from the running program. Needs no display.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs clang-tidy over the whole tree, with the compilation database of the release build.
+# Runs clang-tidy over every source file of src/ and tests/, with the compilation database of the release
+# build. The exit status is not 0 when clang-tidy reports anything.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

@@ -32,7 +32,7 @@ constexpr std::int32_t Failed(JobFault fault) {
   return static_cast<std::int32_t>(kStageExportMapped) + fault;
 }
 
-// One measurement from its range to its results. Everything it opens goes with it.
+// One measurement, from the checked range to its results. Destroying it closes what it has opened.
 class Measurement {
  public:
   Measurement(const FrameRange& range, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)

@@ -11,9 +11,10 @@ namespace {
 
 constexpr std::size_t kSlotFloats = std::size_t{kLargestFrameSamples} * kLoudnessChannels;
 
-// Turns `count` little-endian signed samples of kWidth bytes into every second float from `target`
-// on. A sample stands in the upper bytes of a word, whose sign is its own; behind the first one,
-// what stands in front of it fills the word up, so that one load brings both.
+// Converts `count` little-endian signed samples of kWidth bytes to floats (full scale is 1), and
+// writes them to every second float from `target` on. Each sample is put into the upper bytes of a
+// 32-bit word, so that the word has the sample's sign. From the second sample on, one load of four
+// bytes gets the sample and the bytes before it, which are then cleared.
 template <std::uint32_t kWidth>
 void Convert(const std::uint8_t* bytes, std::uint32_t count, float* target) {
   static_assert(std::endian::native == std::endian::little);
@@ -71,7 +72,7 @@ SampleFrame SampleReader::Next() {
   std::uint32_t filled = filled_.load(std::memory_order_acquire);
   for (; filled == next_; filled = filled_.load(std::memory_order_acquire))
     filled_.wait(filled, std::memory_order_acquire);
-  // The frame before is done with; its slot is given back with some others.
+  // The caller is done with the earlier frames. Their slots are given back kGivenBack at a time.
   if (next_ % kGivenBack == 0) {
     taken_.store(next_, std::memory_order_release);
     taken_.notify_one();
@@ -100,7 +101,7 @@ bool SampleReader::WaitForSlot(std::uint32_t frame) {
 SampleFrame SampleReader::Read(std::uint32_t frame) {
   const std::uint32_t entryIndex = range_.firstEntry + frame;
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
-  // Without a selected track no element speaks for the count.
+  // Without a selected track nothing else checks the count of samples.
   if (entry.audioSamples > kLargestFrameSamples) return {ElementState::kMisplaced};
   const ElementState state = rows_.Read(entryIndex);
   if (state != ElementState::kProven) return {state};

@@ -1,5 +1,5 @@
-// Reads the samples of up to two tracks of a clip, frame by frame, on a thread of its own: the
-// measurement takes far longer over a frame than its reading does, and need not wait for it.
+// Reads the samples of up to two tracks of a clip, frame by frame, on a thread of its own.
+// Measuring a frame takes far longer than reading it, and the reading goes on meanwhile.
 
 #pragma once
 
@@ -21,17 +21,18 @@ namespace quorvan {
 
 inline constexpr std::uint32_t kLoudnessChannels = 2;
 
-// One frame as it was read.
+// The samples of one frame.
 struct SampleFrame {
-  ElementState state = ElementState::kProven;
-  std::uint32_t count = 0;         // samples of each channel
-  const float* samples = nullptr;  // interleaved, full scale is 1; valid until the next is taken
+  ElementState state = ElementState::kProven;  // kProven, or why the frame could not be read
+  std::uint32_t count = 0;                     // samples of each channel
+  const float* samples = nullptr;  // interleaved, full scale is 1; valid until the next Next
 };
 
 class SampleReader {
  public:
-  // For `tracks`, from 0 and ascending, at most kLoudnessChannels, in the frames of `range`. All of
-  // it must outlive the reader. A channel that has no track is silent.
+  // Reads `tracks` (from 0, ascending, at most kLoudnessChannels) in the frames of `range` of the
+  // open `clip`, whose analysis is `mxf`. The index of `mxf` must hold the range. All arguments
+  // must outlive the reader. A channel without a track is silent.
   SampleReader(const platform::File& clip, const MXF_BASE_INFO& mxf,
                std::span<const std::uint32_t> tracks, const FrameRange& range)
       : mxf_(mxf),
@@ -41,22 +42,24 @@ class SampleReader {
   SampleReader(const SampleReader&) = delete;
   SampleReader& operator=(const SampleReader&) = delete;
 
-  // Ends the reading, wherever it is.
+  // Stops the reading, at whatever frame it is, and waits for the end of its thread.
   ~SampleReader();
 
-  // Starts to read. kNoFault, kOutOfMemory or kNoThread. The samples must be such that CanConvert.
+  // Allocates the memory and starts the reading thread. To be called once, and only when CanConvert
+  // is true for blockAlign of the clip. kNoFault, kOutOfMemory, or kNoThread when no thread could
+  // be started.
   JobFault Start();
 
-  // Waits for the next frame. Not to be called behind the last one, nor behind one that is not
-  // kProven.
+  // Waits for the next frame of the range and returns it. Must not be called before Start has
+  // succeeded, after the last frame, or after a frame that is not kProven.
   SampleFrame Next();
 
-  // True for the bytes of a sample that can be converted: 2, 3 or 4.
+  // True when samples of `blockAlign` bytes can be converted: 2, 3 or 4 bytes.
   static bool CanConvert(std::uint32_t blockAlign);
 
  private:
-  // Frames that are held at a time. Some of them are given back together, since waking the other
-  // thread costs as much as reading a frame.
+  // Frames in the ring, and frames that Next gives back to the reading thread together: waking the
+  // other thread costs as much as reading a frame.
   static constexpr std::uint32_t kSlots = 64;
   static constexpr std::uint32_t kGivenBack = 16;
   static constexpr std::uint32_t kStopped = ~std::uint32_t{0};
@@ -71,9 +74,9 @@ class SampleReader {
   RowReader rows_;
   std::unique_ptr<float[]> samples_;
   std::array<SampleFrame, kSlots> frames_;
-  std::atomic<std::uint32_t> filled_ = 0;  // frames that are read; written by the reading thread
-  std::atomic<std::uint32_t> taken_ = 0;   // frames that are done with, or kStopped
-  std::uint32_t next_ = 0;
+  std::atomic<std::uint32_t> filled_ = 0;  // frames read so far; written by the reading thread
+  std::atomic<std::uint32_t> taken_ = 0;   // frames given back so far, or kStopped
+  std::uint32_t next_ = 0;                 // number, in the range, of the frame that Next returns
   std::thread thread_;
 };
 

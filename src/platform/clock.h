@@ -1,4 +1,4 @@
-// Wall clock time, local and as file times.
+// The wall clock as calendar time and as file time, and a clock for durations.
 
 #pragma once
 
@@ -8,8 +8,9 @@
 
 namespace quorvan::platform {
 
+// A point in time in the local time zone.
 struct CalendarTime {
-  std::uint16_t year;
+  std::uint16_t year;      // of the Gregorian calendar
   std::uint8_t month;      // 1 to 12
   std::uint8_t day;        // 1 to 31
   std::uint8_t hour;       // 0 to 23
@@ -18,16 +19,17 @@ struct CalendarTime {
   std::uint8_t dayOfWeek;  // 0 is Sunday
 };
 
-// Now, in the local time zone.
+// The present time in the local time zone; all fields zero when the system cannot convert it.
 CalendarTime LocalTimeNow();
 
-// `time` in the local time zone; all fields zero when it has no calendar form.
+// Converts `time` into the local time zone. All fields are zero when the system cannot convert it.
 CalendarTime ToLocalTime(FileTime time);
 
-// Now, cut to whole seconds.
+// The present time as a file time (units of 100 ns since 1601), cut to whole seconds.
 FileTime FileTimeNow();
 
-// Seconds from an arbitrary start, never running backwards.
+// Seconds since an arbitrary start, with a fraction. Never runs backwards, so that the difference
+// of two calls is a duration.
 double MonotonicSeconds();
 
 }  // namespace quorvan::platform

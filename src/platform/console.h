@@ -1,4 +1,4 @@
-// The terminal in front of a console program, and its interrupt key.
+// The terminal of a console program, its interrupt key and the standard streams.
 
 #pragma once
 
@@ -8,24 +8,29 @@
 
 namespace quorvan::platform {
 
-// Whether standard input or standard error is a terminal.
+// True when standard input is a terminal.
 bool InputIsTerminal();
+
+// True when standard error is a terminal.
 bool ErrorIsTerminal();
 
-// Columns of the terminal behind standard error; 80 when there is none or it does not tell.
+// Columns of the terminal on standard error. 80 when standard error is no terminal or the terminal
+// does not tell its width.
 int TerminalColumns();
 
-// Reads one line from standard input without its line end. False at the end of the input and when
-// the interrupt key cut the reading short.
+// Reads one line from standard input into `*line`, without the line end. False when the input ends
+// before a line end, or when the interrupt key or a read error stops the reading; `*line` then
+// holds what was read.
 bool ReadLine(std::string* line);
 
-// From now on the interrupt key, a request to terminate and the loss of the terminal set `*flag` to
-// 1 and do nothing else, unless the program was started with them ignored. `flag` must live as long
-// as the program.
+// From now on the interrupt key, a request to terminate and the loss of the terminal only set
+// `*flag` to 1 instead of ending the program. A signal that was ignored when the program started
+// stays ignored. `flag` must live as long as the program.
 void SetFlagOnInterrupt(std::atomic<std::uint32_t>* flag);
 
-// Makes the standard streams safe for what follows: one that is closed leads to nothing, so that no
-// file takes its place, and output that cannot be written fails instead of ending the program.
+// Makes the standard streams safe for the rest of the program. A closed standard stream is opened
+// on the null device, so that no file gets its handle and is written to by mistake. From now on a
+// write to a closed pipe or beyond the file size limit fails instead of ending the program.
 void PrepareStandardStreams();
 
 }  // namespace quorvan::platform

@@ -1,41 +1,45 @@
-// Where the tests make calls of the operating system fail. The program itself never sets a seam.
+// The place at which tests make calls of the operating system fail. The program itself never sets a
+// seam.
 
 #pragma once
 
 namespace quorvan::platform {
 
-// The calls that src/platform makes on behalf of its callers.
+// The kinds of system calls at which a seam is asked.
 enum class SystemCall {
   kOpen,
   kLock,
   kSize,
   kRead,
-  kWrite,
+  kWrite,  // also the change of a file's size
   kGatheredWrite,
   kMap,
   kFlush,
   kClose,
-  kTimes,
+  kTimes,  // reading and setting of file times
   kRename,
-  kThread,
+  kThread,  // the start of a thread
 };
 inline constexpr int kSystemCalls = static_cast<int>(SystemCall::kThread) + 1;
 
-// What a call comes to.
+// What happens to a call.
 enum class CallOutcome {
-  kAsEver,         // what the system makes of it
-  kFails,          // an error; nothing was done, except that a failing close does close
-  kComesShort,     // a transfer of half the bytes; a call that transfers none is made as ever
-  kIsInterrupted,  // nothing was done, and the system would have it repeated
+  kAsEver,         // the call is made unchanged
+  kFails,          // the call is not made and fails; a close is made, and then fails
+  kComesShort,     // a read or write transfers half the bytes; other calls are made unchanged
+  kIsInterrupted,  // the call is not made and fails as if interrupted by a signal; closes, maps and
+                   // starts of threads are made unchanged
 };
 
-// Asked before each call, on the thread that makes the call.
+// Called before each call of a kind of SystemCall, on the thread that makes the call. Decides what
+// happens to the call.
 using FaultSeam = CallOutcome (*)(SystemCall call);
 
-// From now on `seam` decides the outcome of calls; null leaves all of them to the system.
+// From now on `seam` decides what happens to calls. With null all calls are made unchanged.
 void SetFaultSeam(FaultSeam seam);
 
-// What the call that is about to be made comes to; kAsEver without a seam.
+// Asks the seam what happens to a call of kind `call` that is about to be made. kAsEver without a
+// seam.
 CallOutcome OutcomeOf(SystemCall call);
 
 }  // namespace quorvan::platform

@@ -1,4 +1,6 @@
-// Files with 64-bit offsets, as the readers and engines need them.
+// Files with 64-bit offsets, and operations on paths. Paths are UTF-16 and offsets and lengths
+// count bytes. A function that takes a path throws std::bad_alloc when memory is out, unless it
+// says otherwise; the other functions throw nothing.
 
 #pragma once
 
@@ -14,27 +16,29 @@
 
 namespace quorvan::platform {
 
-// How a file is opened, and who else may have it open meanwhile. On POSIX the sharing is an
-// advisory lock that every program of this project takes; a file that another one holds in a
-// conflicting way cannot be opened.
+// How a file is opened, and who else may have the file open at the same time. On POSIX the sharing
+// is an advisory lock, which binds only programs that ask for it, as all programs of this project
+// do. A file on which another program holds a conflicting lock cannot be opened.
 enum class OpenMode {
   kReadAlone,   // existing file, read only, shared with nobody
   kReadShared,  // existing file, read only, shared with other readers
   kRewrite,     // existing file, read and write, shared with nobody
-  kCreateNew,   // new file, read and write, shared with nobody; fails where the name exists
+  kCreateNew,   // new file, read and write, shared with nobody; fails when the name exists
 };
 
+// What became of a gathered write.
 enum class WriteResult {
-  kDone,
-  kFailed,       // not all of it was written
-  kSourceFault,  // what was to be written is a view whose storage has failed
+  kDone,         // all bytes were written
+  kFailed,       // the file could not be written; some of the bytes may have been
+  kSourceFault,  // a piece lies in a view whose storage has failed; some bytes may have been
+                 // written
 };
 
-// What has kept a read from giving all that was asked for, beside the end of the file.
+// Why a read gave fewer bytes than it was asked for, when the reason was not the end of the file.
 enum class ReadTrouble {
   kNone,
-  kFailed,   // the system has reported an error: of the size of a file, too
-  kStopped,  // the request of StopOn has come
+  kFailed,   // the system has reported an error for a read or for the size of the file
+  kStopped,  // the stop request of StopOn has come
 };
 
 // Largest offset that a file can have.
@@ -44,12 +48,12 @@ inline constexpr std::uint64_t kMostFileOffset = std::numeric_limits<std::int64_
 using FileTime = std::uint64_t;
 
 struct FileTimes {
-  FileTime creation;  // of last status change or birth, whichever the system keeps
+  FileTime creation;  // birth of the file; last status change where the system keeps no birth time
   FileTime lastAccess;
   FileTime lastWrite;
 };
 
-// What a directory tells of a file without opening it.
+// Size and times of a file, as the system tells them without opening the file.
 struct FileInfo {
   std::uint64_t size;  // bytes
   FileTimes times;
@@ -65,85 +69,101 @@ class File {
   File& operator=(const File&) = delete;
   ~File();
 
-  // Opens the regular file at `path`. Returns a File that is not open when there is no such file,
-  // when rights are missing, or when another holder excludes this mode.
+  // Opens the regular file at `path`. Returns a File that is not open when there is no such file
+  // (for kCreateNew: when the name exists), when rights are missing, or when another program holds
+  // a conflicting lock; LastSystemError tells why. The same for a path that is empty or contains a
+  // zero, but without a number in LastSystemError. Where a file system has no locks, files are
+  // opened for reading without one; kRewrite and kCreateNew fail.
   static File Open(const std::u16string& path, OpenMode mode);
 
   bool IsOpen() const { return handle_ != kNoHandle; }
 
-  // Closes the file. False when the system reports only now that what was written is lost; true for
-  // a file that is not open.
+  // Closes the file. False when the system reports on closing that written data is lost. True for a
+  // file that is not open.
   bool Close();
 
-  // What reads have met since the file was opened, in the first place an error: a reader that took
-  // a read which failed for the end of the file finds out here. It stays.
+  // Why a read since the file was opened gave fewer bytes than it was asked for. A reader may take
+  // a failed read for the end of the file, so its caller asks here afterwards. An error replaces a
+  // stop; neither is ever reset.
   ReadTrouble Trouble() const { return trouble_; }
 
-  // From now on reads give nothing once `*request` is 1, so that whoever reads comes to an end. The
-  // request must outlive the file; null takes it back.
+  // From now on a read returns no more bytes once `*request` is 1, so that every loop that reads
+  // comes to an end. `*request` must outlive the file. With null, reads are no longer stopped.
   void StopOn(const std::atomic<std::uint32_t>* request) { stopRequest_ = request; }
 
-  // True once the request of StopOn has come: for loops that work without reading.
+  // True while the stop request of StopOn is 1. For loops that work without reading.
   bool StopAsked() const { return stopRequest_ != nullptr && *stopRequest_ == 1; }
 
-  // Size in bytes, or nothing when the system cannot tell, which counts as a read that failed.
+  // Size in bytes. Nothing when the system cannot tell the size; Trouble is then kFailed.
   std::optional<std::uint64_t> Size() const;
 
-  // Moves the file pointer to an absolute offset. Offsets above kMostFileOffset are refused:
-  // returns false and leaves the pointer where it was.
+  // Moves the file pointer to `offset` bytes from the start of the file. False, with the pointer
+  // unchanged, for an offset above 2^63 - 1.
   bool Seek(std::uint64_t offset);
 
-  // The file pointer.
+  // The file pointer: bytes from the start of the file.
   std::uint64_t Position() const { return position_; }
 
-  // Reads up to `length` bytes at the file pointer, moves the pointer behind what came, and returns
-  // the number of bytes read: fewer than asked at the end of the file, or for the reason that
-  // Trouble gives.
+  // Reads up to `length` bytes at the file pointer into `buffer` and moves the pointer past the
+  // bytes read. Returns their number: fewer than `length` at the end of the file, for the reason
+  // that Trouble gives, or (0) when the range ends above offset 2^63 - 1.
   std::size_t Read(void* buffer, std::size_t length);
 
-  // Writes `length` bytes at the file pointer and moves the pointer behind them. Returns false
-  // unless all of them were written.
+  // Writes `length` bytes at the file pointer and moves the pointer past them. False, with the
+  // pointer unchanged, when not all bytes could be written; some of them may have been.
   bool Write(const void* data, std::size_t length);
 
-  // The same at an absolute offset, without reading or moving the file pointer.
+  // Reads as Read does, at `offset` bytes from the start of the file, and leaves the file pointer
+  // alone.
   std::size_t ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const;
+
+  // Writes as Write does, at `offset` bytes from the start of the file, and leaves the file pointer
+  // alone.
   bool WriteAt(std::uint64_t offset, const void* data, std::size_t length);
 
-  // The same as ReadAt, when all of it is in memory already; false, at once, when some of it would
-  // have to come from the medium, or when the system cannot tell.
+  // Reads `length` bytes at `offset` only if the system has all of them in memory. Returns false at
+  // once when a byte would have to come from the medium, lies beyond the end of the file, or when
+  // the system cannot tell; `buffer` may then hold some of the bytes. Does not change Trouble.
   bool ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const;
 
-  // Tells the system that reads and writes go to places here and there: nothing around them is
-  // worth fetching.
+  // Tells the system that reads and writes will be scattered over the file, so that it fetches
+  // nothing around them.
   void ExpectScattered() const;
 
-  // Asks for bytes that are going to be read or partly overwritten, and does not wait for them.
+  // Asks the system to fetch the bytes [offset, offset + length) from the medium, because they are
+  // going to be read or partly overwritten. Does not wait for the bytes.
   void Prefetch(std::uint64_t offset, std::uint64_t length) const;
 
-  // Writes the pieces one behind the other, from `offset` on, in as few calls as the system allows.
+  // Writes the pieces one after the other, without a gap, from `offset` on, in as few system calls
+  // as possible. The pieces may lie in mapped views. Leaves the file pointer alone.
   WriteResult WriteGathered(std::uint64_t offset,
                             std::span<const std::span<const std::uint8_t>> pieces);
 
-  // Waits until all that was written, with size and times, is on the medium. False when the system
-  // reports that some of it is lost; a second call could be told otherwise and means nothing then.
-  // Storage that knows no such request counts as flushed.
+  // Waits until all written data, the size and the times of the file are on the medium. False when
+  // the system reports that some of them are lost. Do not repeat a flush that failed: the system
+  // forgets what was lost, so the second call could return true. Storage without such a request
+  // counts as flushed.
   bool Flush();
 
-  // Cuts or extends the file to `size` bytes.
+  // Cuts the file to `size` bytes, or extends it with zeros. False when the system refuses.
   bool Resize(std::uint64_t size);
 
-  // True when the path by which the file was opened, or a link there, still leads to it.
+  // True when the path by which the file was opened still leads to this file, directly or through a
+  // link.
   bool IsStillAtItsPath() const noexcept;
 
   // True when the file has more than one name, or the system cannot tell.
   bool HasOtherNames() const;
 
+  // The times of the file. Nothing when the system cannot tell them.
   std::optional<FileTimes> Times() const;
 
-  // Sets last access and last write. The creation time stays what it is.
+  // Sets the times of the last access and the last write, and leaves the creation time as it is.
+  // False when the system refuses.
   bool SetTimes(const FileTimes& times);
 
-  // The system's own handle, for the other services of this folder only.
+  // The system's own handle, -1 for a file that is not open. Only for the other services of
+  // src/platform.
   std::intptr_t NativeHandle() const { return handle_; }
 
  private:
@@ -159,47 +179,52 @@ class File {
   mutable ReadTrouble trouble_ = ReadTrouble::kNone;
 };
 
-// Size and times of the file at `path`; nothing when there is no such file.
+// Size and times of the regular file at `path`, or to which a link there leads. Nothing when there
+// is no such file or it cannot be reached.
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
 
-// True when anything stands under that name: a file, a folder, a link that leads nowhere.
+// True when anything has the name `path`: a file, a folder, or a link, even one that leads nowhere.
 bool IsNameTaken(const std::u16string& path);
 
-// True when a link stands under that name, wherever it leads.
+// True when a symbolic link has the name `path`, wherever it leads.
 bool IsLink(const std::u16string& path);
 
-// True when what stands under the name `a`, be it a link, is what stands under `b` or what a link
-// there leads to.
+// True when `a` and `b` name the same file. A link at `a` counts as itself and is not followed; a
+// link at `b` counts as itself and as the file to which it leads.
 bool IsSameFile(const std::u16string& a, const std::u16string& b);
 
-// Removes the file at `path`. True when it is gone. Never throws.
+// Removes the file at `path`. False when the system refuses, or when memory is out. Throws nothing.
 bool RemoveFile(const std::u16string& path) noexcept;
 
-// Waits until the folder in which the file at `path` stands is on the medium, and with it the
-// file's name. False when the system reports an error; a folder that cannot be flushed counts as
-// flushed.
+// Waits until the folder that contains the file at `path` is on the medium, and with it the file's
+// name. False when the system reports an error. A folder that may not be read, and storage that
+// cannot flush a folder, count as flushed.
 bool FlushFolderOf(const std::u16string& path);
 
-// False when no file can have the last component of `path` as its name, since it is too long for
-// the folder's file system.
+// False when `path`, or its last component, is too long for the file system of its folder, so that
+// no file can have that name.
 bool CanBeNamed(const std::u16string& path);
 
-// Gives the file at `from` the name `to` in the same folder tree. Fails, and changes nothing, when
-// `to` exists already.
+// Gives the file at `from` the name `to` on the same file system. False, with nothing changed, when
+// `to` exists already or the system refuses. On a file system that cannot rename without replacing,
+// a failure can also leave the file with both names.
 bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to);
 
-// The same, but a file that has the name `to` gives way, in one step: there is no moment without a
-// file of that name. A folder, a device or a pipe does not.
+// Gives the file at `from` the name `to` on the same file system, and replaces a file or link of
+// that name in one step: the name `to` is never missing in between. False, with nothing changed,
+// when a folder, a device or a pipe has the name `to`, when a link of that name leads to a device
+// or a pipe, or when the system refuses.
 bool RenameReplacing(const std::u16string& from, const std::u16string& to);
 
-// The system's own number for a name that something else has.
+// The system's error number for a name that exists already.
 std::uint32_t NameTakenError();
 
-// True when the system's number says that there are no rights for what was wanted, or that the
-// medium is protected.
+// True when the error number `systemError` of the system means that rights are missing or that the
+// medium is write protected.
 bool MeansNoRights(std::uint32_t systemError);
 
-// The system's own number for why the last call of this header failed on this thread.
+// The system's error number of the last call of this header that failed on this thread. Valid only
+// directly after a failure.
 std::uint32_t LastSystemError();
 
 }  // namespace quorvan::platform

@@ -1,4 +1,5 @@
-// A file as memory, to be read: a mapping of the whole file, and views of stretches of it.
+// Reading a file as memory: a mapping stands for the whole file, a view is a stretch of it in
+// memory.
 
 #pragma once
 
@@ -10,11 +11,12 @@
 
 namespace quorvan::platform {
 
-// Every view starts at a multiple of this number of bytes.
+// Bytes of a memory page. Every view starts at a file offset that is a multiple of this number.
 std::uint64_t MappingGranularity();
 
-// A stretch of a file in memory, unmapped on destruction. Touching it can fault when the medium
-// goes away or the file is cut short meanwhile: do it inside RunGuarded (fault_guard.h).
+// A stretch of a file in memory, unmapped on destruction. Reading its bytes faults when the medium
+// has gone away or the file has been cut short since, so read them only inside RunGuarded
+// (fault_guard.h).
 class MappedView {
  public:
   MappedView() = default;
@@ -25,22 +27,25 @@ class MappedView {
   ~MappedView();
 
   bool IsMapped() const { return data_ != nullptr; }
+
+  // Gives the memory back. The view is not mapped afterwards.
   void Unmap();
 
-  // First byte of the view; null when not mapped.
+  // Address of the first byte; null when not mapped.
   const std::uint8_t* data() const { return data_; }
 
-  // Length of the view in bytes.
+  // Length of the view in bytes; 0 when not mapped.
   std::size_t size() const { return size_; }
 
   // File offset of the first byte.
   std::uint64_t fileOffset() const { return fileOffset_; }
 
-  // Tells the system that it is touched here and there: nothing around is worth fetching.
+  // Tells the system that reads will be scattered over the view, so that it fetches nothing around
+  // them.
   void ExpectScattered() const;
 
-  // Lets the processor fetch the byte at file offset `offset`, if it is at hand, while something
-  // else is being done. Never faults.
+  // Asks the processor to load the byte at file offset `offset` into its cache, without waiting for
+  // it. Does nothing when the byte is not in this view or not in memory. Never faults.
   void PrefetchByte(std::uint64_t offset) const;
 
   // True when the bytes [offset, offset + length) of the file lie in this view.
@@ -54,25 +59,27 @@ class MappedView {
   std::uint64_t fileOffset_ = 0;
 };
 
-// A mapping of a whole open file. The file must outlive it.
+// A mapping of a whole open file. The File must outlive the mapping and stay at its address.
 class FileMapping {
  public:
-  // `name` is the name under which systems with named mappings know this one. Returns a mapping
-  // that is not open when the file is empty or closed.
+  // Maps `file`. `name` is the name of the mapping on systems with named mappings; POSIX has none.
+  // Returns a mapping that is not open when the file is empty or closed or its size cannot be read.
   static FileMapping Create(const File& file, std::u16string_view name);
 
   FileMapping() = default;
 
   bool IsOpen() const { return file_ != nullptr; }
 
-  // Size of the file in bytes when the mapping was made.
+  // Size of the file in bytes when the mapping was created; 0 for a mapping that is not open.
   std::uint64_t size() const { return size_; }
 
-  // A view of `length` bytes, at least 1, from `offset`, a multiple of MappingGranularity(). Not
-  // mapped when the stretch does not lie in the file as it is now, or the system has no room.
+  // A view of `length` bytes, at least 1, from the file offset `offset`, a multiple of
+  // MappingGranularity(). Returns a view that is not mapped when the arguments are invalid, when
+  // the stretch does not lie within the file as it is now, or when the system has no room for it.
   MappedView View(std::uint64_t offset, std::uint64_t length) const;
 
-  // The smallest view that covers [offset, offset + length), whatever the granularity.
+  // The smallest view that covers the bytes [offset, offset + length) of the file; `offset` may be
+  // any file offset. Returns a view that is not mapped in the same cases as View.
   MappedView ViewCovering(std::uint64_t offset, std::uint64_t length) const;
 
  private:

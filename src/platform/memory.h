@@ -1,4 +1,4 @@
-// How much memory there is.
+// How much memory the process can still take.
 
 #pragma once
 
@@ -7,13 +7,14 @@
 
 namespace quorvan::platform {
 
-// Bytes that the process could still take without driving others out of memory; nothing when the
-// system does not tell. Systems that promise more memory than they have end a process that uses
-// what it was promised, so a large table asks here first.
+// Bytes that the process could still take without pushing other data out of memory, within the
+// limit of its container. Nothing when the system does not tell. An allocation may succeed although
+// the memory is not there; the system then ends the process when it uses the memory. Code that
+// allocates a large table therefore asks here first.
 std::optional<std::uint64_t> AvailableMemory();
 
-// True when `bytes` leave a quarter of the available memory to the rest of the work, or the system
-// does not tell. Small amounts are not asked about.
+// True when an allocation of `bytes` bytes leaves at least a quarter of AvailableMemory, when the
+// system does not tell, and always for up to 64 MiB.
 bool FitsMemory(std::uint64_t bytes);
 
 }  // namespace quorvan::platform

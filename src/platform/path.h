@@ -1,4 +1,5 @@
-// Parts of a path, with the system's own separator.
+// Parts of a path. The separator is the system's own: on POSIX '/'. No function but DesktopFolder
+// and AbsolutePath asks the file system or the environment. Returned views point into the argument.
 
 #pragma once
 
@@ -7,29 +8,35 @@
 
 namespace quorvan::platform {
 
-// What stands behind the last separator; empty when the path holds none.
+// The part of `path` after the last separator; empty for a path without a separator.
 std::u16string_view NameBehindSeparator(std::u16string_view path);
 
-// The last component: the same, or the whole path when it holds no separator.
+// The last component of `path`: the part after the last separator, or the whole path without a
+// separator.
 std::u16string_view LastComponent(std::u16string_view path);
 
-// What stands before the last separator, the separator itself for the root; empty when the path
-// holds none.
+// The part of `path` before the last separator; the separator itself when the last separator is the
+// first character; empty for a path without a separator.
 std::u16string_view FolderOf(std::u16string_view path);
 
-// `name` in `folder`, with one separator between them.
+// The path of `name` in `folder`: both, with a separator between them unless `folder` is empty or
+// ends with a separator.
 std::u16string JoinPath(std::u16string_view folder, std::u16string_view name);
 
-// `path` up to the last dot of its last component; the whole path without one.
+// `path` up to the last dot of its last component, without the dot; the whole path when that
+// component has no dot.
 std::u16string_view WithoutExtension(std::u16string_view path);
 
-// From the last dot of the last component on, lower case for A to Z; empty without a dot.
+// The extension of `path`: the last component from its last dot on, with A to Z in lower case;
+// empty when that component has no dot.
 std::u16string LowerCaseExtension(std::u16string_view path);
 
-// The user's desktop folder; the home folder where there is none, empty without a home.
+// The path of the user's desktop folder; the home folder when there is no desktop folder; empty
+// when the environment names no home folder.
 std::u16string DesktopFolder();
 
-// `path` made absolute against the working directory, nothing resolved.
+// `path` as an absolute path, relative to the working directory. Links and ".." are not resolved.
+// Returns `path` itself when the system does not tell the working directory.
 std::u16string AbsolutePath(std::u16string_view path);
 
 }  // namespace quorvan::platform

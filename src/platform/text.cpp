@@ -8,7 +8,7 @@
 namespace quorvan::platform {
 namespace {
 
-// A byte that belongs to no UTF-8 sequence is carried as this plus the byte.
+// A byte that belongs to no valid UTF-8 sequence (0x80 to 0xFF) becomes kEscapeBase plus the byte.
 constexpr char16_t kEscapeBase = 0xDC00;
 constexpr char16_t kFirstEscape = 0xDC80;
 constexpr char16_t kLastEscape = 0xDCFF;

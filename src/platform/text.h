@@ -1,4 +1,4 @@
-// UTF-16, the text of the records, to and from UTF-8, the text of the outside world.
+// Converts between UTF-16, the text of the records, and UTF-8, the text of files and of the system.
 
 #pragma once
 
@@ -8,15 +8,18 @@
 
 namespace quorvan::platform {
 
-// Bytes that are no UTF-8 become lone surrogates U+DC80 to U+DCFF, one a byte, which ToUtf8 turns
-// back: a file name of any encoding survives the round trip.
+// Converts UTF-8 to UTF-16. Each byte that is not part of valid UTF-8 becomes one of the lone
+// surrogates U+DC80 to U+DCFF, which ToUtf8 turns back into the byte: a file name of any encoding
+// comes back unchanged from both conversions.
 std::u16string ToUtf16(std::string_view utf8);
 
-// Any other lone surrogate becomes U+FFFD.
+// Converts UTF-16 to UTF-8. A lone surrogate U+DC80 to U+DCFF becomes the byte from which ToUtf16
+// made it; any other lone surrogate becomes U+FFFD.
 std::string ToUtf8(std::u16string_view utf16);
 
-// Copies `text` into an array of `capacity` characters, zero terminated, cut where it does not fit
-// but never between the two halves of a surrogate pair. Nothing happens for a capacity of 0.
+// Copies `text` into the array `destination` of `capacity` char16_t and terminates it with a zero.
+// A text of `capacity` or more char16_t is cut, but never between the two halves of a surrogate
+// pair. Writes nothing when `capacity` is 0.
 void CopyText(char16_t* destination, std::size_t capacity, std::u16string_view text);
 
 }  // namespace quorvan::platform

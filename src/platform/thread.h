@@ -1,4 +1,4 @@
-// Threads whose start may fail.
+// Starts threads without exceptions, and joins them.
 
 #pragma once
 
@@ -14,8 +14,9 @@
 
 namespace quorvan::platform {
 
-// Starts a thread that runs `body`, which must not throw, and hands it over in `*thread`. False,
-// with `*thread` as it was, when the system has no thread or no memory for it. Throws nothing.
+// Starts a thread that calls `body`, which must not throw, and puts it into `*thread`, which must
+// hold no running thread. False, with `*thread` unchanged, when the system cannot start a thread or
+// memory is out. Throws nothing.
 template <typename Body>
 bool StartThread(std::thread* thread, Body body) {
   if (OutcomeOf(SystemCall::kThread) == CallOutcome::kFails) return false;
@@ -64,7 +65,8 @@ class WatchedThread {
   std::thread thread_;
 };
 
-// Joins a thread, if it has one, at the end of its scope.
+// Waits, at the end of its scope, for the end of the thread that `*thread` then holds, if any. The
+// std::thread must outlive this object.
 class JoinAtEnd {
  public:
   explicit JoinAtEnd(std::thread* thread) : thread_(*thread) {}

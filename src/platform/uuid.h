@@ -1,4 +1,4 @@
-// New universally unique identifiers.
+// Makes universally unique identifiers (RFC 4122).
 
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace quorvan::platform {
 
-// The 16 bytes of a new UUID in text order (RFC 4122: each field big-endian), or nothing when the
-// system cannot make one.
+// The 16 bytes of a new UUID in the order of its text form, in which every field is big-endian.
+// Nothing when the system cannot make a UUID.
 std::optional<std::array<std::uint8_t, 16>> NewUuid();
 
 }  // namespace quorvan::platform

@@ -7,14 +7,15 @@
 namespace quorvan {
 namespace {
 
+// One row of the base table. Counts are labels, but for dropFramesPerDay.
 struct TimecodeBase {
-  std::uint32_t highestFrame;
+  std::uint32_t highestFrame;  // of a second, from 0
   std::uint32_t framesPerHour;
   std::uint32_t framesPerMinute;
   std::uint32_t framesPerSecond;
   std::uint32_t framesPerDay;
-  std::uint32_t dropFramesPerDay;
-  std::uint32_t droppedPerMinute;  // labels, in every minute but each tenth; 0 without drop frame
+  std::uint32_t dropFramesPerDay;  // real frames of a day with drop frame
+  std::uint32_t droppedPerMinute;  // labels, in each minute but every tenth; 0: no drop frame
 };
 
 constexpr std::array<TimecodeBase, kTimecodeBases> kBases = {{
@@ -40,7 +41,8 @@ std::uint32_t DroppedPerMinute(const TimecodeBase& base, std::uint32_t dropFrame
   return dropFrame == 1 ? base.droppedPerMinute : 0;
 }
 
-// Labels dropped from hour 0 to the start of the given minute, that minute's own included.
+// Labels that drop frame skips from hour 0 up to and including the labels of the given minute of
+// the given hour, when it skips `perMinute` in a minute.
 std::uint64_t DroppedBy(std::uint32_t perMinute, std::uint64_t hours, std::uint64_t minutes) {
   return perMinute * (hours * kDroppingMinutesPerHour + minutes - minutes / 10);
 }
@@ -88,7 +90,7 @@ int Add(TIMECODE_CALC* calc) {
   return 1;
 }
 
-// Appends within the destination's size and keeps room for the terminating zero.
+// Appends characters to a text as far as they fit, and always keeps room for the terminating zero.
 class TextWriter {
  public:
   TextWriter(char16_t* destination, std::size_t size) : next_(destination), room_(size - 1) {}

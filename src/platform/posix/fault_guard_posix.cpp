@@ -10,25 +10,28 @@
 namespace quorvan::platform {
 namespace {
 
-// The guard that the running thread is in; null outside.
+// What the signal handler needs to leave a guarded body.
 struct ActiveGuard {
   sigjmp_buf escape;
-  const void* volatile address;  // read behind the jump
-  sigset_t signals;              // that were blocked before the fault
+  const void* volatile address;  // of the fault; volatile, because it is read after the jump
+  sigset_t signals;              // the signals that were blocked before the fault
 };
+
+// The guard of the body that this thread runs; null outside a guarded body.
 thread_local ActiveGuard* activeGuard = nullptr;
 
 struct sigaction previousAction;
 
-// The storage behind a view is gone: leave the guarded body. Saving the signal mask at each entry
-// would cost a system call, so it is taken from where the fault has put it.
+// Leaves the guarded body after a fault in a view. The signal mask to restore is taken from the
+// context of the fault: saving the mask on every entry into a body would cost a system call.
 void HandleStorageFault(int signal, siginfo_t* info, void* context) {
   if (activeGuard != nullptr) {
     activeGuard->address = info->si_addr;
     activeGuard->signals = static_cast<ucontext_t*>(context)->uc_sigmask;
     siglongjmp(activeGuard->escape, 1);
   }
-  // Not ours: hand it back to what stood here before; the instruction then faults again.
+  // A fault outside guarded bodies: restore the earlier handler. The instruction then faults again
+  // and reaches that handler.
   sigaction(signal, &previousAction, nullptr);
 }
 

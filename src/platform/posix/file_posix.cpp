@@ -23,27 +23,28 @@ namespace quorvan::platform {
 namespace {
 
 constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
-constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between looks at a request
-constexpr std::size_t kMostPieces = 64;                           // of one call
+constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between checks for a stop
+constexpr std::size_t kMostPieces = 64;                           // of one gathered write
 
 int Descriptor(std::intptr_t handle) {
   return static_cast<int>(handle);
 }
 
-// True, with errno set, when the seam wants the call to come to nothing.
+// True, with errno set, when the seam decides that the call is not made.
 bool ComesToNothing(CallOutcome outcome) {
   if (outcome == CallOutcome::kFails) errno = EIO;
   if (outcome == CallOutcome::kIsInterrupted) errno = EINTR;
   return outcome == CallOutcome::kFails || outcome == CallOutcome::kIsInterrupted;
 }
 
-// Makes a call of the system that answers 0 or a handle, or does what the seam wants instead.
+// Makes a system call that returns 0 or a handle, and returns its result. Returns -1 with errno set
+// when the seam decides that the call is not made.
 template <typename Call>
 int Through(SystemCall kind, Call call) {
   return ComesToNothing(OutcomeOf(kind)) ? -1 : call();
 }
 
-// The same, repeated as often as it is interrupted.
+// Makes the call as Through does, and repeats it as often as it is interrupted.
 template <typename Call>
 int Uninterrupted(SystemCall kind, Call call) {
   int result = -1;
@@ -53,8 +54,9 @@ int Uninterrupted(SystemCall kind, Call call) {
   return result;
 }
 
-// The same as Through for a call that transfers up to `length` bytes, at least 1, and answers how
-// many.
+// Makes a system call that transfers up to the given number of bytes and returns how many it has
+// transferred. `call` gets `length` bytes, at least 1, or half of them when the seam decides so.
+// Returns -1 with errno set when the seam decides that the call is not made.
 template <typename Call>
 ssize_t TransferThrough(SystemCall kind, std::size_t length, Call call) {
   const CallOutcome outcome = OutcomeOf(kind);
@@ -69,7 +71,8 @@ std::size_t BytesOf(std::span<const iovec> pieces) {
   return bytes;
 }
 
-// Leaves the first `bytes` bytes of the pieces, which hold more. Returns how many pieces are left.
+// Shortens the pieces to their first `bytes` bytes; they hold more. Returns how many pieces those
+// are.
 std::size_t CutTo(std::size_t bytes, std::span<iovec> pieces) {
   std::size_t count = 0;
   while (bytes > pieces[count].iov_len)
@@ -78,7 +81,7 @@ std::size_t CutTo(std::size_t bytes, std::span<iovec> pieces) {
   return count + 1;
 }
 
-// Storage without such a request: nothing could be flushed, so nothing is lost.
+// True for the errors of storage that does not support flushing: its flush loses nothing.
 bool KnowsNoFlush(int error) {
   return error == EINVAL || error == ENOTSUP;
 }
@@ -114,8 +117,9 @@ int OpenFlags(OpenMode mode) {
   return -1;
 }
 
-// Takes the lock that stands for the mode's sharing. Reading goes on where the file system has no
-// locks or wants write access for an exclusive one; writing needs its lock.
+// Takes the advisory lock for the sharing of `mode`. False when another program holds a conflicting
+// lock. When a file system has no locks, or wants write access for an exclusive lock, reading goes
+// on without the lock and writing is refused.
 bool LockFor(int handle, OpenMode mode) {
   const int kind = mode == OpenMode::kReadShared ? LOCK_SH : LOCK_EX;
   if (Uninterrupted(SystemCall::kLock, [&] { return flock(handle, kind | LOCK_NB); }) == 0) {
@@ -236,7 +240,7 @@ void File::Prefetch(std::uint64_t offset, std::uint64_t length) const {
 WriteResult File::WriteGathered(std::uint64_t offset,
                                 std::span<const std::span<const std::uint8_t>> pieces) {
   std::array<iovec, kMostPieces> calls;
-  std::size_t skipped = 0;  // bytes of the first piece that are written
+  std::size_t skipped = 0;  // bytes of the first remaining piece that are written already
   while (!pieces.empty()) {
     const std::size_t count = std::min(pieces.size(), calls.size());
     for (std::size_t i = 0; i < count; ++i) {
@@ -343,7 +347,7 @@ bool FlushFolderOf(const std::u16string& path) {
   const std::string folder = ToUtf8(FolderOf(AbsolutePath(path)));
   const int handle = Uninterrupted(
       SystemCall::kOpen, [&] { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-  // A folder into which files may be put, but which may not be read.
+  // A folder may allow new files without allowing to be opened for reading: it counts as flushed.
   if (handle < 0) return errno == EACCES;
   const bool flushed =
       Uninterrupted(SystemCall::kFlush, [&] { return fsync(handle); }) == 0 || KnowsNoFlush(errno);
@@ -364,7 +368,8 @@ bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to
   };
   if (Through(SystemCall::kRename, move) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
-  // A file system without that operation: a second name, which fails where the target exists.
+  // The file system cannot rename without replacing. A second name for the file does the same,
+  // because link fails when the target exists.
   return link(source.c_str(), target.c_str()) == 0 && unlink(source.c_str()) == 0;
 }
 

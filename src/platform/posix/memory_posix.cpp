@@ -8,7 +8,8 @@
 namespace quorvan::platform {
 namespace {
 
-// The number behind `label` in the file `path`, or the first number of the file for an empty label.
+// The number after `label` at the start of a line of the file `path`; with an empty label, the
+// number at the start of the first line that begins with one. Nothing when there is none.
 std::optional<std::uint64_t> NumberIn(const char* path, const char* label) {
   std::FILE* file = std::fopen(path, "re");
   if (file == nullptr) return std::nullopt;
@@ -24,12 +25,12 @@ std::optional<std::uint64_t> NumberIn(const char* path, const char* label) {
   return number;
 }
 
-// What a container lets its processes take.
+// The files in which the system tells the memory limit of a container (control group).
 struct ContainerFiles {
-  const char* limit;
-  const char* used;
-  const char* statistics;
-  const char* cachedLabel;  // files in memory, which give way when memory is wanted
+  const char* limit;        // bytes that the container may use, or a word for no limit
+  const char* used;         // bytes that the container uses
+  const char* statistics;   // lines of a label and a number of bytes
+  const char* cachedLabel;  // of cached file bytes, which the system drops when it needs memory
 };
 constexpr ContainerFiles kContainers[] = {
     {"/sys/fs/cgroup/memory.max", "/sys/fs/cgroup/memory.current", "/sys/fs/cgroup/memory.stat",
@@ -46,7 +47,7 @@ std::optional<std::uint64_t> AvailableMemory() {
   if (!available) return std::nullopt;
   *available *= kilobyte;
   for (const ContainerFiles& container : kContainers) {
-    const auto limit = NumberIn(container.limit, "");  // "max" is no number
+    const auto limit = NumberIn(container.limit, "");  // nothing for "max", which means no limit
     const auto used = NumberIn(container.used, "");
     if (!limit || !used) continue;
     const std::uint64_t cached = NumberIn(container.statistics, container.cachedLabel).value_or(0);

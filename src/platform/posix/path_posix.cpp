@@ -11,8 +11,10 @@
 namespace quorvan::platform {
 namespace {
 
-// The desktop under the name that the user's language gives it, as the file user-dirs.dirs of the
-// freedesktop.org base directories has it: XDG_DESKTOP_DIR="$HOME/..." or an absolute path.
+// The desktop folder of the user with the home folder `home`. Its name depends on the user's
+// language and is read from the file user-dirs.dirs of the freedesktop.org base directories, whose
+// line XDG_DESKTOP_DIR="..." has an absolute path or one that starts with $HOME. "Desktop" in
+// `home` without such a line.
 std::filesystem::path NamedDesktop(const std::filesystem::path& home) {
   constexpr std::string_view kName = "XDG_DESKTOP_DIR=\"";
   constexpr std::string_view kHome = "$HOME";
