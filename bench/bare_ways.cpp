@@ -13,7 +13,7 @@
 #include <cstring>
 
 #include "export/bwf_header.h"
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
 #include "platform/text.h"
 #include "wav/wav_library.h"
 

@@ -4,9 +4,9 @@
 
 #include <array>
 
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 #include "platform/text.h"
-#include "rewrite/wav_source.h"
+#include "rewrite/source_blocks.h"
 #include "state/window_state_info.h"
 #include "support/clip_builder.h"
 #include "support/temp_folder.h"

@@ -4,10 +4,10 @@
 
 #include "cli/console.h"
 #include "cli/job_runner.h"
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_state.h"

@@ -7,7 +7,6 @@
 #include "cli/info_views.h"
 #include "platform/path.h"
 #include "platform/text.h"
-#include "state/clip_notices.h"
 #include "state/clip_text.h"
 
 namespace quorvan::cli {

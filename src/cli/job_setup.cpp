@@ -9,7 +9,7 @@
 
 #include "cli/arguments.h"
 #include "cli/console.h"
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "platform/path.h"

@@ -6,7 +6,6 @@
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kKeyBytes = 16;
 constexpr std::uint64_t kLongestShortLength = 0xFFFFFF;
 constexpr std::uint8_t kThreeByteForm = 0x83;
 constexpr std::uint8_t kSevenByteForm = 0x87;
@@ -17,22 +16,22 @@ constexpr KlvKey kWrittenFill = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x02,
 
 bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t end,
                  KlvSpan* span) {
-  std::array<std::uint8_t, kKeyBytes + 9> head;
+  std::array<std::uint8_t, kKlvKeyBytes + 9> head;
   if (offset >= end) return false;
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), end - offset));
   const std::size_t got = file.ReadAt(offset, head.data(), wanted);
-  if (got <= kKeyBytes || !std::equal(kUlPrefix.begin(), kUlPrefix.end(), head.begin())) {
+  if (got <= kKlvKeyBytes || !std::equal(kUlPrefix.begin(), kUlPrefix.end(), head.begin())) {
     return false;
   }
-  const std::uint8_t first = head[kKeyBytes];
+  const std::uint8_t first = head[kKlvKeyBytes];
   const std::size_t lengthBytes = first < 0x80 ? 0 : first & 0x7FU;
-  const std::size_t headBytes = kKeyBytes + 1 + lengthBytes;
+  const std::size_t headBytes = kKlvKeyBytes + 1 + lengthBytes;
   if (first == 0x80 || lengthBytes > 8 || headBytes > got) return false;
   std::uint64_t length = first < 0x80 ? first : 0;
-  for (std::size_t i = kKeyBytes + 1; i < headBytes; ++i)
+  for (std::size_t i = kKlvKeyBytes + 1; i < headBytes; ++i)
     length = length << 8 | head[i];
   if (length > end - offset - headBytes) return false;
-  std::copy_n(head.begin(), kKeyBytes, span->key.begin());
+  std::copy_n(head.begin(), kKlvKeyBytes, span->key.begin());
   span->offset = offset;
   span->valueOffset = offset + headBytes;
   span->length = length;
@@ -40,7 +39,7 @@ bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t
 }
 
 std::uint64_t WrittenHeaderBytes(std::uint64_t length) {
-  return kKeyBytes + (length <= kLongestShortLength ? 4 : 8);
+  return kKlvKeyBytes + (length <= kLongestShortLength ? 4 : 8);
 }
 
 void AppendKlvHeader(const KlvKey& key, std::uint64_t length, std::vector<std::uint8_t>* out) {

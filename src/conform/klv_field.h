@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 #include "platform/file.h"
 
 namespace quorvan {

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 
 namespace quorvan {
 

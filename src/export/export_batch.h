@@ -8,7 +8,7 @@
 #include "export/export_files.h"
 #include "export/export_plan.h"
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
 #include "platform/text.h"
 #include "state/audiotrack_io_info.h"
 

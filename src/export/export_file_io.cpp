@@ -7,7 +7,7 @@
 #include "export/export_files.h"
 #include "export/export_plan.h"
 #include "mxf/analysis.h"
-#include "mxf/row_reader.h"
+#include "mxf/essence/row_reader.h"
 #include "state/wav_buffer.h"
 
 namespace quorvan {

@@ -8,9 +8,9 @@
 #include "export/export_files.h"
 #include "export/export_plan.h"
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
-#include "mxf/read_ahead.h"
-#include "mxf/segment_run.h"
+#include "mxf/essence/audio_element.h"
+#include "mxf/essence/read_ahead.h"
+#include "mxf/essence/segment_run.h"
 #include "platform/mapping.h"
 
 namespace quorvan {

@@ -6,7 +6,7 @@
 #include <initializer_list>
 
 #include "mxf/analysis.h"
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "state/clip_text.h"

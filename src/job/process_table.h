@@ -78,7 +78,7 @@ std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
 std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                         std::int32_t result);
 
-// The breaks of ContinuityFailureMessage, for a face that cannot ask whether to write a log.
+// The breaks of ContinuityFailureMessage, for the console, which cannot ask whether to write a log.
 std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
 
 // The operator has stopped the continuity check; asks whether to load the clip anyway.

@@ -9,7 +9,7 @@
 #include "job/process_table.h"
 #include "loudness/measure_loudness.h"
 #include "mxf/analysis.h"
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_mapped.h"
 

@@ -12,7 +12,7 @@
 
 #include "loudness/sample_reader.h"
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
 #include "mxf/sample_pattern.h"
 #include "state/frame_range.h"
 

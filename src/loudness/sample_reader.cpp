@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "mxf/sample_pattern.h"
 #include "platform/thread.h"
 
 namespace quorvan {

@@ -10,9 +10,9 @@
 #include <span>
 #include <thread>
 
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
+#include "mxf/essence/row_reader.h"
 #include "mxf/records.h"
-#include "mxf/row_reader.h"
 #include "platform/file.h"
 #include "state/frame_range.h"
 #include "state/job_fault.h"

@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "mxf/metadata_set.h"
-#include "mxf/readers.h"
+#include "mxf/metadata/metadata_set.h"
+#include "mxf/metadata/readers.h"
 
 namespace quorvan {
 namespace {

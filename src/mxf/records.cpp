@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 
 namespace quorvan {
 

@@ -2,7 +2,9 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 namespace quorvan {
 
@@ -21,6 +23,22 @@ inline constexpr std::uint32_t kSamplePattern[kRateCount][kPatternFrames] = {
     {1602, 1601, 1602, 1601, 1602},  // 30000/1001
     {801, 801, 800, 801, 801},       // 60000/1001
 };
+
+// Largest number of samples of one track in a frame.
+inline constexpr std::uint32_t kLargestFrameSamples = [] {
+  std::uint32_t largest = 0;
+  for (const auto& row : kSamplePattern) {
+    for (const std::uint32_t samples : row)
+      largest = std::max(largest, samples);
+  }
+  return largest;
+}();
+
+// True when the first frame of a clip can hold `samples` samples of one track, at any rate.
+constexpr bool CanBeFirstFrame(std::uint64_t samples) {
+  return std::any_of(std::begin(kSamplePattern), std::end(kSamplePattern),
+                     [=](const auto& row) { return row[0] == samples; });
+}
 
 // Samples of one track in frame `frame`, counted from 0. `rateIndex` must be below kRateCount.
 constexpr std::uint32_t SamplesInFrame(std::uint32_t rateIndex, std::uint64_t frame) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "mxf/analysis.h"
+#include "mxf/sample_pattern.h"
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
 #include "rewrite/rewrap_run.h"

@@ -83,7 +83,7 @@ std::int32_t RewrapRun::Write() {
   for (std::uint32_t done = 0; done < plan_.range.total;) {
     const std::uint32_t frames = std::min(blocks.frames(), plan_.range.total - done);
     const std::uint32_t firstEntry = plan_.range.firstEntry + done;
-    if (const WAV_FILE_INFO* wav = blocks.Read(firstEntry, frames)) {
+    if (const WAV_FILE_INFO* wav = blocks.MoveTo(firstEntry, frames)) {
       return Failed(kSourceFault, wav);
     }
     for (std::uint32_t i = 0; i < frames; ++i) {

@@ -14,9 +14,9 @@
 #include "platform/file.h"
 #include "platform/mapping.h"
 #include "rewrite/rewrap_plan.h"
-#include "rewrite/rewrap_proof.h"
 #include "rewrite/row_writer.h"
 #include "rewrite/source_blocks.h"
+#include "rewrite/source_files.h"
 #include "rewrite/umid.h"
 #include "state/audiotrack_io_info.h"
 

@@ -7,11 +7,28 @@
 #include <cstdint>
 #include <memory>
 
+#include "mxf/essence/audio_element.h"
 #include "mxf/records.h"
+#include "mxf/sample_pattern.h"
 #include "rewrite/rewrap_plan.h"
-#include "rewrite/rewrap_proof.h"
+#include "rewrite/source_files.h"
+#include "wav/wav_library.h"
 
 namespace quorvan {
+
+// Room for one frame of one track, whatever its width: the largest frame in samples of four bytes.
+inline constexpr std::uint64_t kFrameRoom = std::uint64_t{kLargestFrameSamples} * 4;
+
+// One channel of the interleaved sample frames of `wav` at `interleaved`, of which there are
+// `held`, as `wanted` samples of `width` bytes at `target`: bytes as they are, or 16 bits in the
+// upper ones of 24, and silence behind the last one held.
+void FillChannel(const WAV_FILE_INFO& wav, std::uint32_t channel, const std::uint8_t* interleaved,
+                 std::uint32_t held, std::uint32_t wanted, std::uint32_t width,
+                 std::uint8_t* target);
+
+// Whole sample frames that the data chunk of `wav` still holds behind its first `consumed` ones, at
+// most `wanted`.
+std::uint64_t SamplesLeft(const WAV_FILE_INFO& wav, std::uint64_t consumed, std::uint64_t wanted);
 
 class SourceBlocks {
  public:
@@ -34,7 +51,7 @@ class SourceBlocks {
 
   // Turns to what each file gives to the `frames` frames from `firstEntry` on; blocks follow each
   // other from the plan's first frame on. The first file that does not give it; null when all do.
-  const WAV_FILE_INFO* Read(std::uint32_t firstEntry, std::uint32_t frames);
+  const WAV_FILE_INFO* MoveTo(std::uint32_t firstEntry, std::uint32_t frames);
 
   // What each track of the plan, in their order, gets in the block's current frame, which is the
   // one of `entry`, in the clip's sample width: straight from the file's view or the block where

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <ranges>
 
-#include "mxf/package_uid.h"
-#include "mxf/readers.h"
+#include "mxf/metadata/local_tags.h"
+#include "mxf/metadata/package_uid.h"
+#include "mxf/metadata/readers.h"
 #include "platform/clock.h"
 #include "platform/uuid.h"
-#include "rewrite/metadata_gate.h"
+#include "rewrite/write_gates.h"
 
 namespace quorvan {
 namespace {
@@ -16,8 +17,6 @@ constexpr std::array<std::uint8_t, 4> kUmidPrefix = {0x06, 0x0A, 0x2B, 0x34};
 constexpr std::uint8_t kNumberMethods = 0x20;
 constexpr std::uint8_t kLengthBehind = 0x13;
 constexpr std::size_t kMaterialNumberPlace = 16;
-
-constexpr std::uint16_t kTagModifiedDate = 0x4404;
 
 constexpr std::int32_t kBadArgumentOrWrite = -1;
 
@@ -119,7 +118,7 @@ JobFault ClipIdentity::Locate() {
 JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid,
                                      Package* package) {
   package->old = package->fresh = umid;
-  package->stampPlace = wanted_.FindItem(set, kTagModifiedDate, std::tuple_size_v<PackageStamp>);
+  package->stampPlace = wanted_.FindItem(set, tags::kModifiedDate, std::tuple_size_v<PackageStamp>);
   std::vector<MetadataPlace>& places = package->references;
   places.clear();
   wanted_.FindInItems(umid, &places);
@@ -129,7 +128,7 @@ JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& 
     return place.fileOffset() >= set.fileOffset && place.fileOffset() - set.fileOffset < set.bytes;
   });
   if (own == places.end()) {
-    return wanted_.FindItem(set, kTagPackageUid, kUmidBytes) ? kClipChanged : kHeaderUnfit;
+    return wanted_.FindItem(set, tags::kPackageUid, kUmidBytes) ? kClipChanged : kHeaderUnfit;
   }
   package->own = *own;
   places.erase(own);

@@ -8,9 +8,9 @@
 #include <span>
 #include <vector>
 
-#include "mxf/header_block.h"
+#include "mxf/metadata/header_block.h"
+#include "mxf/metadata/package_uid.h"
 #include "mxf/records.h"
-#include "mxf/umid_text.h"
 #include "platform/file.h"
 #include "state/job_fault.h"
 

@@ -5,12 +5,12 @@
 #include <new>
 
 #include "mxf/analysis.h"
-#include "mxf/row_reader.h"
+#include "mxf/essence/row_reader.h"
 #include "platform/text.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_plan.h"
-#include "rewrite/rewrap_proof.h"
 #include "rewrite/source_blocks.h"
+#include "rewrite/source_files.h"
 #include "state/wav_buffer.h"
 
 namespace quorvan {
@@ -50,7 +50,7 @@ class Verification {
     for (std::uint32_t done = 0; done < plan_.range.total;) {
       const std::uint32_t frames = std::min(blocks_.frames(), plan_.range.total - done);
       const std::uint32_t firstEntry = plan_.range.firstEntry + done;
-      if (const WAV_FILE_INFO* wav = blocks_.Read(firstEntry, frames)) {
+      if (const WAV_FILE_INFO* wav = blocks_.MoveTo(firstEntry, frames)) {
         return Failed(kSourceFault, wav);
       }
       for (std::uint32_t i = 0; i < frames; ++i) {

@@ -47,8 +47,8 @@ inline bool FitsMxfPath(std::u16string_view path) {
 
 struct WINDOW_STATE_INFO;
 
-// One instance in the process. Tracks count from 0; flags are 0 or 1. The thread of the face writes
-// everything but the words that running jobs exchange in `mxf` and `tracks`.
+// One instance in the process. Tracks count from 0; flags are 0 or 1. The thread of the front end
+// writes everything but the words that running jobs exchange in `mxf` and `tracks`.
 struct APP_STATE_INFO {
   UI_HANDLES ui;
   WAV_FILE_INFO* wavList;  // head of the library; its entryCount is the library's size

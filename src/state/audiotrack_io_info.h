@@ -1,5 +1,5 @@
-// Through this record the faces and the engines exchange tracks, ranges, progress and the cancel
-// request of a job.
+// Through this record the front ends and the engines exchange tracks, ranges, progress and the
+// cancel request of a job.
 
 #pragma once
 

@@ -1,6 +1,6 @@
 #include "state/clip_state.h"
 
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "state/window_state_info.h"
 #include "timecode/timecode.h"
 

@@ -1,4 +1,5 @@
-// What logs, window and console say of a clip in the same words. UTF-8.
+// What logs, window and console say of a clip in the same words, and what an operator should know
+// of a clip before working with it. Texts are UTF-8.
 
 #pragma once
 
@@ -6,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mxf/records.h"
 
@@ -25,5 +27,19 @@ std::string UmidText(const std::array<std::uint8_t, kUmidBytes>& umid);
 
 // Frames from the first to the last one of the clip, both included.
 std::uint32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode);
+
+enum class ClipNotice {
+  kNoRange,         // start, timecode base or duration are unknown: no job takes the clip
+  kUnknownRate,     // the edit rate is none of the table: no job takes the clip
+  kNoSampleFormat,  // sampling rate or sample width are unknown: no job takes the clip
+  kOtherLength,     // the index does not hold as many frames as the duration says
+  kHiddenTracks,    // the index holds more audio elements than tracks were counted
+};
+
+// All notices of the clip, in that order.
+std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf);
+
+// Audio elements of a frame, as the index has them.
+std::uint32_t IndexedAudioElements(const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

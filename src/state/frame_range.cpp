@@ -1,7 +1,7 @@
 #include "state/frame_range.h"
 
+#include "mxf/essence/segment_run.h"
 #include "mxf/sample_pattern.h"
-#include "mxf/segment_run.h"
 
 namespace quorvan {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
 
 namespace quorvan {
 

@@ -1,4 +1,4 @@
-// How a running job reaches the face that started it.
+// How a running job reaches the front end that started it.
 
 #pragma once
 
@@ -22,8 +22,9 @@ struct JobReport {
   const char16_t* text;     // for the operator; empty or null where there is nothing to say
 };
 
-// What a face hands over before it starts a job. Both are called on the job's threads, which wait
-// until the call returns; a face that must not be touched from there passes it on itself.
+// What a front end hands over before it starts a job. Both are called on the job's threads, which
+// wait until the call returns; a front end that works on its own thread passes the message on
+// itself.
 struct UI_HANDLES {
   std::function<void(const JobReport&)> progressDialog;
   // What an analysis is doing. The text lives as long as the program.

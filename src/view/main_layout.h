@@ -1,5 +1,5 @@
 // Where everything on the main window lies, in pixels of its client area, and in which colours and
-// faces it shows.
+// typefaces it shows.
 
 #pragma once
 
@@ -34,7 +34,7 @@ enum class FontFamily { kFixedPitch, kJapanese };
 struct FontSpec {
   FontFamily family;
   std::int32_t height;  // pixels, of the cell
-  std::int32_t width;   // average, 0 for the face's own
+  std::int32_t width;   // average, 0 for the typeface's own
   std::int32_t weight;  // 400 normal, 700 bold
 };
 

@@ -6,7 +6,7 @@
 #include <random>
 
 #include "mxf/analysis.h"
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 #include "support/clip_builder.h"
 #include "support/temp_folder.h"
 

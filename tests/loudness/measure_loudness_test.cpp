@@ -9,7 +9,8 @@
 #include <thread>
 
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
+#include "mxf/sample_pattern.h"
 #include "platform/mapping.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"

@@ -4,7 +4,7 @@
 #include <QGridLayout>
 #include <QHBoxLayout>
 
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
 #include "report/timecode_log.h"

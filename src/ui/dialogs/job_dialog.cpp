@@ -4,8 +4,8 @@
 
 #include <array>
 
+#include "job/job_steps.h"
 #include "job/process_table.h"
-#include "job/rewrite_log.h"
 #include "report/rewrap_log.h"
 #include "timecode/timecode.h"
 #include "ui/dialogs/dialog_place.h"

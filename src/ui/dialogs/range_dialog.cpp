@@ -4,7 +4,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "state/clip_state.h"
 #include "ui/dialogs/job_dialog.h"
 #include "ui/main/message_box.h"

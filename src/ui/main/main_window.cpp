@@ -11,7 +11,7 @@
 #include <QStatusBar>
 #include <QUrl>
 
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "job/process_table.h"
 #include "platform/path.h"
 #include "platform/text.h"

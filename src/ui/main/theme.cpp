@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ui/main/faces.h"
+#include "ui/main/typefaces.h"
 
 // The resources of a library are not there of themselves; the macro wants the global namespace.
 static void LoadPictures() {
@@ -62,7 +62,7 @@ void PaintPicture(QPainter* painter, const QRect& rect, const QString& name) {
 void DressApplication() {
   QApplication::setStyle(new Style);
   QFont font = QApplication::font();
-  font.setFamilies(JapaneseFaces());
+  font.setFamilies(JapaneseTypefaces());
   font.setPointSize(kDialogPoints);
   QApplication::setFont(font);
   static QTranslator
@@ -89,9 +89,9 @@ QFont FontOf(std::size_t index) {
   const FontSpec& spec = kFonts[index];
   QFont font;
   const bool fixed = spec.family == FontFamily::kFixedPitch;
-  font.setFamilies(fixed ? FixedPitchFaces() : JapaneseFaces());
+  font.setFamilies(fixed ? FixedPitchTypefaces() : JapaneseTypefaces());
   font.setStyleHint(fixed ? QFont::Monospace : QFont::SansSerif);
-  // The specified height is that of the cell; a face's own size is smaller by its leading.
+  // The specified height is that of the cell; a typeface's own size is smaller by its leading.
   font.setPixelSize(spec.height * 5 / 6);
   font.setWeight(static_cast<QFont::Weight>(spec.weight));
   if (spec.width != 0) font.setStretch(100 * spec.width / QFontMetrics(font).averageCharWidth());

@@ -1,4 +1,4 @@
-// Colours, faces and pictures of the window.
+// Colours, typefaces and pictures of the window.
 
 #pragma once
 
@@ -20,12 +20,12 @@ inline QRect ToQRect(const RECTANGLE& r) {
   return QRect(r.left, r.top, r.right - r.left, r.bottom - r.top);
 }
 
-// Font number `index` of kFonts, with the faces that the system has.
+// Font number `index` of kFonts, with the typefaces that the system has.
 QFont FontOf(std::size_t index);
 
 enum class ButtonLook { kNormal, kPressed, kDisabled };
 
-// Gives the whole program its language and face for menus and dialogs, and its picture.
+// Gives the whole program its language and typeface for menus and dialogs, and its picture.
 void DressApplication();
 
 // The picture of that name, as sharp as a screen of `ratio` device pixels to a pixel wants it.

@@ -16,7 +16,7 @@
 #include <cstdio>
 #include <optional>
 
-#include "ui/main/faces.h"
+#include "ui/main/typefaces.h"
 
 namespace {
 
@@ -51,7 +51,7 @@ std::optional<Picture> ParsePicture(const QString& line) {
 
 void PaintCaption(QPainter* painter, const Picture& picture, const QString& shape) {
   QFont font;
-  font.setFamilies(quorvan::ui::JapaneseFaces());
+  font.setFamilies(quorvan::ui::JapaneseTypefaces());
   font.setPixelSize(shape.section(' ', 1, 1).toInt());
   font.setBold(true);
   painter->setFont(font);
@@ -118,7 +118,7 @@ int main(int argc, char** argv) {
   QGuiApplication application(argc, argv);
   if (argc != 3) return 2;
   if (QFontDatabase::families(QFontDatabase::Japanese).isEmpty()) {
-    std::fprintf(stderr, "make_pictures: no face has Japanese letters; please install one\n");
+    std::fprintf(stderr, "make_pictures: no typeface has Japanese letters; please install one\n");
     return 1;
   }
   QFile description(argv[1]);

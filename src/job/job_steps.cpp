@@ -1,0 +1,93 @@
+#include "job/job_steps.h"
+
+#include <string_view>
+
+#include "export/export_plan.h"
+#include "job/process_table.h"
+#include "mxf/analysis.h"
+#include "report/rewrap_log.h"
+#include "rewrite/rewrap_plan.h"
+#include "rewrite/umid.h"
+
+namespace quorvan {
+namespace {
+
+JobFault CheckEngine(JobKind kind, const APP_STATE_INFO& app, FrameRange* range) {
+  switch (kind) {
+    case kRewriteJob: {
+      RewrapPlan plan{};
+      const JobFault fault = PlanRewrap(app.mxfPath, app.tracks, app.mxf, &plan);
+      *range = plan.range;
+      return fault;
+    }
+    case kExportJob: {
+      ExportPlan plan{};
+      const JobFault fault = PlanExport(app.mxfPath, app.tracks, app.mxf, &plan);
+      *range = plan.range;
+      return fault;
+    }
+    case kLoudnessJob:
+      return FindRange(app.mxfPath, app.tracks, app.mxf, kLoudnessRange, range);
+    case kAnalysisJob:
+      break;
+  }
+  return kNoRecords;
+}
+
+JobRefusal RefusalOf(JobKind kind, const APP_STATE_INFO& app, JobFault fault) {
+  if (fault == kNoFault) return {};
+  const std::uint32_t stage = JobProcessCode(kind, app.useFileIo);
+  // A measurement has the numbers of the export through views.
+  const std::uint32_t base = stage == kStageLoudness ? kStageExportMapped : stage;
+  const std::int32_t result = static_cast<std::int32_t>(base) + fault;
+  return {result, FailureText(stage, result)};
+}
+
+}  // namespace
+
+void PrepareAnalysis(APP_STATE_INFO* app) {
+  MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
+  app->jobKind = kAnalysisJob;
+  app->analysisOk = 0;
+  timecode.progressTotal = 0;
+  timecode.progressFrame = 0;
+  timecode.stopRequest = 0;
+}
+
+JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app) {
+  AUDIOTRACK_IO_INFO& tracks = *app->tracks;
+  app->jobKind = kind;
+  FrameRange range{};
+  const JobFault fault = CheckEngine(kind, *app, &range);
+  if (fault != kNoFault) return RefusalOf(kind, *app, fault);
+  if (range.total == 0) return RefusalOf(kind, *app, kBadRange);
+  if (kind == kExportJob) ++tracks.exportCount;
+  tracks.totalFrames = range.total;
+  tracks.currentFrame = 0;
+  tracks.cancel = 0;
+  tracks.phase = kPhaseProving;
+  return {};
+}
+
+JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app) {
+  return RefusalOf(kind, app, CheckClip(*app.mxf));
+}
+
+std::u16string_view ClipRefusal(const APP_STATE_INFO& app) {
+  return CheckClipFor(kRewriteJob, app).text;
+}
+
+bool NeedsOldIdentity(const APP_STATE_INFO& app) {
+  return WidthOfUmids(*app.mxf) == UmidWidth::kExtended;
+}
+
+bool LogRewrite(std::int32_t result, APP_STATE_INFO* app, std::u16string* failure) {
+  std::u16string_view notice;
+  if (result == kDoneWithNotice) notice = UmidStateText(app->tracks->umidState);
+  std::uint32_t error = 0;
+  if (WriteRewrapLog(app, notice, &error)) return true;
+  *failure = RewrapLogFailureMessage(app->mxfPath, error);
+  return false;
+}
+
+}  // namespace quorvan
