@@ -73,6 +73,10 @@ enum class Method : std::uint8_t {
 
 // Start and last values stand in two slots: 0 the plain count, 1 the count one hour on, in which
 // material that passes midnight stays ascending. CountedSlot tells which of them a job works with.
+//
+// The thread that runs an analysis or a continuity check writes the fields. The atomic words are
+// shared with the thread that watches: the job writes the progress, the watching thread writes
+// `stopRequest`.
 struct MXF_TIMECODE_INFO {
   std::uint32_t dropFrame;     // first byte of the DropFrame value
   std::uint32_t startFrames;   // slot 0

@@ -48,7 +48,9 @@ inline bool FitsMxfPath(std::u16string_view path) {
 struct WINDOW_STATE_INFO;
 
 // One instance in the process. Tracks count from 0; flags are 0 or 1. The thread of the front end
-// writes everything but the words that running jobs exchange in `mxf` and `tracks`.
+// writes all fields but `jobStartTime`, which the worker writes. While a job runs, the records
+// behind `mxf` and `tracks` belong to the worker; only their atomic words may be used by both
+// threads.
 struct APP_STATE_INFO {
   UI_HANDLES ui;
   WAV_FILE_INFO* wavList;  // head of the library; its entryCount is the library's size
@@ -79,14 +81,14 @@ struct APP_STATE_INFO {
   PointSet exportPointSet;
   PointSet loudnessPointSet;
 
-  std::uint32_t selectedTracks;  // number of selected tracks
-  std::int32_t focusTrack;       // target of assignments
-  std::array<std::uint8_t, kMaxTracks> trackSelected;
-  std::uint32_t selectedWavCount;  // selected rows of the library view
-  std::uint32_t currentWavItem;    // row of the library view with the focus
+  std::uint32_t selectedTracks;                        // number of selected tracks
+  std::int32_t focusTrack;                             // target of assignments
+  std::array<std::uint8_t, kMaxTracks> trackSelected;  // an argument of the measurement, too
+  std::uint32_t selectedWavCount;                      // selected rows of the library view
+  std::uint32_t currentWavItem;                        // row of the library view with the focus
 
-  platform::CalendarTime jobStartTime;  // local time
-  platform::CalendarTime jobEndTime;
+  platform::CalendarTime jobStartTime;  // local time; the worker writes it
+  platform::CalendarTime jobEndTime;    // local time, behind the log of a rewrite
 };
 
 // Puts a zeroed `app`, whose pointers are wired, into the state of a program that has just started.

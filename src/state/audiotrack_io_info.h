@@ -26,6 +26,9 @@ inline constexpr std::uint32_t kWavGroupBase = 100;
 // A frame count in both slots: [0] plain, [1] one hour on. CountedSlot tells which of them counts.
 using FramePoint = std::array<std::int32_t, 2>;
 
+// The front end writes the fields before a job. While a job runs, its thread alone reads and writes
+// them, except for the atomic words: the job writes `currentFrame`, `totalFrames` and `phase` for
+// the front end to show, and the front end sets `cancel`, which the job clears.
 struct AUDIOTRACK_IO_INFO {
   std::array<WAV_FILE_INFO*, kMaxTracks> wav;         // null when none; not owned
   std::array<platform::File, kMaxTracks> wavHandle;   // source files of the running engine
