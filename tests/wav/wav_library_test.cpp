@@ -5,7 +5,9 @@
 #include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "support/failing_memory.h"
 #include "support/temp_folder.h"
 #include "support/wav_builder.h"
 
@@ -123,6 +125,21 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
   }
 }
 
+TEST_F(WavLibrary, StaysAsItWasWhenMemoryIsOut) {
+  ASSERT_EQ(Add("a"), kWavOk);
+  const std::u16string path = folder_.Write("b", BuildWav({}).bytes);
+  WavResult result = kWavNoMemory;
+  for (int nth = 1; result != kWavOk; ++nth) {
+    EXPECT_EQ(result, kWavNoMemory);
+    EXPECT_EQ(Names(), "a");
+    test::FailAllocation(nth);
+    result = AddWavFile(path.c_str(), &head_, mxf_.base);
+    ASSERT_EQ(test::AllocationFailed(), result != kWavOk);
+  }
+  test::FailAllocation(0);
+  EXPECT_EQ(Names(), "ab");
+}
+
 TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
   const std::u16string path = folder_.Write("a", BuildWav({}).bytes);
   const std::size_t slash = path.rfind(u'/');
@@ -148,11 +165,10 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   EXPECT_EQ(Column(kDurationColumn), u"00:00:00:12 *0960");
   EXPECT_EQ(Column(kUpdatedColumn).size(), 19u);
   EXPECT_EQ(Column(kSizeColumn), u"70.95 KB");
-  const std::uint64_t* const key = head_.next->sortKey;
-  EXPECT_EQ(key[SortKeyOf(kStartColumn)], 90000u);
-  EXPECT_EQ(key[SortKeyOf(kDurationColumn)], 12u);
-  EXPECT_EQ(key[SortKeyOf(kSizeColumn)], head_.next->findData.size);
-  EXPECT_EQ(key[SortKeyOf(kUpdatedColumn)], head_.next->findData.times.lastWrite);
+  const platform::FileTimes& times = head_.next->findData.times;
+  const std::vector<std::uint64_t> keys = {
+      1, 24, 48000, 90000, 90012, 12, times.creation, times.lastWrite, head_.next->findData.size};
+  EXPECT_EQ(std::vector(std::begin(head_.next->sortKey), std::end(head_.next->sortKey)), keys);
 
   mxf_.timecode.dropFrame = 255;  // shows as drop frame, counts as none
   ASSERT_EQ(Add("drop.wav", spec), kWavOk);
@@ -186,6 +202,12 @@ TEST_F(WavLibrary, IndexFollowsTheList) {
   index = BuildWavIndex(&head_, std::move(index), 2);
   EXPECT_EQ(index[1]->listIndex, 1u);
   EXPECT_EQ(index[3], nullptr);
+
+  test::FailAllocation(1);
+  EXPECT_EQ(BuildWavIndex(&head_, std::move(index)), nullptr);
+  ASSERT_TRUE(test::AllocationFailed());
+  EXPECT_EQ(Names(), "ad") << "the list outlives its index";
+  index = BuildWavIndex(&head_, nullptr);
 
   EXPECT_EQ(FreeWavList(&head_), 1);
   EXPECT_EQ(FreeWavList(&head_), 0);
