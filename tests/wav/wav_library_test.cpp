@@ -155,7 +155,12 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   WavSpec spec;
   spec.timeReference = 48000ull * 3600 + 500;
   spec.sampleFrames = 24000;
-  ASSERT_EQ(Add("take.wav", spec), kWavOk);
+  const std::u16string path = folder_.Write("take.wav", BuildWav(spec).bytes);
+  auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
+  const platform::FileTimes times{file.Times()->creation, 117000000000000000, 118000000000000000};
+  ASSERT_TRUE(file.SetTimes(times));
+  file.Close();
+  ASSERT_EQ(AddWavFile(path.c_str(), &head_, mxf_.base), kWavOk);
   EXPECT_EQ(Column(kNameColumn), u"take.wav");
   EXPECT_EQ(Column(kChannelsColumn), u" 1");
   EXPECT_EQ(Column(kBitsColumn), u"24");
@@ -165,9 +170,8 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   EXPECT_EQ(Column(kDurationColumn), u"00:00:00:12 *0960");
   EXPECT_EQ(Column(kUpdatedColumn).size(), 19u);
   EXPECT_EQ(Column(kSizeColumn), u"70.95 KB");
-  const platform::FileTimes& times = head_.next->findData.times;
   const std::vector<std::uint64_t> keys = {
-      1, 24, 48000, 90000, 90012, 12, times.creation, times.lastWrite, head_.next->findData.size};
+      1, 24, 48000, 90000, 90012, 12, times.creation, times.lastWrite, 72654};
   EXPECT_EQ(std::vector(std::begin(head_.next->sortKey), std::end(head_.next->sortKey)), keys);
 
   mxf_.timecode.dropFrame = 255;  // shows as drop frame, counts as none
