@@ -238,8 +238,8 @@ TEST(Conform, SurvivesWrongBytesInTheMetadata) {
     add(partition.offset, 128);
   for (const SetPlace& set : clip.layout.sets)
     add(set.klv.key, 24);
-  for (const IndexPlace& index : clip.layout.indexSegments)
-    add(index.set.klv.key, 100);
+  for (const SetPlace& index : clip.layout.indexSegments)
+    add(index.klv.key, 100);
   add(clip.layout.randomIndex.key, clip.bytes.size() - clip.layout.randomIndex.key);
   std::mt19937 random(20240);
   const TempFolder folder;

@@ -72,6 +72,9 @@ Damage WithPackField(std::size_t partition, std::size_t place, const Bytes& valu
     Patch(clip.bytes, clip.layout.partitions[partition].offset + place, value);
   };
 }
+Damage WithTrailer(std::uint32_t overall) {
+  return [=](Clip& clip) { Patch(clip.bytes, clip.bytes.size() - 4, Big32(overall)); };
+}
 Damage WithFirstPartitionAt(const std::function<std::uint64_t(const Clip&)>& offset) {
   return [=](Clip& clip) {
     Patch(clip.bytes, clip.layout.randomIndex.value + 4, Big64(offset(clip)));
@@ -86,10 +89,10 @@ const Label kOtherContainer = Container(3, 0x7F, 1, 0);
 const Verdict kVerdicts[] = {
     {"NothingAtAll", 204, [](Clip& c) { c.bytes.clear(); }},
     {"ThreeBytes", 204, [](Clip& c) { c.bytes.resize(3); }},
-    {"NoRandomIndex", 204, [](ClipSpec& s) { s.randomIndexPack = false; }},
+    {"NoRandomIndex", 204, [](Clip& c) { c.bytes.resize(c.layout.randomIndex.key); }},
     {"BytesBehindTheRandomIndex", 204, [](Clip& c) { c.bytes.push_back(0); }},
-    {"RandomIndexLongerThanTheFile", 204, [](ClipSpec& s) { s.randomIndexLength = 0x7FFFFFFF; }},
-    {"RandomIndexShorterThanItsKey", 204, [](ClipSpec& s) { s.randomIndexLength = 10; }},
+    {"RandomIndexLongerThanTheFile", 204, WithTrailer(0x7FFFFFFF)},
+    {"RandomIndexShorterThanItsKey", 204, WithTrailer(10)},
     {"PartitionBehindTheFile", 204, WithFirstPartitionAt([](auto&) { return 1ull << 62; })},
     {"PackCutShort", 204, WithFirstPartitionAt([](auto& c) { return c.bytes.size() - 99; })},
     {"PackOfNoKnownKind", 204, WithPackField(1, pack::kKind, {5})},

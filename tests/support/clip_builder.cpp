@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "support/clip_parts.h"
-#include "support/temp_folder.h"
+#include "timecode/timecode.h"
 
 namespace quorvan::test {
 namespace {
@@ -58,7 +58,6 @@ std::uint32_t AudioElementBytes(const ClipSpec& spec, std::uint32_t frame) {
 
 std::uint32_t DataElementBytes(const ClipSpec& spec) {
   if (!spec.dataElement) return 0;
-  if (!spec.dataFill) return static_cast<std::uint32_t>(kKlHead) + spec.dataSize;
   return ElementBytes(spec, spec.dataSize);
 }
 
@@ -223,9 +222,9 @@ Bytes EntryArray(const IndexSegment& segment) {
       kIndexItem + 4u * segment.sliceCount + 8u * segment.posTableCount, items);
 }
 
-MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::size_t number) {
+MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
   const RateRow& rate = RowOf(spec.rate);
-  MetadataSet set = EmptySet(SetKind::kIndexTableSegment, number);
+  MetadataSet set = EmptySet(SetKind::kIndexTableSegment);
   set.SetTag(tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator));
   set.SetTag(tag::kIndexStartPosition, Big64(static_cast<std::uint64_t>(segment.startPosition)));
   set.SetTag(tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration)));
@@ -236,8 +235,6 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::s
   set.SetTag(tag::kPosTableCount, {segment.posTableCount});
   set.SetTag(tag::kDeltaEntryArray, DeltaArray(segment));
   set.SetTag(tag::kIndexEntryArray, EntryArray(segment));
-  for (const auto& edit : spec.indexSetEdits)
-    edit(set, number);
   return set;
 }
 
@@ -257,15 +254,14 @@ class ClipWriter {
     const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
       edit(segments);
-    for (const IndexSegment& segment : segments) {
-      segments_.push_back(SegmentSet(spec_, segment, segments_.size()));
-    }
+    for (const IndexSegment& segment : segments)
+      segments_.push_back(SegmentSet(spec_, segment));
     WriteHeader();
     for (std::size_t body = 0; body < bodies; ++body)
       WriteBody(body);
     WriteFooter(bodies);
     SetPartitionLinks();
-    if (spec_.randomIndexPack) WriteRandomIndex();
+    WriteRandomIndex();
     Finish();
     return std::move(clip_);
   }
@@ -297,7 +293,7 @@ class ClipWriter {
     partition.indexOffset = klv_.Position();
     for (std::size_t n = first; n < end && n < segments_.size(); ++n) {
       partition.indexSid = kIndexSid;
-      Layout().indexSegments.push_back({Layout().partitions.size() - 1, n, klv_.Set(segments_[n])});
+      Layout().indexSegments.push_back(klv_.Set(segments_[n]));
       if (spec_.fillBetweenSegments) AlignFrom(partition.indexOffset);
     }
     AlignFrom(partition.indexOffset);
@@ -316,7 +312,7 @@ class ClipWriter {
     for (const MetadataSet& set : sets_)
       Layout().sets.push_back(klv_.Set(set));
     const std::uint64_t used = klv_.Position() - start;
-    const std::uint64_t least = used + (start - partition.offset) + kKlHead + spec_.headerRoom;
+    const std::uint64_t least = used + (start - partition.offset) + kKlHead;
     partition.headerByteCount = AlignUp(least, spec_.kagSize);
     klv_.FillTo(start + partition.headerByteCount);
     Layout().headerByteCount = partition.headerByteCount;
@@ -381,7 +377,7 @@ class ClipWriter {
     }
     const auto length = static_cast<std::uint32_t>(kKlHead + value.size() + 4);
     Layout().randomIndex = klv_.Head(kRandomIndexKey, value.size() + 4);
-    klv_.Put(value + Big32(spec_.randomIndexLength.value_or(length)));
+    klv_.Put(value + Big32(length));
   }
 
   void Finish() {
@@ -390,10 +386,6 @@ class ClipWriter {
     Layout().audioElementBytes = AudioElementBytes(spec_, 0);
     Layout().materialUmids = Occurrences(kMaterialUmid);
     Layout().sourceUmids = Occurrences(kSourceUmid);
-    clip_.bytes.resize(clip_.bytes.size() + spec_.trailingBytes);
-    if (spec_.truncateAt && *spec_.truncateAt < clip_.bytes.size()) {
-      clip_.bytes.resize(static_cast<std::size_t>(*spec_.truncateAt));
-    }
   }
 
   // A 64-byte UMID differs from the basic one in its length byte only.
@@ -419,11 +411,6 @@ class ClipWriter {
   std::vector<MetadataSet> segments_;
 };
 
-std::uint32_t DropsPerMinute(std::uint32_t base, bool dropFrame) {
-  if (!dropFrame || (base != 30 && base != 60)) return 0;
-  return base / 15;
-}
-
 }  // namespace
 
 ClipSpec& ClipSpec::DropSet(SetKind kind, std::size_t occurrence) {
@@ -442,11 +429,6 @@ ClipSpec& ClipSpec::SetTag(SetKind kind, std::size_t occurrence, std::uint16_t t
 
 ClipSpec& ClipSpec::RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag) {
   headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).RemoveTag(tag); });
-  return *this;
-}
-
-ClipSpec& ClipSpec::SetKey(SetKind kind, std::size_t occurrence, const Label& key) {
-  headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).key = key; });
   return *this;
 }
 
@@ -474,12 +456,6 @@ Clip BuildClip(const ClipSpec& spec) {
   return ClipWriter(spec).Build();
 }
 
-bool WriteClip(const std::filesystem::path& path, const ClipSpec& spec, ClipLayout* layout) {
-  Clip clip = BuildClip(spec);
-  if (layout != nullptr) *layout = std::move(clip.layout);
-  return WriteBytes(path, clip.bytes);
-}
-
 std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
   const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
   return static_cast<std::uint8_t>(mixed >> 23);
@@ -490,33 +466,25 @@ std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame) {
   return samples[frame % samples.size()];
 }
 
-std::uint32_t FrameCount(const ClipTimecode& timecode, Rate rate, bool dropFrame) {
-  const std::uint32_t base = RowOf(rate).base;
-  const std::uint32_t minutes = timecode.hours * 60 + timecode.minutes;
-  const std::uint32_t labels = (minutes * 60 + timecode.seconds) * base + timecode.frames;
-  return labels - DropsPerMinute(base, dropFrame) * (minutes - minutes / 10);
+std::uint32_t FrameCount(const ClipTimecode& t, Rate rate, bool dropFrame) {
+  return static_cast<std::uint32_t>(TimecodeToFrames(RowOf(rate).fpsIndex, dropFrame ? 1 : 0,
+                                                     {t.hours, t.minutes, t.seconds, t.frames}));
 }
 
 std::uint32_t TimecodeWord(std::uint32_t frameCount, Rate rate, bool dropFrame) {
-  const std::uint32_t base = RowOf(rate).base;
-  const std::uint32_t drops = DropsPerMinute(base, dropFrame);
-  const std::uint32_t perDay = FrameCount({24, 0, 0, 0}, rate, dropFrame);
-  const std::uint32_t perTenMinutes = FrameCount({0, 10, 0, 0}, rate, dropFrame);
-  std::uint32_t label = frameCount % perDay;
-  const std::uint32_t inTen = label % perTenMinutes;
-  label += label / perTenMinutes * 9 * drops;
-  if (inTen >= base * 60) {
-    label += drops * ((inTen - drops) / (base * 60 - drops));
-  }
-  const auto packed = [](std::uint32_t value) { return value / 10 << 4 | value % 10; };
-  const std::uint32_t divider = base == 60 ? 2 : 1;
-  const std::uint32_t seconds = label / base;
   constexpr std::uint32_t kSecondOfPair = 1u << 15;
   constexpr std::uint32_t kDropFlag = 1u << 6;
-  const std::uint32_t frames = label % base;
-  return packed(frames / divider) | (drops != 0 ? kDropFlag : 0) |
-         (frames % divider != 0 ? kSecondOfPair : 0) | packed(seconds % 60) << 8 |
-         packed(seconds / 60 % 60) << 16 | packed(seconds / 3600) << 24;
+  const std::uint32_t fps = RowOf(rate).fpsIndex;
+  const std::uint32_t drop = dropFrame && (fps == 2 || fps == 4) ? 1 : 0;
+  TimeFields fields{};
+  FramesToTimecode(FramesToLabelCount(fps, drop, frameCount % FramesPerDay(fps, drop)), fps,
+                   &fields);
+  const std::uint32_t divider = fps == 4 ? 2 : 1;
+  std::uint32_t word = drop * kDropFlag | (fields[3] % divider != 0 ? kSecondOfPair : 0);
+  fields[3] /= divider;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    word |= (fields[i] / 10 << 4 | fields[i] % 10) << (24 - 8 * i);
+  return word;
 }
 
 }  // namespace quorvan::test

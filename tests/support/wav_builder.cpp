@@ -86,11 +86,11 @@ class WavWriter {
     const bool rf64 = spec_.formId == "RF64";
     Tag(spec_.formId);
     PutLittle(file_.bytes, 0, 4);
-    Tag(spec_.waveId);
-    if (rf64) file_.ds64Offset = Own("ds64", Bytes(spec_.ds64Size), {});
+    Tag("WAVE");
+    if (rf64) file_.ds64Offset = Own("ds64", Bytes(spec_.ds64Size));
     Add(spec_.chunksFirst);
     if (!spec_.bextBehindData) AddBext();
-    file_.fmtOffset = Own("fmt ", FmtBody(spec_), spec_.fmtClaim);
+    file_.fmtOffset = Own("fmt ", FmtBody(spec_));
     Add(spec_.chunksBeforeData);
     AddData(rf64);
     if (spec_.bextBehindData) AddBext();
@@ -117,7 +117,7 @@ class WavWriter {
 
   // A chunk that the description may leave out; the result is then 0.
   std::uint64_t Own(const std::string& id, const Bytes& body,
-                    std::optional<std::uint32_t> claimedSize) {
+                    std::optional<std::uint32_t> claimedSize = {}) {
     if (std::find(spec_.omit.begin(), spec_.omit.end(), id) != spec_.omit.end()) return 0;
     return Chunk(id, body, claimedSize);
   }
@@ -128,7 +128,7 @@ class WavWriter {
   }
 
   void AddBext() {
-    if (spec_.timeReference) file_.bextOffset = Own("bext", BextBody(spec_), {});
+    if (spec_.timeReference) file_.bextOffset = Own("bext", BextBody(spec_));
   }
 
   void AddData(bool rf64) {
@@ -141,8 +141,7 @@ class WavWriter {
 
   void SetSizes(bool rf64) {
     const std::uint64_t formSize = file_.bytes.size() - 8;
-    const std::uint32_t plainSize = rf64 ? kSizeInDs64 : static_cast<std::uint32_t>(formSize);
-    PatchLittle(file_.bytes, kRiffSizeOffset, spec_.riffSize.value_or(plainSize), 4);
+    PatchLittle(file_.bytes, kRiffSizeOffset, rf64 ? kSizeInDs64 : formSize, 4);
     if (file_.ds64Offset == 0) return;
     Bytes sizes;
     PutLittle(sizes, formSize, 8);

@@ -20,7 +20,6 @@ struct WavChunk {
 // What to build. The defaults give a mono file of one second, 48 kHz and 24 bits, without bext.
 struct WavSpec {
   std::string formId = "RIFF";  // "RF64" adds ds64 and sets the 32-bit sizes to 0xFFFFFFFF
-  std::string waveId = "WAVE";
   std::uint16_t formatTag = 1;
   std::uint16_t subFormat = 1;  // in a fmt chunk of 40 bytes
   std::uint16_t channels = 1;
@@ -41,9 +40,7 @@ struct WavSpec {
   std::vector<WavChunk> chunksBehindData{};
   std::vector<std::string> omit{};  // ids of "ds64", "bext", "fmt ", "data" that are left out
 
-  std::optional<std::uint32_t> riffSize{};  // claimed sizes instead of the true ones
-  std::optional<std::uint32_t> fmtClaim{};
-  std::optional<std::uint32_t> dataSize{};
+  std::optional<std::uint32_t> dataSize{};  // claimed sizes instead of the true ones
   std::optional<std::uint64_t> ds64DataSize{};
   std::optional<std::uint64_t> truncateAt{};
 };

@@ -156,8 +156,8 @@ TEST_F(WavHeader, RefusesAnIncompleteHeader) {
     spec.omit = {tag};
     EXPECT_EQ(Read(spec), kWavHeaderIncomplete) << tag;
   }
-  WavSpec noWave;
-  noWave.waveId = "WAVY";
+  std::vector<std::uint8_t> noWave = BuildWav({}).bytes;
+  noWave[11] = 'Y';
   EXPECT_EQ(Read(noWave), kWavHeaderIncomplete);
 }
 
@@ -210,9 +210,9 @@ TEST_F(WavHeader, AKnownChunkThatClaimsMoreThanTheFileSwallowsTheRest) {
     spec.chunksBeforeData = {{tag, std::vector<std::uint8_t>(8), 0xFFFFFFFFu}};
     EXPECT_EQ(Read(spec), kWavHeaderIncomplete) << tag;
   }
-  WavSpec spec;
-  spec.fmtClaim = 0xFFFFFFFFu;
-  EXPECT_EQ(Read(spec), kWavHeaderIncomplete);
+  WavFile file = BuildWav({});
+  std::fill_n(file.bytes.begin() + static_cast<std::ptrdiff_t>(file.fmtOffset) - 4, 4, 0xFF);
+  EXPECT_EQ(Read(file.bytes), kWavHeaderIncomplete);
 }
 
 TEST_F(WavHeader, RefusesNullArgumentsAndFilesThatAreWritten) {
