@@ -224,7 +224,8 @@ Bytes EntryArray(const IndexSegment& segment) {
 
 MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
   const RateRow& rate = RowOf(spec.rate);
-  MetadataSet set = EmptySet(SetKind::kIndexTableSegment);
+  MetadataSet set =
+      EmptySet(SetKind::kIndexTableSegment, static_cast<std::size_t>(segment.startPosition));
   set.SetTag(tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator));
   set.SetTag(tag::kIndexStartPosition, Big64(static_cast<std::uint64_t>(segment.startPosition)));
   set.SetTag(tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration)));

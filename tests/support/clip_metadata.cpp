@@ -103,7 +103,7 @@ class HeaderBuilder {
 
  private:
   MetadataSet& Add(SetKind kind, const std::vector<MetadataItem>& items) {
-    MetadataSet& set = sets_.emplace_back(EmptySet(kind));
+    MetadataSet& set = sets_.emplace_back(EmptySet(kind, sets_.size()));
     set.items.insert(set.items.end(), items.begin(), items.end());
     return set;
   }

@@ -107,14 +107,14 @@ SetPlace KlvWriter::Set(const MetadataSet& set) {
   return place;
 }
 
-MetadataSet EmptySet(SetKind kind) {
+MetadataSet EmptySet(SetKind kind, std::size_t number) {
   MetadataSet set;
   set.kind = kind;
   set.key = {0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 1, 1, 1, 1, 0, 0};
   set.key[14] = kSetKeyByte[static_cast<std::size_t>(kind)];
   if (kind == SetKind::kPrimer) set.key = kPrimerKey;
   if (kind == SetKind::kIndexTableSegment) set.key = kIndexKey;
-  if (kind != SetKind::kPrimer) set.SetTag(tag::kInstanceUid, Bytes(16, 0x51));
+  if (kind != SetKind::kPrimer) set.SetTag(tag::kInstanceUid, Big64(number) + Bytes(8, 0x51));
   return set;
 }
 

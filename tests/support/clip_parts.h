@@ -64,8 +64,8 @@ class KlvWriter {
   Bytes& out_;
 };
 
-// A set with its key and an InstanceUID.
-MetadataSet EmptySet(SetKind kind);
+// A set with its key and an InstanceUID made from `number`.
+MetadataSet EmptySet(SetKind kind, std::size_t number);
 
 // The header metadata that a description asks for, before any edit.
 HeaderSets BuildHeaderSets(const ClipSpec& spec);
