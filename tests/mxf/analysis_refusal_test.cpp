@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 #include "analysed.h"
 #include "mxf/readers.h"
@@ -258,47 +259,36 @@ TEST(AnalysisSearch, FindsTheSetsThatStartBehindThePack) {
 TEST(AnalysisGuards, NameTheMissingPiece) {
   const TempFolder folder;
   const auto path = folder.Write("clip.mxf", BuildClip(ClipSpec()).bytes);
-  auto file = platform::File::Open(path, platform::OpenMode::kReadAlone);
+  auto open = platform::File::Open(path, platform::OpenMode::kReadAlone);
   platform::File closed;
-  MxfRecords r;
-  EXPECT_EQ(AnalyzeMxfFile(&closed, &r.base), 1);
-  EXPECT_EQ(AnalyzeMxfFile(&file, nullptr), 2);
+  MxfRecords records;
+  MXF_BASE_INFO& mxf = records.base;
+  using Codes = std::array<std::int32_t, 6>;
+  const auto codes = [](platform::File* file, MXF_BASE_INFO* r) {
+    const auto preface = ReadPrefaceSet(file, r), names = ReadIdentification(file, r);
+    const auto material = ReadMaterialPackage(file, r), source = ReadSourcePackage(file, r);
+    return Codes{
+        preface, names, material, source, ReadIndexTable(file, r), AnalyzeMxfFile(file, r)};
+  };
+  EXPECT_EQ(codes(&closed, &mxf), (Codes{301, 901, 401, 501, 601, 1}));
+  EXPECT_EQ(codes(&open, nullptr), (Codes{302, 902, 402, 502, 602, 2}));
+  EXPECT_EQ(codes(&open, &mxf), (Codes{303, 903, 403, 503, 603, 0})) << "no table but the last";
+  mxf.audio = nullptr;
+  EXPECT_EQ(codes(&open, &mxf), (Codes{0, 0, 404, 504, 606, 7}));
+  mxf.video = nullptr;
+  EXPECT_EQ(codes(&open, &mxf), (Codes{0, 0, 404, 504, 606, 6}));
+  mxf.indexEntries = nullptr;
+  EXPECT_EQ(codes(&open, &mxf), (Codes{0, 0, 404, 504, 605, 5}));
+  mxf.timecode = nullptr;
+  EXPECT_EQ(codes(&open, &mxf), (Codes{0, 0, 404, 504, 604, 4}));
+  mxf.partitionTable = nullptr;
+  EXPECT_EQ(codes(&open, &mxf), (Codes{303, 903, 403, 503, 603, 3}));
 
-  EXPECT_EQ(ReadRandomIndexAndPartitions(nullptr, 9, &r.base), 201);
-  EXPECT_EQ(ReadRandomIndexAndPartitions(&file, 9, nullptr), 202);
-  EXPECT_EQ(CheckContentStorage(nullptr, 0, 9), 701);
-  EXPECT_EQ(CheckEssenceContainerData(nullptr, 0, 9), 801);
-  const struct {
-    std::int32_t (*read)(platform::File*, MXF_BASE_INFO*);
-    std::int32_t base;
-  } readers[] = {{ReadPrefaceSet, 300},
-                 {ReadIdentification, 900},
-                 {ReadMaterialPackage, 400},
-                 {ReadSourcePackage, 500},
-                 {ReadIndexTable, 600}};
-  for (const auto& reader : readers) {
-    EXPECT_EQ(reader.read(&closed, &r.base), reader.base + 1);
-    EXPECT_EQ(reader.read(&file, nullptr), reader.base + 2);
-    EXPECT_EQ(reader.read(&file, &r.base), reader.base + 3) << "table not read yet";
-  }
-
-  ASSERT_EQ(AnalyzeMxfFile(&file, &r.base), 0);
-  r.base.audio = nullptr;
-  EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 7);
-  EXPECT_EQ(ReadMaterialPackage(&file, &r.base), 404);
-  EXPECT_EQ(ReadSourcePackage(&file, &r.base), 504);
-  EXPECT_EQ(ReadIndexTable(&file, &r.base), 606);
-  r.base.video = nullptr;
-  EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 6);
-  r.base.indexEntries = nullptr;
-  EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 5);
-  EXPECT_EQ(ReadIndexTable(&file, &r.base), 605);
-  r.base.timecode = nullptr;
-  EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 4);
-  EXPECT_EQ(ReadIndexTable(&file, &r.base), 604);
-  r.base.partitionTable = nullptr;
-  EXPECT_EQ(AnalyzeMxfFile(&file, &r.base), 3);
-  EXPECT_EQ(ReadRandomIndexAndPartitions(&file, 9, &r.base), 203);
+  EXPECT_EQ(ReadRandomIndexAndPartitions(&closed, 9, &mxf), 201);
+  EXPECT_EQ(ReadRandomIndexAndPartitions(&open, 9, nullptr), 202);
+  EXPECT_EQ(ReadRandomIndexAndPartitions(&open, 9, &mxf), 203);
+  EXPECT_EQ(CheckContentStorage(&closed, 0, 9), 701);
+  EXPECT_EQ(CheckEssenceContainerData(&closed, 0, 9), 801);
 }
 
 // More than a damaged length should make the program ask the system for.

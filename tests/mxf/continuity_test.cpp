@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <thread>
 
 #include "platform/text.h"
@@ -73,11 +72,10 @@ TEST(Continuity, FindsNothingInCleanClips) {
   for (const Rate rate :
        {Rate::k24, Rate::k25, Rate::k30, Rate::k60, Rate::k23_98, Rate::k29_97, Rate::k59_94}) {
     SCOPED_TRACE(static_cast<int>(rate));
-    for (const std::uint32_t frames : {1u, 2u, 3u, 150u}) {
+    for (const std::uint32_t frames : {1u, 2u, 3u})
       ExpectBreaks(Spec(rate, {10, 0, 58, 0}, frames), {});
-      ExpectBreaks(Spec(rate, {23, 59, 58, 0}, frames), {});
-    }
-    ExpectBreaks(Spec(rate, {0, 9, 58, 0}, 150), {});
+    for (const ClipTimecode start : {ClipTimecode{10, 0, 59, 0}, {0, 9, 59, 0}, {23, 59, 59, 0}})
+      ExpectBreaks(Spec(rate, start, 70), {});
   }
 }
 
@@ -210,22 +208,18 @@ TEST(Continuity, SurvivesAClipThatWasCutShort) {
 }
 
 TEST(Continuity, StopsWhenItIsAsked) {
-  LoadedClip clip(Spec(Rate::k60, {}, 20000));
+  LoadedClip clip(LongClip());
   MXF_TIMECODE_INFO& timecode = clip.app.mxf.timecode;
   for (const bool fileIo : {false, true}) {
-    std::atomic<bool> ended = false;
-    std::uint32_t cleared = 0;  // at the start and where it stops
-    timecode.stopRequest = 1;
-    std::thread operatorThread([&] {
-      while (!ended)
-        cleared += timecode.stopRequest.exchange(1) == 0;
+    timecode.stopRequest = timecode.progressFrame = 0;
+    std::jthread operatorThread([&] {
+      while (timecode.progressFrame == 0)
+        std::this_thread::yield();
+      timecode.stopRequest = 1;
     });
     EXPECT_EQ(Check(&clip, fileIo), kCancelled);
-    ended = true;
-    operatorThread.join();
-    EXPECT_EQ(cleared + (timecode.stopRequest == 0), 2u);
+    EXPECT_EQ(timecode.stopRequest, 0u);
     EXPECT_EQ(timecode.errorCount, 0u);
-    EXPECT_EQ(timecode.errorList->next, nullptr);
     EXPECT_LT(timecode.progressFrame, 19999u);
   }
 }
