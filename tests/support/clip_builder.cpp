@@ -40,20 +40,12 @@ std::uint32_t AudioValueBytes(const ClipSpec& spec, std::uint32_t frame) {
   return spec.bits / 8 * SamplesOfFrame(spec.rate, frame);
 }
 
-// One size for all frames, so that the delta entries hold for each; without fill there is none.
+// One size for all frames with room for a fill in each, so that the delta entries hold for all;
+// without fill there is none.
 std::uint32_t AudioElementBytes(const ClipSpec& spec, std::uint32_t frame) {
   if (spec.elementKag == 0) return ElementBytes(spec, AudioValueBytes(spec, frame));
-  const auto leavesNoRoomForFill = [&spec](std::uint32_t size) {
-    for (std::uint32_t i = 0; i < RowOf(spec.rate).samples.size(); ++i) {
-      const std::uint64_t used = kKlHead + AudioValueBytes(spec, i);
-      if (size != used && size < used + kKlHead) return true;
-    }
-    return false;
-  };
-  std::uint32_t size = ElementBytes(spec, AudioValueBytes(spec, 0));
-  while (leavesNoRoomForFill(size))
-    size += spec.elementKag;
-  return size;
+  const std::uint64_t most = kKlHead + AudioValueBytes(spec, 0);  // no frame holds more
+  return static_cast<std::uint32_t>(AlignUp(most + kKlHead, spec.elementKag));
 }
 
 std::uint32_t DataElementBytes(const ClipSpec& spec) {
@@ -270,11 +262,6 @@ class ClipWriter {
  private:
   ClipLayout& Layout() { return clip_.layout; }
 
-  bool FollowingPlacement() const {
-    return spec_.indexPlacement == IndexPlacement::kFollowingPartition ||
-           spec_.indexPlacement == IndexPlacement::kFollowingAndFooter;
-  }
-
   PartitionPlace& BeginPartition(std::uint8_t keyKind) {
     Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
     Label key = kPackKey;
@@ -322,10 +309,10 @@ class ClipWriter {
 
   void WriteBody(std::size_t body) {
     PartitionPlace& partition = BeginPartition(kKeyBody);
-    if (FollowingPlacement() && body > 0) {
-      WriteIndex(partition, body - 1, body);
-    } else if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
+    if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
       WriteIndex(partition, body, body + 1);
+    } else if (spec_.indexPlacement != IndexPlacement::kFooter && body > 0) {
+      WriteIndex(partition, body - 1, body);
     }
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();

@@ -27,26 +27,27 @@ enum class IndexPlacement {
   kFollowingAndFooter,  // as the first, with all segments once more in the footer
 };
 
-enum class SetKind {
-  kPrimer,
-  kPreface,
-  kIdentification,
-  kContentStorage,
-  kEssenceContainerData,
-  kMaterialPackage,
-  kTimelineTrack,
-  kSequence,
-  kTimecodeComponent,
-  kSourceClip,
-  kSourcePackage,
-  kMultipleDescriptor,
-  kMpegVideoDescriptor,
-  kCdciDescriptor,
-  kAvcSubDescriptor,
-  kAes3Descriptor,
-  kWaveDescriptor,
-  kDataDescriptor,
-  kIndexTableSegment,
+// By byte 14 of their keys; the Primer Pack and the index table segment have keys of their own.
+enum class SetKind : std::uint8_t {
+  kPrimer = 0x00,
+  kPreface = 0x2F,
+  kIdentification = 0x30,
+  kContentStorage = 0x18,
+  kEssenceContainerData = 0x23,
+  kMaterialPackage = 0x36,
+  kTimelineTrack = 0x3B,
+  kSequence = 0x0F,
+  kTimecodeComponent = 0x14,
+  kSourceClip = 0x11,
+  kSourcePackage = 0x37,
+  kMultipleDescriptor = 0x44,
+  kMpegVideoDescriptor = 0x51,
+  kCdciDescriptor = 0x28,
+  kAvcSubDescriptor = 0x6E,
+  kAes3Descriptor = 0x47,
+  kWaveDescriptor = 0x48,
+  kDataDescriptor = 0x5C,
+  kIndexTableSegment = 0xFF,
 };
 
 struct MetadataItem {

@@ -12,11 +12,6 @@ constexpr Label kPrimerKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1,
 constexpr Label kIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 2, 1, 1, 0x10, 1, 0};
 constexpr Label kFillKey{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 2, 3, 1, 2, 0x10, 1, 0, 0, 0};
 
-// Byte 14 of a set's key, by SetKind; the Primer and the index segment have keys of their own.
-constexpr std::array<std::uint8_t, 19> kSetKeyByte{0x00, 0x2F, 0x30, 0x18, 0x23, 0x36, 0x3B,
-                                                   0x0F, 0x14, 0x11, 0x37, 0x44, 0x51, 0x28,
-                                                   0x6E, 0x47, 0x48, 0x5C, 0x00};
-
 // By Rate.
 constexpr std::array<RateRow, 8> kRates{{
     {24, 1, 0, 2, {2000, 2000, 2000, 2000, 2000}},
@@ -111,7 +106,7 @@ MetadataSet EmptySet(SetKind kind, std::size_t number) {
   MetadataSet set;
   set.kind = kind;
   set.key = {0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 1, 1, 1, 1, 0, 0};
-  set.key[14] = kSetKeyByte[static_cast<std::size_t>(kind)];
+  set.key[14] = static_cast<std::uint8_t>(kind);
   if (kind == SetKind::kPrimer) set.key = kPrimerKey;
   if (kind == SetKind::kIndexTableSegment) set.key = kIndexKey;
   if (kind != SetKind::kPrimer) set.SetTag(tag::kInstanceUid, Big64(number) + Bytes(8, 0x51));
