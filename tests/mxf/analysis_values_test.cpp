@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 #include "analysed.h"
@@ -244,6 +245,60 @@ TEST(Analysis, KnowsNoBitRateWhereNoneIsTold) {
   EXPECT_EQ(bitRate(SetKind::kPrimer, pack::kHeaderByteCount, 0), 0u);
   EXPECT_EQ(bitRate(SetKind::kAvcSubDescriptor, pack::kHeaderByteCount, 1), 50000000u);
   EXPECT_EQ(bitRate(SetKind::kAvcSubDescriptor, pack::kHeaderByteCount, 0), 0u);
+}
+
+// A value that is too short for its number tells nothing.
+TEST(Analysis, TakesNoNumberFromAShortValue) {
+  const struct {
+    SetKind kind;
+    std::uint16_t tag;
+    std::size_t bytes;  // of a whole value
+    std::function<std::uint32_t(const MxfRecords&)> number;
+    std::int32_t result = 0;
+    std::uint32_t unknown = 0;
+  } rows[] = {
+      {SetKind::kPreface, tag::kVersion, 2, [](auto& r) { return r.base.versionMajor; }, 308},
+      {SetKind::kTimecodeComponent, tag::kStartTimecode, 8,
+       [](auto& r) { return r.timecode.rangeKnown; }},
+      {SetKind::kTimecodeComponent, tag::kRoundedTimecodeBase, 2,
+       [](auto& r) { return r.timecode.roundedBase; }},
+      {SetKind::kTimecodeComponent, tag::kDropFrame, 1,
+       [](auto& r) { return r.timecode.dropFrame; }},
+      {SetKind::kTimecodeComponent, tag::kDuration, 8, [](auto& r) { return r.timecode.duration; },
+       409},
+      {SetKind::kMpegVideoDescriptor, tag::kDisplayHeight, 4,
+       [](auto& r) { return r.video.height; }},
+      {SetKind::kMpegVideoDescriptor, tag::kDisplayWidth, 4, [](auto& r) { return r.video.width; }},
+      {SetKind::kMpegVideoDescriptor, tag::kAspectRatio, 8,
+       [](auto& r) { return r.video.aspectNumerator + r.video.aspectDenominator; }},
+      {SetKind::kMpegVideoDescriptor, 0x8000, 4, [](auto& r) { return r.video.bitRate; }},
+      {SetKind::kMpegVideoDescriptor, tag::kSampleRate, 8,
+       [](auto& r) { return r.timecode.rateIndex; }, 0, kUnknownRateIndex},
+      {SetKind::kAvcSubDescriptor, tag::kAvcMaximumBitRate, 4,
+       [](auto& r) { return r.video.bitRate; }},
+      {SetKind::kAes3Descriptor, tag::kQuantizationBits, 4,
+       [](auto& r) { return r.audio.quantizationBits; }, 510},
+      {SetKind::kAes3Descriptor, tag::kAudioSamplingRate, 4,
+       [](auto& r) { return r.audio.sampleRate; }, 511},
+      {SetKind::kAes3Descriptor, tag::kAvgBps, 4,
+       [](auto& r) { return r.audio.avgBytesPerSecond; }},
+      {SetKind::kAes3Descriptor, tag::kBlockAlign, 2, [](auto& r) { return r.audio.blockAlign; },
+       609},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.tag);
+    ClipSpec spec;
+    spec.rate = Rate::k29_97;
+    spec.dropFrame = true;
+    if (row.kind == SetKind::kAvcSubDescriptor) spec.codec = 5;
+    const Analysed whole(spec);
+    EXPECT_EQ(whole.result, 0);
+    EXPECT_NE(row.number(whole.records), row.unknown);
+    spec.SetTag(row.kind, 0, row.tag, Bytes(row.bytes - 1, 1));
+    const Analysed cut(spec);
+    EXPECT_EQ(cut.result, row.result);
+    EXPECT_EQ(row.number(cut.records), row.unknown);
+  }
 }
 
 // The hour is the written one, which drop frame reaches with fewer frames.

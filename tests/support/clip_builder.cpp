@@ -25,82 +25,48 @@ constexpr Label kSystemKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 3, 1, 4,
 
 // ---- Essence ----
 
-// Bytes from each element of a frame to the next one; the picture stands apart.
-struct ElementSizes {
-  std::uint32_t system = 0;
-  std::uint32_t audio = 0;
-  std::uint32_t data = 0;
-};
-
-std::uint32_t ElementBytes(const ClipSpec& spec, std::uint64_t valueBytes) {
-  return static_cast<std::uint32_t>(FilledSize(kKlHead + valueBytes, spec.elementKag));
-}
-
-std::uint32_t AudioValueBytes(const ClipSpec& spec, std::uint32_t frame) {
-  return spec.bits / 8 * SamplesOfFrame(spec.rate, frame);
-}
-
-// One size for all frames with room for a fill in each, so that the delta entries hold for all;
-// without fill there is none.
-std::uint32_t AudioElementBytes(const ClipSpec& spec, std::uint32_t frame) {
-  if (spec.elementKag == 0) return ElementBytes(spec, AudioValueBytes(spec, frame));
-  const std::uint64_t most = kKlHead + AudioValueBytes(spec, 0);  // no frame holds more
-  return static_cast<std::uint32_t>(AlignUp(most + kKlHead, spec.elementKag));
-}
-
-std::uint32_t DataElementBytes(const ClipSpec& spec) {
-  if (!spec.dataElement) return 0;
-  return ElementBytes(spec, spec.dataSize);
-}
-
-std::uint32_t PictureValueBytes(const ClipSpec& spec, std::uint32_t frame) {
-  return spec.pictureSize + (spec.sliceCount == 0 ? 0 : frame % 3 * spec.pictureStep);
-}
-
-ElementSizes SizesOf(const ClipSpec& spec, std::uint32_t frame) {
-  return {ElementBytes(spec, kSystemBytes), AudioElementBytes(spec, frame), DataElementBytes(spec)};
-}
-
-// The frames' lengths and places in the essence container.
-std::vector<FramePlace> PlanFrames(const ClipSpec& spec) {
-  std::vector<FramePlace> frames(spec.frames);
-  std::uint64_t position = 0;
-  for (std::uint32_t n = 0; n < spec.frames; ++n) {
-    const ElementSizes sizes = SizesOf(spec, n);
-    FramePlace& frame = frames[n];
-    frame.streamOffset = position;
-    frame.samples = SamplesOfFrame(spec.rate, n);
-    frame.sliceOffset = sizes.system + ElementBytes(spec, PictureValueBytes(spec, n));
-    frame.bytes = frame.sliceOffset + spec.tracks * sizes.audio + sizes.data;
-    position += frame.bytes;
-  }
-  return frames;
-}
-
-class EssenceWriter {
+// The essence container in a buffer of its own; the places of its frames count from its start.
+class EssenceBuilder {
  public:
-  EssenceWriter(const ClipSpec& spec, Bytes& out) : spec_(spec), klv_(out) {}
-
-  void Write(std::uint32_t number, FramePlace& frame) {
-    const ElementSizes sizes = SizesOf(spec_, number);
-    frame.offset = klv_.Position();
-    frame.system = Element(kSystemKey, SystemValue(number), sizes.system);
-    const Bytes picture = PictureValue(number);
-    frame.picture = Element(kPictureKey, picture, ElementBytes(spec_, picture.size()));
-    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
-      frame.audio.push_back(Element(AudioElementKey(spec_, t), AudioValue(number, t), sizes.audio));
-    }
-    if (spec_.dataElement) {
-      frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61), sizes.data);
-    }
+  explicit EssenceBuilder(const ClipSpec& spec) : spec_(spec), klv_(bytes) {
+    for (std::uint32_t n = 0; n < spec.frames; ++n)
+      AddFrame(n);
   }
+
+  Bytes bytes{};
+  std::vector<FramePlace> frames{};
 
  private:
-  KlvPlace Element(const Label& key, const Bytes& value, std::uint32_t totalBytes) {
+  void AddFrame(std::uint32_t number) {
+    FramePlace& frame = frames.emplace_back();
+    frame.streamOffset = klv_.Position();
+    frame.samples = SamplesOfFrame(spec_.rate, number);
+    frame.system = Element(kSystemKey, SystemValue(number));
+    frame.picture = Element(kPictureKey, PictureValue(number));
+    frame.sliceOffset = BytesFrom(frame.streamOffset);
+    // One size for all frames, with room for a fill in each, so that the delta entries hold for
+    // all. The first frame has the most samples.
+    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * frames[0].samples;
+    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
+      const Bytes value = AudioValue(number, t);
+      frame.audio.push_back(Element(AudioElementKey(spec_, t), value, most));
+    }
+    if (spec_.dataElement) frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61));
+    frame.bytes = BytesFrom(frame.streamOffset);
+  }
+
+  std::uint32_t BytesFrom(std::uint64_t start) const {
+    return static_cast<std::uint32_t>(klv_.Position() - start);
+  }
+
+  // With fill, an element takes `least` bytes or more.
+  KlvPlace Element(const Label& key, const Bytes& value, std::uint64_t least = 0) {
     KlvPlace place = klv_.Head(key, value.size());
     klv_.Put(value);
-    klv_.FillTo(place.key + totalBytes);
-    place.totalBytes = totalBytes;
+    if (spec_.elementKag != 0) {
+      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
+    }
+    klv_.FillTo(place.key + place.totalBytes);
     return place;
   }
 
@@ -121,7 +87,7 @@ class EssenceWriter {
   }
 
   Bytes PictureValue(std::uint32_t number) const {
-    Bytes value(PictureValueBytes(spec_, number));
+    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
     for (std::size_t i = 0; i < value.size(); ++i) {
       value[i] = static_cast<std::uint8_t>(i + number);
     }
@@ -129,7 +95,7 @@ class EssenceWriter {
   }
 
   Bytes AudioValue(std::uint32_t number, std::uint32_t track) const {
-    Bytes value(AudioValueBytes(spec_, number));
+    Bytes value(spec_.bits / 8 * SamplesOfFrame(spec_.rate, number));
     for (std::uint32_t i = 0; i < value.size(); ++i) {
       value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
     }
@@ -142,15 +108,15 @@ class EssenceWriter {
 
 // ---- Index ----
 
-std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const ElementSizes& sizes,
-                                 std::uint32_t sliceOffset) {
-  const std::uint8_t slice = spec.sliceCount;
-  std::uint32_t position = spec.sliceCount == 0 ? sliceOffset : 0;
-  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, sizes.system}};
-  for (std::uint32_t t = 0; t < spec.tracks; ++t, position += sizes.audio) {
-    deltas.push_back({0, slice, position});
-  }
-  if (spec.dataElement) deltas.push_back({0, slice, position});
+std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const FramePlace& frame) {
+  const std::uint64_t start = frame.streamOffset + (spec.sliceCount == 0 ? 0 : frame.sliceOffset);
+  const auto system = static_cast<std::uint32_t>(frame.system.totalBytes);
+  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, system}};
+  const auto add = [&](const KlvPlace& element) {
+    deltas.push_back({0, spec.sliceCount, static_cast<std::uint32_t>(element.key - start)});
+  };
+  std::for_each(frame.audio.begin(), frame.audio.end(), add);
+  if (frame.data) add(*frame.data);
   deltas.insert(deltas.end(), spec.extraDeltas, DeltaEntry(deltas.back()));
   return deltas;
 }
@@ -172,7 +138,7 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
     segment.bodySid = kBodySid;
     segment.sliceCount = spec.sliceCount;
     segment.posTableCount = spec.posTableCount;
-    segment.deltas = DeltasOf(spec, SizesOf(spec, 0), frames.empty() ? 0 : frames[0].sliceOffset);
+    segment.deltas = DeltasOf(spec, frames[0]);
     for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
       segment.entries.push_back({0, static_cast<std::int8_t>(-static_cast<int>(n % 3)),
                                  static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
@@ -235,15 +201,10 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
 
 class ClipWriter {
  public:
-  explicit ClipWriter(const ClipSpec& spec)
-      : spec_(spec), klv_(clip_.bytes), essence_(spec, clip_.bytes) {}
+  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes), essence_(spec) {}
 
   Clip Build() {
-    sets_ = BuildHeaderSets(spec_);
-    for (const auto& edit : spec_.headerEdits)
-      edit(sets_);
-    Layout().frames = PlanFrames(spec_);
-    std::vector<IndexSegment> segments = PlanIndex(spec_, Layout().frames);
+    std::vector<IndexSegment> segments = PlanIndex(spec_, essence_.frames);
     const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
       edit(segments);
@@ -255,7 +216,14 @@ class ClipWriter {
     WriteFooter(bodies);
     SetPartitionLinks();
     WriteRandomIndex();
-    Finish();
+    Layout().startFrames = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
+    Layout().blockAlign = spec_.bits / 8;
+    if (spec_.tracks > 0) {
+      Layout().audioElementBytes =
+          static_cast<std::uint32_t>(Layout().frames[0].audio[0].totalBytes);
+    }
+    Layout().materialUmids = Occurrences(kMaterialUmid);
+    Layout().sourceUmids = Occurrences(kSourceUmid);
     return std::move(clip_);
   }
 
@@ -297,7 +265,10 @@ class ClipWriter {
   void WriteHeader() {
     PartitionPlace& partition = BeginPartition(kKeyHeader);
     const std::uint64_t start = klv_.Position();
-    for (const MetadataSet& set : sets_)
+    HeaderSets sets = BuildHeaderSets(spec_);
+    for (const auto& edit : spec_.headerEdits)
+      edit(sets);
+    for (const MetadataSet& set : sets)
       Layout().sets.push_back(klv_.Set(set));
     const std::uint64_t used = klv_.Position() - start;
     const std::uint64_t least = used + (start - partition.offset) + kKlHead;
@@ -316,14 +287,30 @@ class ClipWriter {
     }
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();
-    const std::size_t perPartition = FramesPerPartition(spec_);
-    const std::size_t first = body * perPartition;
-    const std::size_t end = std::min(first + perPartition, Layout().frames.size());
-    if (first < end) partition.bodyOffset = Layout().frames[first].streamOffset;
-    for (std::size_t n = first; n < end; ++n) {
-      Layout().frames[n].partition = Layout().partitions.size() - 1;
-      essence_.Write(static_cast<std::uint32_t>(n), Layout().frames[n]);
-    }
+    const std::size_t first = body * FramesPerPartition(spec_);
+    const std::size_t end = std::min(first + FramesPerPartition(spec_), essence_.frames.size());
+    partition.bodyOffset = essence_.frames[first].streamOffset;
+    for (std::size_t n = first; n < end; ++n)
+      WriteFrame(essence_.frames[n]);
+  }
+
+  void WriteFrame(FramePlace frame) {
+    const std::uint64_t shift = klv_.Position() - frame.streamOffset;
+    for (KlvPlace* place : {&frame.system, &frame.picture})
+      Shift(*place, shift);
+    for (KlvPlace& place : frame.audio)
+      Shift(place, shift);
+    if (frame.data) Shift(*frame.data, shift);
+    frame.offset = klv_.Position();
+    frame.partition = Layout().partitions.size() - 1;
+    const auto start = essence_.bytes.begin() + static_cast<std::ptrdiff_t>(frame.streamOffset);
+    clip_.bytes.insert(clip_.bytes.end(), start, start + frame.bytes);
+    Layout().frames.push_back(std::move(frame));
+  }
+
+  static void Shift(KlvPlace& place, std::uint64_t bytes) {
+    place.key += bytes;
+    place.value += bytes;
   }
 
   void WriteFooter(std::size_t bodies) {
@@ -368,14 +355,6 @@ class ClipWriter {
     klv_.Put(value + Big32(length));
   }
 
-  void Finish() {
-    Layout().startFrames = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
-    Layout().blockAlign = spec_.bits / 8;
-    Layout().audioElementBytes = AudioElementBytes(spec_, 0);
-    Layout().materialUmids = Occurrences(kMaterialUmid);
-    Layout().sourceUmids = Occurrences(kSourceUmid);
-  }
-
   // A 64-byte UMID differs from the basic one in its length byte only.
   std::vector<std::uint64_t> Occurrences(const std::array<std::uint8_t, 32>& umid) const {
     const auto headerEnd =
@@ -394,8 +373,7 @@ class ClipWriter {
   const ClipSpec& spec_;
   Clip clip_;
   KlvWriter klv_;
-  EssenceWriter essence_;
-  HeaderSets sets_;
+  EssenceBuilder essence_;
   std::vector<MetadataSet> segments_;
 };
 
