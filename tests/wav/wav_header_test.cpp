@@ -100,11 +100,26 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
     EXPECT_EQ(ComputeWavPosition(&header_, 1, 1, 0), 1);
     EXPECT_EQ(header_.samplePosition[1], row.bytes / 3);
   }
-  WavSpec empty;
-  empty.sampleFrames = 0;
-  empty.chunksBehindData = {{"LIST", {1, 2, 3, 4}}};
-  EXPECT_EQ(Read(empty), kWavOk);
-  EXPECT_EQ(AudioBytes(header_), 0u) << "the chunk behind is no audio";
+  // An empty data chunk with a chain of chunks to the end of the file is no stream.
+  const struct {
+    std::vector<WavChunk> behind;
+    std::size_t cut;
+    std::uint64_t bytes;
+  } empty[] = {{{{"LIST", {1, 2, 3, 4}}}, 0, 0},
+               {{{"LIST", {1, 2, 3}}}, 0, 0},
+               {{{"LIST", {1, 2, 3}}}, 1, 0},  // without its pad
+               {{{"LIST", {1, 2, 3, 4}}, {"note", {1}}}, 0, 0},
+               {{{"LIST", {1, 2, 3, 4}, 5}}, 0, 12},
+               {{{"LIST", {1, 2, 3, 4}, 2}}, 0, 12}};
+  for (const auto& row : empty) {
+    WavSpec spec;
+    spec.sampleFrames = 0;
+    spec.chunksBehindData = row.behind;
+    WavFile file = BuildWav(spec);
+    file.bytes.resize(file.bytes.size() - row.cut);
+    EXPECT_EQ(Read(file.bytes), kWavOk);
+    EXPECT_EQ(AudioBytes(header_), row.bytes) << &row - empty;
+  }
   WavSpec cut;  // a long size and a time of which half are there
   cut.formId = "RF64";
   cut.ds64Size = 12;
