@@ -92,6 +92,15 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   EXPECT_EQ(tracks.loudnessOut, loudnessOut);
 }
 
+TEST(FramePoint, CountsOneHourOnWhereTheClipStartsInTheLastHour) {
+  MXF_TIMECODE_INFO timecode{};
+  timecode.fpsIndex = 2;
+  timecode.dropFrame = 1;
+  EXPECT_EQ(MakeFramePoint(timecode, 107892), (FramePoint{107892, 107892}));
+  timecode.startHour23 = 1;
+  EXPECT_EQ(MakeFramePoint(timecode, 23 * 107892 + 9), (FramePoint{23 * 107892 + 9, 9}));
+}
+
 TEST(WavBuffer, HoldsTheDurationOfItsRow) {
   MXF_TIMECODE_INFO timecode{};
   timecode.fpsIndex = 1;

@@ -92,6 +92,7 @@ TEST(FramesToLabelCount, StaysInRangeForAnyCount) {
   EXPECT_EQ(DropCount(4, 1, 216000), 216U);
   EXPECT_EQ(DropCount(1, 1, 216000), 0U);
   EXPECT_EQ(DropCount(9, 1, 216000), 0U);
+  EXPECT_EQ(FramesPerSecond(5) + FramesPerHour(5) + FramesPerDay(5, 1), 0U);
 }
 
 TEST(FramesToTimecode, LeavesTheFieldsAloneForAnUnknownBase) {

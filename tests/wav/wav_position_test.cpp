@@ -61,22 +61,6 @@ TEST(WavPosition, AgreesWithCountingFrameByFrame) {
   }
 }
 
-TEST(WavPosition, PutsAnEdgeIntoTheFrameBeforeItExceptAtDividedRates) {
-  const struct {
-    std::uint64_t start;
-    std::uint32_t rate, frame, remainder;
-  } rows[] = {
-      {0, 1, 0, 0},         {1920, 1, 0, 1920}, {1921, 1, 1, 1},
-      {48000, 1, 24, 1920}, {1600, 6, 1, 0},    {1599, 6, 0, 1599},
-      {2002, 5, 0, 2002},   {800, 7, 1, 0},     {1600, 2, 0, 1600},
-  };
-  for (const auto& row : rows) {
-    const WAV_HEADER_INFO header = Positioned(row.start, 0, row.rate);
-    EXPECT_EQ(header.startFrame, row.frame) << row.start;
-    EXPECT_EQ(header.sampleRemainder[0], row.remainder) << row.start;
-  }
-}
-
 TEST(WavPosition, WrapsAtMidnightAndKeepsTheTrueLength) {
   constexpr std::uint64_t kHour = 48000ull * 3600;
   const WAV_HEADER_INFO late = Positioned(23 * kHour + kHour / 2 + 1, kHour, 1);
