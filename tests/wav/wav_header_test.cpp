@@ -122,10 +122,12 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
   }
   WavSpec cut;  // a long size and a time of which half are there
   cut.formId = "RF64";
-  cut.ds64Size = 12;
   cut.timeReference = ~0ull;
-  cut.bextSize = 344;
-  ASSERT_EQ(Read(cut), kWavOk);
+  file_ = BuildWav(cut);
+  file_.bytes[16] = 12;
+  file_.bytes[file_.bextOffset - 4] = 344 & 0xFF;
+  file_.bytes[file_.bextOffset - 3] = 344 >> 8;
+  ASSERT_EQ(Read(file_.bytes), kWavOk);
   EXPECT_EQ(header_.ds64RiffSize, file_.bytes.size() - 8);
   EXPECT_EQ(header_.ds64DataSize, 0u);
   EXPECT_EQ(TimeReference(), 0xFFFFFFFFu);
@@ -172,9 +174,6 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
     return WavChunk{tag, std::vector<std::uint8_t>(8), 0xFFFFFFFFu};
   };
   const std::function<void(WavSpec&)> faults[] = {
-      [](WavSpec& w) { w.omit = {"ds64"}; },
-      [](WavSpec& w) { w.omit = {"fmt "}; },
-      [](WavSpec& w) { w.omit = {"data"}; },
       [](WavSpec& w) { w.blockAlign = 0; },
       [](WavSpec& w) { w.channels = 0, w.blockAlign = 3; },
       [](WavSpec& w) { w.channels = 4, w.blockAlign = 3; },
@@ -189,16 +188,20 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
     fault(spec);
     EXPECT_EQ(Read(spec), kWavHeaderIncomplete) << &fault - faults;
   }
-  std::vector<std::uint8_t> noWave = BuildWav({}).bytes;
-  noWave[11] = 'Y';
-  EXPECT_EQ(Read(noWave), kWavHeaderIncomplete);
+  WavSpec rf64;
+  rf64.formId = "RF64";
+  const WavFile whole = BuildWav(rf64);
+  for (const std::size_t tag : {8ul, 12ul, whole.fmtOffset - 8, whole.dataOffset - 8}) {
+    std::vector<std::uint8_t> unknown = whole.bytes;
+    unknown[tag] = 'x';
+    EXPECT_EQ(Read(unknown), kWavHeaderIncomplete) << tag;
+  }
 }
 
 TEST_F(WavHeader, EveryCutBeforeTheAudioIsRefusedAndNoneBehindIt) {
   WavSpec spec;
   spec.formId = "RF64";
   spec.timeReference = 48000;
-  spec.bextSize = 346;
   spec.sampleFrames = 4;
   ASSERT_EQ(Read(spec), kWavOk);
   for (std::size_t size = file_.bytes.size(); size-- > 0;) {

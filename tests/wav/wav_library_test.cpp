@@ -86,7 +86,7 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
          w.formatTag = 0xFFFE;
          w.subFormat = 3;
        }},
-      {kWavCutShort, [](WavSpec& w) { w.truncateAt = 20000; }},
+      {kWavCutShort, [](WavSpec& w) { w.dataSize = 200000; }},
       {kWavCutShort,
        [](WavSpec& w) {
          w.sampleFrames = 0;
