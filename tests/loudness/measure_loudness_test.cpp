@@ -19,10 +19,7 @@ namespace {
 
 using namespace test;
 
-struct Results {
-  double integrated, truePeak, range;
-  bool operator==(const Results&) const = default;
-};
+using Results = std::array<double, 3>;  // integrated, true peak, range
 
 Results ResultsOf(const LoadedClip& clip) {
   const MXF_AUDIO_INFO& audio = clip.app.mxf.audio;
@@ -79,11 +76,11 @@ Results Reference(const LoadedClip& clip, const std::uint32_t* left, const std::
   EXPECT_EQ(ebur128_add_frames_float(state, samples.data(), samples.size() / 2), 0);
   Results results{};
   double peaks[2] = {};
-  EXPECT_EQ(ebur128_loudness_global(state, &results.integrated), 0);
-  EXPECT_EQ(ebur128_loudness_range(state, &results.range), 0);
+  EXPECT_EQ(ebur128_loudness_global(state, &results[0]), 0);
+  EXPECT_EQ(ebur128_loudness_range(state, &results[2]), 0);
   EXPECT_EQ(ebur128_true_peak(state, 0, &peaks[0]) + ebur128_true_peak(state, 1, &peaks[1]), 0);
   const double peak = std::max(peaks[0], peaks[1]);
-  results.truePeak = peak > 0 ? 20 * std::log10(peak) : -99.9;
+  results[1] = peak > 0 ? 20 * std::log10(peak) : -99.9;
   ebur128_destroy(&state);
   return results;
 }

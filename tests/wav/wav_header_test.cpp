@@ -134,12 +134,16 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
 }
 
 TEST_F(WavHeader, PassesUnknownChunksOfAnyClaimedSizeAcrossEveryReadBoundary) {
-  for (std::size_t pad = 65536 - 64; pad < 65536 + 8; ++pad) {
-    WavSpec spec;
-    spec.sampleFrames = 1;
-    spec.chunksBeforeData = {{"JUNK", std::vector<std::uint8_t>(pad, 'd'), 0xFFFFFFF0u}};
-    ASSERT_EQ(Read(spec), kWavOk) << pad;
-    EXPECT_EQ(header_.dataOffset, file_.dataOffset) << pad;
+  constexpr std::size_t kBlock = 65536;
+  const std::size_t beforeTag = 44;  // and the next block begins with the last three bytes
+  for (const std::size_t edge : {kBlock, 2 * kBlock - 3}) {
+    for (std::size_t pad = edge - beforeTag - 16; pad < edge - beforeTag + 8; ++pad) {
+      WavSpec spec;
+      spec.sampleFrames = 1;
+      spec.chunksBeforeData = {{"JUNK", std::vector<std::uint8_t>(pad, 'd'), 0xFFFFFFF0u}};
+      ASSERT_EQ(Read(spec), kWavOk) << pad;
+      EXPECT_EQ(header_.dataOffset, file_.dataOffset) << pad;
+    }
   }
 }
 
