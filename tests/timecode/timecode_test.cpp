@@ -45,7 +45,11 @@ TEST(TimecodeToFrames, CountsFieldsByBaseAndDropFrame) {
       {3, 0, {25, 0, 0, 49}, 4500049},  // hours run on past a day
       {1, 0, {0, 60, 0, 0}, kInvalidTimecode},
       {1, 0, {0, 0, 60, 0}, kInvalidTimecode},
+      {0, 0, {0, 0, 0, 24}, kInvalidTimecode},
       {1, 0, {0, 0, 0, 25}, kInvalidTimecode},
+      {2, 0, {0, 0, 0, 30}, kInvalidTimecode},
+      {3, 0, {0, 0, 0, 50}, kInvalidTimecode},
+      {4, 0, {0, 0, 0, 60}, kInvalidTimecode},
       {5, 0, {0, 0, 0, 0}, kInvalidTimecode},
       {1, 0, {23860, 0, 0, 0}, 2147400000},  // the last hour whose count fits, and the next
       {1, 0, {23861, 0, 0, 0}, kInvalidTimecode},
