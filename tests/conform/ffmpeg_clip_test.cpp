@@ -24,7 +24,7 @@ void PrintTo(const Recipe& recipe, std::ostream* out) {
 }
 
 const Recipe kRecipes[] = {
-    {"mpeg25", {"25", 22, 2, 24}},
+    {"mpeg25", {"25", 12, 2, 24}},
     {"mpeg29", {"30000/1001", 3, 8, 16}},
     {"avcIntra", {"50", 2, 4, 24, true}},
 };

@@ -40,7 +40,8 @@ void ExpectPlaces(const ClipSpec& spec) {
   EXPECT_EQ(r.audio.trackCount, spec.tracks);
   EXPECT_EQ(r.audio.quantizationBits, spec.bits);
   // Only a slice that opens with audio is measured.
-  EXPECT_EQ(r.audio.elementSize, spec.sliceCount == 0 ? 0 : clip.layout.audioElementBytes);
+  EXPECT_EQ(r.audio.elementSize,
+            spec.sliceCount == 0 ? 0 : clip.layout.frames[0].audio[0].totalBytes);
   EXPECT_EQ(r.audio.elementKind, spec.waveAudio ? kWaveElement : kAes3Element);
   EXPECT_EQ(r.base.hasAncillaryData, spec.dataTrack ? 1u : 0u);
   if (spec.dataElement) {

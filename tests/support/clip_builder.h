@@ -120,7 +120,7 @@ struct ClipSpec {
   std::uint32_t tracks = 4;  // 0 to 30
   std::uint32_t bits = 24;   // 16 or 24
   bool waveAudio = false;    // Wave elements and descriptors instead of AES3
-  // Byte `i` of the audio value; PatternByte when empty.
+  // Byte `i` of the audio value; a pattern when empty.
   std::function<std::uint8_t(std::uint32_t track, std::uint32_t frame, std::uint32_t i)> audio{};
 
   std::uint32_t kagSize = 512;     // 256 or more: a partition pack with its fill takes one
@@ -177,9 +177,6 @@ struct SetPlace {
   SetKind kind = SetKind::kPrimer;
   KlvPlace klv{};
   std::vector<TagPlace> tags{};
-
-  // File offset of the first item's value; ends the program when the tag is not there.
-  std::uint64_t TagValueOffset(std::uint16_t tag) const;
 };
 
 struct FramePlace {
@@ -218,7 +215,6 @@ struct ClipLayout {
   KlvPlace randomIndex{};  // all 0 when there is none
   std::uint32_t startFrames = 0;
   std::uint32_t blockAlign = 0;
-  std::uint32_t audioElementBytes = 0;  // of the first frame, with its fill
 
   // These end the program when there is no such set or tag.
   const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
@@ -253,10 +249,6 @@ extern const std::array<std::uint8_t, 32> kMaterialUmid;
 extern const std::array<std::uint8_t, 32> kSourceUmid;
 
 Clip BuildClip(const ClipSpec& spec);
-
-// The audio that a clip holds where its description gives none; cheap, and different enough for a
-// byte in the wrong frame, track or place to show.
-std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i);
 
 // Audio samples per track in a frame (SMPTE 382, five-frame sequence).
 std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame);
