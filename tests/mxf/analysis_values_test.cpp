@@ -122,6 +122,35 @@ TEST(Analysis, ReachesToTheEndOfTheLastFrameOfARun) {
   }
 }
 
+// Sound written by a table with a gap, or with frames twice, would land in other frames.
+TEST(Analysis, KnowsWhetherTheIndexCountsEveryFrame) {
+  using Segments = std::vector<IndexSegment>;
+  const struct {
+    std::uint32_t frames;  // that the clip claims; the table has 10
+    bool counts;
+    std::function<void(Segments&)> edit;
+  } rows[] = {
+      {10, true, [](Segments&) {}},
+      {10, true, [](Segments& s) { s[0].duration = 99; }},
+      {10, false, [](Segments& s) { s[0].startPosition = 1; }},
+      {10, false, [](Segments& s) { s[1].startPosition = 6; }},
+      {10, false, [](Segments& s) { s[1].startPosition = 4; }},
+      {10, false, [](Segments& s) { s[0].entries[3] = s[0].entries[2]; }},
+      {10, false, [](Segments& s) { std::swap(s[1].entries[3], s[1].entries[2]); }},
+      {11, true, [](Segments&) {}},
+      {11, false, [](Segments& s) { s[0].duration = 6; }},
+      {11, false, [](Segments& s) { s[1].duration = 6; }},
+      {11, false, [](Segments& s) { s[1].duration = 4; }},
+  };
+  for (const auto& row : rows) {
+    ClipSpec spec;
+    spec.SetTag(SetKind::kTimecodeComponent, 0, tag::kDuration, Big64(row.frames));
+    spec.indexEdits.push_back(row.edit);
+    const Analysed analysed(spec);
+    EXPECT_EQ(CountsEveryFrame(analysed.records.base), row.counts) << &row - rows;
+  }
+}
+
 // The elements of the first frame are looked for close to where the index leads, and no farther.
 TEST(Analysis, MeasuresElementsThatStartNearTheirPlace) {
   const auto analyse = [](const std::function<void(IndexSegment&)>& edit) {
