@@ -75,17 +75,26 @@ TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
 
 // What a rewrite would refuse is refused at once, with words that fit.
 TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
+  const auto format = [](std::uint16_t tag, std::uint16_t subFormat, std::uint32_t fmtSize) {
+    return [=](WavSpec& w) {
+      w.formatTag = tag;
+      w.subFormat = subFormat;
+      w.fmtSize = fmtSize;
+    };
+  };
+  const auto chunk = [](const char* id, const std::string& body) {
+    return [=](WavSpec& w) { w.chunksBeforeData = {{id, {body.begin(), body.end()}}}; };
+  };
+  const std::string otherFormat("fmt \x10\0\0\0\1\0\2\0\x80\xBB\0\0\0\xEE\2\0\4\0\x10\0", 24);
   const std::pair<WavResult, std::function<void(WavSpec&)>> cases[] = {
       {kWavOtherWidth, [](WavSpec& w) { w.bits = 8; }},
       {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 4; }},
       {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 2; }},
-      {kWavNotPcm, [](WavSpec& w) { w.formatTag = 0xF1AC; }},
-      {kWavNotPcm,
-       [](WavSpec& w) {
-         w.fmtSize = 40;
-         w.formatTag = 0xFFFE;
-         w.subFormat = 3;
-       }},
+      {kWavNotPcm, format(0xF1AC, 1, 16)},
+      {kWavNotPcm, format(0xFFFE, 3, 40)},
+      {kWavOk, format(0xFFFE, 1, 40)},
+      {kWavOk, format(0xFFFE, 3, 18)},  // which has no room to say it
+      {kWavOk, format(1, 3, 40)},       // says it where only the extensible format does
       {kWavCutShort, [](WavSpec& w) { w.dataSize = 200000; }},
       {kWavCutShort,
        [](WavSpec& w) {
@@ -102,21 +111,8 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
          w.formId = "RF64";
          w.ds64DataSize = 0;
        }},
-      {kWavChunksDiffer,
-       [](WavSpec& w) {
-         w.chunksBeforeData = {
-             {"_PMX", {'M', 'e', 't', 'a', 'd', 'a', 't', 'a', 'D', 'a', 't', 'e'}}};
-       }},
-      {kWavChunksDiffer,
-       [](WavSpec& w) {
-         w.chunksBeforeData = {{"LIST", {'f',  'm',  't', ' ', 16, 0, 0,    0, 1, 0, 2,  0,
-                                         0x80, 0xBB, 0,   0,   0,  0, 0xEE, 2, 4, 0, 16, 0}}};
-       }},
-      {kWavOk,
-       [](WavSpec& w) {
-         w.fmtSize = 40;
-         w.formatTag = 0xFFFE;
-       }},
+      {kWavChunksDiffer, chunk("_PMX", "MetadataDate")},
+      {kWavChunksDiffer, chunk("LIST", otherFormat)},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     WavSpec spec;
