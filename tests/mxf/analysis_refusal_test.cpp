@@ -4,7 +4,7 @@
 #include <array>
 
 #include "analysed.h"
-#include "mxf/readers.h"
+#include "mxf/metadata/readers.h"
 #include "support/clip_parts.h"
 #include "support/mxf_tags.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "state/track_assignment.h"
 #include "state/wav_buffer.h"
 #include "state/window_state_info.h"
