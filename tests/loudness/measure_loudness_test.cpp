@@ -20,14 +20,7 @@ namespace {
 
 using namespace test;
 
-struct Results {
-  double integrated;
-  double truePeak;
-  double range;
-};
-bool operator==(const Results& a, const Results& b) {
-  return a.integrated == b.integrated && a.truePeak == b.truePeak && a.range == b.range;
-}
+using Results = std::array<double, 3>;  // integrated, true peak, range
 
 Results ResultsOf(const LoadedClip& clip) {
   const MXF_AUDIO_INFO& audio = clip.app.mxf.audio;
@@ -84,11 +77,11 @@ Results Reference(const LoadedClip& clip, const std::uint32_t* left, const std::
   EXPECT_EQ(ebur128_add_frames_float(state, samples.data(), samples.size() / 2), 0);
   Results results{};
   double peaks[2] = {};
-  EXPECT_EQ(ebur128_loudness_global(state, &results.integrated), 0);
-  EXPECT_EQ(ebur128_loudness_range(state, &results.range), 0);
+  EXPECT_EQ(ebur128_loudness_global(state, &results[0]), 0);
+  EXPECT_EQ(ebur128_loudness_range(state, &results[2]), 0);
   EXPECT_EQ(ebur128_true_peak(state, 0, &peaks[0]) + ebur128_true_peak(state, 1, &peaks[1]), 0);
   const double peak = std::max(peaks[0], peaks[1]);
-  results.truePeak = peak > 0 ? 20 * std::log10(peak) : -99.9;
+  results[1] = peak > 0 ? 20 * std::log10(peak) : -99.9;
   ebur128_destroy(&state);
   return results;
 }
@@ -98,18 +91,15 @@ TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
     Rate rate;
     std::uint32_t bits, frames, in, out;
   };
-  const Case cases[] = {{Rate::k25, 24, 150, 0, 149},
-                        {Rate::k25, 16, 150, 7, 131},
-                        {Rate::k29_97, 24, 150, 3, 99},
-                        {Rate::k59_94, 16, 150, 1, 148},
-                        {Rate::k25, 24, 20, 9, 9}};
+  const Case cases[] = {
+      {Rate::k25, 16, 50, 7, 49}, {Rate::k29_97, 24, 50, 3, 46}, {Rate::k59_94, 16, 50, 9, 9}};
   constexpr std::uint32_t track1 = 1, track3 = 3;
   for (const Case& c : cases) {
     ClipSpec spec;
     spec.rate = c.rate;
     spec.bits = c.bits;
     spec.frames = c.frames;
-    spec.framesPerPartition = 40;
+    spec.framesPerPartition = 24;
     spec.audio = Swell(c.bits / 8);
     LoadedClip clip(spec);
     clip.SetRange(kLoudnessRange, c.in, c.out);
@@ -118,22 +108,22 @@ TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
     EXPECT_EQ(ResultsOf(clip), Reference(clip, &track1, &track3, c.in, c.out));
     EXPECT_EQ(clip.app.tracks.currentFrame, c.out - c.in + 1);
     EXPECT_TRUE(clip.Now() == clip.clip.bytes);
-    ASSERT_EQ(Measure(clip, {3}), 0);
-    EXPECT_EQ(ResultsOf(clip), Reference(clip, &track3, nullptr, c.in, c.out));
   }
 }
 
 TEST(MeasureLoudness, MeasuresTheTwoLowestOfTheSelectedTracksOrSilence) {
   ClipSpec spec;
-  spec.frames = 50;
+  spec.frames = 20;
   spec.audio = Swell(3);
   LoadedClip clip(spec);
   constexpr std::uint32_t track0 = 0, track2 = 2;
   ASSERT_EQ(Measure(clip, {0, 2, 3}), 0);
-  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track0, &track2, 0, 49));
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track0, &track2, 0, 19));
+  ASSERT_EQ(Measure(clip, {2}), 0);
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track2, nullptr, 0, 19));
   ASSERT_EQ(Measure(clip, {4, 23}), 0);  // tracks that the clip has not
   EXPECT_EQ(clip.app.mxf.audio.truePeak, kSilentTruePeak);
-  EXPECT_EQ(ResultsOf(clip), Reference(clip, nullptr, nullptr, 0, 49));
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, nullptr, nullptr, 0, 19));
 }
 
 TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <functional>
+#include <map>
 #include <thread>
 
 #include "platform/text.h"
@@ -16,17 +17,8 @@ using namespace test;
 
 constexpr auto kInvalid = static_cast<std::uint32_t>(kInvalidTimecode);
 
-struct Break {
-  std::uint32_t frame;
-  std::uint32_t kind;
-  std::uint32_t previous;
-  std::uint32_t next;
-  bool operator==(const Break&) const = default;
-};
-void PrintTo(const Break& b, std::ostream* out) {
-  *out << "{frame " << b.frame << " kind " << b.kind << " " << b.previous << " to " << b.next
-       << "}";
-}
+// Frame before it, kind, and the counts before and behind it.
+using Break = std::array<std::uint32_t, 4>;
 
 std::vector<Break> BreaksOf(const MXF_TIMECODE_INFO& timecode) {
   std::vector<Break> breaks;
@@ -44,20 +36,37 @@ std::int32_t Check(LoadedClip* clip, bool fileIo) {
   return CheckTimecodeContinuity(&file, &clip->app.mxf.base);
 }
 
-// Both ways of reading come to these breaks.
-void ExpectBreaks(const ClipSpec& spec, const std::vector<Break>& breaks) {
+using Words = std::map<std::uint32_t, std::uint32_t>;  // by frame
+
+Words WordsOf(std::uint32_t first, std::uint32_t end,
+              const std::function<std::uint32_t(std::uint32_t frame)>& word) {
+  Words words;
+  for (std::uint32_t frame = first; frame < end; ++frame)
+    words[frame] = word(frame);
+  return words;
+}
+
+std::uint32_t Word(std::uint32_t hours, std::uint32_t minutes, std::uint32_t seconds,
+                   std::uint32_t frames) {
+  const auto digits = [](std::uint32_t n) { return n / 10 << 4 | n % 10; };
+  return digits(frames) | digits(seconds) << 8 | digits(minutes) << 16 | digits(hours) << 24;
+}
+
+// Both ways of reading a clip with these words in place of its own come to these breaks.
+void ExpectBreaks(ClipSpec spec, const Words& words, const std::vector<Break>& breaks) {
+  for (const auto& [frame, word] : words)
+    spec.timecodeWords[frame] = word;
   LoadedClip clip(spec);
   for (const bool fileIo : {false, true}) {
-    const std::int32_t wanted = breaks.empty() ? 0 : kContinuityBreaks;
     DropFromMemory(clip.path);
-    EXPECT_EQ(Check(&clip, fileIo), wanted);
+    EXPECT_EQ(Check(&clip, fileIo), breaks.empty() ? 0 : kContinuityBreaks);
     EXPECT_EQ(BreaksOf(clip.app.mxf.timecode), breaks);
     EXPECT_EQ(clip.app.mxf.timecode.progressFrame, spec.frames - 1);
     EXPECT_EQ(clip.app.mxf.timecode.timecodeWords, nullptr);
   }
 }
 
-ClipSpec Spec(Rate rate, ClipTimecode start, std::uint32_t frames = 23) {
+ClipSpec Spec(Rate rate, ClipTimecode start = {}, std::uint32_t frames = 23) {
   ClipSpec spec;
   spec.rate = rate;
   spec.dropFrame = true;
@@ -73,131 +82,106 @@ TEST(Continuity, FindsNothingInCleanClips) {
   for (const Rate rate :
        {Rate::k24, Rate::k25, Rate::k30, Rate::k60, Rate::k23_98, Rate::k29_97, Rate::k59_94}) {
     SCOPED_TRACE(static_cast<int>(rate));
-    for (const std::uint32_t frames : {1u, 2u, 3u, 150u}) {
-      ExpectBreaks(Spec(rate, {10, 0, 58, 0}, frames), {});
-      ExpectBreaks(Spec(rate, {23, 59, 58, 0}, frames), {});
-    }
-    ExpectBreaks(Spec(rate, {0, 9, 58, 0}, 150), {});
+    for (const std::uint32_t frames : {1u, 2u, 3u})
+      ExpectBreaks(Spec(rate, {10, 0, 58, 0}, frames), {}, {});
+    for (const ClipTimecode start : {ClipTimecode{10, 0, 59, 0}, {0, 9, 59, 0}, {23, 59, 59, 0}})
+      ExpectBreaks(Spec(rate, start, 70), {}, {});
   }
-}
-
-std::uint32_t Word(std::uint32_t hours, std::uint32_t minutes, std::uint32_t seconds,
-                   std::uint32_t frames) {
-  const auto digits = [](std::uint32_t n) { return n / 10 << 4 | n % 10; };
-  return digits(frames) | digits(seconds) << 8 | digits(minutes) << 16 | digits(hours) << 24;
 }
 
 TEST(Continuity, NamesEachBreakWithItsFrames) {
-  const std::uint32_t start = 36000 * 25;
-  ClipSpec still = Spec(Rate::k25, {});
-  still.timecodeWords[9] = Word(10, 0, 0, 8);
-  ExpectBreaks(still, {{8, 4, start + 8, start + 8}, {9, 2, start + 8, start + 10}});
-
-  ClipSpec jump = Spec(Rate::k25, {});
-  for (std::uint32_t f = 1; f < jump.frames; ++f)
-    jump.timecodeWords[f] = Word(10, 0, (f + 4) / 25, (f + 4) % 25);
-  ExpectBreaks(jump, {{0, 2, start, start + 5}});
-
-  ClipSpec back = Spec(Rate::k25, {});
-  back.timecodeWords[22] = Word(9, 59, 59, 24);
-  ExpectBreaks(back, {{21, 3, start + 21, start - 1}});
-
-  ClipSpec last = Spec(Rate::k59_94, {10, 0, 0, 0}, 9);
-  const std::uint32_t start30 = 1078920;  // 10:00:00.00 in drop frame on base 30
-  last.timecodeWords[8] = Word(10, 0, 0, 9);
-  last.timecodeWords[7] = Word(12, 0, 0, 9);  // between two that are compared
-  ExpectBreaks(last, {{6, 2, start30 + 3, start30 + 9}});
-
+  const ClipSpec spec = Spec(Rate::k25);
+  constexpr std::uint32_t start = 36000 * 25;
+  const auto fiveOn = [](std::uint32_t f) { return Word(10, 0, (f + 4) / 25, (f + 4) % 25); };
+  ExpectBreaks(spec, {{9, Word(10, 0, 0, 8)}},
+               {{8, 4, start + 8, start + 8}, {9, 2, start + 8, start + 10}});
+  ExpectBreaks(spec, WordsOf(1, 23, fiveOn), {{0, 2, start, start + 5}});
+  ExpectBreaks(spec, {{22, Word(9, 59, 59, 24)}}, {{21, 3, start + 21, start - 1}});
   // Without a word: every digit out of range.
-  ClipSpec none = Spec(Rate::k25, {});
-  none.timecodeWords[4] = none.timecodeWords[5] = 0xFFFFFFFF;
   ExpectBreaks(
-      none, {{3, 2, start + 3, kInvalid}, {4, 4, kInvalid, kInvalid}, {5, 3, kInvalid, start + 6}});
+      spec, {{4, 0xFFFFFFFF}, {5, 0xFFFFFFFF}},
+      {{3, 2, start + 3, kInvalid}, {4, 4, kInvalid, kInvalid}, {5, 3, kInvalid, start + 6}});
+  // At 60 every second word counts; 10:00:00.00 in drop frame on base 30.
+  constexpr std::uint32_t start30 = 1078920;
+  ExpectBreaks(Spec(Rate::k59_94, {10, 0, 0, 0}, 9),
+               {{7, Word(12, 0, 0, 9)}, {8, Word(10, 0, 0, 9)}},
+               {{6, 2, start30 + 3, start30 + 9}});
 }
 
 TEST(Continuity, TakesMidnightForABreakOnlyWhereTheClipStartsEarlier) {
-  ClipSpec early = Spec(Rate::k25, {22, 0, 0, 0});
-  for (std::uint32_t f = 0; f < early.frames; ++f)
-    early.timecodeWords[f] = f < 10 ? Word(23, 59, 59, 15 + f) : Word(0, 0, 0, f - 10);
-  ExpectBreaks(early, {{9, 3, 24 * 3600 * 25 - 1, 0}});
+  const auto overMidnight = [](std::uint32_t f) {
+    return f < 10 ? Word(23, 59, 59, 15 + f) : Word(0, 0, 0, f - 10);
+  };
+  ExpectBreaks(Spec(Rate::k25, {22, 0, 0, 0}), WordsOf(0, 23, overMidnight),
+               {{9, 3, 24 * 3600 * 25 - 1, 0}});
   // The counts are those that were written.
-  ClipSpec late = Spec(Rate::k25, {23, 59, 59, 15});
-  late.timecodeWords[12] = Word(0, 0, 0, 7);
-  late.timecodeWords[20] = 0xFFFFFFFF;
-  ExpectBreaks(late, {{11, 2, 1, 7}, {12, 3, 7, 3}, {19, 2, 9, kInvalid}, {20, 3, kInvalid, 11}});
-  // In drop frame on base 30, where an hour has 107892 frames.
-  ClipSpec drop = Spec(Rate::k59_94, {23, 0, 0, 0}, 9);
-  drop.timecodeWords[8] = Word(23, 0, 0, 9) | 0x8000;  // with the mark of a second field
-  ExpectBreaks(drop, {{6, 2, 23 * 107892 + 3, 23 * 107892 + 9}});
+  ExpectBreaks(Spec(Rate::k25, {23, 59, 59, 15}), {{12, Word(0, 0, 0, 7)}, {20, 0xFFFFFFFF}},
+               {{11, 2, 1, 7}, {12, 3, 7, 3}, {19, 2, 9, kInvalid}, {20, 3, kInvalid, 11}});
+  // In drop frame on base 30, where an hour has 107892 frames; with the mark of a second field.
+  ExpectBreaks(Spec(Rate::k59_94, {23, 0, 0, 0}, 9), {{8, Word(23, 0, 0, 9) | 0x8000}},
+               {{6, 2, 23 * 107892 + 3, 23 * 107892 + 9}});
   // Each value in two frames at 50: the hour is one of base 50 all the same.
-  ClipSpec pairs = Spec(Rate::k50, {23, 59, 59, 0}, 120);
-  for (std::uint32_t f = 0; f < pairs.frames; ++f) {
+  const auto pair = [](std::uint32_t f) {
     const std::uint32_t value = f % 50 / 2;
     const std::uint32_t word = f < 50 ? Word(23, 59, 59, value) : Word(0, 0, f / 50 - 1, value);
-    pairs.timecodeWords[f] = word ^ (f % 2 == 1 ? 0x80000000 : 0);
-  }
-  ExpectBreaks(pairs, {});
-  pairs.timecodeWords[60] = Word(0, 0, 2, 0);
-  ExpectBreaks(pairs, {{58, 2, 8, 100}, {60, 3, 100, 12}});
+    return word ^ (f % 2 == 1 ? 0x80000000 : 0);
+  };
+  ClipSpec pairs = Spec(Rate::k50, {23, 59, 59, 0}, 120);
+  pairs.timecodeWords = WordsOf(0, 120, pair);
+  ExpectBreaks(pairs, {}, {});
+  ExpectBreaks(pairs, {{60, Word(0, 0, 2, 0)}}, {{58, 2, 8, 100}, {60, 3, 100, 12}});
 }
 
 TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
-  constexpr std::uint32_t frames = 120;
   constexpr std::uint32_t start = 36000 * 50;
-  // The tens digit 4 in the place of the drop frame flag; two frames a value with a field mark.
-  ClipSpec tens = Spec(Rate::k50, {10, 0, 0, 0}, frames);
-  ClipSpec pairs = tens;
-  ClipSpec short39 = Spec(Rate::k50, {10, 0, 0, 5}, 30);
-  for (std::uint32_t f = 0; f < frames; ++f) {
-    tens.timecodeWords[f] = Word(10, 0, f / 50, f % 50);
-    pairs.timecodeWords[f] = Word(10, 0, f / 50, f % 50 / 2) | (f % 2 == 0 ? 0x80000000 : 0);
-  }
-  ExpectBreaks(short39, {});
-  for (std::uint32_t f = 0; f < short39.frames; ++f)  // a flag that is no digit
-    short39.timecodeWords[f] = Word(10, 0, 0, f + 5) | 0x40;
-  ExpectBreaks(short39, {});
+  // Values up to 39, also with a flag that is no digit.
+  const ClipSpec low = Spec(Rate::k50, {10, 0, 0, 5}, 30);
+  ExpectBreaks(low, {}, {});
+  ExpectBreaks(low, WordsOf(0, 30, [](auto f) { return Word(10, 0, 0, f + 5) | 0x40; }), {});
+  // The tens digit 4 in the place of the drop frame flag.
+  ClipSpec tens = Spec(Rate::k50, {10, 0, 0, 0}, 120);
+  tens.timecodeWords = WordsOf(0, 120, [](auto f) { return Word(10, 0, f / 50, f % 50); });
+  ExpectBreaks(tens, {}, {});
+  ExpectBreaks(tens, {{45, Word(10, 0, 0, 44)}},
+               {{44, 4, start + 44, start + 44}, {45, 2, start + 44, start + 46}});
+  // Two frames a value with a field mark.
+  const auto half = [](std::uint32_t f) { return Word(10, 0, f / 50, f % 50 / 2); };
+  ClipSpec pairs = Spec(Rate::k50, {10, 0, 0, 0}, 120);
+  pairs.timecodeWords =
+      WordsOf(0, 120, [&](auto f) { return half(f) | (f % 2 == 0 ? 0x80000000 : 0); });
+  ExpectBreaks(pairs, {}, {});
+  ExpectBreaks(pairs, WordsOf(60, 120, [&](auto f) { return half(f + 100); }),
+               {{58, 2, start + 58, start + 160}});
   // Pairs without a mark, also with one bit of a word flipped; but no value in three frames.
   ClipSpec plain = Spec(Rate::k50, {10, 0, 0, 0}, 7);
-  for (std::uint32_t f = 0; f < plain.frames; ++f)
-    plain.timecodeWords[f] = Word(10, 0, 0, (f + 1) / 2);
-  ExpectBreaks(plain, {});
-  plain.timecodeWords[2] |= 0x80000000;
-  ExpectBreaks(plain, {});
-  plain.timecodeWords[2] = Word(10, 0, 0, 1);
-  plain.timecodeWords[3] = Word(10, 0, 0, 1);
+  plain.timecodeWords = WordsOf(0, 7, [](auto f) { return Word(10, 0, 0, (f + 1) / 2); });
+  ExpectBreaks(plain, {}, {});
+  ExpectBreaks(plain, {{2, Word(10, 0, 0, 1) | 0x80000000}}, {});
   ExpectBreaks(
-      plain,
+      plain, {{3, Word(10, 0, 0, 1)}},
       {{1, 4, start + 1, start + 1}, {2, 4, start + 1, start + 1}, {5, 4, start + 3, start + 3}});
   // Two frames of the same word that is no timecode are no pair.
-  ClipSpec noise = Spec(Rate::k50, {10, 0, 0, 0}, 2);
-  noise.timecodeWords[0] = noise.timecodeWords[1] = 0x00007000;
-  ExpectBreaks(noise, {{0, 4, kInvalid, kInvalid}});
-  ExpectBreaks(tens, {});
-  ExpectBreaks(pairs, {});
-  tens.timecodeWords[45] = Word(10, 0, 0, 44);
-  ExpectBreaks(tens, {{44, 4, start + 44, start + 44}, {45, 2, start + 44, start + 46}});
-  for (std::uint32_t f = 60; f < frames; ++f)
-    pairs.timecodeWords[f] = Word(10, 0, (f + 100) / 50, (f + 100) % 50 / 2);
-  ExpectBreaks(pairs, {{58, 2, start + 58, start + 160}});
+  ExpectBreaks(Spec(Rate::k50, {10, 0, 0, 0}, 2), {{0, 0x7000}, {1, 0x7000}},
+               {{0, 4, kInvalid, kInvalid}});
 }
 
 TEST(Continuity, StaysWithinTheClipWhateverItsIndexClaims) {
-  ClipSpec spec = Spec(Rate::k25, {});
+  ClipSpec spec = Spec(Rate::k25);
   spec.indexEdits.push_back([](auto& all) { all[0].duration = 0x7FFFFFFFFFFFFFFF; });
-  ExpectBreaks(spec, {});
+  ExpectBreaks(spec, {}, {});
   // An entry that leads into the middle of another frame.
-  ClipSpec astray = Spec(Rate::k25, {});
+  ClipSpec astray = Spec(Rate::k25);
   astray.indexEdits.push_back([](auto& all) { all[1].entries[2].streamOffset += 77; });
   LoadedClip clip(astray);
   EXPECT_EQ(Check(&clip, false), kContinuityBreaks);
   const std::vector<Break> mapped = BreaksOf(clip.app.mxf.timecode);
-  EXPECT_EQ(mapped.front().frame, 8u);
+  EXPECT_EQ(mapped.front()[0], 8u);
   EXPECT_EQ(Check(&clip, true), kContinuityBreaks);
   EXPECT_EQ(BreaksOf(clip.app.mxf.timecode), mapped);
 }
 
 TEST(Continuity, SurvivesAClipThatWasCutShort) {
-  LoadedClip clip(Spec(Rate::k25, {}));
+  LoadedClip clip(Spec(Rate::k25));
   std::filesystem::resize_file(platform::ToUtf8(clip.path), clip.clip.layout.frames[9].offset + 10);
   EXPECT_EQ(Check(&clip, false), kContinuityBreaks);
   EXPECT_EQ(Check(&clip, true), kContinuityBreaks);
@@ -210,28 +194,24 @@ TEST(Continuity, SurvivesAClipThatWasCutShort) {
 }
 
 TEST(Continuity, StopsWhenItIsAsked) {
-  LoadedClip clip(Spec(Rate::k60, {}, 20000));
+  LoadedClip clip(LongClip());
   MXF_TIMECODE_INFO& timecode = clip.app.mxf.timecode;
+  std::jthread operatorThread([&](const std::stop_token& ended) {
+    while (!ended.stop_requested())
+      timecode.stopRequest = 1;  // cleared at the start of each check
+  });
   for (const bool fileIo : {false, true}) {
-    std::atomic<bool> ended = false;
-    std::uint32_t cleared = 0;  // at the start and where it stops
-    timecode.stopRequest = 1;
-    std::thread operatorThread([&] {
-      while (!ended)
-        cleared += timecode.stopRequest.exchange(1) == 0;
-    });
-    EXPECT_EQ(Check(&clip, fileIo), kCancelled);
-    ended = true;
-    operatorThread.join();
-    EXPECT_EQ(cleared + (timecode.stopRequest == 0), 2u);
+    std::int32_t result = 0;
+    for (int attempt = 0; attempt < 100 && result != kCancelled; ++attempt)
+      result = Check(&clip, fileIo);  // may be over before the operator's thread gets a turn
+    EXPECT_EQ(result, kCancelled);
     EXPECT_EQ(timecode.errorCount, 0u);
-    EXPECT_EQ(timecode.errorList->next, nullptr);
     EXPECT_LT(timecode.progressFrame, 19999u);
   }
 }
 
 TEST(Continuity, RefusesWhatItCannotWorkWith) {
-  ClipSpec spec = Spec(Rate::k25, {});
+  ClipSpec spec = Spec(Rate::k25);
   spec.timecodeWords[9] = Word(12, 0, 0, 0);
   LoadedClip clip(spec);
   MXF_BASE_INFO& mxf = clip.app.mxf.base;

@@ -2,55 +2,37 @@
 
 #include <gtest/gtest.h>
 
-#include "support/clip_builder.h"
+#include "support/clip_parts.h"
 #include "support/temp_folder.h"
 
 namespace quorvan {
 namespace {
 
 using test::Bytes;
+using test::operator+;
 
 constexpr KlvKey kOtherKey = keys::kPreface;
 constexpr KlvKey kWanted = keys::kIdentification;
 
 Bytes Klv(const KlvKey& key, const Bytes& length, const Bytes& value = {}) {
-  Bytes bytes(key.begin(), key.end());
-  bytes.insert(bytes.end(), length.begin(), length.end());
-  bytes.insert(bytes.end(), value.begin(), value.end());
-  return bytes;
+  return test::ToBytes(key) + length + value;
 }
 
-Bytes operator+(Bytes left, const Bytes& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
-struct Found {
-  int found;
-  std::uint64_t value;
-  std::uint64_t length;
-  bool operator==(const Found&) const = default;
-};
-void PrintTo(const Found& f, std::ostream* out) {
-  *out << f.found << " at " << f.value << ", length " << f.length;
-}
+// 1 or 0, where the value is and its length.
+using Found = std::array<std::uint64_t, 3>;
 
 // Both searches over the same bytes; they must agree on what is found.
 Found Search(const Bytes& bytes, const KlvKey& key = kWanted) {
   const test::TempFolder folder;
   auto file = platform::File::Open(folder.Write("klv", bytes), platform::OpenMode::kReadAlone);
-  Found inFile{0, 0, 99};
-  inFile.found = FindKlvKey(&file, key, 0, bytes.size(), &inFile.length);
-  if (inFile.found) inFile.value = file.Position();
+  std::uint64_t length = 99;
+  const bool found = FindKlvKey(&file, key, 0, bytes.size(), &length) == 1;
+  const Found inFile{found ? 1u : 0u, found ? file.Position() : 0, length};
 
-  Found inBuffer{0, 99, 99};
-  inBuffer.found =
-      FindKlvKeyInBuffer(key, bytes.data(), bytes.size(), &inBuffer.value, &inBuffer.length);
-  if (!inBuffer.found) {
-    EXPECT_TRUE(inBuffer.value >= bytes.size() || bytes.size() < 20);
-    inBuffer.value = 0;
-  }
-  EXPECT_EQ(inFile, inBuffer);
+  std::uint64_t value = 99;
+  const int held = FindKlvKeyInBuffer(key, bytes.data(), bytes.size(), &value, &length);
+  EXPECT_TRUE(held == 1 || value >= bytes.size() || bytes.size() < 20);
+  EXPECT_EQ(inFile, (Found{held == 0 ? 0u : 1u, held == 0 ? 0 : value, length}));
   return inFile;
 }
 

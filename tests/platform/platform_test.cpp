@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -187,12 +188,17 @@ TEST(Clock, AgreesWithItself) {
   EXPECT_EQ(ToLocalTime(116444736000000000 + 10000000ull * 86400 * 4).dayOfWeek, 1) << "a Monday";
 }
 
-TEST(Uuid, DiffersEachTime) {
-  const auto a = NewUuid();
-  const auto b = NewUuid();
-  ASSERT_TRUE(a && b);
-  EXPECT_NE(*a, *b);
-  EXPECT_EQ((*a)[6] >> 4, 4) << "a random one";
+// Text order has the version in byte 6 and the variant in byte 8; any other puts them elsewhere.
+TEST(Uuid, IsARandomOneInTextOrder) {
+  std::set<std::array<std::uint8_t, 16>> made;
+  for (std::size_t n = 1; n <= 32; ++n) {
+    const auto uuid = NewUuid();
+    ASSERT_TRUE(uuid);
+    EXPECT_EQ((*uuid)[6] >> 4, 4);
+    EXPECT_EQ((*uuid)[8] >> 6, 2);
+    made.insert(*uuid);
+    EXPECT_EQ(made.size(), n);
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mxf/essence/continuity.h"
 #include "state/track_assignment.h"
 #include "state/wav_buffer.h"
 #include "state/window_state_info.h"
@@ -13,8 +14,27 @@ namespace {
 
 using namespace test;
 
+TEST(EnterLoadedState, OffersTheTracksOfTheClipAndSelectsTheFirst) {
+  AppState app;
+  app.mxf.audio.trackCount = 3;
+  app.info.trackSelected.fill(1);
+  app.info.focusTrack = 5;
+  EnterLoadedState(&app.info);
+  for (std::uint32_t t = 0; t < kMaxTracks; ++t) {
+    EXPECT_EQ(app.tracks.rewrapSwitch[t], t < 3 ? kSwitchOff : kNoSuchTrack);
+    EXPECT_EQ(app.tracks.exportSwitch[t], t < 3 ? kSwitchOff : kNoSuchTrack);
+    EXPECT_EQ(app.info.trackSelected[t], t == 0 ? 1 : 0);
+  }
+  EXPECT_EQ(app.info.focusTrack, 0);
+  EXPECT_EQ(app.info.mxfLoaded & app.info.analysisOk, 1);
+}
+
 TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
-  LoadedClip clip{ClipSpec()};
+  ClipSpec spec;
+  spec.timecodeWords[7] = 0;  // a break
+  LoadedClip clip(spec);
+  auto file = platform::File::Open(clip.path, platform::OpenMode::kReadAlone);
+  ASSERT_EQ(CheckTimecodeContinuity(&file, clip.app.info.mxf), kContinuityBreaks);
   APP_STATE_INFO& app = clip.app.info;
   AUDIOTRACK_IO_INFO& tracks = clip.app.tracks;
   WavSpec stereo;
@@ -64,12 +84,23 @@ TEST(ClearMxfState, LeavesOnlyWhatOutlivesAClip) {
   EXPECT_EQ(tracks.outFrame, FramePoint{});
   EXPECT_EQ(*app.mxf->indexEntries, nullptr);
   EXPECT_EQ(app.mxf->audio->truePeak, 0.0);
+  EXPECT_EQ(app.mxf->timecode->errorCount, 0u);
+  EXPECT_EQ(app.mxf->timecode->errorList->next, nullptr);
 
   EXPECT_EQ(app.noAutoTrackSwitch, 1);
   EXPECT_EQ(tracks.wavBufferIndex, 9u);
   EXPECT_EQ(app.loudnessPointSet, (PointSet{1, 1}));
   EXPECT_EQ(tracks.exportIn, exportIn);
   EXPECT_EQ(tracks.loudnessOut, loudnessOut);
+}
+
+TEST(FramePoint, CountsOneHourOnWhereTheClipStartsInTheLastHour) {
+  MXF_TIMECODE_INFO timecode{};
+  timecode.fpsIndex = 2;
+  timecode.dropFrame = 1;
+  EXPECT_EQ(MakeFramePoint(timecode, 107892), (FramePoint{107892, 107892}));
+  timecode.startHour23 = 1;
+  EXPECT_EQ(MakeFramePoint(timecode, 23 * 107892 + 9), (FramePoint{23 * 107892 + 9, 9}));
 }
 
 TEST(WavBuffer, HoldsTheDurationOfItsRow) {

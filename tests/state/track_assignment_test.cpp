@@ -162,9 +162,9 @@ TEST_F(TrackAssignment, TakesSelectedTracksFilesOffWithTheirGroup) {
 }
 
 TEST_F(TrackAssignment, RemovalAsksForAssignedEntriesOnlyAndGoesOnAfterANo) {
+  WAV_FILE_INFO* const loose = Add(1);
   WAV_FILE_INFO* const kept = Add(1);
   WAV_FILE_INFO* const assigned = Add(2);
-  WAV_FILE_INFO* const loose = Add(1);
   WAV_FILE_INFO* const unselected = Add(1);
   AssignWavFile(&app_, kept, 0);
   AssignWavFile(&app_, assigned, 4);
@@ -173,6 +173,7 @@ TEST_F(TrackAssignment, RemovalAsksForAssignedEntriesOnlyAndGoesOnAfterANo) {
   int questions = 0;
   EXPECT_TRUE(RemoveSelectedEntries(&app_, [&](const WAV_FILE_INFO& entry) {
     ++questions;
+    EXPECT_EQ(app_.wavIndex[0], kept) << "the loose one is gone";
     EXPECT_TRUE(RemovalQuestion(entry).starts_with(entry.filePath));
     unselected->selected = 1;  // as a table that is refreshed behind the question may have it
     return &entry != kept;

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "support/clip_parts.h"
-#include "support/temp_folder.h"
+#include "timecode/timecode.h"
 
 namespace quorvan::test {
 namespace {
@@ -25,91 +25,54 @@ constexpr Label kSystemKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 3, 1, 4,
 
 // ---- Essence ----
 
-// Bytes from each element of a frame to the next one; the picture stands apart.
-struct ElementSizes {
-  std::uint32_t system = 0;
-  std::uint32_t audio = 0;
-  std::uint32_t data = 0;
-};
-
-std::uint32_t ElementBytes(const ClipSpec& spec, std::uint64_t valueBytes) {
-  return static_cast<std::uint32_t>(FilledSize(kKlHead + valueBytes, spec.elementKag));
+// Cheap, and different enough for a byte in the wrong frame, track or place to show.
+std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
+  const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
+  return static_cast<std::uint8_t>(mixed >> 23);
 }
 
-std::uint32_t AudioValueBytes(const ClipSpec& spec, std::uint32_t frame) {
-  return spec.bits / 8 * SamplesOfFrame(spec.rate, frame);
-}
-
-// One size for all frames, so that the delta entries hold for each; without fill there is none.
-std::uint32_t AudioElementBytes(const ClipSpec& spec, std::uint32_t frame) {
-  if (spec.elementKag == 0) return ElementBytes(spec, AudioValueBytes(spec, frame));
-  const auto leavesNoRoomForFill = [&spec](std::uint32_t size) {
-    for (std::uint32_t i = 0; i < RowOf(spec.rate).samples.size(); ++i) {
-      const std::uint64_t used = kKlHead + AudioValueBytes(spec, i);
-      if (size != used && size < used + kKlHead) return true;
-    }
-    return false;
-  };
-  std::uint32_t size = ElementBytes(spec, AudioValueBytes(spec, 0));
-  while (leavesNoRoomForFill(size))
-    size += spec.elementKag;
-  return size;
-}
-
-std::uint32_t DataElementBytes(const ClipSpec& spec) {
-  if (!spec.dataElement) return 0;
-  if (!spec.dataFill) return static_cast<std::uint32_t>(kKlHead) + spec.dataSize;
-  return ElementBytes(spec, spec.dataSize);
-}
-
-std::uint32_t PictureValueBytes(const ClipSpec& spec, std::uint32_t frame) {
-  return spec.pictureSize + (spec.sliceCount == 0 ? 0 : frame % 3 * spec.pictureStep);
-}
-
-ElementSizes SizesOf(const ClipSpec& spec, std::uint32_t frame) {
-  return {ElementBytes(spec, kSystemBytes), AudioElementBytes(spec, frame), DataElementBytes(spec)};
-}
-
-// The frames' lengths and places in the essence container.
-std::vector<FramePlace> PlanFrames(const ClipSpec& spec) {
-  std::vector<FramePlace> frames(spec.frames);
-  std::uint64_t position = 0;
-  for (std::uint32_t n = 0; n < spec.frames; ++n) {
-    const ElementSizes sizes = SizesOf(spec, n);
-    FramePlace& frame = frames[n];
-    frame.streamOffset = position;
-    frame.samples = SamplesOfFrame(spec.rate, n);
-    frame.sliceOffset = sizes.system + ElementBytes(spec, PictureValueBytes(spec, n));
-    frame.bytes = frame.sliceOffset + spec.tracks * sizes.audio + sizes.data;
-    position += frame.bytes;
-  }
-  return frames;
-}
-
-class EssenceWriter {
+// The essence container in a buffer of its own; the places of its frames count from its start.
+class EssenceBuilder {
  public:
-  EssenceWriter(const ClipSpec& spec, Bytes& out) : spec_(spec), klv_(out) {}
-
-  void Write(std::uint32_t number, FramePlace& frame) {
-    const ElementSizes sizes = SizesOf(spec_, number);
-    frame.offset = klv_.Position();
-    frame.system = Element(kSystemKey, SystemValue(number), sizes.system);
-    const Bytes picture = PictureValue(number);
-    frame.picture = Element(kPictureKey, picture, ElementBytes(spec_, picture.size()));
-    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
-      frame.audio.push_back(Element(AudioElementKey(spec_, t), AudioValue(number, t), sizes.audio));
-    }
-    if (spec_.dataElement) {
-      frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61), sizes.data);
-    }
+  explicit EssenceBuilder(const ClipSpec& spec) : spec_(spec), klv_(bytes) {
+    for (std::uint32_t n = 0; n < spec.frames; ++n)
+      AddFrame(n);
   }
+
+  Bytes bytes{};
+  std::vector<FramePlace> frames{};
 
  private:
-  KlvPlace Element(const Label& key, const Bytes& value, std::uint32_t totalBytes) {
+  void AddFrame(std::uint32_t number) {
+    FramePlace& frame = frames.emplace_back();
+    frame.streamOffset = klv_.Position();
+    frame.samples = SamplesOfFrame(spec_.rate, number);
+    frame.system = Element(kSystemKey, SystemValue(number));
+    frame.picture = Element(kPictureKey, PictureValue(number));
+    frame.sliceOffset = BytesFrom(frame.streamOffset);
+    // One size for all frames, with room for a fill in each, so that the delta entries hold for
+    // all. The first frame has the most samples.
+    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * frames[0].samples;
+    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
+      const Bytes value = AudioValue(number, t);
+      frame.audio.push_back(Element(AudioElementKey(spec_, t), value, most));
+    }
+    if (spec_.dataElement) frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61));
+    frame.bytes = BytesFrom(frame.streamOffset);
+  }
+
+  std::uint32_t BytesFrom(std::uint64_t start) const {
+    return static_cast<std::uint32_t>(klv_.Position() - start);
+  }
+
+  // With fill, an element takes `least` bytes or more.
+  KlvPlace Element(const Label& key, const Bytes& value, std::uint64_t least = 0) {
     KlvPlace place = klv_.Head(key, value.size());
     klv_.Put(value);
-    klv_.FillTo(place.key + totalBytes);
-    place.totalBytes = totalBytes;
+    if (spec_.elementKag != 0) {
+      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
+    }
+    klv_.FillTo(place.key + place.totalBytes);
     return place;
   }
 
@@ -130,7 +93,7 @@ class EssenceWriter {
   }
 
   Bytes PictureValue(std::uint32_t number) const {
-    Bytes value(PictureValueBytes(spec_, number));
+    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
     for (std::size_t i = 0; i < value.size(); ++i) {
       value[i] = static_cast<std::uint8_t>(i + number);
     }
@@ -138,7 +101,7 @@ class EssenceWriter {
   }
 
   Bytes AudioValue(std::uint32_t number, std::uint32_t track) const {
-    Bytes value(AudioValueBytes(spec_, number));
+    Bytes value(spec_.bits / 8 * SamplesOfFrame(spec_.rate, number));
     for (std::uint32_t i = 0; i < value.size(); ++i) {
       value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
     }
@@ -151,15 +114,15 @@ class EssenceWriter {
 
 // ---- Index ----
 
-std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const ElementSizes& sizes,
-                                 std::uint32_t sliceOffset) {
-  const std::uint8_t slice = spec.sliceCount;
-  std::uint32_t position = spec.sliceCount == 0 ? sliceOffset : 0;
-  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, sizes.system}};
-  for (std::uint32_t t = 0; t < spec.tracks; ++t, position += sizes.audio) {
-    deltas.push_back({0, slice, position});
-  }
-  if (spec.dataElement) deltas.push_back({0, slice, position});
+std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const FramePlace& frame) {
+  const std::uint64_t start = frame.streamOffset + (spec.sliceCount == 0 ? 0 : frame.sliceOffset);
+  const auto system = static_cast<std::uint32_t>(frame.system.totalBytes);
+  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, system}};
+  const auto add = [&](const KlvPlace& element) {
+    deltas.push_back({0, spec.sliceCount, static_cast<std::uint32_t>(element.key - start)});
+  };
+  std::for_each(frame.audio.begin(), frame.audio.end(), add);
+  if (frame.data) add(*frame.data);
   deltas.insert(deltas.end(), spec.extraDeltas, DeltaEntry(deltas.back()));
   return deltas;
 }
@@ -181,7 +144,7 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
     segment.bodySid = kBodySid;
     segment.sliceCount = spec.sliceCount;
     segment.posTableCount = spec.posTableCount;
-    segment.deltas = DeltasOf(spec, SizesOf(spec, 0), frames.empty() ? 0 : frames[0].sliceOffset);
+    segment.deltas = DeltasOf(spec, frames[0]);
     for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
       segment.entries.push_back({0, static_cast<std::int8_t>(-static_cast<int>(n % 3)),
                                  static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
@@ -223,9 +186,10 @@ Bytes EntryArray(const IndexSegment& segment) {
       kIndexItem + 4u * segment.sliceCount + 8u * segment.posTableCount, items);
 }
 
-MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::size_t number) {
+MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
   const RateRow& rate = RowOf(spec.rate);
-  MetadataSet set = EmptySet(SetKind::kIndexTableSegment, number);
+  MetadataSet set =
+      EmptySet(SetKind::kIndexTableSegment, static_cast<std::size_t>(segment.startPosition));
   set.SetTag(tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator));
   set.SetTag(tag::kIndexStartPosition, Big64(static_cast<std::uint64_t>(segment.startPosition)));
   set.SetTag(tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration)));
@@ -236,8 +200,6 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::s
   set.SetTag(tag::kPosTableCount, {segment.posTableCount});
   set.SetTag(tag::kDeltaEntryArray, DeltaArray(segment));
   set.SetTag(tag::kIndexEntryArray, EntryArray(segment));
-  for (const auto& edit : spec.indexSetEdits)
-    edit(set, number);
   return set;
 }
 
@@ -245,38 +207,30 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment, std::s
 
 class ClipWriter {
  public:
-  explicit ClipWriter(const ClipSpec& spec)
-      : spec_(spec), klv_(clip_.bytes), essence_(spec, clip_.bytes) {}
+  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes), essence_(spec) {}
 
   Clip Build() {
-    sets_ = BuildHeaderSets(spec_);
-    for (const auto& edit : spec_.headerEdits)
-      edit(sets_);
-    Layout().frames = PlanFrames(spec_);
-    std::vector<IndexSegment> segments = PlanIndex(spec_, Layout().frames);
+    std::vector<IndexSegment> segments = PlanIndex(spec_, essence_.frames);
     const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
       edit(segments);
-    for (const IndexSegment& segment : segments) {
-      segments_.push_back(SegmentSet(spec_, segment, segments_.size()));
-    }
+    for (const IndexSegment& segment : segments)
+      segments_.push_back(SegmentSet(spec_, segment));
     WriteHeader();
     for (std::size_t body = 0; body < bodies; ++body)
       WriteBody(body);
     WriteFooter(bodies);
     SetPartitionLinks();
-    if (spec_.randomIndexPack) WriteRandomIndex();
-    Finish();
+    WriteRandomIndex();
+    Layout().startFrames = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
+    Layout().blockAlign = spec_.bits / 8;
+    Layout().materialUmids = Occurrences(kMaterialUmid);
+    Layout().sourceUmids = Occurrences(kSourceUmid);
     return std::move(clip_);
   }
 
  private:
   ClipLayout& Layout() { return clip_.layout; }
-
-  bool FollowingPlacement() const {
-    return spec_.indexPlacement == IndexPlacement::kFollowingPartition ||
-           spec_.indexPlacement == IndexPlacement::kFollowingAndFooter;
-  }
 
   PartitionPlace& BeginPartition(std::uint8_t keyKind) {
     Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
@@ -297,7 +251,7 @@ class ClipWriter {
     partition.indexOffset = klv_.Position();
     for (std::size_t n = first; n < end && n < segments_.size(); ++n) {
       partition.indexSid = kIndexSid;
-      Layout().indexSegments.push_back({Layout().partitions.size() - 1, n, klv_.Set(segments_[n])});
+      Layout().indexSegments.push_back(klv_.Set(segments_[n]));
       if (spec_.fillBetweenSegments) AlignFrom(partition.indexOffset);
     }
     AlignFrom(partition.indexOffset);
@@ -313,10 +267,13 @@ class ClipWriter {
   void WriteHeader() {
     PartitionPlace& partition = BeginPartition(kKeyHeader);
     const std::uint64_t start = klv_.Position();
-    for (const MetadataSet& set : sets_)
+    HeaderSets sets = BuildHeaderSets(spec_);
+    for (const auto& edit : spec_.headerEdits)
+      edit(sets);
+    for (const MetadataSet& set : sets)
       Layout().sets.push_back(klv_.Set(set));
     const std::uint64_t used = klv_.Position() - start;
-    const std::uint64_t least = used + (start - partition.offset) + kKlHead + spec_.headerRoom;
+    const std::uint64_t least = used + (start - partition.offset) + kKlHead;
     partition.headerByteCount = AlignUp(least, spec_.kagSize);
     klv_.FillTo(start + partition.headerByteCount);
     Layout().headerByteCount = partition.headerByteCount;
@@ -325,21 +282,37 @@ class ClipWriter {
 
   void WriteBody(std::size_t body) {
     PartitionPlace& partition = BeginPartition(kKeyBody);
-    if (FollowingPlacement() && body > 0) {
-      WriteIndex(partition, body - 1, body);
-    } else if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
+    if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
       WriteIndex(partition, body, body + 1);
+    } else if (spec_.indexPlacement != IndexPlacement::kFooter && body > 0) {
+      WriteIndex(partition, body - 1, body);
     }
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();
-    const std::size_t perPartition = FramesPerPartition(spec_);
-    const std::size_t first = body * perPartition;
-    const std::size_t end = std::min(first + perPartition, Layout().frames.size());
-    if (first < end) partition.bodyOffset = Layout().frames[first].streamOffset;
-    for (std::size_t n = first; n < end; ++n) {
-      Layout().frames[n].partition = Layout().partitions.size() - 1;
-      essence_.Write(static_cast<std::uint32_t>(n), Layout().frames[n]);
-    }
+    const std::size_t first = body * FramesPerPartition(spec_);
+    const std::size_t end = std::min(first + FramesPerPartition(spec_), essence_.frames.size());
+    partition.bodyOffset = essence_.frames[first].streamOffset;
+    for (std::size_t n = first; n < end; ++n)
+      WriteFrame(essence_.frames[n]);
+  }
+
+  void WriteFrame(FramePlace frame) {
+    const std::uint64_t shift = klv_.Position() - frame.streamOffset;
+    for (KlvPlace* place : {&frame.system, &frame.picture})
+      Shift(*place, shift);
+    for (KlvPlace& place : frame.audio)
+      Shift(place, shift);
+    if (frame.data) Shift(*frame.data, shift);
+    frame.offset = klv_.Position();
+    frame.partition = Layout().partitions.size() - 1;
+    const auto start = essence_.bytes.begin() + static_cast<std::ptrdiff_t>(frame.streamOffset);
+    clip_.bytes.insert(clip_.bytes.end(), start, start + frame.bytes);
+    Layout().frames.push_back(std::move(frame));
+  }
+
+  static void Shift(KlvPlace& place, std::uint64_t bytes) {
+    place.key += bytes;
+    place.value += bytes;
   }
 
   void WriteFooter(std::size_t bodies) {
@@ -381,19 +354,7 @@ class ClipWriter {
     }
     const auto length = static_cast<std::uint32_t>(kKlHead + value.size() + 4);
     Layout().randomIndex = klv_.Head(kRandomIndexKey, value.size() + 4);
-    klv_.Put(value + Big32(spec_.randomIndexLength.value_or(length)));
-  }
-
-  void Finish() {
-    Layout().startFrames = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
-    Layout().blockAlign = spec_.bits / 8;
-    Layout().audioElementBytes = AudioElementBytes(spec_, 0);
-    Layout().materialUmids = Occurrences(kMaterialUmid);
-    Layout().sourceUmids = Occurrences(kSourceUmid);
-    clip_.bytes.resize(clip_.bytes.size() + spec_.trailingBytes);
-    if (spec_.truncateAt && *spec_.truncateAt < clip_.bytes.size()) {
-      clip_.bytes.resize(static_cast<std::size_t>(*spec_.truncateAt));
-    }
+    klv_.Put(value + Big32(length));
   }
 
   // A 64-byte UMID differs from the basic one in its length byte only.
@@ -414,15 +375,9 @@ class ClipWriter {
   const ClipSpec& spec_;
   Clip clip_;
   KlvWriter klv_;
-  EssenceWriter essence_;
-  HeaderSets sets_;
+  EssenceBuilder essence_;
   std::vector<MetadataSet> segments_;
 };
-
-std::uint32_t DropsPerMinute(std::uint32_t base, bool dropFrame) {
-  if (!dropFrame || (base != 30 && base != 60)) return 0;
-  return base / 15;
-}
 
 }  // namespace
 
@@ -445,18 +400,6 @@ ClipSpec& ClipSpec::RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_
   return *this;
 }
 
-ClipSpec& ClipSpec::SetKey(SetKind kind, std::size_t occurrence, const Label& key) {
-  headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).key = key; });
-  return *this;
-}
-
-std::uint64_t SetPlace::TagValueOffset(std::uint16_t tag) const {
-  for (const TagPlace& place : tags) {
-    if (place.tag == tag) return place.value;
-  }
-  Fail("no such tag", kind, tag);
-}
-
 const SetPlace& ClipLayout::Set(SetKind kind, std::size_t occurrence) const {
   std::size_t seen = 0;
   for (const SetPlace& set : sets) {
@@ -467,22 +410,14 @@ const SetPlace& ClipLayout::Set(SetKind kind, std::size_t occurrence) const {
 
 std::uint64_t ClipLayout::TagValueOffset(SetKind kind, std::uint16_t tag,
                                          std::size_t occurrence) const {
-  return Set(kind, occurrence).TagValueOffset(tag);
+  for (const TagPlace& place : Set(kind, occurrence).tags) {
+    if (place.tag == tag) return place.value;
+  }
+  Fail("no such tag", kind, tag);
 }
 
 Clip BuildClip(const ClipSpec& spec) {
   return ClipWriter(spec).Build();
-}
-
-bool WriteClip(const std::filesystem::path& path, const ClipSpec& spec, ClipLayout* layout) {
-  Clip clip = BuildClip(spec);
-  if (layout != nullptr) *layout = std::move(clip.layout);
-  return WriteBytes(path, clip.bytes);
-}
-
-std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
-  const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
-  return static_cast<std::uint8_t>(mixed >> 23);
 }
 
 std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame) {
@@ -490,33 +425,25 @@ std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame) {
   return samples[frame % samples.size()];
 }
 
-std::uint32_t FrameCount(const ClipTimecode& timecode, Rate rate, bool dropFrame) {
-  const std::uint32_t base = RowOf(rate).base;
-  const std::uint32_t minutes = timecode.hours * 60 + timecode.minutes;
-  const std::uint32_t labels = (minutes * 60 + timecode.seconds) * base + timecode.frames;
-  return labels - DropsPerMinute(base, dropFrame) * (minutes - minutes / 10);
+std::uint32_t FrameCount(const ClipTimecode& t, Rate rate, bool dropFrame) {
+  return static_cast<std::uint32_t>(TimecodeToFrames(RowOf(rate).fpsIndex, dropFrame ? 1 : 0,
+                                                     {t.hours, t.minutes, t.seconds, t.frames}));
 }
 
 std::uint32_t TimecodeWord(std::uint32_t frameCount, Rate rate, bool dropFrame) {
-  const std::uint32_t base = RowOf(rate).base;
-  const std::uint32_t drops = DropsPerMinute(base, dropFrame);
-  const std::uint32_t perDay = FrameCount({24, 0, 0, 0}, rate, dropFrame);
-  const std::uint32_t perTenMinutes = FrameCount({0, 10, 0, 0}, rate, dropFrame);
-  std::uint32_t label = frameCount % perDay;
-  const std::uint32_t inTen = label % perTenMinutes;
-  label += label / perTenMinutes * 9 * drops;
-  if (inTen >= base * 60) {
-    label += drops * ((inTen - drops) / (base * 60 - drops));
-  }
-  const auto packed = [](std::uint32_t value) { return value / 10 << 4 | value % 10; };
-  const std::uint32_t divider = base == 60 ? 2 : 1;
-  const std::uint32_t seconds = label / base;
   constexpr std::uint32_t kSecondOfPair = 1u << 15;
   constexpr std::uint32_t kDropFlag = 1u << 6;
-  const std::uint32_t frames = label % base;
-  return packed(frames / divider) | (drops != 0 ? kDropFlag : 0) |
-         (frames % divider != 0 ? kSecondOfPair : 0) | packed(seconds % 60) << 8 |
-         packed(seconds / 60 % 60) << 16 | packed(seconds / 3600) << 24;
+  const std::uint32_t fps = RowOf(rate).fpsIndex;
+  const std::uint32_t drop = dropFrame && (fps == 2 || fps == 4) ? 1 : 0;
+  TimeFields fields{};
+  FramesToTimecode(FramesToLabelCount(fps, drop, frameCount % FramesPerDay(fps, drop)), fps,
+                   &fields);
+  const std::uint32_t divider = fps == 4 ? 2 : 1;
+  std::uint32_t word = drop * kDropFlag | (fields[3] % divider != 0 ? kSecondOfPair : 0);
+  fields[3] /= divider;
+  for (std::size_t i = 0; i < fields.size(); ++i)
+    word |= (fields[i] / 10 << 4 | fields[i] % 10) << (24 - 8 * i);
+  return word;
 }
 
 }  // namespace quorvan::test

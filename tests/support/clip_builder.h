@@ -6,11 +6,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "support/mxf_tags.h"
@@ -29,26 +27,27 @@ enum class IndexPlacement {
   kFollowingAndFooter,  // as the first, with all segments once more in the footer
 };
 
-enum class SetKind {
-  kPrimer,
-  kPreface,
-  kIdentification,
-  kContentStorage,
-  kEssenceContainerData,
-  kMaterialPackage,
-  kTimelineTrack,
-  kSequence,
-  kTimecodeComponent,
-  kSourceClip,
-  kSourcePackage,
-  kMultipleDescriptor,
-  kMpegVideoDescriptor,
-  kCdciDescriptor,
-  kAvcSubDescriptor,
-  kAes3Descriptor,
-  kWaveDescriptor,
-  kDataDescriptor,
-  kIndexTableSegment,
+// By byte 14 of their keys; the Primer Pack and the index table segment have keys of their own.
+enum class SetKind : std::uint8_t {
+  kPrimer = 0x00,
+  kPreface = 0x2F,
+  kIdentification = 0x30,
+  kContentStorage = 0x18,
+  kEssenceContainerData = 0x23,
+  kMaterialPackage = 0x36,
+  kTimelineTrack = 0x3B,
+  kSequence = 0x0F,
+  kTimecodeComponent = 0x14,
+  kSourceClip = 0x11,
+  kSourcePackage = 0x37,
+  kMultipleDescriptor = 0x44,
+  kMpegVideoDescriptor = 0x51,
+  kCdciDescriptor = 0x28,
+  kAvcSubDescriptor = 0x6E,
+  kAes3Descriptor = 0x47,
+  kWaveDescriptor = 0x48,
+  kDataDescriptor = 0x5C,
+  kIndexTableSegment = 0xFF,
 };
 
 struct MetadataItem {
@@ -67,8 +66,6 @@ struct MetadataSet {
   // Replaces the first item of that tag, or adds one at the end.
   void SetTag(std::uint16_t tag, Bytes value);
   void RemoveTag(std::uint16_t tag);
-  // Moves the first item of that tag to `position` among the others.
-  void MoveTag(std::uint16_t tag, std::size_t position);
 };
 
 using HeaderSets = std::vector<MetadataSet>;
@@ -123,7 +120,7 @@ struct ClipSpec {
   std::uint32_t tracks = 4;  // 0 to 30
   std::uint32_t bits = 24;   // 16 or 24
   bool waveAudio = false;    // Wave elements and descriptors instead of AES3
-  // Byte `i` of the audio value; PatternByte when empty.
+  // Byte `i` of the audio value; a pattern when empty.
   std::function<std::uint8_t(std::uint32_t track, std::uint32_t frame, std::uint32_t i)> audio{};
 
   std::uint32_t kagSize = 512;     // 256 or more: a partition pack with its fill takes one
@@ -133,26 +130,18 @@ struct ClipSpec {
   std::uint32_t pictureStep = 400;  // added 0, 1, 2 times in turn; unused with SliceCount 0
   bool dataTrack = false;           // a data track in the packages
   bool dataElement = false;         // an ancillary data element in each frame
-  bool dataFill = true;             // fill behind it, when elementKag asks for any
   std::uint32_t dataSize = 40;      // bytes of its value
   std::map<std::uint32_t, std::uint32_t> timecodeWords{};  // by frame; lowest byte written first
 
-  std::uint32_t codec = 3;  // row of kCodingLabels: 0 to 4 MPEG-2, 5 and 6 AVC
+  std::uint32_t codec = 3;  // coding: 0 to 4 MPEG-2, 5 and 6 AVC
   std::uint32_t height = 540;
   std::uint32_t width = 1920;
-  std::uint32_t aspectNumerator = 16;
-  std::uint32_t aspectDenominator = 9;
   std::uint8_t frameLayout = 1;
   std::uint32_t bitRate = 50000000;
   std::uint16_t bitRateTag = 0x8000;  // the dynamic tag that the Primer gives to BitRate
 
-  std::u16string company = u"Northlight";
-  std::u16string product = u"Bench Writer";
-  std::u16string version = u"1.2.3";
-  std::u16string platform = u"Bench";
   std::uint32_t umidSize = 32;  // or 64: followed by source information
   std::uint32_t timecodeTracks = 1;
-  std::uint32_t headerRoom = 0;  // bytes of fill beyond what the header metadata needs
 
   IndexPlacement indexPlacement = IndexPlacement::kFollowingPartition;
   std::uint8_t sliceCount = 1;  // 0: delta entries count from the start of the frame
@@ -160,21 +149,14 @@ struct ClipSpec {
   std::uint32_t extraDeltas = 0;  // copies of the last delta entry
   bool fillBetweenSegments = false;
 
-  bool randomIndexPack = true;
-  std::optional<std::uint32_t> randomIndexLength{};  // instead of the true overall length
-  std::uint32_t trailingBytes = 0;                   // behind the Random Index Pack
-  std::optional<std::uint64_t> truncateAt{};
-
   // Run in order before anything is laid out.
   std::vector<std::function<void(HeaderSets&)>> headerEdits{};
   std::vector<std::function<void(std::vector<IndexSegment>&)>> indexEdits{};
-  std::vector<std::function<void(MetadataSet&, std::size_t segment)>> indexSetEdits{};
 
   // Short forms of header edits; `occurrence` counts the sets of a kind from 0.
   ClipSpec& DropSet(SetKind kind, std::size_t occurrence = 0);
   ClipSpec& SetTag(SetKind kind, std::size_t occurrence, std::uint16_t tag, const Bytes& value);
   ClipSpec& RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag);
-  ClipSpec& SetKey(SetKind kind, std::size_t occurrence, const Label& key);
 };
 
 // Where a KLV lies in the file, in bytes from its start.
@@ -195,9 +177,6 @@ struct SetPlace {
   SetKind kind = SetKind::kPrimer;
   KlvPlace klv{};
   std::vector<TagPlace> tags{};
-
-  // File offset of the first item's value; ends the program when the tag is not there.
-  std::uint64_t TagValueOffset(std::uint16_t tag) const;
 };
 
 struct FramePlace {
@@ -225,24 +204,17 @@ struct PartitionPlace {
   std::uint32_t bodySid = 0;
 };
 
-struct IndexPlace {
-  std::size_t partition = 0;  // where it stands
-  std::size_t segment = 0;    // which one of the IndexSegments
-  SetPlace set{};
-};
-
 struct ClipLayout {
   std::vector<PartitionPlace> partitions{};
   std::vector<SetPlace> sets{};  // of the header metadata, in file order
   std::vector<FramePlace> frames{};
-  std::vector<IndexPlace> indexSegments{};
+  std::vector<SetPlace> indexSegments{};
   std::vector<std::uint64_t> materialUmids{};  // every occurrence in the header metadata
   std::vector<std::uint64_t> sourceUmids{};
   std::uint64_t headerByteCount = 0;
   KlvPlace randomIndex{};  // all 0 when there is none
   std::uint32_t startFrames = 0;
   std::uint32_t blockAlign = 0;
-  std::uint32_t audioElementBytes = 0;  // of the first frame, with its fill
 
   // These end the program when there is no such set or tag.
   const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
@@ -272,21 +244,11 @@ inline constexpr std::size_t kBodySid = 80;
 inline constexpr std::size_t kOperationalPattern = 84;
 }  // namespace pack
 
-// PictureEssenceCoding labels by ClipSpec::codec.
-extern const std::array<Label, 7> kCodingLabels;
 // The two UMIDs; in a clip of 64-byte UMIDs their first half.
 extern const std::array<std::uint8_t, 32> kMaterialUmid;
 extern const std::array<std::uint8_t, 32> kSourceUmid;
 
 Clip BuildClip(const ClipSpec& spec);
-
-// Builds and writes a file; false when it cannot be written.
-bool WriteClip(const std::filesystem::path& path, const ClipSpec& spec,
-               ClipLayout* layout = nullptr);
-
-// The audio that a clip holds where its description gives none; cheap, and different enough for a
-// byte in the wrong frame, track or place to show.
-std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i);
 
 // Audio samples per track in a frame (SMPTE 382, five-frame sequence).
 std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame);

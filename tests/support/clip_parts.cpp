@@ -12,21 +12,16 @@ constexpr Label kPrimerKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1,
 constexpr Label kIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 2, 1, 1, 0x10, 1, 0};
 constexpr Label kFillKey{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 2, 3, 1, 2, 0x10, 1, 0, 0, 0};
 
-// Byte 14 of a set's key, by SetKind; the Primer and the index segment have keys of their own.
-constexpr std::array<std::uint8_t, 19> kSetKeyByte{0x00, 0x2F, 0x30, 0x18, 0x23, 0x36, 0x3B,
-                                                   0x0F, 0x14, 0x11, 0x37, 0x44, 0x51, 0x28,
-                                                   0x6E, 0x47, 0x48, 0x5C, 0x00};
-
 // By Rate.
 constexpr std::array<RateRow, 8> kRates{{
-    {24, 1, 24, 2, {2000, 2000, 2000, 2000, 2000}},
-    {25, 1, 25, 4, {1920, 1920, 1920, 1920, 1920}},
-    {30, 1, 30, 6, {1600, 1600, 1600, 1600, 1600}},
-    {50, 1, 50, 10, {960, 960, 960, 960, 960}},
-    {60, 1, 60, 12, {800, 800, 800, 800, 800}},
-    {24000, 1001, 24, 3, {2002, 2002, 2002, 2002, 2002}},
-    {30000, 1001, 30, 7, {1602, 1601, 1602, 1601, 1602}},
-    {60000, 1001, 60, 13, {801, 801, 800, 801, 801}},
+    {24, 1, 0, 2, {2000, 2000, 2000, 2000, 2000}},
+    {25, 1, 1, 4, {1920, 1920, 1920, 1920, 1920}},
+    {30, 1, 2, 6, {1600, 1600, 1600, 1600, 1600}},
+    {50, 1, 3, 10, {960, 960, 960, 960, 960}},
+    {60, 1, 4, 12, {800, 800, 800, 800, 800}},
+    {24000, 1001, 0, 3, {2002, 2002, 2002, 2002, 2002}},
+    {30000, 1001, 2, 7, {1602, 1601, 1602, 1601, 1602}},
+    {60000, 1001, 4, 13, {801, 801, 800, 801, 801}},
 }};
 
 }  // namespace
@@ -107,18 +102,14 @@ SetPlace KlvWriter::Set(const MetadataSet& set) {
   return place;
 }
 
-MetadataSet EmptySet(SetKind kind, std::size_t occurrence) {
+MetadataSet EmptySet(SetKind kind, std::size_t number) {
   MetadataSet set;
   set.kind = kind;
   set.key = {0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 1, 1, 1, 1, 0, 0};
-  set.key[14] = kSetKeyByte[static_cast<std::size_t>(kind)];
+  set.key[14] = static_cast<std::uint8_t>(kind);
   if (kind == SetKind::kPrimer) set.key = kPrimerKey;
   if (kind == SetKind::kIndexTableSegment) set.key = kIndexKey;
-  if (kind != SetKind::kPrimer) {
-    const Label uid{0x51, 0x56, static_cast<std::uint8_t>(kind),
-                    static_cast<std::uint8_t>(occurrence)};
-    set.SetTag(tag::kInstanceUid, ToBytes(uid));
-  }
+  if (kind != SetKind::kPrimer) set.SetTag(tag::kInstanceUid, Big64(number) + Bytes(8, 0x51));
   return set;
 }
 
@@ -133,15 +124,6 @@ void MetadataSet::SetTag(std::uint16_t tag, Bytes value) {
 
 void MetadataSet::RemoveTag(std::uint16_t tag) {
   std::erase_if(items, [tag](const MetadataItem& item) { return item.tag == tag; });
-}
-
-void MetadataSet::MoveTag(std::uint16_t tag, std::size_t position) {
-  const auto at = std::find_if(items.begin(), items.end(),
-                               [tag](const MetadataItem& item) { return item.tag == tag; });
-  if (at == items.end() || position >= items.size()) Fail("no such tag or place", kind, tag);
-  MetadataItem item = std::move(*at);
-  items.erase(at);
-  items.insert(items.begin() + static_cast<std::ptrdiff_t>(position), std::move(item));
 }
 
 MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence) {

@@ -19,7 +19,7 @@ inline constexpr Label kDataKey{0x06, 0x0E, 0x2B, 0x34, 1, 2, 1, 1, 0x0D, 1, 3, 
 struct RateRow {
   std::uint32_t numerator;
   std::uint32_t denominator;
-  std::uint32_t base;
+  std::uint32_t fpsIndex;    // of the timecode base
   std::uint8_t packageRate;  // as a system metadata pack names it
   std::array<std::uint32_t, 5> samples;
 };
@@ -64,8 +64,8 @@ class KlvWriter {
   Bytes& out_;
 };
 
-// A set with its key and an InstanceUID made from kind and occurrence.
-MetadataSet EmptySet(SetKind kind, std::size_t occurrence);
+// A set with its key and an InstanceUID made from `number`.
+MetadataSet EmptySet(SetKind kind, std::size_t number);
 
 // The header metadata that a description asks for, before any edit.
 HeaderSets BuildHeaderSets(const ClipSpec& spec);

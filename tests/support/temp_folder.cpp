@@ -6,15 +6,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <random>
 #include <system_error>
 
 namespace quorvan::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int kAttempts = 16;
 
 [[noreturn]] void Fail(const char* what, const fs::path& path) {
   std::fprintf(stderr, "test folder: %s: %s\n", what, path.c_str());
@@ -28,14 +25,10 @@ fs::path PathFromUtf8(const std::string& name) {
 }  // namespace
 
 TempFolder::TempFolder() {
-  std::random_device random;
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    path_ = fs::temp_directory_path() /
-            ("quorvan-test-" + std::to_string(random()) + "-" + std::to_string(random()));
-    std::error_code error;
-    if (fs::create_directory(path_, error)) return;
-  }
-  Fail("cannot create", path_);
+  std::string name = fs::temp_directory_path() / "quorvan-test-XXXXXX";
+  path_ = name;
+  if (mkdtemp(name.data()) == nullptr) Fail("cannot create", path_);
+  path_ = name;
 }
 
 TempFolder::~TempFolder() {

@@ -8,7 +8,9 @@ namespace {
 constexpr std::uint32_t kSizeInDs64 = 0xFFFFFFFF;
 constexpr std::size_t kRiffSizeOffset = 4;
 constexpr std::size_t kTimeReferenceOffset = 338;
-constexpr std::size_t kBextTextBytes = 256;
+constexpr std::size_t kBextBytes = 602;
+constexpr std::size_t kDs64Offset = 20;
+constexpr std::size_t kDs64Bytes = 28;
 constexpr std::uint32_t kPlainFmtSize = 16;
 constexpr std::uint32_t kExtensibleFmtSize = 40;
 
@@ -53,15 +55,6 @@ Bytes FmtBody(const WavSpec& spec) {
   return body;
 }
 
-Bytes BextBody(const WavSpec& spec) {
-  Bytes body(spec.bextSize);
-  const std::string description = "pattern";
-  std::copy_n(description.begin(), std::min({description.size(), body.size(), kBextTextBytes}),
-              body.begin());
-  PatchLittle(body, kTimeReferenceOffset, *spec.timeReference, 8);
-  return body;
-}
-
 Bytes DataBody(const WavSpec& spec) {
   const std::size_t width = SampleBytes(spec);
   // Eight bits and fewer are stored with an offset, all others signed.
@@ -78,88 +71,50 @@ Bytes DataBody(const WavSpec& spec) {
   return body;
 }
 
-class WavWriter {
- public:
-  explicit WavWriter(const WavSpec& spec) : spec_(spec) {}
-
-  WavFile Build() {
-    const bool rf64 = spec_.formId == "RF64";
-    Tag(spec_.formId);
-    PutLittle(file_.bytes, 0, 4);
-    Tag(spec_.waveId);
-    if (rf64) file_.ds64Offset = Own("ds64", Bytes(spec_.ds64Size), {});
-    Add(spec_.chunksFirst);
-    if (!spec_.bextBehindData) AddBext();
-    file_.fmtOffset = Own("fmt ", FmtBody(spec_), spec_.fmtClaim);
-    Add(spec_.chunksBeforeData);
-    AddData(rf64);
-    if (spec_.bextBehindData) AddBext();
-    Add(spec_.chunksBehindData);
-    SetSizes(rf64);
-    if (spec_.truncateAt && *spec_.truncateAt < file_.bytes.size()) {
-      file_.bytes.resize(static_cast<std::size_t>(*spec_.truncateAt));
-    }
-    return std::move(file_);
-  }
-
- private:
-  void Tag(const std::string& id) { file_.bytes.insert(file_.bytes.end(), id.begin(), id.end()); }
-
-  std::uint64_t Chunk(const std::string& id, const Bytes& body,
-                      std::optional<std::uint32_t> claimedSize) {
-    Tag(id);
-    PutLittle(file_.bytes, claimedSize.value_or(static_cast<std::uint32_t>(body.size())), 4);
-    const std::uint64_t offset = file_.bytes.size();
-    file_.bytes.insert(file_.bytes.end(), body.begin(), body.end());
-    if (body.size() % 2 != 0) file_.bytes.push_back(0);
-    return offset;
-  }
-
-  // A chunk that the description may leave out; the result is then 0.
-  std::uint64_t Own(const std::string& id, const Bytes& body,
-                    std::optional<std::uint32_t> claimedSize) {
-    if (std::find(spec_.omit.begin(), spec_.omit.end(), id) != spec_.omit.end()) return 0;
-    return Chunk(id, body, claimedSize);
-  }
-
-  void Add(const std::vector<WavChunk>& chunks) {
-    for (const WavChunk& chunk : chunks)
-      Chunk(chunk.id, chunk.body, chunk.claimedSize);
-  }
-
-  void AddBext() {
-    if (spec_.timeReference) file_.bextOffset = Own("bext", BextBody(spec_), {});
-  }
-
-  void AddData(bool rf64) {
-    const Bytes body = DataBody(spec_);
-    std::optional<std::uint32_t> claimed = spec_.dataSize;
-    if (!claimed && rf64) claimed = kSizeInDs64;
-    file_.dataOffset = Own("data", body, claimed);
-    if (file_.dataOffset != 0) file_.dataBytes = body.size();
-  }
-
-  void SetSizes(bool rf64) {
-    const std::uint64_t formSize = file_.bytes.size() - 8;
-    const std::uint32_t plainSize = rf64 ? kSizeInDs64 : static_cast<std::uint32_t>(formSize);
-    PatchLittle(file_.bytes, kRiffSizeOffset, spec_.riffSize.value_or(plainSize), 4);
-    if (file_.ds64Offset == 0) return;
-    Bytes sizes;
-    PutLittle(sizes, formSize, 8);
-    PutLittle(sizes, spec_.ds64DataSize.value_or(file_.dataBytes), 8);
-    PutLittle(sizes, spec_.sampleFrames, 8);
-    std::copy_n(sizes.begin(), std::min<std::size_t>(sizes.size(), spec_.ds64Size),
-                file_.bytes.begin() + static_cast<std::ptrdiff_t>(file_.ds64Offset));
-  }
-
-  const WavSpec& spec_;
-  WavFile file_;
-};
-
 }  // namespace
 
 WavFile BuildWav(const WavSpec& spec) {
-  return WavWriter(spec).Build();
+  WavFile file;
+  const auto put = [&file](const std::string& text) {
+    file.bytes.insert(file.bytes.end(), text.begin(), text.end());
+  };
+  // Returns where the body starts, 0 when the chunk is left out.
+  const auto add = [&](const WavChunk& chunk) -> std::uint64_t {
+    if (std::count(spec.omit.begin(), spec.omit.end(), chunk.id) != 0) return 0;
+    put(chunk.id);
+    const auto size = static_cast<std::uint32_t>(chunk.body.size());
+    PutLittle(file.bytes, chunk.claimedSize.value_or(size), 4);
+    file.bytes.insert(file.bytes.end(), chunk.body.begin(), chunk.body.end());
+    if (size % 2 != 0) file.bytes.push_back(0);
+    return file.bytes.size() - size - size % 2;
+  };
+  const bool rf64 = spec.formId == "RF64";
+  put(spec.formId + "size" + "WAVE");
+  if (rf64) add({"ds64", Bytes(kDs64Bytes)});
+  std::for_each(spec.chunksFirst.begin(), spec.chunksFirst.end(), add);
+  const auto addBext = [&] {
+    if (!spec.timeReference) return;
+    file.bextOffset = add({"bext", Bytes(kBextBytes)});
+    PatchLittle(file.bytes, file.bextOffset + kTimeReferenceOffset, *spec.timeReference, 8);
+  };
+  if (!spec.bextBehindData) addBext();
+  file.fmtOffset = add({"fmt ", FmtBody(spec)});
+  std::for_each(spec.chunksBeforeData.begin(), spec.chunksBeforeData.end(), add);
+  const Bytes data = DataBody(spec);
+  const auto claimed = spec.dataSize || !rf64 ? spec.dataSize : kSizeInDs64;
+  file.dataOffset = add({"data", data, claimed});
+  file.dataBytes = data.size();
+  if (spec.bextBehindData) addBext();
+  std::for_each(spec.chunksBehindData.begin(), spec.chunksBehindData.end(), add);
+
+  const std::uint64_t formSize = file.bytes.size() - 8;
+  PatchLittle(file.bytes, kRiffSizeOffset, rf64 ? kSizeInDs64 : formSize, 4);
+  if (rf64) {
+    PatchLittle(file.bytes, kDs64Offset, formSize, 8);
+    PatchLittle(file.bytes, kDs64Offset + 8, spec.ds64DataSize.value_or(file.dataBytes), 8);
+    PatchLittle(file.bytes, kDs64Offset + 16, spec.sampleFrames, 8);
+  }
+  return file;
 }
 
 std::int32_t PatternSample(std::uint32_t channel, std::uint64_t index) {

@@ -20,7 +20,6 @@ struct WavChunk {
 // What to build. The defaults give a mono file of one second, 48 kHz and 24 bits, without bext.
 struct WavSpec {
   std::string formId = "RIFF";  // "RF64" adds ds64 and sets the 32-bit sizes to 0xFFFFFFFF
-  std::string waveId = "WAVE";
   std::uint16_t formatTag = 1;
   std::uint16_t subFormat = 1;  // in a fmt chunk of 40 bytes
   std::uint16_t channels = 1;
@@ -33,25 +32,18 @@ struct WavSpec {
   std::function<std::int32_t(std::uint32_t channel, std::uint64_t index)> sample{};
 
   std::optional<std::uint64_t> timeReference{};  // makes a bext chunk
-  std::uint32_t bextSize = 602;
   bool bextBehindData = false;
-  std::uint32_t ds64Size = 28;
   std::vector<WavChunk> chunksFirst{};       // behind "WAVE" and ds64
   std::vector<WavChunk> chunksBeforeData{};  // behind fmt
   std::vector<WavChunk> chunksBehindData{};
-  std::vector<std::string> omit{};  // ids of "ds64", "bext", "fmt ", "data" that are left out
-
-  std::optional<std::uint32_t> riffSize{};  // claimed sizes instead of the true ones
-  std::optional<std::uint32_t> fmtClaim{};
-  std::optional<std::uint32_t> dataSize{};
+  std::vector<std::string> omit{};          // ids of chunks that are left out
+  std::optional<std::uint32_t> dataSize{};  // claimed sizes instead of the true ones
   std::optional<std::uint64_t> ds64DataSize{};
-  std::optional<std::uint64_t> truncateAt{};
 };
 
 struct WavFile {
   std::vector<std::uint8_t> bytes{};
-  // File offsets of the chunks' bodies, and bytes of audio; 0 for what is left out.
-  std::uint64_t ds64Offset = 0;
+  // File offsets of the chunks' bodies, 0 for a bext that is not there, and bytes of audio.
   std::uint64_t bextOffset = 0;
   std::uint64_t fmtOffset = 0;
   std::uint64_t dataOffset = 0;

@@ -45,7 +45,11 @@ TEST(TimecodeToFrames, CountsFieldsByBaseAndDropFrame) {
       {3, 0, {25, 0, 0, 49}, 4500049},  // hours run on past a day
       {1, 0, {0, 60, 0, 0}, kInvalidTimecode},
       {1, 0, {0, 0, 60, 0}, kInvalidTimecode},
+      {0, 0, {0, 0, 0, 24}, kInvalidTimecode},
       {1, 0, {0, 0, 0, 25}, kInvalidTimecode},
+      {2, 0, {0, 0, 0, 30}, kInvalidTimecode},
+      {3, 0, {0, 0, 0, 50}, kInvalidTimecode},
+      {4, 0, {0, 0, 0, 60}, kInvalidTimecode},
       {5, 0, {0, 0, 0, 0}, kInvalidTimecode},
       {1, 0, {23860, 0, 0, 0}, 2147400000},  // the last hour whose count fits, and the next
       {1, 0, {23861, 0, 0, 0}, kInvalidTimecode},
@@ -92,6 +96,7 @@ TEST(FramesToLabelCount, StaysInRangeForAnyCount) {
   EXPECT_EQ(DropCount(4, 1, 216000), 216U);
   EXPECT_EQ(DropCount(1, 1, 216000), 0U);
   EXPECT_EQ(DropCount(9, 1, 216000), 0U);
+  EXPECT_EQ(FramesPerSecond(5) + FramesPerHour(5) + FramesPerDay(5, 1), 0U);
 }
 
 TEST(FramesToTimecode, LeavesTheFieldsAloneForAnUnknownBase) {
@@ -143,6 +148,7 @@ TEST(TimecodeAddSub, WrapsAtADay) {
       {1, 0, {0, 30, 0, 0}, '-', {1, 0, 0, 0}, 23 * 90000 + 30 * 1500},
       {2, 1, {0, 0, 0, 0}, '-', {0, 0, 0, 1}, 2589407},
       {1, 0, {26, 0, 0, 0}, '-', {1, 0, 0, 0}, 25 * 90000},
+      {1, 0, {1, 0, 0, 0}, '-', {1, 0, 0, 0}, 0},
       {1, 0, {0, 0, 0, 0}, '-', {25, 0, 0, 0}, -90000},
   };
   for (const auto& c : kCases) {

@@ -5,9 +5,12 @@
 #include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "support/failing_memory.h"
 #include "support/temp_folder.h"
 #include "support/wav_builder.h"
+#include "wav/size_text.h"
 
 namespace quorvan {
 namespace {
@@ -72,18 +75,27 @@ TEST_F(WavLibrary, RefusesWhatDoesNotFitAndGoesOnWithTheNext) {
 
 // What a rewrite would refuse is refused at once, with words that fit.
 TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
+  const auto format = [](std::uint16_t tag, std::uint16_t subFormat, std::uint32_t fmtSize) {
+    return [=](WavSpec& w) {
+      w.formatTag = tag;
+      w.subFormat = subFormat;
+      w.fmtSize = fmtSize;
+    };
+  };
+  const auto chunk = [](const char* id, const std::string& body) {
+    return [=](WavSpec& w) { w.chunksBeforeData = {{id, {body.begin(), body.end()}}}; };
+  };
+  const std::string otherFormat("fmt \x10\0\0\0\1\0\2\0\x80\xBB\0\0\0\xEE\2\0\4\0\x10\0", 24);
   const std::pair<WavResult, std::function<void(WavSpec&)>> cases[] = {
       {kWavOtherWidth, [](WavSpec& w) { w.bits = 8; }},
       {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 4; }},
       {kWavOtherWidth, [](WavSpec& w) { w.blockAlign = 2; }},
-      {kWavNotPcm, [](WavSpec& w) { w.formatTag = 0xF1AC; }},
-      {kWavNotPcm,
-       [](WavSpec& w) {
-         w.fmtSize = 40;
-         w.formatTag = 0xFFFE;
-         w.subFormat = 3;
-       }},
-      {kWavCutShort, [](WavSpec& w) { w.truncateAt = 20000; }},
+      {kWavNotPcm, format(0xF1AC, 1, 16)},
+      {kWavNotPcm, format(0xFFFE, 3, 40)},
+      {kWavOk, format(0xFFFE, 1, 40)},
+      {kWavOk, format(0xFFFE, 3, 18)},  // which has no room to say it
+      {kWavOk, format(1, 3, 40)},       // says it where only the extensible format does
+      {kWavCutShort, [](WavSpec& w) { w.dataSize = 200000; }},
       {kWavCutShort,
        [](WavSpec& w) {
          w.sampleFrames = 0;
@@ -99,21 +111,8 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
          w.formId = "RF64";
          w.ds64DataSize = 0;
        }},
-      {kWavChunksDiffer,
-       [](WavSpec& w) {
-         w.chunksBeforeData = {
-             {"_PMX", {'M', 'e', 't', 'a', 'd', 'a', 't', 'a', 'D', 'a', 't', 'e'}}};
-       }},
-      {kWavChunksDiffer,
-       [](WavSpec& w) {
-         w.chunksBeforeData = {{"LIST", {'f',  'm',  't', ' ', 16, 0, 0,    0, 1, 0, 2,  0,
-                                         0x80, 0xBB, 0,   0,   0,  0, 0xEE, 2, 4, 0, 16, 0}}};
-       }},
-      {kWavOk,
-       [](WavSpec& w) {
-         w.fmtSize = 40;
-         w.formatTag = 0xFFFE;
-       }},
+      {kWavChunksDiffer, chunk("_PMX", "MetadataDate")},
+      {kWavChunksDiffer, chunk("LIST", otherFormat)},
   };
   for (std::size_t i = 0; i < std::size(cases); ++i) {
     WavSpec spec;
@@ -121,6 +120,21 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
     EXPECT_EQ(Add(std::to_string(i), spec), cases[i].first) << i;
     EXPECT_EQ(WavFailureText(cases[i].first, u"p").empty(), cases[i].first == kWavOk);
   }
+}
+
+TEST_F(WavLibrary, StaysAsItWasWhenMemoryIsOut) {
+  ASSERT_EQ(Add("a"), kWavOk);
+  const std::u16string path = folder_.Write("b", BuildWav({}).bytes);
+  WavResult result = kWavNoMemory;
+  for (int nth = 1; result != kWavOk; ++nth) {
+    EXPECT_EQ(result, kWavNoMemory);
+    EXPECT_EQ(Names(), "a");
+    test::FailAllocation(nth);
+    result = AddWavFile(path.c_str(), &head_, mxf_.base);
+    ASSERT_EQ(test::AllocationFailed(), result != kWavOk);
+  }
+  test::FailAllocation(0);
+  EXPECT_EQ(Names(), "ab");
 }
 
 TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
@@ -138,7 +152,12 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   WavSpec spec;
   spec.timeReference = 48000ull * 3600 + 500;
   spec.sampleFrames = 24000;
-  ASSERT_EQ(Add("take.wav", spec), kWavOk);
+  const std::u16string path = folder_.Write("take.wav", BuildWav(spec).bytes);
+  auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
+  const platform::FileTimes times{file.Times()->creation, 117000000000000000, 118000000000000000};
+  ASSERT_TRUE(file.SetTimes(times));
+  file.Close();
+  ASSERT_EQ(AddWavFile(path.c_str(), &head_, mxf_.base), kWavOk);
   EXPECT_EQ(Column(kNameColumn), u"take.wav");
   EXPECT_EQ(Column(kChannelsColumn), u" 1");
   EXPECT_EQ(Column(kBitsColumn), u"24");
@@ -148,11 +167,9 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   EXPECT_EQ(Column(kDurationColumn), u"00:00:00:12 *0960");
   EXPECT_EQ(Column(kUpdatedColumn).size(), 19u);
   EXPECT_EQ(Column(kSizeColumn), u"70.95 KB");
-  const std::uint64_t* const key = head_.next->sortKey;
-  EXPECT_EQ(key[SortKeyOf(kStartColumn)], 90000u);
-  EXPECT_EQ(key[SortKeyOf(kDurationColumn)], 12u);
-  EXPECT_EQ(key[SortKeyOf(kSizeColumn)], head_.next->findData.size);
-  EXPECT_EQ(key[SortKeyOf(kUpdatedColumn)], head_.next->findData.times.lastWrite);
+  const std::vector<std::uint64_t> keys = {
+      1, 24, 48000, 90000, 90012, 12, times.creation, times.lastWrite, 72654};
+  EXPECT_EQ(std::vector(std::begin(head_.next->sortKey), std::end(head_.next->sortKey)), keys);
 
   mxf_.timecode.dropFrame = 255;  // shows as drop frame, counts as none
   ASSERT_EQ(Add("drop.wav", spec), kWavOk);
@@ -187,11 +204,49 @@ TEST_F(WavLibrary, IndexFollowsTheList) {
   EXPECT_EQ(index[1]->listIndex, 1u);
   EXPECT_EQ(index[3], nullptr);
 
+  test::FailAllocation(1);
+  EXPECT_EQ(BuildWavIndex(&head_, std::move(index)), nullptr);
+  ASSERT_TRUE(test::AllocationFailed());
+  EXPECT_EQ(Names(), "ad") << "the list outlives its index";
+  index = BuildWavIndex(&head_, nullptr);
+
   EXPECT_EQ(FreeWavList(&head_), 1);
   EXPECT_EQ(FreeWavList(&head_), 0);
   EXPECT_EQ(FreeWavList(nullptr), 0);
   EXPECT_EQ(head_.entryCount, 0);
   EXPECT_EQ(BuildWavIndex(&head_, std::move(index)), nullptr);
+}
+
+TEST(SizeText, StepsUnitsBy1024AndNeverBeyondGigabytes) {
+  const struct {
+    std::uint64_t size;
+    const char16_t* text;
+  } rows[] = {
+      {0, u"0.00 bytes"},
+      {1023, u"1023.00 bytes"},
+      {1024, u"1.00 KB"},
+      {1536, u"1.50 KB"},
+      {(1ull << 20) - 1, u"1024.00 KB"},
+      {1ull << 20, u"1.00 MB"},
+      {(1ull << 30) - 1, u"1024.00 MB"},
+      {1ull << 30, u"1.00 GB"},
+      {1ull << 40, u"1024.00 GB"},
+      {~0ull, u"17179869184.00 GB"},
+  };
+  for (const auto& row : rows) {
+    char16_t buffer[64];
+    EXPECT_EQ(FormatFileSize(row.size, buffer, 64), 0);
+    EXPECT_EQ(std::u16string(buffer), row.text) << row.size;
+  }
+}
+
+TEST(SizeText, StaysInsideAShortBuffer) {
+  char16_t buffer[5] = {u'x', u'x', u'x', u'x', u'x'};
+  EXPECT_EQ(FormatFileSize(1024, buffer, 4), 0);
+  EXPECT_EQ(std::u16string(buffer), u"1.0");
+  EXPECT_EQ(buffer[4], u'x');
+  EXPECT_EQ(FormatFileSize(1024, buffer, 0), 0);
+  EXPECT_EQ(FormatFileSize(1, nullptr, 16), 1);
 }
 
 TEST(WavFailureText, FillsInPathAndCodeOnce) {
