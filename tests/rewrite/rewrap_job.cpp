@@ -75,8 +75,10 @@ void RewrapJob::FillTrack(std::uint32_t track, const WavSpec* wav, std::uint32_t
 
 void RewrapJob::FillTracks(bool silent, Bytes* bytes) const {
   for (const Source& source : sources_) {
-    for (std::uint32_t c = 0; c < source.wav.channels; ++c)
+    for (std::uint32_t c = 0; c < source.wav.channels; ++c) {
+      if (app.tracks.rewrapSwitch[source.track + c] != kSwitchOn) continue;
       FillTrack(source.track + c, silent ? nullptr : &source.wav, c, bytes);
+    }
   }
   for (const std::uint32_t track : silent_)
     FillTrack(track, nullptr, 0, bytes);
