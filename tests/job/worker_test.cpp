@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <thread>
 
+#include "../rewrite/call_hook.h"
 #include "mxf/continuity.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"
@@ -35,15 +35,13 @@ class Face {
     };
   }
 
-  // Runs the job; `meanwhile` runs on this thread.
-  const Received& Run(JobKind kind, const std::function<void()>& meanwhile = {}) {
+  const Received& Run(JobKind kind) {
     received.clear();
     app_.jobKind = kind;
     if (kind == kAnalysisJob) {
       app_.mxfFile = platform::File::Open(app_.mxfPath, platform::OpenMode::kReadAlone);
     }
     app_.workerThread = std::thread(WorkerThread, &app_);
-    if (meanwhile) meanwhile();
     app_.workerThread.join();
     app_.mxfFile.Close();
     EXPECT_FALSE(received.empty());
@@ -126,21 +124,20 @@ TEST(Worker, TellsWhyAJobHasFailed) {
 }
 
 TEST(Worker, TellsOfACancel) {
-  LoadedClip clip(LongClip(6000));
+  LoadedClip clip{ClipSpec()};
   PrepareEveryJob(&clip);
   Face face(&clip);
+  const CallHook operatorStops([&](platform::SystemCall, int) {
+    clip.app.tracks.cancel = 1;
+    return platform::CallOutcome::kAsEver;
+  });
   for (const JobKind kind : {kExportJob, kLoudnessJob, kRewriteJob}) {
-    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
-    std::atomic<bool> ended = false;
-    face.whenTold = [&](const JobReport&) { ended = true; };
-    const Received& told = face.Run(kind, [&] {
-      while (!ended)
-        clip.app.tracks.cancel = 1;
-    });
+    const Received& told = face.Run(kind);
     EXPECT_EQ(told.message, JOB_MSG_FAILED);
     EXPECT_EQ(told.result, kCancelled);
     EXPECT_EQ(told.text.find(u"MXFファイル\nclip.mxf\n\n"), 0u);
     EXPECT_NE(told.text.find(u"を中断しました。\n\n\tprocess: "), std::u16string::npos);
+    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   }
 }
 
@@ -188,19 +185,15 @@ TEST(Worker, TellsWhyAClipIsNotLoaded) {
 // The check can be left out by the operator; a clip whose analysis was stopped cannot be loaded.
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
   for (const bool inCheck : {true, false}) {
-    LoadedClip clip(LongClip(6000));
+    LoadedClip clip{ClipSpec()};
     Face face(&clip);
-    std::atomic<bool> ended = false;
-    std::atomic<bool> asks = !inCheck;
-    face.whenTold = [&](const JobReport& report) {
-      asks = true;
-      ended = report.message != JOB_MSG_PHASE;
-    };
-    const Received& told = face.Run(kAnalysisJob, [&] {
-      while (!ended) {
-        if (asks) clip.app.mxf.timecode.stopRequest = 1;
-      }
+    std::atomic<bool> stops = !inCheck;
+    face.whenTold = [&](const JobReport&) { stops = true; };
+    const CallHook operatorStops([&](platform::SystemCall, int) {
+      clip.app.mxf.timecode.stopRequest = stops ? 1 : 0;
+      return platform::CallOutcome::kAsEver;
     });
+    const Received& told = face.Run(kAnalysisJob);
     EXPECT_EQ(told.result, kCancelled);
     const std::u16string text = u"clip.mxf\n\n解析を中断しました。";
     EXPECT_EQ(told.text, inCheck ? text + u"\nこのままロードしますか？" : text);
