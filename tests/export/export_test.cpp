@@ -169,6 +169,8 @@ TEST_P(Export, NumbersItsFilesAndNeverTakesANameThatIsTaken) {
     PutText(c.stem, clip.app.tracks.exportName);
     clip.app.tracks.exportCount = c.count;
     EXPECT_EQ(Run(clip), 0);
+    for (const char* name : {c.third, c.twelfth})
+      ASSERT_TRUE(std::filesystem::exists(clip.Out() / name)) << name;
     EXPECT_EQ(clip.File(c.third), clip.File("Track-3.wav"));
     EXPECT_EQ(clip.File(c.twelfth), clip.File("Track-12.wav"));
     EXPECT_EQ(clip.Files(), files += 2);
