@@ -260,12 +260,13 @@ TEST_P(Export, StopsBehindTheFrameOfACancel) {
   }
 }
 
-// In front of the frames that are being written, and behind them.
+// In front of the frames that are being written, behind them, and behind the last one.
 TEST_P(Export, IsNotDoneWhenTheClipIsCutShortMeanwhile) {
   constexpr std::uint64_t page = 4096;
-  for (const std::size_t frame : {0u, 100u}) {
+  for (const std::size_t frame : {0u, 100u, 200u}) {
     ExportClip clip(LongClip(200), {0});
-    const std::uint64_t rest = clip.clip.layout.frames[frame].offset / page * page;
+    const std::uint64_t rest = frame == 200 ? clip.clip.bytes.size() - 1
+                                            : clip.clip.layout.frames[frame].offset / page * page;
     const CallHook cut(SystemCall::kGatheredWrite, 2,
                        [&] { std::filesystem::resize_file(platform::ToUtf8(clip.path), rest); });
     EXPECT_EQ(Run(clip), Code(4024));
