@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 
 #include "call_hook.h"
@@ -40,16 +41,12 @@ INSTANTIATE_TEST_SUITE_P(Engines, Rewrap, ::testing::Bool(), [](const auto& engi
 
 std::int32_t Code(std::int32_t mapped) {
   if (!RewrapJob::fileIo || mapped == kUmidTooLong) return mapped;
-  switch (mapped) {
-    case 2006:
-      return 3007;
-    case 2009:
-      return 3021;
-    case 2010:
-      return 3006;
-    default:
-      return mapped + 1000;
+  constexpr std::pair<std::int32_t, std::int32_t> others[] = {
+      {2006, 3007}, {2009, 3021}, {2010, 3006}};
+  for (const auto& [code, other] : others) {
+    if (mapped == code) return other;
   }
+  return mapped + 1000;
 }
 
 // Runs the job and compares every byte of the file.
@@ -513,12 +510,8 @@ TEST_P(Rewrap, IsNotDoneWhenItsFilesChangeMeanwhile) {
 TEST_P(Rewrap, SetsTheTimesAndKeepsTheCreation) {
   RewrapJob job{ClipSpec()};
   job.Silence(0);
-  {
-    platform::File file = platform::File::Open(job.path, platform::OpenMode::kRewrite);
-    platform::FileTimes old = *file.Times();
-    old.lastWrite = old.lastAccess = 130000000000000000;
-    ASSERT_TRUE(file.SetTimes(old));
-  }
+  const std::filesystem::path clip = platform::ToUtf8(job.path);
+  last_write_time(clip, last_write_time(clip) - std::chrono::hours(1));
   const auto before = platform::QueryFileInfo(job.path);
   ASSERT_EQ(job.Run(), 0);
   const auto after = platform::QueryFileInfo(job.path);
