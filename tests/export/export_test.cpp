@@ -16,7 +16,7 @@ using namespace test;
 using platform::SystemCall;
 
 void PutText(std::u16string_view text, char16_t* field) {
-  field[text.copy(field, 1000)] = 0;
+  field[text.copy(field, 1023)] = 0;
 }
 
 std::uint64_t Little(const Bytes& bytes, std::size_t place, std::size_t count) {
@@ -204,10 +204,15 @@ TEST_P(Export, RefusesBeforeItMakesAFile) {
     PutText(folder, tracks.exportFolder);
     EXPECT_EQ(Run(clip), Code(4008));
   }
-  PutText(std::u16string(1000, u'/'), tracks.exportFolder);
-  PutText(std::u16string(200, u'n'), tracks.exportName);
+  // A path of one character more than the records hold, and one of just as many.
+  std::u16string out = clip.folder.PathOf("out");
+  out.resize(1024 - std::u16string_view(u"Track-1.wav").size(), u'/');
+  PutText(out, tracks.exportFolder);
   EXPECT_EQ(Run(clip), Code(4008));
   EXPECT_EQ(clip.Files(), 0u);
+  out.pop_back();
+  PutText(out, tracks.exportFolder);
+  EXPECT_EQ(Run(clip), 0);
 }
 
 TEST_P(Export, MakesNoFileOfWhatIsNoAudioOfItsTrack) {

@@ -339,7 +339,7 @@ TEST(TimecodeLog, ListsEveryBreak) {
   TIMECODE_ERROR_INFO breaks[4] = {{1078920, 1078925, 2, 0, nullptr, nullptr},
                                    {2589408, 2589407, 3, 4, nullptr, nullptr},
                                    {7, 7, 4, 70000, nullptr, nullptr},
-                                   {7, 0xFFFFFFFE, 1, 6, nullptr, nullptr}};
+                                   {0, 0xFFFFFFFE, 1, 6, nullptr, nullptr}};
   clip.app.mxf.timecode.errorCount = 4;
   TIMECODE_ERROR_INFO* last = clip.app.mxf.timecode.errorList;
   for (TIMECODE_ERROR_INFO& node : breaks) {
@@ -362,7 +362,7 @@ TEST(TimecodeLog, ListsEveryBreak) {
             "     0  10:00:00.00  10:00:00.10  00:00:00.00  inc\r\n"
             "     1  24:00:00.00  23:59:59.58  00:00:00.04  dec\r\n"
             "     2  00:00:00.14  00:00:00.14  00:19:27.52  still\r\n"
-            "     3  00:00:00.14  --:--:--.--  00:00:00.06  **\r\n");
+            "     3  00:00:00.00  --:--:--.--  00:00:00.06  **\r\n");
 }
 
 TEST(TimecodeLog, StatesTheClip) {
