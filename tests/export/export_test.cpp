@@ -249,6 +249,22 @@ TEST_P(Export, WritesAHeaderAloneForARangeWithoutFrames) {
   }
 }
 
+// Each file, then the folder with their names.
+TEST_P(Export, IsNotDoneBeforeTheMediumHasAll) {
+  for (const int flush : {1, 2, 3}) {
+    ExportClip clip(ClipSpec(), {0, 1});
+    const CallHook full([&](SystemCall call, int nth) {
+      return call == SystemCall::kFlush && nth >= flush ? platform::CallOutcome::kFails
+                                                        : platform::CallOutcome::kAsEver;
+    });
+    EXPECT_EQ(Run(clip), Code(4026));
+    EXPECT_EQ(std::u16string(clip.app.tracks.fault.path),
+              clip.folder.PathOf(flush == 1 ? "out/Track-1.wav" : "out/Track-2.wav"));
+    clip.app.tracks.noFlush = 1;
+    EXPECT_EQ(Run(clip), 0) << "nobody waits for the medium";
+  }
+}
+
 // With the header, then with the first frames that are written at a time.
 TEST_P(Export, StopsBehindTheFrameOfACancel) {
   ClipSpec spec = LongClip(200);
