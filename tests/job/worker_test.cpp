@@ -7,6 +7,8 @@
 #include <thread>
 
 #include "../rewrite/call_hook.h"
+#include "job/job_check.h"
+#include "job/process_table.h"
 #include "mxf/continuity.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"
@@ -199,6 +201,39 @@ TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
     EXPECT_EQ(told.result, kCancelled);
     const std::u16string text = u"clip.mxf\n\n解析を中断しました。";
     EXPECT_EQ(told.text, inCheck ? text + u"\nこのままロードしますか？" : text);
+  }
+}
+
+// With the numbers of the job's stage; those of a measurement are the export's.
+TEST(JobCheck, RefusesWhatTheEnginesWould) {
+  ClipSpec untimed;
+  untimed.timecodeTracks = 0;
+  ClipSpec longUmids;
+  longUmids.umidSize = 64;
+  LoadedClip clip{longUmids}, unfit(untimed);
+  EXPECT_EQ(ClipRefusal(clip.app.info), u"");
+  EXPECT_EQ(ClipRefusal(unfit.app.info), FailureText(2000, 2016));
+  EXPECT_TRUE(NeedsOldIdentity(clip.app.info));
+  EXPECT_FALSE(NeedsOldIdentity(unfit.app.info));
+  struct Case {
+    JobKind kind;
+    std::int32_t stage;
+    std::int32_t withNothingOn;
+  };
+  const Case cases[] = {
+      {kRewriteJob, 2000, 2015}, {kExportJob, 4000, 4015}, {kLoudnessJob, 4000, 0}};
+  for (const Case& c : cases) {
+    clip.app.info.jobKind = unfit.app.info.jobKind = c.kind;
+    EXPECT_EQ(CheckClipForJob(clip.app.info), 0);
+    EXPECT_EQ(CheckClipForJob(unfit.app.info), c.stage + kNoRange);
+    EXPECT_EQ(CheckJob(clip.app.info), c.withNothingOn);
+  }
+  PrepareEveryJob(&clip);
+  for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange})
+    clip.SetRange(range, 3, 2);
+  for (const Case& c : cases) {
+    clip.app.info.jobKind = c.kind;
+    EXPECT_EQ(CheckJob(clip.app.info), c.stage + kBadRange);
   }
 }
 
