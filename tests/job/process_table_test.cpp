@@ -237,6 +237,9 @@ TEST(Messages, SayWhatWasWritten) {
             written + u"\nMXFファイルのUMIDは元のままです。");
   EXPECT_EQ(WrittenFrames(tracks, timecode, 3027),
             written + u"\nMXFファイルのUMIDは新しいものです。");
+  tracks.inFrame = {2159998, 2159998};  // up to midnight and behind it
+  EXPECT_EQ(WrittenFrames(tracks, timecode, 2024).find(u"\n\n23:59:59:23 から 00:00:00:02 まで"),
+            0U);
   EXPECT_EQ(FaultDetails(tracks.fault, timecode), u"");
   tracks.fault.frame = 3;
   std::u16string(u"/a/b.wav").copy(tracks.fault.path, 9);

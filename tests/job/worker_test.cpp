@@ -186,6 +186,25 @@ TEST(Worker, TellsWhyAClipIsNotLoaded) {
       u"Mapping");
 }
 
+// One number for an audio descriptor that is missing and for one of another width.
+TEST(Worker, TellsWhatIsWrongWithAnAudioDescriptor) {
+  ClipSpec missing, wide;
+  missing.tracks = wide.tracks = 1;
+  missing.DropSet(SetKind::kAes3Descriptor);
+  wide.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(20));
+  LoadedClip clip{ClipSpec()};
+  Face face(&clip);
+  const std::pair<ClipSpec, std::u16string_view> cases[] = {
+      {missing, u"オーディオディスクリプターが見つかりません。"},
+      {wide, u"サンプルビット数が対応していません。"}};
+  for (const auto& [spec, text] : cases) {
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(clip.path), BuildClip(spec).bytes));
+    const Received& refused = face.Run(kAnalysisJob);
+    EXPECT_EQ(refused.result, kAudioDescriptorUnfit);
+    EXPECT_NE(refused.text.find(text), std::u16string::npos);
+  }
+}
+
 // The check can be left out by the operator; a clip whose analysis was stopped cannot be loaded.
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
   for (const bool inCheck : {true, false}) {
