@@ -141,13 +141,15 @@ TEST_P(Rewrap, WritesAnyRangeOverTheSegments) {
 }
 
 TEST_P(Rewrap, WritesEveryRateAndShapeOfFrame) {
-  std::vector<ClipSpec> shapes(6);
+  std::vector<ClipSpec> shapes(7);
   shapes[0].tracks = 1;
   shapes[1].tracks = 24;
   shapes[2].dataTrack = shapes[2].dataElement = true;
   shapes[3].dataTrack = true;  // announced, but in no frame
   shapes[4].elementKag = 0;
   shapes[5].sliceCount = 0;
+  shapes[6].frames = 6;
+  shapes[6].elementKag = 1 << 17;  // with more between two values than is kept
   for (const Rate rate : {Rate::k24, Rate::k25, Rate::k30, Rate::k50, Rate::k60, Rate::k23_98,
                           Rate::k29_97, Rate::k59_94}) {
     ClipSpec& spec = shapes.emplace_back();
