@@ -7,9 +7,9 @@
 #include <thread>
 
 #include "../rewrite/call_hook.h"
-#include "job/job_check.h"
+#include "job/job_steps.h"
 #include "job/process_table.h"
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"
 

@@ -5,7 +5,7 @@
 #include <cerrno>
 
 #include "../rewrite/call_hook.h"
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "report/report_text.h"
