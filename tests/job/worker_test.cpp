@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <thread>
 
+#include "../rewrite/call_hook.h"
+#include "job/job_steps.h"
+#include "job/process_table.h"
 #include "mxf/essence/continuity.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"
@@ -35,15 +37,13 @@ class Face {
     };
   }
 
-  // Runs the job; `meanwhile` runs on this thread.
-  const Received& Run(JobKind kind, const std::function<void()>& meanwhile = {}) {
+  const Received& Run(JobKind kind) {
     received.clear();
     app_.jobKind = kind;
     if (kind == kAnalysisJob) {
       app_.mxfFile = platform::File::Open(app_.mxfPath, platform::OpenMode::kReadAlone);
     }
     app_.workerThread = std::thread(WorkerThread, &app_);
-    if (meanwhile) meanwhile();
     app_.workerThread.join();
     app_.mxfFile.Close();
     EXPECT_FALSE(received.empty());
@@ -66,30 +66,31 @@ void PrepareEveryJob(LoadedClip* clip) {
   std::u16string(u"Track-").copy(tracks.exportName, 255);
 }
 
+constexpr std::pair<JobKind, const char16_t*> kJobs[] = {
+    {kRewriteJob, u"ラッピング"},
+    {kExportJob, u"BWFファイルの書出し"},
+    {kLoudnessJob, u"ラウドネス測定"},
+};
+
 TEST(Worker, RunsEveryJobAndTellsItsOutcomeOnce) {
   LoadedClip clip{ClipSpec()};
   PrepareEveryJob(&clip);
   Face face(&clip);
-  const std::pair<JobKind, const char16_t*> jobs[] = {
-      {kRewriteJob, u"ラッピング"},
-      {kExportJob, u"BWFファイルの書出し"},
-      {kLoudnessJob, u"ラウドネス測定"},
-  };
-  for (const Method fileIo : {Method::kMemoryMapping, Method::kGenericFileIo}) {
-    const std::u16string method =
-        fileIo == Method::kMemoryMapping ? u"Memory Mapping" : u"Generic File I/O";
-    clip.app.info.useFileIo = fileIo;
-    for (const auto& [kind, title] : jobs) {
+  for (const Method method : {Method::kMemoryMapping, Method::kGenericFileIo}) {
+    const std::u16string name =
+        method == Method::kMemoryMapping ? u"Memory Mapping" : u"Generic File I/O";
+    clip.app.info.useFileIo = method;
+    for (const auto& [kind, title] : kJobs) {
       const Received& done = face.Run(kind);
       EXPECT_EQ(face.received.size(), 1u);
       EXPECT_EQ(done.message, JOB_MSG_DONE);
       EXPECT_EQ(done.caption, u"MXF Lattice Core");
       EXPECT_EQ(done.text, u"clip.mxf\n\n" + std::u16string(title) +
-                               u"が完了しました。\n\n\tprocess: " + method);
+                               u"が完了しました。\n\n\tprocess: " + name);
     }
     EXPECT_EQ(clip.app.mxf.base.processCode, 6000u);
     EXPECT_TRUE(platform::QueryFileInfo(
-        clip.folder.PathOf(fileIo == Method::kMemoryMapping ? "Track-1.wav" : "Track-1 1.wav")));
+        clip.folder.PathOf(method == Method::kMemoryMapping ? "Track-1.wav" : "Track-1 1.wav")));
   }
 }
 
@@ -127,35 +128,35 @@ TEST(Worker, TellsWhyAJobHasFailed) {
 }
 
 TEST(Worker, TellsOfACancel) {
-  LoadedClip clip(LongClip(6000));
+  LoadedClip clip{ClipSpec()};
   PrepareEveryJob(&clip);
   Face face(&clip);
-  for (const JobKind kind : {kExportJob, kLoudnessJob, kRewriteJob}) {
-    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
-    std::atomic<bool> ended = false;
-    face.whenTold = [&](const JobReport&) { ended = true; };
-    const Received& told = face.Run(kind, [&] {
-      while (!ended)
-        clip.app.tracks.cancel = 1;
-    });
+  const CallHook operatorStops([&](platform::SystemCall, int) {
+    clip.app.tracks.cancel = 1;
+    return platform::CallOutcome::kAsEver;
+  });
+  for (const auto& [kind, title] : kJobs) {
+    const Received& told = face.Run(kind);
     EXPECT_EQ(told.message, JOB_MSG_FAILED);
     EXPECT_EQ(told.result, kCancelled);
-    EXPECT_EQ(told.text.find(u"MXFファイル\nclip.mxf\n\n"), 0u);
-    EXPECT_NE(told.text.find(u"を中断しました。\n\n\tprocess: "), std::u16string::npos);
+    EXPECT_EQ(told.text.find(u"MXFファイル\nclip.mxf\n\n" + std::u16string(title) +
+                             u"を中断しました。\n\n\tprocess: Memory Mapping"),
+              0u);
+    EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   }
 }
 
 TEST(Worker, AnalysesInTwoPhases) {
-  for (const Method fileIo : {Method::kMemoryMapping, Method::kGenericFileIo}) {
+  for (const Method method : {Method::kMemoryMapping, Method::kGenericFileIo}) {
     LoadedClip clip{ClipSpec()};
-    clip.app.info.useFileIo = fileIo;
+    clip.app.info.useFileIo = method;
     Face face(&clip);
     face.Run(kAnalysisJob);
     ASSERT_EQ(face.received.size(), 2u);
     EXPECT_EQ(face.received[0].message, JOB_MSG_PHASE);
     EXPECT_EQ(face.received[1].message, JOB_MSG_DONE);
     EXPECT_EQ(face.received[1].caption, u"");
-    EXPECT_EQ(clip.app.mxf.timecode.useFileIo, fileIo);
+    EXPECT_EQ(clip.app.mxf.timecode.useFileIo, method);
     EXPECT_EQ(clip.app.mxf.timecode.progressTotal, 10u);
     EXPECT_EQ(clip.app.mxf.base.processCode, 1000u);
   }
@@ -186,25 +187,71 @@ TEST(Worker, TellsWhyAClipIsNotLoaded) {
       u"Mapping");
 }
 
+// One number for an audio descriptor that is missing and for one of another width.
+TEST(Worker, TellsWhatIsWrongWithAnAudioDescriptor) {
+  ClipSpec missing, wide;
+  missing.tracks = wide.tracks = 1;
+  missing.DropSet(SetKind::kAes3Descriptor);
+  wide.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(20));
+  LoadedClip clip{ClipSpec()};
+  Face face(&clip);
+  const std::pair<ClipSpec, std::u16string_view> cases[] = {
+      {missing, u"オーディオディスクリプターが見つかりません。"},
+      {wide, u"サンプルビット数が対応していません。"}};
+  for (const auto& [spec, text] : cases) {
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(clip.path), BuildClip(spec).bytes));
+    const Received& refused = face.Run(kAnalysisJob);
+    EXPECT_EQ(refused.result, kAudioDescriptorUnfit);
+    EXPECT_NE(refused.text.find(text), std::u16string::npos);
+  }
+}
+
 // The check can be left out by the operator; a clip whose analysis was stopped cannot be loaded.
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
   for (const bool inCheck : {true, false}) {
-    LoadedClip clip(LongClip(6000));
+    LoadedClip clip{ClipSpec()};
     Face face(&clip);
-    std::atomic<bool> ended = false;
-    std::atomic<bool> asks = !inCheck;
-    face.whenTold = [&](const JobReport& report) {
-      asks = true;
-      ended = report.message != JOB_MSG_PHASE;
-    };
-    const Received& told = face.Run(kAnalysisJob, [&] {
-      while (!ended) {
-        if (asks) clip.app.mxf.timecode.stopRequest = 1;
-      }
+    std::atomic<bool> stops = !inCheck;
+    face.whenTold = [&](const JobReport&) { stops = true; };
+    const CallHook operatorStops([&](platform::SystemCall, int) {
+      clip.app.mxf.timecode.stopRequest = stops ? 1 : 0;
+      return platform::CallOutcome::kAsEver;
     });
+    const Received& told = face.Run(kAnalysisJob);
     EXPECT_EQ(told.result, kCancelled);
     const std::u16string text = u"clip.mxf\n\n解析を中断しました。";
     EXPECT_EQ(told.text, inCheck ? text + u"\nこのままロードしますか？" : text);
+  }
+}
+
+// With the numbers of the job's stage; those of a measurement are the export's.
+TEST(JobCheck, RefusesWhatTheEnginesWould) {
+  ClipSpec untimed;
+  untimed.timecodeTracks = 0;
+  ClipSpec longUmids;
+  longUmids.umidSize = 64;
+  LoadedClip clip{longUmids}, unfit(untimed);
+  EXPECT_EQ(ClipRefusal(clip.app.info), u"");
+  EXPECT_EQ(ClipRefusal(unfit.app.info), FailureText(2000, 2016));
+  EXPECT_TRUE(NeedsOldIdentity(clip.app.info));
+  EXPECT_FALSE(NeedsOldIdentity(unfit.app.info));
+  struct Case {
+    JobKind kind;
+    std::int32_t stage;
+    std::int32_t withNothingOn;
+  };
+  const Case cases[] = {
+      {kRewriteJob, 2000, 2015}, {kExportJob, 4000, 4015}, {kLoudnessJob, 4000, 0}};
+  for (const Case& c : cases) {
+    EXPECT_EQ(CheckClipFor(c.kind, clip.app.info).result, 0);
+    EXPECT_EQ(CheckClipFor(c.kind, unfit.app.info).result, c.stage + kNoRange);
+    EXPECT_EQ(PrepareJob(c.kind, &clip.app.info).result, c.withNothingOn);
+  }
+  PrepareEveryJob(&clip);
+  for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange})
+    clip.SetRange(range, 3, 2);
+  for (const Case& c : cases) {
+    EXPECT_EQ(PrepareJob(c.kind, &clip.app.info).result, c.stage + kBadRange);
   }
 }
 

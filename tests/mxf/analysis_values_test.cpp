@@ -5,8 +5,8 @@
 #include <memory>
 
 #include "analysed.h"
-#include "mxf/metadata/klv.h"
 #include "mxf/essence/segment_run.h"
+#include "mxf/metadata/klv.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {

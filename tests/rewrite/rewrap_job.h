@@ -36,16 +36,27 @@ class RewrapJob : public LoadedClip {
 
   std::int32_t Run() { return Engine()(path.c_str(), &app.tracks, app.info.mxf); }
 
+  // `bytes` of this clip with zeros for all that a job may write: its UMIDs and stamps, and the
+  // audio of its tracks in its range.
+  Bytes Without(Bytes bytes, bool identity, bool audio) const;
+
   // The original with the wanted audio in the wanted frames.
   Bytes ExpectedAudio() const;
 
-  // The same as the whole file has to be. UMIDs and stamps are taken over from
-  // the file as it is now, after a check that each is renewed or, with `renewed` false, not.
+  // The same as the whole file has to be. UMIDs and stamps are taken over from the file as it is
+  // now, after a check that each is renewed or, with `renewed` false, not.
   Bytes Expected(bool renewed = true) const;
 
  private:
+  struct Place {
+    std::uint64_t at;
+    std::size_t bytes;
+  };
+
+  std::vector<Place> IdentityPlaces() const;
   void FillTrack(std::uint32_t track, const WavSpec* wav, std::uint32_t channel,
                  Bytes* bytes) const;
+  void FillTracks(bool silent, Bytes* bytes) const;
 
   std::vector<Source> sources_;
   std::vector<std::uint32_t> silent_;
