@@ -5,7 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <thread>
 
 #include "cli/companion.h"
@@ -63,8 +65,8 @@ TEST_F(CommandLine, RefusesWrongUsageWithStatusTwoAndWritesNothing) {
         "--track 1=", "--silence 5", "--silence 0", "--silence 1 --silence 1",
         "--track 1=stereo.wav --track 2=mono.wav", "--track 1=stereo.wav --silence 2"}},
       {"rewrap clip.mxf --yes --silence 1 ",
-       {"--in ''", "--in 1", "--in 23:59:59:25", "--in 235959.24", "--out 235959", "--buffer 14",
-        "--method fast"}},
+       {"--in ''", "--in 1", "--in 23:59:59:25", "--in 235959.24", "--in 2359592x", "--out 235959",
+        "--buffer 14", "--method fast"}},
       {"export clip.mxf ",
        {"--tracks 1", "--folder .", "--folder . --tracks 5", "--folder . --tracks 3-2",
         "--folder . --tracks 1,", "--folder . --tracks ''", "--folder . --tracks 1 --prefix ../a"}},
@@ -130,6 +132,7 @@ TEST_F(CommandLine, EndsWithAStatusAndItsReason) {
   }
   EXPECT_TRUE(IsUntouched());
   EXPECT_FALSE(Exists("out.mxf"));
+  EXPECT_NE(Text("umid_LOG.txt").find("[ UMID ]"), std::string::npos);
 }
 
 std::atomic<bool> cancels = false;
@@ -142,22 +145,38 @@ platform::CallOutcome InterruptAtFirstRead(platform::SystemCall call) {
   return platform::CallOutcome::kAsEver;
 }
 
-TEST_F(CommandLine, EndsWithStatusThreeWhenInterrupted) {
-  const std::vector<const char*> commands[] = {
-      {"info", "clip.mxf", "--method", "file"},
-      {"rewrap", "clip.mxf", "--silence", "1", "--yes", "--method", "file"},
-      {"export", "clip.mxf", "--tracks", "1", "--folder", ".", "--method", "file"},
-      {"conform", "clip.mxf", "out.mxf"}};
-  for (std::vector<const char*> command : commands) {
-    command.insert(command.begin(), "mxf-quorvan-cli");
-    const auto run = [&] {
+platform::CallOutcome FailFlush(platform::SystemCall call) {
+  return call == platform::SystemCall::kFlush ? platform::CallOutcome::kFails
+                                              : platform::CallOutcome::kAsEver;
+}
+
+TEST_F(CommandLine, TellsByItsStatusWhatStopsACommand) {
+  const std::string rewrap = "rewrap clip.mxf --silence 1 --yes --method file";
+  const std::string exporting = "export clip.mxf --tracks 1 --folder . --method file";
+  const std::tuple<std::string, platform::FaultSeam, int> cases[] = {
+      {"info clip.mxf --method file", InterruptAtFirstRead, 3},
+      {rewrap, InterruptAtFirstRead, 3},
+      {exporting, InterruptAtFirstRead, 3},
+      {"conform clip.mxf out.mxf", InterruptAtFirstRead, 3},
+      {exporting, FailFlush, 1},
+      {exporting + " --no-flush", FailFlush, 0},
+      {rewrap, FailFlush, 1},
+      {rewrap + " --no-flush", FailFlush, 0}};
+  for (const auto& [command, seam, status] : cases) {
+    std::istringstream words("mxf-quorvan-cli " + command);
+    const std::vector<std::string> arguments(std::istream_iterator<std::string>(words), {});
+    const auto run = [&, faulty = seam] {
       std::filesystem::current_path(folder_.Path());
-      platform::SetFaultSeam(InterruptAtFirstRead);
-      std::exit(cli::RunCompanion(static_cast<int>(command.size()), command.data()));
+      std::vector<const char*> argv;
+      for (const std::string& argument : arguments)
+        argv.push_back(argument.c_str());
+      platform::SetFaultSeam(faulty);
+      std::exit(cli::RunCompanion(static_cast<int>(argv.size()), argv.data()));
     };
-    EXPECT_EXIT(run(), ::testing::ExitedWithCode(3), "clip.mxf") << command[1];
+    if (seam == FailFlush) folder_.Write("clip.mxf", clip_);
+    EXPECT_EXIT(run(), ::testing::ExitedWithCode(status), status == 0 ? "" : "clip.mxf") << command;
+    EXPECT_TRUE(IsUntouched() || seam == FailFlush);
   }
-  EXPECT_TRUE(IsUntouched());
   EXPECT_FALSE(Exists("out.mxf"));
 }
 
@@ -260,11 +279,13 @@ TEST_F(CommandLine, TellsAllOfAClipToPeopleAndPrograms) {
   EXPECT_FALSE(json::parse(Run("info clip.mxf --json").output).contains("INDEX_ENTRY_ARRAY"));
   EXPECT_EQ(Run("info clip.mxf").output.find("\nIndex\n"), std::string::npos);
 
-  const CommandResult refused = Run("info mono.wav --json");
-  const auto failure = json::parse(refused.output);
+  // A name with all that a text in JSON has to escape, and a byte that is no UTF-8.
+  WriteBytes(folder_.Path() / "odd\"\\\n\x01 \xFF😀.mxf", Bytes(100));
+  const auto failure = json::parse(Run("info odd*.mxf --json").output);
   EXPECT_EQ(failure["result"], 204);
   EXPECT_EQ(failure["processCode"], 200);
-  EXPECT_EQ(failure["message"].get<std::string>() + "\n", refused.error);
+  EXPECT_EQ(failure["message"].get<std::string>().find("odd\"\\\n\x01 \uFFFD😀.mxf\n"), 0u)
+      << failure["message"];
 }
 
 TEST_F(CommandLine, TellsWhatIsUncommonInAClip) {
@@ -320,6 +341,8 @@ TEST_F(CommandLine, WritesALogUnlessToldNotTo) {
   EXPECT_NE(log.find("IN  00:00:00:00\r\nOUT 00:00:00:04\r\n"), std::string::npos);
   EXPECT_EQ(log.find("処理開始: 00:00;00"), std::string::npos);
   EXPECT_EQ(Run("verify clip.mxf --track 3=stereo.wav --in 00000000").status, 0);
+  EXPECT_EQ(Run("verify clip.mxf --track 3=mono.wav --in 00000000").status, 0)
+      << "its left channel";
   // One file may stand on several tracks.
   const std::string tracks =
       " clip.mxf --track 1=mono.wav --track 3=mono.wav --silence 4 "

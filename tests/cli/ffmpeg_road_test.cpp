@@ -125,16 +125,10 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
     ASSERT_EQ(RunCommand("ffmpeg -v error -y" + inputs + outputs).status, 0);
   }
 
-  std::string PictureChecksum() const {
-    return RunCommand("ffmpeg -v error -i " + Path("clip.mxf") + " -map 0:v -c copy -f md5 -")
-        .output;
-  }
-
   void ExpectPlaces(const nlohmann::json& info) const;
   void ExpectPackets(const nlohmann::json& entries) const;
   void ExpectSamples(const nlohmann::json& entries) const;
   void ExpectExports(const std::vector<Bytes>& decoded, std::size_t from, std::size_t bytes) const;
-  void ExpectReadableBwf(const std::string& file, std::size_t samples) const;
 
   TempFolder folder_;
 };
@@ -208,10 +202,9 @@ void FfmpegRoad::ExpectPackets(const nlohmann::json& entries) const {
   EXPECT_EQ(seen, std::vector<std::size_t>(seen.size(), entries.size()));
 }
 
-// The samples of a rewrite where ffmpeg decodes them, and the picture as it was.
+// The samples of a rewrite where ffmpeg decodes them.
 void FfmpegRoad::ExpectSamples(const nlohmann::json& entries) const {
   const Road& road = GetParam();
-  const std::string picture = PictureChecksum();
   std::vector<Bytes> expected = DecodeTracks();
   MakeSources();
   std::size_t from = 0, bytes = 0;
@@ -236,11 +229,10 @@ void FfmpegRoad::ExpectSamples(const nlohmann::json& entries) const {
   const std::vector<Bytes> after = DecodeTracks();
   for (std::size_t t = 0; t < after.size(); ++t)
     ASSERT_TRUE(after[t] == expected[t]) << "track " << t + 1;
-  EXPECT_EQ(PictureChecksum(), picture);
   ExpectExports(after, from, bytes);
 }
 
-// BWF files of all tracks as other programs read them.
+// BWF files of all tracks, the first as ffmpeg reads it.
 void FfmpegRoad::ExpectExports(const std::vector<Bytes>& decoded, std::size_t from,
                                std::size_t bytes) const {
   const std::size_t tracks = decoded.size();
@@ -254,27 +246,13 @@ void FfmpegRoad::ExpectExports(const std::vector<Bytes>& decoded, std::size_t fr
     ASSERT_TRUE(std::equal(file.end() - static_cast<long>(bytes), file.end(), wanted))
         << "track " << t + 1;
   }
-  ExpectReadableBwf(Path("out/Track-1.wav"),
-                    bytes * 8 / static_cast<std::size_t>(GetParam().clip.bits));
-}
-
-void FfmpegRoad::ExpectReadableBwf(const std::string& file, std::size_t samples) const {
   const auto probe = nlohmann::json::parse(
-      RunCommand("ffprobe -v error -of json -show_streams -show_format " + file).output);
+      RunCommand("ffprobe -v error -of json -show_streams " + Path("out/Track-1.wav")).output);
   const auto& stream = probe["streams"][0];
   EXPECT_EQ(stream["codec_name"], "pcm_" + RawFormat());
   EXPECT_EQ(stream["sample_rate"], "48000");
   EXPECT_EQ(stream["channels"], 1);
-  EXPECT_EQ(stream["duration_ts"], samples);
-  const std::uint64_t position =
-      std::stoull(probe["format"]["tags"]["time_reference"].get<std::string>());
-  char reference[48];
-  std::snprintf(reference, sizeof reference, "Time ref                 : 0x%x%08x ",
-                static_cast<unsigned>(position >> 32), static_cast<unsigned>(position));
-  const std::string sndfile = RunCommand("sndfile-info --broadcast " + file).output +
-                              RunCommand("sndfile-info " + file).output;
-  EXPECT_NE(sndfile.find(reference), std::string::npos) << sndfile;
-  EXPECT_NE(sndfile.find("Frames      : " + std::to_string(samples)), std::string::npos) << sndfile;
+  EXPECT_EQ(stream["duration_ts"], bytes * 8 / static_cast<std::size_t>(GetParam().clip.bits));
 }
 
 TEST_P(FfmpegRoad, HoldsFromConformToRewrite) {
