@@ -78,6 +78,11 @@ TEST(MainLayout, PutsEachControlWhereItBelongs) {
     EXPECT_EQ(captions, column.captions);
   }
   EXPECT_EQ(Labels().size(), labels);
+  const LabelSpec& fileName = Labels()[0];
+  EXPECT_EQ(fileName.id, kFileNameText);
+  EXPECT_EQ(fileName.font, 2u);
+  EXPECT_EQ(fileName.color.red * 1000 + fileName.color.blue, 255);
+  EXPECT_EQ(fileName.horizontal, HorizontalAlign::kCenter);
   EXPECT_EQ(PlaceOf(ControlRect(kFileNameText, 1280, 600)), (Place{0, 8, 1240, 22}));
   EXPECT_EQ(PlaceOf(ControlRect(kWavListView, 1280, 600)), (Place{20, 180, 1240, 240}));
   EXPECT_EQ(PlaceOf(ListReference(1281, 600)), (Place{20, 183, 1220, 257}));

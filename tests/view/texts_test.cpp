@@ -138,6 +138,7 @@ TEST(TimecodeEntry, KeepsTheRangeWithinTheClip) {
   EXPECT_EQ(entry.Range(), u"--:--:--:-- --:--:--:-- --:--:--:--");
   EXPECT_EQ(entry.Out(u"10:00:00:03"), EntryResult::kBeforeStart) << "nine characters";
   EXPECT_EQ(entry.Out(u"10000003"), EntryResult::kAccepted);
+  EXPECT_EQ(entry.Range(), u"--:--:--:-- 10:00:00:03 --:--:--:--");
   EXPECT_EQ(entry.In(u"10000000"), EntryResult::kAccepted);
   EXPECT_EQ(entry.Range(), u"10:00:00:00 10:00:00:03 00:00:00:04");
   EXPECT_EQ(entry.In(u"10000005"), EntryResult::kAccepted);

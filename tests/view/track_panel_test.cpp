@@ -72,6 +72,13 @@ TEST(TrackPanel, PlacesRowsAndArrowsByTheSizeOfTheView) {
   }
 }
 
+TEST(TrackPanel, ForgetsThePartThatNoLongerShows) {
+  Panel panel(24, kTenRowsAndAPart);
+  LayoutTrackArea(&panel.app, 1280, kTenRowsAndAPart - 20);
+  EXPECT_EQ(panel.window.rowAlign, kWholeRows);
+  EXPECT_EQ(panel.window.rowRemainder, 0u);
+}
+
 TEST(TrackPanel, ScrollsAPartialRowIntoViewFirst) {
   Panel panel(24, kTenRowsAndAPart);
   const auto arrows = [&] {
