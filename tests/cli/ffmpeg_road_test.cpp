@@ -128,7 +128,6 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
   void ExpectPlaces(const nlohmann::json& info) const;
   void ExpectPackets(const nlohmann::json& entries) const;
   void ExpectSamples(const nlohmann::json& entries) const;
-  void ExpectExports(const std::vector<Bytes>& decoded, std::size_t from, std::size_t bytes) const;
 
   TempFolder folder_;
 };
@@ -229,30 +228,17 @@ void FfmpegRoad::ExpectSamples(const nlohmann::json& entries) const {
   const std::vector<Bytes> after = DecodeTracks();
   for (std::size_t t = 0; t < after.size(); ++t)
     ASSERT_TRUE(after[t] == expected[t]) << "track " << t + 1;
-  ExpectExports(after, from, bytes);
-}
 
-// BWF files of all tracks, the first as ffmpeg reads it.
-void FfmpegRoad::ExpectExports(const std::vector<Bytes>& decoded, std::size_t from,
-                               std::size_t bytes) const {
-  const std::size_t tracks = decoded.size();
+  // The same samples from BWF files.
   std::filesystem::create_directory(Path("out"));
-  Run("export", " --tracks 1-" + std::to_string(tracks) + " --folder " + Path("out") + Points() +
-                    " --method " + (tracks % 2 == 1 ? "file" : "mapped"));
-  for (std::size_t t = 0; t < tracks; ++t) {
-    const Bytes file = ReadAll(Path("out/Track-" + std::to_string(t + 1) + ".wav"));
-    const auto wanted = decoded[t].begin() + static_cast<long>(from);
-    ASSERT_GE(file.size(), bytes);
-    ASSERT_TRUE(std::equal(file.end() - static_cast<long>(bytes), file.end(), wanted))
-        << "track " << t + 1;
+  Run("export", " --tracks 1-" + std::to_string(after.size()) + " --folder " + Path("out") +
+                    Points() + " --method " + (after.size() % 2 == 1 ? "file" : "mapped"));
+  for (const std::size_t t : {std::size_t{0}, after.size() - 1}) {
+    RunCommand("ffmpeg -v error -y -i " + Path("out/Track-" + std::to_string(t + 1) + ".wav") +
+               " -f " + RawFormat() + " " + Path("exported"));
+    const auto wanted = after[t].begin() + static_cast<long>(from);
+    EXPECT_TRUE(ReadAll(Path("exported")) == Bytes(wanted, wanted + static_cast<long>(bytes)));
   }
-  const auto probe = nlohmann::json::parse(
-      RunCommand("ffprobe -v error -of json -show_streams " + Path("out/Track-1.wav")).output);
-  const auto& stream = probe["streams"][0];
-  EXPECT_EQ(stream["codec_name"], "pcm_" + RawFormat());
-  EXPECT_EQ(stream["sample_rate"], "48000");
-  EXPECT_EQ(stream["channels"], 1);
-  EXPECT_EQ(stream["duration_ts"], bytes * 8 / static_cast<std::size_t>(GetParam().clip.bits));
 }
 
 TEST_P(FfmpegRoad, HoldsFromConformToRewrite) {

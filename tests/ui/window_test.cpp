@@ -5,7 +5,6 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenuBar>
 #include <QProgressBar>
 #include <QTest>
 #include <QToolTip>
@@ -28,8 +27,8 @@ namespace {
 
 // A clip and three files beside it, and the window.
 struct Stage {
-  explicit Stage(const ClipSpec& spec = ClipSpec(), QSize size = QSize(1280, 720))
-      : clip(BuildClip(spec)), path(folder.Write("clip.mxf", clip.bytes)), driver(size) {
+  explicit Stage(const ClipSpec& spec = ClipSpec())
+      : clip(BuildClip(spec)), path(folder.Write("clip.mxf", clip.bytes)) {
     const std::tuple<const char*, std::uint16_t, std::uint16_t> files[] = {
         {"b_mono.wav", 1, 24}, {"a_stereo.wav", 2, 24}, {"c_narrow.wav", 1, 16}};
     for (const auto& [name, channels, bits] : files) {
@@ -40,8 +39,7 @@ struct Stage {
       wavs.push_back(folder.Write(name, BuildWav(wav).bytes));
     }
   }
-  Bytes Now() const { return ReadAll(path); }
-  bool IsUntouched() const { return Now() == clip.bytes; }
+  bool IsUntouched() const { return ReadAll(path) == clip.bytes; }
   std::string Text(const char* name) const {
     const Bytes bytes = ReadAll(folder.Path() / name);
     return {bytes.begin(), bytes.end()};
@@ -63,8 +61,7 @@ struct Stage {
 
 // The same with the clip loaded.
 struct LoadedStage : Stage {
-  explicit LoadedStage(const ClipSpec& spec = ClipSpec(), QSize size = QSize(1280, 720))
-      : Stage(spec, size) {
+  explicit LoadedStage(const ClipSpec& spec = ClipSpec()) : Stage(spec) {
     driver.Drop({path});
     EXPECT_EQ(app.mxfLoaded, 1);
   }
@@ -524,7 +521,7 @@ TEST(Window, ShowsAndTakesOverItsSettings) {
 }
 
 TEST(Window, PlacesEverythingByItsSize) {
-  LoadedStage stage(ClipSpec(), QSize(1401, 801));
+  LoadedStage stage;
   Driver& driver = stage.driver;
   driver.Window().resize(1920, 1080);
   driver.Settle();

@@ -109,24 +109,5 @@ TEST(Library, TellsAssignedRowsApart) {
   }
 }
 
-TEST(Library, TakesTheSelectionOfItsRows) {
-  AppState state;
-  APP_STATE_INFO& app = state.info;
-  WAV_FILE_INFO entries[4] = {};
-  app.wavIndex = std::make_unique<WAV_FILE_INFO*[]>(4);
-  for (std::size_t i = 0; i < 4; ++i)
-    app.wavIndex[i] = &entries[3 - i];
-  state.wavHead.entryCount = 4;
-  const std::uint8_t selected[] = {1, 0, 1, 0};
-  TakeListSelection(&app, selected, 2);
-  EXPECT_EQ(app.selectedWavCount, 2u);
-  EXPECT_EQ(app.currentWavItem, 2u);
-  EXPECT_EQ(entries[3].selected + 2 * entries[1].selected, 3);
-  TakeListSelection(&app, {}, -1);
-  EXPECT_EQ(app.selectedWavCount, 0u);
-  EXPECT_EQ(app.currentWavItem, 2u);
-  state.wavHead.entryCount = 0;
-}
-
 }  // namespace
 }  // namespace quorvan
