@@ -239,6 +239,18 @@ void FfmpegRoad::ExpectSamples(const nlohmann::json& entries) const {
     const auto wanted = after[t].begin() + static_cast<long>(from);
     EXPECT_TRUE(ReadAll(Path("exported")) == Bytes(wanted, wanted + static_cast<long>(bytes)));
   }
+  const std::string bits = std::to_string(road.clip.bits);
+  const std::string samples = std::to_string(bytes * 8 / static_cast<std::size_t>(road.clip.bits));
+  const std::string file = " " + Path("out/Track-1.wav");
+  const std::string opinions =
+      RunCommand("soxi" + file + "; sndfile-info" + file + "; sndfile-info --broadcast" + file +
+                 "; mediainfo '--Output=Audio;%SamplingRate% %BitDepth% %Channels% "
+                 "%SamplingCount%'" +
+                 file)
+          .output;
+  for (const std::string& line : {"= " + samples + " samples", "Frames      : " + samples + "\n",
+                                  std::string("Time ref   "), "48000 " + bits + " 1 " + samples})
+    EXPECT_NE(opinions.find(line), std::string::npos) << line << opinions;
 }
 
 TEST_P(FfmpegRoad, HoldsFromConformToRewrite) {
