@@ -6,7 +6,7 @@
 #include <random>
 
 #include "mxf/analysis.h"
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 #include "support/clip_builder.h"
 #include "support/temp_folder.h"
 
@@ -19,7 +19,7 @@ std::size_t FilesIn(const TempFolder& folder) {
 }
 
 ConformResult Conform(const TempFolder& folder, const Bytes& clip) {
-  ConformProgress progress;
+  JobProgress progress;
   std::filesystem::remove(folder.Path() / "out.mxf");
   return ConformClip(folder.Write("in.mxf", clip), folder.PathOf("out.mxf"), &progress);
 }
@@ -191,7 +191,7 @@ TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
   const Bytes clip = BuildClip(ClipSpec()).bytes;
   const std::u16string in = folder.Write("in.mxf", clip);
   const std::u16string taken = folder.Write("taken.mxf", {1, 2, 3});
-  ConformProgress progress;
+  JobProgress progress;
   EXPECT_FALSE(ConformClip(in, in, &progress).done);
   EXPECT_FALSE(ConformClip(in, taken, &progress).done);
   EXPECT_FALSE(ConformClip(in, folder.PathOf("no/out.mxf"), &progress).done);
@@ -204,8 +204,8 @@ TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
   EXPECT_EQ(FilesIn(folder), 2U);
   progress.cancel = 0;
   EXPECT_TRUE(ConformClip(in, folder.PathOf("out.mxf"), &progress).done);
-  EXPECT_EQ(progress.bytesDone, progress.bytesTotal);
-  EXPECT_EQ(progress.bytesDone, ReadAll(folder.Path() / "out.mxf").size());
+  EXPECT_EQ(progress.done, progress.total);
+  EXPECT_EQ(progress.done, ReadAll(folder.Path() / "out.mxf").size());
 }
 
 TEST(Conform, SurvivesATruncationAtEveryKlv) {

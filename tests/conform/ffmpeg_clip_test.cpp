@@ -47,7 +47,7 @@ TEST_P(ConformedFfmpegClip, LoadsAfterwardsAndHoldsTheSameEssence) {
   MxfRecords refused;
   const std::int32_t code = Analyze("in.mxf", &refused);
   EXPECT_TRUE(code == kRandomIndexNotFound || code == kPrefaceNotFound) << code;
-  ConformProgress progress;
+  JobProgress progress;
   const ConformResult result =
       ConformClip(folder_.PathOf("in.mxf"), folder_.PathOf("out.mxf"), &progress);
   ASSERT_TRUE(result.done) << result.reason;
@@ -71,7 +71,7 @@ TEST_P(ConformedFfmpegClip, LoadsAfterwardsAndHoldsTheSameEssence) {
     EXPECT_EQ(before, after) << question;
   }
 
-  ConformProgress again;
+  JobProgress again;
   ASSERT_TRUE(ConformClip(folder_.PathOf("out.mxf"), folder_.PathOf("twice.mxf"), &again).done);
   EXPECT_EQ(ReadAll(Path("out.mxf")), ReadAll(Path("twice.mxf")));
 }

@@ -7,7 +7,7 @@
 #include <functional>
 #include <thread>
 
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"
 

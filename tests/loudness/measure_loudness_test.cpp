@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "mxf/analysis.h"
-#include "mxf/audio_element.h"
+#include "mxf/essence/audio_element.h"
 #include "platform/mapping.h"
 #include "platform/text.h"
 #include "support/loaded_clip.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "analysed.h"
-#include "mxf/readers.h"
+#include "mxf/metadata/readers.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {

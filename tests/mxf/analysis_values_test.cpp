@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "analysed.h"
-#include "mxf/readers.h"
+#include "mxf/metadata/readers.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {

@@ -1,4 +1,4 @@
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "mxf/klv.h"
+#include "mxf/metadata/klv.h"
 
 #include <gtest/gtest.h>
 

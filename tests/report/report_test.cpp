@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "mxf/continuity.h"
+#include "mxf/essence/continuity.h"
 #include "platform/fault_seam.h"
 #include "platform/path.h"
 #include "platform/text.h"
