@@ -20,7 +20,6 @@ struct Material {
 // Speech-like: pink noise in syllables, with a pause every four seconds.
 const Material kMaterials[] = {
     {"Tone", "sine=f=997:r=48000,volume=-6dB", "sine=f=1501:r=48000,volume=-9dB"},
-    {"Noise", "anoisesrc=c=pink:a=0.4:seed=1:r=48000", "anoisesrc=c=white:a=0.1:seed=2:r=48000"},
     {"Speech",
      "anoisesrc=c=pink:a=0.5:seed=3:r=48000,tremolo=f=3:d=0.9,"
      "volume='if(lt(mod(t,4),3),0.2+0.1*mod(t,7),0.003)':eval=frame",
@@ -61,11 +60,13 @@ TEST(Loudness, AgreesWithFfmpegsFilter) {
     SCOPED_TRACE(material.name);
     EXPECT_NEAR(ours["integratedLoudness"], Summary(filtered.error, "I:"), 0.1);
     EXPECT_NEAR(ours["truePeak"], Summary(filtered.error, "Peak:"), 0.2);
-    const CommandResult text = RunCommand(COMPANION " loudness " + clip + " --tracks 1,2");
-    char line[64];
-    std::snprintf(line, sizeof line, "Integrated Loudness  %6.1f LKFS\n",
-                  ours["integratedLoudness"].get<double>());
-    EXPECT_EQ(text.output.find(line), 0u) << text.output;
+    char text[160];
+    std::snprintf(text, sizeof text,
+                  "Integrated Loudness  %6.1f LKFS\nTrue Peak            %6.1f dBTP\n"
+                  "Loudness Range(LRA)  %6.1f LU\n",
+                  ours["integratedLoudness"].get<double>(), ours["truePeak"].get<double>(),
+                  ours["loudnessRange"].get<double>());
+    EXPECT_EQ(RunCommand(COMPANION " loudness " + clip + " --tracks 1,2").output, text);
   }
 }
 

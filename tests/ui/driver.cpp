@@ -6,6 +6,7 @@
 #include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QHelpEvent>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -18,8 +19,7 @@
 
 namespace quorvan::test {
 namespace {
-constexpr int kWatchMilliseconds = 10;
-constexpr int kRestMilliseconds = 5;
+constexpr int kWatchMilliseconds = 2;
 
 // True for the dialogs of running jobs.
 bool EndsByItself(const QObject* object) {
@@ -74,7 +74,7 @@ void Driver::Settle() {
   for (int i = 0; i < 5; ++i) {
     if (QApplication::activeWindow() == nullptr) window_->activateWindow();
     QApplication::processEvents();
-    QTest::qWait(kRestMilliseconds);
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
 }
 
@@ -170,6 +170,14 @@ void Driver::Type(const QString& text) {
   Settle();
 }
 
+void Driver::EnterRange(const QString& in, const QString& out) {
+  Key(Qt::Key_I);
+  for (const QString& point : {in, out}) {
+    Type(point);
+    Key(Qt::Key_Return);
+  }
+}
+
 QMenu* Driver::OpenPopup(QWidget* widget, const QPoint& at) {
   if (qobject_cast<ui::MainView*>(widget) != nullptr) {
     QTest::mouseClick(widget, Qt::RightButton, Qt::NoModifier, at);
@@ -225,6 +233,13 @@ Answer Press(const QString& nameOrText) {
     }
     ADD_FAILURE() << "no button " << nameOrText.toStdString();
     dialog->close();
+  };
+}
+
+Answer Choosing(const QString& names) {
+  return [names](QWidget* dialog) {
+    dialog->findChild<QLineEdit*>("fileNameEdit")->setText(names);
+    static_cast<QDialog*>(dialog)->accept();
   };
 }
 

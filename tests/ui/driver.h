@@ -47,6 +47,8 @@ class Driver : public QObject {
   void ClickRow(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void Key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void Type(const QString& text);
+  // Enters both points of the range in the main window, eight digits each.
+  void EnterRange(const QString& in, const QString& out);
 
   // Takes back the answers that nobody has asked for.
   void TakeBackAnswers() { answers_.clear(); }
@@ -55,6 +57,7 @@ class Driver : public QObject {
   // message box is kept.
   void Expect(const Answer& answer) { answers_.push_back(answer); }
   QStringList Heard() { return std::exchange(heard_, {}); }
+  QString LastHeard() const { return heard_.value(heard_.size() - 1); }
   bool AllAnswered() const { return answers_.empty(); }
 
   // Queues what to do with the next dialog of a running job, as soon as it shows.
@@ -91,5 +94,8 @@ class Driver : public QObject {
 
 // Presses the button of that name, or the one with that text in a message box.
 Answer Press(const QString& nameOrText);
+
+// Types names into a file dialog and accepts it.
+Answer Choosing(const QString& names);
 
 }  // namespace quorvan::test

@@ -2,151 +2,150 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <map>
 
 namespace quorvan {
 namespace {
 
-using Rule = std::function<bool(const EnableFacts&)>;
-
-const Rule L = [](const EnableFacts& f) { return f.loaded; };
-const Rule NotL = [](const EnableFacts& f) { return !f.loaded; };
-const Rule Grey = [](const EnableFacts&) { return false; };
-const Rule Always = [](const EnableFacts&) { return true; };
-Rule And(const Rule& a, bool EnableFacts::*fact) {
-  return [=](const EnableFacts& f) { return a(f) && f.*fact; };
+// What holds, a letter each: L loaded, U unloaded, R range set, T tracks, E entries in the library,
+// S one of them selected, P two tracks selected.
+std::string LettersOf(const EnableFacts& f) {
+  return std::string(f.loaded ? "L" : "U") + (f.rangeSet ? "R" : "") + (f.hasTracks ? "T" : "") +
+         (f.hasEntries ? "E" : "") + (f.oneWavSelected ? "S" : "") +
+         (f.twoTracksSelected ? "P" : "");
 }
-const Rule LR = And(L, &EnableFacts::rangeSet);
-const Rule LT = And(L, &EnableFacts::hasTracks);
-const Rule LN = And(L, &EnableFacts::hasEntries);
-const Rule LNS = And(LN, &EnableFacts::oneWavSelected);
-const Rule LP = And(L, &EnableFacts::twoTracksSelected);
+
+// True if all of the letters hold, which `-` never does.
+bool Holds(std::string_view needs, const EnableFacts& facts) {
+  const std::string letters = LettersOf(facts);
+  return needs.find_first_not_of(letters) == std::string_view::npos;
+}
 
 struct Row {
-  Rule inTrackView;
-  Rule inLibraryView;
+  std::vector<Command> commands;
+  const char* inTrackView;
+  const char* inLibraryView;
 };
 
-std::map<Command, Row> Table(MenuKind menu) {
-  std::map<Command, Row> table;
-  const auto set = [&](std::initializer_list<Command> commands, const Rule& track,
-                       const Rule& library) {
-    for (const Command command : commands)
-      table[command] = {track, library};
-  };
-  const auto sorts = {kSortByName,       kSortByChannels, kSortByBits,
-                      kSortBySampleRate, kSortByStart,    kSortByDuration,
-                      kSortByCreated,    kSortByUpdated,  kSortBySize};
-  switch (menu) {
-    case MenuKind::kMain:
-      set({kLoadMxf}, NotL, NotL);
-      set({kUnloadMxf, kSwitchView, kOpenLocation, kAddWav, kExportBwf, kMetaInformation,
-           kResetColumnWidths},
-          L, L);
-      set({kRewriteAudio}, LR, LR);
-      set({kSetIn, kSetOut}, LT, LT);
-      set({kAssignWav}, Grey, LNS);
-      set({kMeasureLoudness}, LP, Grey);
-      set({kSelectAll, kDelete}, L, LN);
-      set({kToggleSelectedTracks, kToggleAllTracks}, L, Grey);
-      set(sorts, Grey, LN);
-      set({kQuit, kSettings, kAbout}, Always, Always);
-      break;
-    case MenuKind::kTrackPopup:
-      set({kSwitchView, kAddWav, kUnloadMxf, kSelectAll, kDelete, kToggleSelectedTracks,
-           kToggleAllTracks, kMetaInformation},
-          L, L);
-      set({kLoadMxf}, NotL, NotL);
-      set({kMeasureLoudness}, LP, LP);
-      break;
-    case MenuKind::kLibraryPopup:
-      set({kSwitchView}, L, L);
-      set({kMeasureLoudness}, Grey, Grey);
-      set({kResetColumnWidths, kMetaInformation}, L, L);
-      set({kSelectAll, kDelete}, LN, LN);
-      set(sorts, Grey, LN);
-      set({kAssignWav}, LNS, LNS);
-      set({kAddWav, kLoadMxf, kUnloadMxf}, Always, Always);
-      break;
-  }
-  return table;
-}
+const std::vector<Command> kSorts = {kSortByName,       kSortByChannels, kSortByBits,
+                                     kSortBySampleRate, kSortByStart,    kSortByDuration,
+                                     kSortByCreated,    kSortByUpdated,  kSortBySize};
 
-void CollectCommands(std::span<const MenuItem> menu, std::vector<Command>* commands) {
+const std::pair<MenuKind, std::vector<Row>> kRules[] = {
+    {MenuKind::kMain,
+     {{{kLoadMxf}, "U", "U"},
+      {{kUnloadMxf, kSwitchView, kOpenLocation, kAddWav, kExportBwf, kMetaInformation,
+        kResetColumnWidths},
+       "L",
+       "L"},
+      {{kRewriteAudio}, "LR", "LR"},
+      {{kSetIn, kSetOut}, "LT", "LT"},
+      {{kAssignWav}, "-", "LES"},
+      {{kMeasureLoudness}, "LP", "-"},
+      {{kSelectAll, kDelete}, "L", "LE"},
+      {{kToggleSelectedTracks, kToggleAllTracks}, "L", "-"},
+      {kSorts, "-", "LE"},
+      {{kQuit, kSettings, kAbout}, "", ""}}},
+    {MenuKind::kTrackPopup,
+     {{{kSwitchView, kAddWav, kUnloadMxf, kSelectAll, kDelete, kToggleSelectedTracks,
+        kToggleAllTracks, kMetaInformation},
+       "L",
+       "L"},
+      {{kLoadMxf}, "U", "U"},
+      {{kMeasureLoudness}, "LP", "LP"}}},
+    {MenuKind::kLibraryPopup,
+     {{{kSwitchView, kResetColumnWidths, kMetaInformation}, "L", "L"},
+      {{kMeasureLoudness}, "-", "-"},
+      {{kSelectAll, kDelete}, "LE", "LE"},
+      {kSorts, "-", "LE"},
+      {{kAssignWav}, "LES", "LES"},
+      {{kAddWav, kLoadMxf, kUnloadMxf}, "", ""}}}};
+
+// The items of a menu and of those in it.
+std::vector<MenuItem> ItemsOf(std::span<const MenuItem> menu) {
+  std::vector<MenuItem> items;
   for (const MenuItem& item : menu) {
-    if (item.command != kNoCommand) commands->push_back(item.command);
-    CollectCommands(item.submenu, commands);
+    if (item.command != kNoCommand) items.push_back(item);
+    for (const MenuItem& inner : ItemsOf(item.submenu))
+      items.push_back(inner);
   }
+  return items;
 }
 
-EnableFacts FactsFromBits(unsigned bits) {
-  return {(bits & 1) != 0,  (bits & 2) != 0,  (bits & 4) != 0, (bits & 8) != 0,
-          (bits & 16) != 0, (bits & 32) != 0, (bits & 64) != 0};
+std::vector<EnableFacts> EveryState() {
+  std::vector<EnableFacts> states;
+  for (unsigned bits = 0; bits < 128; ++bits) {
+    const auto bit = [bits](unsigned n) { return (bits >> n & 1) != 0; };
+    states.push_back({bit(0), bit(1), bit(2), bit(3), bit(4), bit(5), bit(6)});
+  }
+  return states;
 }
 
 // Every item of every menu in every state.
 TEST(EnableRules, HoldRowByRow) {
-  const std::pair<MenuKind, std::span<const MenuItem>> menus[] = {
-      {MenuKind::kMain, MainMenu()},
-      {MenuKind::kTrackPopup, TrackPopup()},
-      {MenuKind::kLibraryPopup, LibraryPopup()}};
-  for (const auto& [kind, items] : menus) {
-    const auto table = Table(kind);
-    std::vector<Command> commands;
-    CollectCommands(items, &commands);
-    EXPECT_EQ(commands.size(), table.size());
-    for (const Command command : commands) {
-      ASSERT_TRUE(table.contains(command)) << command;
-      const Row& row = table.at(command);
-      for (unsigned bits = 0; bits < 128; ++bits) {
-        const EnableFacts facts = FactsFromBits(bits);
-        const Rule& rule = facts.libraryView ? row.inLibraryView : row.inTrackView;
-        ASSERT_EQ(IsEnabled(kind, command, facts), rule(facts)) << command << " in state " << bits;
+  const std::span<const MenuItem> menus[] = {MainMenu(), TrackPopup(), LibraryPopup()};
+  for (std::size_t m = 0; m < std::size(menus); ++m) {
+    const auto& [kind, rows] = kRules[m];
+    const std::vector<MenuItem> items = ItemsOf(menus[m]);
+    std::size_t known = 0;
+    for (const Row& row : rows) {
+      for (const Command command : row.commands) {
+        known += static_cast<std::size_t>(
+            std::count_if(items.begin(), items.end(),
+                          [&](const MenuItem& item) { return item.command == command; }));
+        for (const EnableFacts& facts : EveryState()) {
+          const char* needs = facts.libraryView ? row.inLibraryView : row.inTrackView;
+          ASSERT_EQ(IsEnabled(kind, command, facts), Holds(needs, facts)) << command;
+        }
       }
     }
+    EXPECT_EQ(known, items.size());
   }
-  for (unsigned bits = 0; bits < 128; ++bits) {
-    const EnableFacts facts = FactsFromBits(bits);
-    EXPECT_EQ(IsEnabled(MainButton::kLoad, facts), NotL(facts));
-    EXPECT_EQ(IsEnabled(MainButton::kRewrap, facts), LR(facts));
+  for (const EnableFacts& facts : EveryState()) {
+    EXPECT_EQ(IsEnabled(MainButton::kLoad, facts), Holds("U", facts));
+    EXPECT_EQ(IsEnabled(MainButton::kRewrap, facts), Holds("LR", facts));
     for (const MainButton button : {MainButton::kView, MainButton::kExport, MainButton::kIn,
                                     MainButton::kOut, MainButton::kDuration})
-      EXPECT_EQ(IsEnabled(button, facts), L(facts));
+      EXPECT_EQ(IsEnabled(button, facts), Holds("L", facts));
   }
 }
 
 TEST(EnableRules, LookAtTheState) {
   AppState state;
   APP_STATE_INFO& app = state.info;
-  EXPECT_FALSE(FactsOf(app).loaded);
+  EXPECT_EQ(LettersOf(FactsOf(app)), "U");
   app.mxfLoaded = 1;
   app.rewrapPointSet = {1, 0};
   app.selectedTracks = 3;
   app.selectedWavCount = 2;
-  EnableFacts facts = FactsOf(app);
-  EXPECT_FALSE(facts.rangeSet || facts.twoTracksSelected || facts.oneWavSelected ||
-               facts.hasTracks || facts.hasEntries);
+  EXPECT_EQ(LettersOf(FactsOf(app)), "L");
   app.rewrapPointSet = {1, 1};
   app.selectedTracks = 2;
   app.selectedWavCount = 1;
   state.mxf.audio.trackCount = 1;
   state.wavHead.entryCount = 1;
-  facts = FactsOf(app);
-  EXPECT_TRUE(facts.rangeSet && facts.twoTracksSelected && facts.oneWavSelected &&
-              facts.hasTracks && facts.hasEntries);
+  EXPECT_EQ(LettersOf(FactsOf(app)), "LRTESP");
+  EXPECT_FALSE(FactsOf(app).libraryView);
+  app.libraryView = 1;
+  EXPECT_TRUE(FactsOf(app).libraryView);
 }
 
-TEST(Commands, HaveOneKeyEach) {
-  std::vector<Command> shown;
-  CollectCommands(MainMenu(), &shown);
-  std::map<std::string_view, int> keys;
-  for (const Accelerator& accelerator : Accelerators()) {
-    EXPECT_EQ(++keys[accelerator.keys], 1) << accelerator.keys;
-    EXPECT_EQ(std::count(shown.begin(), shown.end(), accelerator.command), 1)
-        << accelerator.command;
+TEST(Commands, HaveTheKeysThatTheirItemsShow) {
+  const auto plain = [](auto text) {
+    std::string keys;
+    for (const auto c : text) {
+      if (c != ' ') keys += static_cast<char>(std::tolower(static_cast<int>(c)));
+    }
+    return keys;
+  };
+  std::map<std::string, Command> shown;
+  for (const MenuItem& item : ItemsOf(MainMenu())) {
+    if (!item.keys.empty()) shown[plain(item.keys)] = item.command;
   }
-  EXPECT_EQ(keys.size(), 19u);
+  EXPECT_EQ(Accelerators().size(), shown.size());
+  for (const Accelerator& accelerator : Accelerators())
+    EXPECT_EQ(shown[plain(accelerator.keys)], accelerator.command) << accelerator.keys;
 }
 
 }  // namespace

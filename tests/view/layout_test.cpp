@@ -7,120 +7,106 @@
 namespace quorvan {
 namespace {
 
-void ExpectRect(const RECTANGLE& r, std::int32_t x, std::int32_t y, std::int32_t w,
-                std::int32_t h) {
-  EXPECT_EQ(r.left, x);
-  EXPECT_EQ(r.top, y);
-  EXPECT_EQ(r.right - r.left, w);
-  EXPECT_EQ(r.bottom - r.top, h);
+// Left, top, width and height.
+using Place = std::array<std::int32_t, 4>;
+
+Place PlaceOf(const RECTANGLE& r) {
+  return {r.left, r.top, r.right - r.left, r.bottom - r.top};
 }
 
-TEST(MainLayout, FollowsTheSizeOfTheView) {
-  for (const auto& [w, h] : {std::pair{1280, 600}, {1281, 777}, {1920, 1040}}) {
-    const std::int32_t c = w / 2;
-    SCOPED_TRACE(w);
-    const auto rect = [w = w, h = h](std::uint32_t id) {
-      return ControlRect(static_cast<ControlId>(id), w, h);
-    };
-    ExpectRect(rect(5024), 0, 8, w - 40, 22);
-    const std::pair<std::array<std::uint32_t, 4>, std::int32_t> captions[] = {
-        {{5052, 5051, 5050, 5053}, c - 600},
-        {{5047, 5046, 5048, 5049}, c - 240},
-        {{5042, 5043, 5044, 5045}, c + 20}};
-    const std::int32_t captionTops[] = {53, 79, 107, 134};
-    for (const auto& [ids, x] : captions) {
-      for (std::size_t i = 0; i < 4; ++i)
-        ExpectRect(rect(ids[i]), x, captionTops[i], 170, 18);
-    }
-    const std::int32_t tops[] = {48, 75, 102, 129};
-    const std::uint32_t video[] = {5035, 5034, 5033, 5036}, audio[] = {5030, 5029, 5031, 5032};
-    const std::uint32_t time[] = {5025, 5026, 5027, 5028};
-    const std::int32_t videoWidths[] = {226, 236, 164, 180}, timeWidths[] = {130, 175, 175, 175};
-    for (std::size_t i = 0; i < 4; ++i) {
-      ExpectRect(rect(video[i]), c - 520, tops[i], videoWidths[i], 27);
-      ExpectRect(rect(audio[i]), c - 161, tops[i], 140, 27);
-      ExpectRect(rect(time[i]), c + 95, tops[i], timeWidths[i], 27);
-    }
-    const std::int32_t buttonTops[] = {42, 80, 118}, displayTops[] = {40, 79, 117};
-    for (std::uint32_t i = 0; i < 3; ++i) {
-      ExpectRect(rect(5054 + i), c + 285, buttonTops[i], 104, 36);
-      ExpectRect(rect(5057 + i), c + 395, displayTops[i], 220, 40);
-    }
-    ExpectRect(rect(5040), c - 600, 35, 170, 10);
-    ExpectRect(rect(5039), c - 240, 35, 170, 10);
-    ExpectRect(rect(5038), c + 20, 35, 170, 10);
-    const std::int32_t large[] = {c - 352, c - 160, c + 32, c + 224};
-    for (std::uint32_t i = 0; i < 4; ++i)
-      ExpectRect(rect(5008 + i), large[i], h - 117, 128, 80);
-    ExpectRect(rect(5012), 20, 180, w - 40, h - 360);
-    const RECTANGLE reference = ListReference(w, h);
-    ExpectRect(reference, 20, 183, w / 2 * 2 - 60, h - 160 - 183);
-    EXPECT_EQ(ColumnWidth(0, w, h), static_cast<std::int32_t>(0.2291 * (w / 2 * 2 - 60)));
-  }
-  EXPECT_EQ(ControlRect(kInTimecodeText, 1280, 600).right, 1280 - 25);
-}
+// How the controls of a column look; font and red are those of its labels.
+struct Look {
+  std::int32_t height;
+  std::size_t font;
+  std::uint8_t red;
+};
+constexpr Look kHeading = {10, 0, 255}, kCaption = {18, 1, 195}, kFigure = {27, 4, 80},
+               kPoint = {40, 3, 255}, kButton = {36, 0, 0}, kLargeButton = {80, 0, 0};
 
-TEST(MainLayout, NamesEachLabelOnce) {
+// Controls below each other with one left edge, from the middle of the view.
+struct Column {
   std::vector<std::uint32_t> ids;
-  for (const LabelSpec& label : Labels()) {
-    ids.push_back(label.id);
-    EXPECT_GT(ControlRect(label.id, 1280, 600).bottom, 0) << label.id;
-    EXPECT_LT(label.font, kFonts.size());
-  }
-  std::sort(ids.begin(), ids.end());
-  EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end()), ids.end());
-  EXPECT_EQ(ids.size(), 31u);
-}
+  std::int32_t left;
+  std::vector<std::int32_t> tops;  // from the bottom of the view below 0
+  std::vector<std::int32_t> widths;
+  Look look;
+  std::u16string_view captions{};  // of its labels, in order
+};
 
-TEST(LibraryRows, TellAssignedOnesApart) {
-  const auto red = [](std::size_t row, bool assigned) {
-    return ColorsOfRow(row, assigned).background.red;
-  };
-  EXPECT_EQ(red(0, false), 0);
-  EXPECT_EQ(red(1, false), 255);
-  EXPECT_EQ(ColorsOfRow(2, true).background.green, 48);
-  EXPECT_EQ(ColorsOfRow(3, true).background.green, 78);
-  EXPECT_EQ(ColorsOfRow(3, true).text.red, 255);
-  EXPECT_EQ(ColorsOfRow(3, false).text.red, 0);
-}
+const std::vector<std::int32_t> kCaptionTops = {53, 79, 107, 134};
+const std::vector<std::int32_t> kFigureTops = {48, 75, 102, 129};
+const std::vector<std::int32_t> kWide(4, 170);
+const Column kColumns[] = {
+    {{5040}, -600, {35}, {170}, kHeading, u"Video"},
+    {{5039}, -240, {35}, {170}, kHeading, u"Audio"},
+    {{5038}, 20, {35}, {170}, kHeading, u"Time code"},
+    {{5052, 5051, 5050, 5053}, -600, kCaptionTops, kWide, kCaption, u"CodecBit RateFPSSize"},
+    {{5047, 5046, 5048, 5049}, -240, kCaptionTops, kWide, kCaption, u"TracksFormatBit RateFs Rate"},
+    {{5042, 5043, 5044, 5045}, 20, kCaptionTops, kWide, kCaption, u"RateHeadTailDur"},
+    {{5035, 5034, 5033, 5036}, -520, kFigureTops, {226, 236, 164, 180}, kFigure},
+    {{5030, 5029, 5031, 5032}, -161, kFigureTops, {140, 140, 140, 140}, kFigure},
+    {{5025, 5026, 5027, 5028}, 95, kFigureTops, {130, 175, 175, 175}, kFigure},
+    {{5057, 5058, 5059}, 395, {40, 79, 117}, {220, 220, 220}, kPoint},
+    {{5054, 5055, 5056}, 285, {42, 80, 118}, {104, 104, 104}, kButton},
+    {{5008}, -352, {-117}, {128}, kLargeButton},
+    {{5009}, -160, {-117}, {128}, kLargeButton},
+    {{5010}, 32, {-117}, {128}, kLargeButton},
+    {{5011}, 224, {-117}, {128}, kLargeButton}};
 
-TEST(Library, SortsByEachColumnBothWays) {
-  AppState state;
-  APP_STATE_INFO& app = state.info;
-  WAV_FILE_INFO entries[4] = {};
-  const char16_t* names[] = {u"b", u"A", u"d", u"C"};
-  app.wavIndex = std::make_unique<WAV_FILE_INFO*[]>(4);
-  for (std::size_t i = 0; i < 4; ++i) {
-    app.wavIndex[i] = &entries[i];
-    entries[i].fileName[0] = names[i][0];
-    for (std::size_t k = 0; k + 1 < kWavColumns; ++k)
-      entries[i].sortKey[k] = (i * (k + 1) * 7 + 3) % 5;
-  }
-  state.wavHead.entryCount = 4;
-  const auto isSorted = [&](auto before) {
-    return std::is_sorted(app.wavIndex.get(), app.wavIndex.get() + 4, before);
-  };
-  const NameOrder order = [](std::u16string_view a, std::u16string_view b) {
-    return (a[0] | 0x20) < (b[0] | 0x20);
-  };
-  for (const bool ascending : {true, false}) {
-    for (std::size_t column = 0; column < kWavColumns; ++column) {
-      SortLibrary(&app, kWavColumnSpecs[column].sortCommand, ascending, order);
-      if (kWavColumnSpecs[column].sortCommand == kNoCommand) continue;
-      EXPECT_TRUE(isSorted([&](const WAV_FILE_INFO* a, const WAV_FILE_INFO* b) {
-        if (!ascending) std::swap(a, b);
-        return column == 0 ? order(a->fileName, b->fileName)
-                           : a->sortKey[column - 1] < b->sortKey[column - 1];
-      })) << column;
+TEST(MainLayout, PutsEachControlWhereItBelongs) {
+  std::size_t labels = 1;  // with that of the file name
+  for (const Column& column : kColumns) {
+    std::u16string captions;
+    for (std::size_t i = 0; i < column.ids.size(); ++i) {
+      const auto id = static_cast<ControlId>(column.ids[i]);
+      SCOPED_TRACE(id);
+      for (const auto& [w, h] : {std::pair{1280, 600}, {1921, 1040}}) {
+        const std::int32_t top = column.tops[i] + (column.tops[i] < 0 ? h : 0);
+        EXPECT_EQ(PlaceOf(ControlRect(id, w, h)),
+                  (Place{w / 2 + column.left, top, column.widths[i], column.look.height}));
+      }
+      for (const LabelSpec& label : Labels()) {
+        if (label.id != id) continue;
+        ++labels;
+        captions += label.caption;
+        EXPECT_EQ(label.font, column.look.font);
+        EXPECT_EQ(label.color.red, column.look.red);
+        EXPECT_EQ(label.horizontal, HorizontalAlign::kLeft);
+        EXPECT_EQ(label.vertical == VerticalAlign::kTop, column.look.font == kCaption.font);
+      }
     }
+    EXPECT_EQ(captions, column.captions);
   }
-  SortLibrary(&app, kSortByName, true, order);
-  const std::uint8_t selected[] = {0, 1, 1, 0};
-  TakeListSelection(&app, selected, 2);
-  EXPECT_EQ(app.selectedWavCount, 2u);
-  EXPECT_EQ(app.currentWavItem, 2u);
-  EXPECT_EQ(entries[0].selected + 2 * entries[3].selected + 4 * entries[1].selected, 3u);
-  state.wavHead.entryCount = 0;
+  EXPECT_EQ(Labels().size(), labels);
+  const LabelSpec& fileName = Labels()[0];
+  EXPECT_EQ(fileName.id, kFileNameText);
+  EXPECT_EQ(fileName.font, 2u);
+  EXPECT_EQ(fileName.color.red * 1000 + fileName.color.blue, 255);
+  EXPECT_EQ(fileName.horizontal, HorizontalAlign::kCenter);
+  EXPECT_EQ(PlaceOf(ControlRect(kFileNameText, 1280, 600)), (Place{0, 8, 1240, 22}));
+  EXPECT_EQ(PlaceOf(ControlRect(kWavListView, 1280, 600)), (Place{20, 180, 1240, 240}));
+  EXPECT_EQ(PlaceOf(ListReference(1281, 600)), (Place{20, 183, 1220, 257}));
+  EXPECT_EQ(StatusFieldEnds(1281), (std::array{640, 960}));
+}
+
+TEST(Library, GivesEachColumnItsTitleAndWidth) {
+  const std::pair<std::u16string_view, std::int32_t> columns[] = {
+      {u"ファイル名", 229}, {u"Ch", 34},    {u"ビット", 40},  {u"サンプル", 50},  {u"開始TC", 110},
+      {u"終了TC", 110},     {u"長さ", 110}, {u"作成日", 120}, {u"更新日時", 120}, {u"サイズ", 92}};
+  for (std::size_t i = 0; i < kWavColumns; ++i) {
+    EXPECT_EQ(kWavColumnSpecs[i].title, columns[i].first);
+    EXPECT_EQ(ColumnWidth(i, 1060, 600), columns[i].second) << i;
+  }
+}
+
+TEST(Library, TellsAssignedRowsApart) {
+  const int greens[] = {248, 255, 48, 78}, reds[] = {0, 255, 255, 255}, texts[] = {0, 0, 255, 255};
+  for (std::size_t row = 0; row < 4; ++row) {
+    const RowColors colors = ColorsOfRow(row, row >= 2);
+    EXPECT_EQ(colors.background.green, greens[row]);
+    EXPECT_EQ(colors.background.red, reds[row]);
+    EXPECT_EQ(colors.text.red, texts[row]);
+  }
 }
 
 }  // namespace
