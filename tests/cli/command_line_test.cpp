@@ -294,7 +294,7 @@ TEST_F(CommandLine, TellsWhatIsUncommonInAClip) {
   other.dropFrame = other.waveAudio = other.dataTrack = other.dataElement = true;
   other.bits = 16;
   other.frameLayout = 0;
-  other.aspectNumerator = 4;
+  other.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kAspectRatio, {0, 0, 0, 4, 0, 0, 0, 9});
   other.umidSize = 64;
   ClipSpec mute;
   mute.tracks = 1;
