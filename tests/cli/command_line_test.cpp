@@ -181,7 +181,7 @@ TEST_F(CommandLine, TellsByItsStatusWhatStopsACommand) {
 }
 
 constexpr char kPage[] = R"(File              clip.mxf
-Size              264.07 KB (270408 bytes)
+Size              262.57 KB (268872 bytes)
 MXF version       1.3
 Written by        Northlight / Bench Writer / 1.2.3 / Bench
 Created           2024/03/05  14:07:09
@@ -210,21 +210,21 @@ Bit rate          50.0 Mbps
 
 Partitions
       kind             offset      header       index     body offset  body index      KAG
-    0 header                0        6656           0               0     0     0      512
-    1 body               7168           0           0               0     1     0      512
-    2 body             137728           0         512          130048     1     2      512
-    3 footer           269312           0         512               0     0     2      512
+    0 header                0        5120           0               0     0     0      512
+    1 body               5632           0           0               0     1     0      512
+    2 body             136192           0         512          130048     1     2      512
+    3 footer           267776           0         512               0     0     2      512
 
 Index
    frame partition          offset       slice  deltas  flags  samples temp  key
-       0         1            7680        1024       6     C0     1920    0    0
-       1         1           33280        1536       6     22     1920    0   -1
+       0         1            6144        1024       6     C0     1920    0    0
+       1         1           31744        1536       6     22     1920    0   -1
 )";
 
 constexpr char kRecords[] = R"({
   "result": 0, "processCode": 1000, "notices": [],
   "MXF_BASE_INFO": {
-    "fileSize": 270408, "versionMajor": 1, "versionMinor": 3, "processCode": 1000,
+    "fileSize": 268872, "versionMajor": 1, "versionMinor": 3, "processCode": 1000,
     "creationDateText": "2024/03/05  14:07:09", "modifiedDateText": "2024/03/06  08:30:00",
     "companyName": "Northlight", "productName": "Bench Writer", "productVersion": "1.2.3",
     "platform": "Bench", "hasAncillaryData": 0, "ancillaryElementSize": 0,
@@ -250,13 +250,13 @@ constexpr char kRecords[] = R"({
 constexpr char kSecondBody[] = R"({
   "kind": 1, "partitionCount": 4, "packKey": "060E2B34020501010D01020101030400",
   "operationalPattern": "060E2B34040101010D01020101010900", "packLength": 136,
-  "majorVersion": 1, "minorVersion": 3, "kagSize": 512, "thisPartition": 137728,
+  "majorVersion": 1, "minorVersion": 3, "kagSize": 512, "thisPartition": 136192,
   "headerByteCount": 0, "indexByteCount": 512, "indexSid": 2, "bodyOffset": 130048,
-  "bodySid": 1, "essenceBase": 8704})";
+  "bodySid": 1, "essenceBase": 7168})";
 
 constexpr char kLastFrameButOne[] = R"({
   "partition": 2, "segmentStart": 5, "segmentDuration": 5, "temporalOffset": 0,
-  "keyFrameOffset": -2, "flags": 34, "fileOffset": 217088, "sliceOffset": 2048,
+  "keyFrameOffset": -2, "flags": 34, "fileOffset": 215552, "sliceOffset": 2048,
   "deltaCount": 6, "audioSamples": 1920, "delta": [
     {"posTableIndex": 0, "slice": 0, "elementDelta": 0},
     {"posTableIndex": 255, "slice": 0, "elementDelta": 512},

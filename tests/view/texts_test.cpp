@@ -43,7 +43,7 @@ TEST(Texts, TellOfTheClipOrThatThereIsNone) {
     EXPECT_EQ(InfoText(app, row.id), row.loaded) << row.id;
   EXPECT_EQ(FileToolTip(app).text,
             u"clip.mxf\n" + folder +
-                u"\n184.07 KB\n\n作成日: 2024/03/05  14:07:09\n更新日: 2024/03/06  08:30:00\n\n"
+                u"\n182.57 KB\n\n作成日: 2024/03/05  14:07:09\n更新日: 2024/03/06  08:30:00\n\n"
                 u"製品名: Bench Writer Version: 1.2.3\nOS: Bench\n会社名: Northlight");
   EXPECT_EQ(FileToolTip(app).width, 600);
   app.selectedTracks = 2;
