@@ -14,8 +14,6 @@ constexpr std::uint64_t kLongestPack = 64 * 1024;
 constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // of the whole clip
 constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // of the whole clip
 constexpr std::size_t kMostPartitions = 1 << 16;
-constexpr std::uint64_t kIndexEntryBytes = 12;  // of the random index: BodySID, ByteOffset
-constexpr std::uint64_t kOverallLengthBytes = 4;
 constexpr std::uint8_t kOpenIncomplete = 1;
 constexpr std::uint8_t kOpenComplete = 3;
 

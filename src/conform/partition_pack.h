@@ -30,6 +30,11 @@ inline constexpr std::size_t kPackStatusByte = 14;
 inline constexpr std::uint8_t kHeaderPackKind = 2;
 inline constexpr std::uint8_t kFooterPackKind = 4;
 
+// The Random Index Pack: an entry for each partition, BodySID and ByteOffset, and behind the
+// entries the length of the whole pack.
+inline constexpr std::uint64_t kIndexEntryBytes = 12;
+inline constexpr std::uint64_t kOverallLengthBytes = 4;
+
 // Key and value of one pack; the value holds at least kFixedBytes.
 struct PartitionPack {
   KlvKey key;

@@ -13,7 +13,7 @@
 namespace quorvan {
 namespace {
 
-constexpr std::uint16_t kExtensionSize = 0;
+constexpr std::uint16_t kFileIoExtensionSize = 0;
 
 // What a row of all the clip's tracks takes in the first frame, as the size of a block is reckoned:
 // elements stand at one distance, wherever in the frame the first of them does.
@@ -67,7 +67,7 @@ class FileIoExport {
         });
     if (proven != kSuccess) return proven;
     rows_.Rewind(plan_.range.firstEntry);
-    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
+    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kFileIoExtensionSize))) return kSuccess;
     outcome_.NameFile();
     return kFileExportNoFile;
   }

@@ -17,7 +17,7 @@ namespace quorvan {
 namespace {
 
 constexpr char16_t kMappingName[] = u"fmMXF_2";
-constexpr std::uint16_t kExtensionSize = 22;
+constexpr std::uint16_t kMappedExtensionSize = 22;
 
 // One export from its plan to its end. Everything it opens goes with it.
 class MappedExport {
@@ -51,7 +51,7 @@ class MappedExport {
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;
     if (const std::int32_t failed = ProveAll()) return failed;
-    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kExtensionSize))) return kSuccess;
+    if (files_.Create(plan_, tracks_, HeaderOf(plan_, mxf_, kMappedExtensionSize))) return kSuccess;
     outcome_.NameFile();
     return kExportNoFile;
   }

@@ -8,7 +8,7 @@
 namespace quorvan {
 namespace {
 
-std::int32_t FindMissingArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
+std::int32_t MissingAnalysisArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kNoFileHandle;
   if (mxf == nullptr) return kNoBaseInfo;
   if (mxf->partitionTable == nullptr) return kNoPartitionCell;
@@ -73,7 +73,7 @@ constexpr Stage kStages[] = {
 }  // namespace
 
 std::int32_t AnalyzeMxfFile(platform::File* file, MXF_BASE_INFO* mxf) {
-  if (const std::int32_t refused = FindMissingArgument(file, mxf)) return refused;
+  if (const std::int32_t refused = MissingAnalysisArgument(file, mxf)) return refused;
 
   ForgetMxf(mxf);
   for (const Stage& stage : kStages) {

@@ -22,7 +22,7 @@ constexpr std::array<std::string_view, 5> kKindTexts = {"**", "**", "inc", "dec"
 // At 60 frames the words count 30 values a second.
 constexpr std::uint32_t kFpsIndex60 = 4;
 
-std::string_view ScanLetter(const MXF_VIDEO_INFO& video) {
+std::string_view ScanMark(const MXF_VIDEO_INFO& video) {
   if (video.frameLayout == 2) return "i";
   return video.frameLayout == 1 || video.codecIndex == 5 || video.codecIndex == 6 ? "p" : "";
 }
@@ -57,10 +57,10 @@ std::string FactsBlock(const APP_STATE_INFO& app, const platform::CalendarTime& 
       FileSizeText(mxf.fileSize), ToUtf8(mxf.creationDateText), DateTimeText(now, 1),
       ToUtf8(mxf.productName), ToUtf8(mxf.productVersion), ToUtf8(mxf.platform),
       ToUtf8(mxf.companyName), mxf.versionMajor, mxf.versionMinor, ToUtf8(mxf.video->codecName),
-      megabits, RateLabel(timecode), ScanLetter(*mxf.video), audio.sampleRate,
-      audio.quantizationBits, audio.trackCount, (*mxf.indexEntries)[0].deltaCount,
-      audio.elementSize, mxf.ancillaryElementSize, timecode.maxIndexDuration, RateLabel(timecode),
-      DropLabel(timecode), TimecodeText(timecode, timecode.startFrames), timecode.startFrames,
+      megabits, RateLabel(timecode), ScanMark(*mxf.video), audio.sampleRate, audio.quantizationBits,
+      audio.trackCount, (*mxf.indexEntries)[0].deltaCount, audio.elementSize,
+      mxf.ancillaryElementSize, timecode.maxIndexDuration, RateLabel(timecode), DropLabel(timecode),
+      TimecodeText(timecode, timecode.startFrames), timecode.startFrames,
       TimecodeText(timecode, timecode.lastFrames), timecode.lastFrames,
       TimecodeText(timecode, length), length, timecode.duration, timecode.frameCount);
 }

@@ -14,13 +14,13 @@ namespace quorvan {
 namespace {
 
 // Frames whose words are asked for ahead: enough to keep the queue of a disk full.
-constexpr std::uint32_t kFramesAhead = 256;
+constexpr std::uint32_t kWordsAhead = 256;
 
 // Memory that the nodes between two looks need.
 constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
 
 // Frames that are worked on between two looks at a stop request, where nothing is read.
-constexpr std::uint32_t kFramesPerLook = 1u << 16;
+constexpr std::uint32_t kFramesPerMemoryLook = 1u << 16;
 
 // Place of the word in a frame: key and length of the system element, then what stands in front of
 // the timecode in its value.
@@ -167,7 +167,7 @@ class ContinuityCheck {
   // A clip that is not in memory has the pages of its words asked for ahead, and nothing between.
   void Ask(std::uint32_t i) {
     const auto reach = static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(timecode_.frameCount, std::uint64_t{i} + kFramesAhead));
+        std::min<std::uint64_t>(timecode_.frameCount, std::uint64_t{i} + kWordsAhead));
     for (asked_ = std::max(asked_, i); asked_ < reach; ++asked_)
       file_.Prefetch(WordPlace(asked_), kWordBytes);
   }
@@ -194,7 +194,7 @@ class ContinuityCheck {
     }
   }
 
-  static bool LooksAt(std::uint64_t i) { return i % kFramesPerLook == 0; }
+  static bool LooksAt(std::uint64_t i) { return i % kFramesPerMemoryLook == 0; }
 
   // True when each count follows the one before, and stands in two frames: the first and the last
   // may stand in one.

@@ -340,7 +340,7 @@ std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
   return kSuccess;
 }
 
-std::int32_t FindMissingArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
+std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kIndexNoFile;
   if (mxf == nullptr) return kIndexNoBaseInfo;
   if (mxf->partitionTable == nullptr || *mxf->partitionTable == nullptr) {
@@ -355,7 +355,7 @@ std::int32_t FindMissingArgument(const platform::File* file, const MXF_BASE_INFO
 }  // namespace
 
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
-  if (const std::int32_t refused = FindMissingArgument(file, mxf)) return refused;
+  if (const std::int32_t refused = MissingIndexArgument(file, mxf)) return refused;
   mxf->indexEntries->reset();
 
   SegmentList list;
