@@ -36,7 +36,7 @@ void JobThread::Start() {
   Take({JOB_MSG_FAILED, code, nullptr, text.c_str()});
 }
 
-// Takes a message on the worker's thread, which may not throw: the text goes into memory that is
+// Takes a message of the worker, whose thread may not throw: the text goes into memory that is
 // already reserved.
 void JobThread::Take(const JobReport& report) {
   if (report.message == JOB_MSG_PHASE) {
