@@ -14,8 +14,7 @@ namespace quorvan::cli {
 struct ClipSession {
   AppState app;
   std::int32_t result = 0;  // of the analysis; kNoFileHandle when the clip was not opened
-  std::u16string
-      message;  // why the analysis refused the clip or was stopped; empty when it accepted the clip
+  std::u16string message;   // why the clip is not loaded; empty when it is
 };
 
 // Opens the clip at `path` (UTF-8), analyses it and closes it again. The analysis compares the

@@ -54,8 +54,8 @@ bool RunEngine(APP_STATE_INFO* app) {
                            // The wait for the medium has no known length.
                            progress.total =
                                tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
-                           // A job clears `cancel` when it starts; the request is therefore
-                           // repeated until the job has ended.
+                           // A job clears `cancel` when it starts: repeat the request until the job
+                           // has ended.
                            if (progress.cancel == 1) tracks.cancel = 1;
                          });
 }

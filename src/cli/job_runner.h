@@ -13,7 +13,7 @@ namespace quorvan::cli {
 // How a job has ended.
 struct JobOutcome {
   std::int32_t result;  // of the engine or the analysis; kSuccess when it is done
-  std::u16string text;  // for the operator; may be empty
+  std::u16string text;  // for the operator, at most kMostReportChars characters; may be empty
 };
 
 // Runs the job that `app` describes, returns when it has ended, and tells how. The interrupt key

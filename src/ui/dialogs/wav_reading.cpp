@@ -54,7 +54,7 @@ void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent)
 
 WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent) {
   if (HoldsWavFile(*app->wavList, path)) return kWavAlreadyAdded;
-  // The thread fills a list of its own, so that the window can go on showing the library.
+  // The thread fills a list of its own; meanwhile the window shows the library.
   const auto found = std::make_unique<WAV_FILE_INFO>();
   WavResult result = kWavNoMemory;
   {

@@ -36,15 +36,15 @@ bool BelongsToCommand(const QKeyEvent& key) {
   });
 }
 
-// True for a key that would type a character other than a digit.
+// True for a key that would type a printable character other than a digit.
 bool IsForeignText(const QKeyEvent& key) {
   if ((key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0) return false;
   return !key.text().isEmpty() && key.text()[0].isPrint() &&
          (key.text()[0] < '0' || key.text()[0] > '9');
 }
 
-// Accepts the characters of a timecode and no others, whether they are typed, come from an input
-// method or are pasted.
+// Accepts the characters of a timecode and no others from an input method and from the clipboard.
+// Of typed characters keyPressEvent lets only digits through.
 class TimecodeCharacters : public QValidator {
  public:
   using QValidator::QValidator;

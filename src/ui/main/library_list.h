@@ -41,8 +41,8 @@ class LibraryList : public QTreeView {
   // Selects row 0 alone and gives it the focus. Does nothing for an empty table.
   void SelectFirstRow();
 
-  // Shows the present rows of `wavIndex`. No row is selected afterwards; the row with the same
-  // number as before keeps the focus, or the last row if there are fewer rows.
+  // Shows the present rows of `wavIndex`, none of them selected. The focus stays on the row number
+  // that had it, or moves to the last row if there are fewer rows.
   void RenewRows();
 
   // Sorts the rows by the column of `command`, ascending or descending. The selected files stay

@@ -19,8 +19,8 @@ namespace {
 constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
 constexpr int kNoMemory = 1;
-constexpr int kPatienceMilliseconds =
-    200;  // for another instance that is just writing its lock file
+// How long to wait for another instance that is just writing its lock file.
+constexpr int kPatienceMilliseconds = 200;
 
 QString LockPath() {
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);

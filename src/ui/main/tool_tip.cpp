@@ -30,7 +30,7 @@ void ShowToolTip(const QPoint& place, const ToolTip& tip, std::u16string_view ti
     head = QString("<p><img src=':/pictures/information.png'> <b>%1</b></p>")
                .arg(ToQString(title).toHtmlEscaped());
   }
-  // A table is the only rich text whose width can be set.
+  // Of all rich text, only a table keeps a width that is set.
   const QString tipText = QString(
                               "%1<table width='%2' cellspacing='0' cellpadding='0'><tr><td "
                               "style='white-space: pre-wrap'>%3</td></tr></table>")
