@@ -19,6 +19,7 @@ bool IsSeparator(char c) {
   return c == ':' || c == ';' || c == '.' || c == ',';
 }
 
+// True for eight digits, or for four pairs of digits with a separator between each two.
 bool HasTimecodeForm(std::string_view text) {
   const bool separated = text.size() == kSeparatedLength;
   if (!separated && text.size() != kDigits) return false;

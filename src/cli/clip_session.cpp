@@ -15,13 +15,15 @@
 namespace quorvan::cli {
 namespace {
 
+// Stores why the clip is not loaded. Always false.
 bool Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
   session->result = result;
   session->message = std::move(message);
   return false;
 }
 
-// The worker's texts ask the operator of a window what to do; here nobody is asked.
+// The text of the outcome. Some texts of the worker ask the operator what to do next; the console
+// asks nothing, and its texts for these outcomes only tell what has happened.
 std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, JobOutcome outcome) {
   if (outcome.result == kContinuityBreaks) return TimecodeBreaksMessage(app.mxfPath);
   if (outcome.result == kCancelled) return LoadStoppedMessage(app.mxfPath);

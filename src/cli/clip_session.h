@@ -1,4 +1,4 @@
-// One clip in the companion's hands: opened, analysed, and the state around it.
+// Opens and analyses the clip that a command works on.
 
 #pragma once
 
@@ -10,19 +10,23 @@
 
 namespace quorvan::cli {
 
+// A clip and the state record that describes it.
 struct ClipSession {
   AppState app;
-  std::int32_t result = 0;  // of the analysis
-  std::u16string message;   // why it was refused or stopped; empty when accepted
+  std::int32_t result = 0;  // of the analysis; kNoFileHandle when the clip was not opened
+  std::u16string message;   // why the clip is not loaded; empty when it is
 };
 
-// Opens the clip at `path` (UTF-8), analyses it, compares the timecodes of its frames unless told
-// not to, and closes it again. True when it is accepted and `session` holds it as loaded; else
-// `session->result` and `session->message` say why.
+// Opens the clip at `path` (UTF-8), analyses it and closes it again. The analysis compares the
+// timecodes of all frames unless `arguments` leave that out. True when the analysis accepts the
+// clip; `session`, which must be new, then holds it as loaded. Otherwise `session->result` and
+// `session->message` say why, and the records hold what the analysis has found up to there. Throws
+// std::bad_alloc.
 bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSession* session);
 
-// The same for a command that needs the clip: tells why it is refused, and returns the exit status,
-// kDone when it is loaded.
+// Calls LoadClip for a command that cannot work without the clip, and writes the message of a
+// refusal to standard error. Returns kDone when the clip is loaded, kInterrupted when the operator
+// stopped the analysis, else kFailed. Throws std::bad_alloc.
 int LoadClipOrSay(const std::string& path, const LoadArguments& arguments, ClipSession* session);
 
 }  // namespace quorvan::cli

@@ -1,4 +1,7 @@
-// The commands of the console companion, behind their arguments. Each returns the exit status.
+// The commands of the console companion, each with the record of its arguments. A command writes
+// its result to standard output and its messages to standard error, and returns the exit status.
+// Texts and paths are UTF-8; bytes that are none are kept. A command throws std::bad_alloc when
+// memory is out.
 
 #pragma once
 
@@ -13,36 +16,37 @@ namespace quorvan::cli {
 
 enum ExitStatus : int {
   kDone = 0,
-  kFailed = 1,  // refused or failed; the reason is on standard error
-  kWrongUsage = 2,
+  kFailed = 1,       // refused or failed, for the reason on standard error
+  kWrongUsage = 2,   // the arguments are wrong, for the reason on standard error
   kInterrupted = 3,  // cancelled by the operator
   kDoneNotice = 4,   // done, with a notice on standard error
 };
 
-// How a clip is opened and looked at before anything else.
+// How the clip is read and analysed before a command works on it.
 struct LoadArguments {
-  Method method = Method::kMemoryMapping;
-  bool noTimecodeCheck = false;
+  Method method = Method::kMemoryMapping;  // also of the job behind the analysis
+  bool noTimecodeCheck = false;            // do not compare the timecodes of the frames
 };
 
 struct InfoArguments {
   std::string file;
-  bool json = false;
-  bool index = false;
+  bool json = false;   // one JSON object instead of text
+  bool index = false;  // with every index entry
   LoadArguments load;
-  std::optional<std::string> timecodeLog;  // where the breaks are written to
+  std::optional<std::string> timecodeLog;  // path of the list of timecode breaks
 };
 
-// First and last frame as timecode texts; the clip's own when absent.
+// The timecodes of the first and the last frame of a range, the last one included. An absent
+// timecode stands for the first or last frame of the clip.
 struct RangeArguments {
   std::optional<std::string> in;
   std::optional<std::string> out;
 };
 
-// What is to stand on the tracks of the clip.
+// The source files and the silence that are put on the tracks of the clip.
 struct PlacementArguments {
-  std::vector<std::string> tracks;   // "N=WAV", N from 1
-  std::vector<std::string> silence;  // tracks from 1
+  std::vector<std::string> tracks;   // each "N=WAV", N the track from 1
+  std::vector<std::string> silence;  // each the number of a track from 1
 };
 
 struct RewrapArguments {
@@ -50,29 +54,29 @@ struct RewrapArguments {
   PlacementArguments placement;
   RangeArguments range;
   LoadArguments load;
-  std::optional<std::uint32_t> buffer;  // row of the buffer durations
-  bool noLog = false;
-  bool noFlush = false;
-  bool keepUmids = false;
-  bool yes = false;
+  std::optional<std::uint32_t> buffer;  // row of kWavBufferRows, from 0
+  bool noLog = false;                   // write no log beside the clip
+  bool noFlush = false;                 // do not wait until the bytes are on the medium
+  bool keepUmids = false;  // rewrite a clip although its 64-byte UMIDs cannot be renewed
+  bool yes = false;        // do not ask for a backup
 };
 
 struct ExportArguments {
   std::string file;
-  std::string tracks;  // "1,3-5"
-  std::string folder;
-  std::optional<std::string> prefix;
+  std::string tracks;                 // "1,3-5"
+  std::string folder;                 // of the new files
+  std::optional<std::string> prefix;  // start of their names; a default when absent
   RangeArguments range;
   LoadArguments load;
-  bool noFlush = false;
+  bool noFlush = false;  // do not wait until the bytes are on the medium
 };
 
 struct LoudnessArguments {
   std::string file;
-  std::string tracks;  // "A,B" or "A"
+  std::string tracks;  // "A,B" or "A", tracks from 1
   RangeArguments range;
   LoadArguments load;
-  bool json = false;
+  bool json = false;  // one JSON object instead of text
 };
 
 struct VerifyArguments {
@@ -83,26 +87,33 @@ struct VerifyArguments {
 };
 
 struct ConformArguments {
-  std::string in;
-  std::string out;
+  std::string in;   // the clip, only read
+  std::string out;  // the copy; must not exist
 };
 
-// Analyses a clip and shows what was found.
+// Analyses a clip and shows what was found, as text or JSON; writes the list of timecode breaks
+// when it is wanted and there are breaks. kFailed when the clip is refused or an output cannot be
+// written.
 int RunInfo(const InfoArguments& arguments);
 
-// Gives a clip new sound.
+// Overwrites the audio of a clip in place with source files or silence, after the question for a
+// backup, and writes a log beside the clip. kDoneNotice when the clip is rewritten but its UMIDs
+// are not as they should be.
 int RunRewrap(const RewrapArguments& arguments);
 
-// Writes tracks of a clip into BWF files.
+// Writes tracks of a clip into BWF files (EBU Tech 3285), one file for each track.
 int RunExport(const ExportArguments& arguments);
 
-// Measures two tracks of a clip.
+// Measures the loudness (EBU R128) of one track of a clip, or of two tracks as left and right, and
+// shows it as text or JSON.
 int RunLoudness(const LoudnessArguments& arguments);
 
-// Compares the sound of a clip with its sources.
+// Compares the audio of a clip with the source files and the silence that a rewrite would write
+// into it. kDone when all samples are the same; kFailed with the first difference on standard
+// error.
 int RunVerify(const VerifyArguments& arguments);
 
-// Copies a clip into the form that the readers follow.
+// Copies a clip whose metadata lengths cannot be followed into a new clip that can be loaded.
 int RunConform(const ConformArguments& arguments);
 
 }  // namespace quorvan::cli

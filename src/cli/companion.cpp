@@ -27,7 +27,7 @@ void AddMethod(CLI::App* app, Method* method) {
       ->check(CLI::IsMember({"mapped", "file"}));
 }
 
-// What every command that loads a clip takes.
+// Adds the argument that every command with a clip to load has.
 void AddLoad(CLI::App* app, LoadArguments* load) {
   app->add_flag("--no-timecode-check", load->noTimecodeCheck,
                 "Do not compare the timecodes of all frames: a clip in which they break is refused "
@@ -79,8 +79,8 @@ void AddRewrap(CLI::App* app, RewrapArguments* arguments) {
   AddLoad(app, &arguments->load);
   app->add_option(
          "--buffer", arguments->buffer,
-         "With --method file: how much of the WAV files is read at a time, from 0 (little) "
-         "to 13 (much); 4 when absent")
+         "With --method file: how far ahead of the writing the WAV files are fetched, from 0 "
+         "(little) to 13 (much); 4 when absent")
       ->check(CLI::Range(0, 13));
   app->add_flag("--no-log", arguments->noLog, "Do not write a log beside the clip");
   AddNoFlush(app, &arguments->noFlush);
@@ -185,8 +185,7 @@ int RunCompanion(int argc, const char* const* argv) {
   } catch (const std::bad_alloc&) {
     PrintRaw("mxf-quorvan-cli: out of memory\n");
     return kFailed;
-  } catch (
-      const std::exception& error) {  // of the argument library: every other failure is a status
+  } catch (const std::exception& error) {  // from the argument library: commands return a status
     PrintRaw(error.what());
     PrintRaw("\n");
     return kFailed;

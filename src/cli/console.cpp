@@ -13,7 +13,8 @@ constexpr std::size_t kBlockBytes = 65536;
 
 std::atomic<std::uint32_t> interrupted = 0;
 
-// Output that cannot be written ends no job: a terminal may go away in the middle of one.
+// Writes the text and flushes the stream; false when that fails. A failure ends no job, since a
+// terminal may go away while a job runs.
 bool Put(std::FILE* file, std::string_view text) {
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   return std::fflush(file) == 0 && written;

@@ -1,4 +1,6 @@
-// What the companion says, and what the operator's interrupt key says to it.
+// Writes the companion's output and messages, and tells whether the operator has pressed the
+// interrupt key. A request to terminate and the loss of the terminal count as the interrupt key.
+// Functions that take text may throw std::bad_alloc, except PrintRaw.
 
 #pragma once
 
@@ -9,38 +11,45 @@
 
 namespace quorvan::cli {
 
-// Writes text and a line end to standard output. False, and said on standard error, when
-// it could not be written whole.
+// Writes `text` (UTF-8 or UTF-16) and a line end to standard output. False when not all of it could
+// be written; a message on standard error then says so.
 bool PrintLine(std::string_view text);
 bool PrintLine(std::u16string_view text);
 
-// Writes a message, or an English line with the program's name in front, to standard error.
+// Writes a message for the operator and a line end to standard error. A message in UTF-8 is an
+// English line and gets the name of the program in front. A failure to write is ignored.
 void PrintError(std::u16string_view message);
 void PrintError(std::string_view line);
 
-// Writes text as it is to standard error.
+// Writes `text` (UTF-8) to standard error without a line end. A failure to write is ignored. Throws
+// nothing.
 void PrintRaw(std::string_view text);
 
-// From now on the interrupt key only makes Interrupted() true.
+// From now on the interrupt key does not end the program but only makes Interrupted true, until the
+// end of the program.
 void WatchForInterrupts();
+// True once the interrupt key was pressed after WatchForInterrupts.
 bool Interrupted();
 
-// What Interrupted tells, for those who look by themselves: 1 from the interrupt key on.
+// The flag behind Interrupted, for functions that take a stop flag: 1 from the interrupt key on,
+// else 0. It lives as long as the program.
 const std::atomic<std::uint32_t>* InterruptFlag();
 
-// Long text for standard output. It goes out in blocks: memory never holds all of it.
+// A long text for standard output. It is written in blocks, so that memory never holds the whole
+// text.
 class LongOutput {
  public:
-  // What the text is appended to.
+  // The text that is not yet written; the caller appends to it.
   std::string& text() { return text_; }
 
-  // To be called now and then: writes what has come together when it makes a block. False when
-  // more text is of no use: standard output cannot be written, or the interrupt key was pressed
-  // since this began.
+  // Writes the text so far when it fills a block, and clears it; the caller calls it now and then.
+  // False when more text is of no use: standard output cannot be written, or the interrupt key was
+  // pressed after this object was made.
   bool Send();
 
-  // Writes the rest and a line end. False when the text is not whole, which is said on standard
-  // error unless the interrupt key was pressed.
+  // Writes the rest of the text and a line end. False when not all of the text was written; a
+  // message on standard error says so, unless the interrupt key was pressed after this object was
+  // made.
   bool Finish();
 
  private:
@@ -48,7 +57,7 @@ class LongOutput {
 
   std::string text_;
   bool written_ = true;
-  const bool wasInterrupted_ = Interrupted();  // while the text came about
+  const bool wasInterrupted_ = Interrupted();  // before the output began
 };
 
 }  // namespace quorvan::cli

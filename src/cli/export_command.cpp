@@ -14,7 +14,8 @@
 namespace quorvan::cli {
 namespace {
 
-// Folder and prefix as the engines take them. A prefix is part of a name, not a way to a folder.
+// Stores the folder and the prefix of the new files in the records. kWrongUsage when one of them
+// does not fit its record, or when the prefix, which is part of a file name, has a folder in it.
 int SetTarget(const ExportArguments& arguments, APP_STATE_INFO* app) {
   AUDIOTRACK_IO_INFO& tracks = *app->tracks;
   const std::u16string folder = platform::AbsolutePath(platform::ToUtf16(arguments.folder));

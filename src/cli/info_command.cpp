@@ -11,7 +11,8 @@
 namespace quorvan::cli {
 namespace {
 
-// False when the log is wanted and cannot be written.
+// Writes the list of timecode breaks when it is wanted and there are breaks. False when it cannot
+// be written; the reason is on standard error.
 bool WriteLog(const InfoArguments& arguments, const ClipSession& session) {
   if (!arguments.timecodeLog || session.app.mxf.timecode.errorCount == 0) return true;
   const std::u16string path = platform::AbsolutePath(platform::ToUtf16(*arguments.timecodeLog));

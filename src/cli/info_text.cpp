@@ -15,6 +15,7 @@ namespace {
 constexpr const char* kPartitionKinds[] = {"header", "body", "footer"};
 constexpr const char* kElementKinds[] = {"not found", "AES3", "Wave"};
 
+// Writes lines of text into the output, with a line end between each two.
 class Page {
  public:
   explicit Page(LongOutput* output) : output_(*output) {}
@@ -27,7 +28,7 @@ class Page {
     BeginLine();
     fmt::format_to(Out(), "\n{}", text);
   }
-  // A line of a table; false when more lines are of no use.
+  // Writes a line of a table. False when more lines are of no use.
   template <typename... Columns>
   bool Row(fmt::format_string<Columns...> form, Columns&&... columns) {
     BeginLine();

@@ -1,4 +1,4 @@
-// What an analysis has found, in the two forms in which `info` shows it.
+// The results of an analysis in the two forms in which `info` shows them.
 
 #pragma once
 
@@ -10,14 +10,18 @@
 
 namespace quorvan::cli {
 
-// A sentence about each notice of the clip, in English.
+// One English sentence for each notice of the accepted clip of `mxf`.
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
 
-// Aligned text for people, with a line for each frame when `index` is set.
+// Appends the results of an accepted clip to `output` as aligned text, with a line for each index
+// entry when `index` is set. Stops early when `output` says that more text is of no use.
 void WriteInfoText(const ClipSession& session, bool index, LongOutput* output);
 
-// One JSON object: result, processCode, message on a failure, notices, and each record under its
-// name, with INDEX_ENTRY_ARRAY when `index` is set.
+// Appends the results of a clip, accepted or not, to `output` as one JSON object (RFC 8259):
+// result, processCode, each record under its name, TIMECODE_ERROR_INFO when there are breaks, and
+// INDEX_ENTRY_ARRAY when `index` is set, which needs an accepted clip. An accepted clip also has
+// its notices, a refused clip the message. Leaves out further breaks and entries when `output` says
+// that more text is of no use.
 void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output);
 
 }  // namespace quorvan::cli

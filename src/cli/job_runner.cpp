@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view kUnit = "frames";
 constexpr char16_t kFlushText[] = u"waiting until all of it is on the medium";
 
-// What stands in for the text of an outcome when memory for its words is out.
+// The text that replaces the text of an outcome when memory for it is out.
 std::string_view WithoutWords(std::int32_t result) {
   if (result == kSuccess) return "done; out of memory for the message\n";
   if (result == kDoneWithNotice) return "done, but the UMIDs are not as they should be\n";
@@ -27,10 +27,11 @@ std::string_view WithoutWords(std::int32_t result) {
 bool RunAnalysis(APP_STATE_INFO* app) {
   MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
   JobProgress progress;
-  // Each stage's text lives as long as the program.
+  // The texts of the stages live as long as the program, so that keeping a pointer is enough.
   app->ui.stageTextControl = [&](std::u16string_view text) { progress.stage = text.data(); };
   app->stageThreadStop = 0;
-  // Without that thread the analysis only goes on without its stages' names.
+  // Without the thread for the stage texts, the analysis runs all the same and its stages have no
+  // text.
   platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
   const bool ran = RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
                                    [&] {
@@ -50,16 +51,16 @@ bool RunEngine(APP_STATE_INFO* app) {
   return RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
                          [&] {
                            progress.done = tracks.currentFrame.load();
-                           // A wait for the medium has no length.
+                           // The wait for the medium has no known length.
                            progress.total =
                                tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
-                           // A job that starts clears its word: the request is handed on until the
-                           // job has ended.
+                           // A job clears `cancel` when it starts: repeat the request until the job
+                           // has ended.
                            if (progress.cancel == 1) tracks.cancel = 1;
                          });
 }
 
-// The job never began.
+// The outcome of a job that never began, since the system had no thread for it.
 JobOutcome NotStarted(const APP_STATE_INFO& app) {
   constexpr auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
   return {code, platform::ToUtf16(std::string(platform::ToUtf8(app.mxfPath)) + "\n" +
@@ -70,7 +71,7 @@ JobOutcome NotStarted(const APP_STATE_INFO& app) {
 
 JobOutcome RunJob(APP_STATE_INFO* app) {
   JobOutcome outcome{};
-  // The worker's thread, where nothing may throw, finds memory for its words.
+  // The worker's thread may not throw: memory for the text is reserved before the job starts.
   outcome.text.reserve(kMostReportChars);
   app->ui.progressDialog = [&](const JobReport& report) {
     if (report.message == JOB_MSG_PHASE) return;
@@ -85,7 +86,7 @@ JobOutcome RunJob(APP_STATE_INFO* app) {
 }
 
 int ReportJob(const JobOutcome& outcome) {
-  // The job has ended as it has, whatever happens to the words about it.
+  // The exit status is that of the job even when memory for its text is out.
   try {
     outcome.result == kSuccess ? static_cast<void>(PrintLine(outcome.text))
                                : PrintError(outcome.text);

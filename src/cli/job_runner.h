@@ -1,4 +1,5 @@
-// Runs one job of the program on the worker's thread, with progress and the interrupt key.
+// Runs a job on the worker's thread while the console shows its progress and passes on the
+// interrupt key.
 
 #pragma once
 
@@ -9,17 +10,21 @@
 
 namespace quorvan::cli {
 
+// How a job has ended.
 struct JobOutcome {
-  std::int32_t result;  // of the engine or the analysis
-  std::u16string text;  // for the operator; may be empty
+  std::int32_t result;  // of the engine or the analysis; kSuccess when it is done
+  std::u16string text;  // for the operator, at most kMostReportChars characters; may be empty
 };
 
-// Runs the job that `app` describes to its end.
+// Runs the job that `app` describes, returns when it has ended, and tells how. The interrupt key
+// asks the job to stop. When the system has no thread for the job, the result is kStageRewrapMapped
+// + kNoThread, and the job has not begun. May throw std::bad_alloc before the job begins.
 JobOutcome RunJob(APP_STATE_INFO* app);
 
-// Tells the outcome of a rewrite, an export or a measurement: the text of a success on standard
-// output, any other on standard error. Returns the exit status, which is that of the job, whether
-// or not its text could be written.
+// Writes the text of the outcome of a rewrite, an export or a measurement: that of kSuccess to
+// standard output, any other to standard error. Returns kDone for kSuccess, kDoneNotice for
+// kDoneWithNotice, kInterrupted for kCancelled, else kFailed, whether or not the text could be
+// written. Throws nothing.
 int ReportJob(const JobOutcome& outcome);
 
 }  // namespace quorvan::cli

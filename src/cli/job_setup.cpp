@@ -20,9 +20,12 @@
 namespace quorvan::cli {
 namespace {
 
-// Tracks that the arguments have spoken for, so that none is given twice.
+// Flags by track (from 0), true for a track that an argument has named. No track may be given
+// twice.
 using TakenTracks = std::array<bool, kMaxTracks>;
 
+// Marks `count` tracks from `first` on as named. False, with a message on standard error, when one
+// of them was named before.
 bool Take(std::uint32_t first, std::uint32_t count, TakenTracks* taken) {
   for (std::uint32_t t = first; t < std::min(first + count, kMaxTracks); ++t) {
     if ((*taken)[t]) {
@@ -41,7 +44,8 @@ WAV_FILE_INFO* FindInLibrary(const APP_STATE_INFO& app, std::u16string_view path
   return nullptr;
 }
 
-// The library entry of the file, added when it is not there yet; null when it is refused.
+// The library entry of the file at `path`, added when the library does not hold it yet. Null, with
+// a message on standard error, when the file is refused.
 WAV_FILE_INFO* AddToLibrary(const std::string& path, APP_STATE_INFO* app) {
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
   if (WAV_FILE_INFO* known = FindInLibrary(*app, fullPath)) return known;

@@ -1,4 +1,7 @@
-// From the arguments of a command to the state record that describes its job.
+// Describes the job of a command in the state record, from the arguments of the command.
+//
+// Each function returns kDone when all is well. Otherwise it writes the reason to standard error
+// and returns another exit status. May throw std::bad_alloc.
 
 #pragma once
 
@@ -11,22 +14,29 @@
 
 namespace quorvan::cli {
 
-// Each of these tells what is wrong on standard error and returns the exit status, kDone when all
-// is well.
-
-// Asks CheckClipFor whether the job `kind` takes the loaded clip.
+// Checks whether the job `kind` can work on the loaded clip at all (CheckClipFor). kFailed when
+// not.
 int CheckClipOrSay(JobKind kind, const APP_STATE_INFO& app);
 
-// Puts files and silence on the tracks of the loaded clip and switches them ON.
+// Puts the source files and the silence of `arguments` on tracks of the loaded clip and switches
+// these tracks ON. A file of several channels also takes the tracks behind its first track.
+// kWrongUsage when no track is named, an argument cannot be read, silence is meant for a track that
+// the clip does not have, or a track is given twice; kFailed when a file cannot be used or does not
+// fit on its tracks; kInterrupted when the operator stopped the reading of a file. Files placed
+// before a failure stay placed.
 int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app);
 
-// Sets a range of the job; PrepareOrSay compares the range with the clip.
+// Stores the range of `arguments` in the members of `tracks` that `fields` names. kWrongUsage when
+// a text is no timecode on the base of the clip. PrepareOrSay compares the range with the clip.
 int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STATE_INFO* app);
 
-// Prepares the job `kind`.
+// Makes `kind` the job of `app` and checks its arguments (PrepareJob). kFailed when it cannot
+// start.
 int PrepareOrSay(JobKind kind, APP_STATE_INFO* app);
 
-// Reads "1,3-5" into tracks from 0, ascending, each of which the clip must have.
+// Reads a list such as "1,3-5" into `*tracks`: tracks from 0, ascending, each once. kWrongUsage,
+// with `*tracks` unchanged, when `text` is no such list or names a track that the clip does not
+// have.
 int ReadTrackList(const std::string& text, const APP_STATE_INFO& app,
                   std::vector<std::uint32_t>* tracks);
 

@@ -16,7 +16,8 @@ bool IsLowSurrogate(char16_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-// Bytes that are no UTF-8 stand as lone low surrogates in the UTF-16 of this program.
+// Returns `text` with U+FFFD for every byte that is no UTF-8. ToUtf16 turns such a byte into a low
+// surrogate without a high surrogate in front.
 std::string ValidUtf8(std::string_view text) {
   std::u16string units = platform::ToUtf16(text);
   for (std::size_t i = 0; i < units.size(); ++i) {

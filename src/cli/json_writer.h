@@ -1,4 +1,5 @@
-// JSON (RFC 8259) as text, two blanks an indent, written as it comes: no tree of it is ever held.
+// Writes JSON (RFC 8259) as text, indented by two blanks for each level. Every value is written
+// when it comes, and no tree of values is held in memory.
 
 #pragma once
 
@@ -11,13 +12,17 @@
 
 namespace quorvan::cli {
 
+// Writes one JSON value, as a rule an object. `name` is empty for an item of an array and for the
+// outermost value; elsewhere it names the value within its object, in characters that JSON does not
+// escape.
 class JsonWriter {
  public:
-  // Appends to `text`, which whoever fills an object or an array may shorten.
+  // Appends to `text`, which must live as long as this object. While an object or an array is
+  // filled, the caller may take written text out of `text`.
   explicit JsonWriter(std::string* text) : text_(*text) {}
 
-  // A value with its name, of letters alone, within an object, or without a name within an array.
-  // A number that is not finite shows as null; bytes of a text that are no UTF-8 show as U+FFFD.
+  // Writes a value. A number that is not finite becomes null; in a text (UTF-8), bytes that are no
+  // UTF-8 become U+FFFD.
   void Field(std::string_view name, std::string_view text);
   void Field(std::string_view name, const char* text) { Field(name, std::string_view(text)); }
   void Field(std::string_view name, std::integral auto number) {
@@ -26,10 +31,10 @@ class JsonWriter {
   void Field(std::string_view name, double number) {
     Raw(name, std::isfinite(number) ? fmt::format("{}", number) : "null");
   }
+  // Writes a text as an item of an array.
   void Item(std::string_view text) { Field({}, text); }
 
-  // An object or an array, whose contents `fill` writes; without a name within an array and at the
-  // top.
+  // Writes an object or an array, whose contents `fill`, called without arguments, writes.
   template <typename Fill>
   void Object(std::string_view name, Fill fill) {
     Nest(name, '{', '}', fill);
@@ -60,7 +65,7 @@ class JsonWriter {
 
   std::string& text_;
   std::size_t depth_ = 0;
-  bool isEmpty_ = true;  // the object or array that is being filled
+  bool isEmpty_ = true;  // the object or array being filled has no value yet
 };
 
 }  // namespace quorvan::cli

@@ -23,7 +23,7 @@ std::string ResultText(const MXF_AUDIO_INFO& audio) {
       audio.integratedLoudness, audio.truePeak, audio.loudnessRange);
 }
 
-// A loudness below every measure, that of silence, shows as null.
+// The results as JSON; the loudness of silence, which is not finite, becomes null.
 std::string ResultJson(const MXF_AUDIO_INFO& audio) {
   std::string text;
   JsonWriter json(&text);

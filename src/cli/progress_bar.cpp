@@ -40,7 +40,7 @@ std::string BarLine(const JobProgress& progress, std::string_view unit, double e
                      done, total, unit, 100.0 * share, TimeLeft(elapsed, share));
 }
 
-// The stage's name, when a line has room for it.
+// The text of the stage; empty when the line has no room for it.
 std::string StageLine(const char16_t* stage, int columns) {
   std::string line = platform::ToUtf8(stage);
   if (line.size() >= static_cast<std::size_t>(columns)) line.clear();
@@ -57,7 +57,7 @@ void Draw(const JobProgress& progress, std::string_view unit, double started) {
   PrintRaw("\r" + line + "\x1b[K");
 }
 
-// A bar that cannot be drawn must not end the job.
+// Draws the bar. A bar for which memory is out is left out: it must not end the job.
 void TryToDraw(const JobProgress& progress, std::string_view unit, double started) {
   try {
     Draw(progress, unit, started);

@@ -1,5 +1,5 @@
-// Runs a job on a thread of its own while this one shows how far it is and hands on the interrupt
-// key.
+// Runs a job on a thread of its own while the calling thread shows its progress and passes on the
+// interrupt key.
 
 #pragma once
 
@@ -10,14 +10,17 @@
 
 namespace quorvan::cli {
 
-// Runs `job` to its end. With a terminal on standard error a bar shows how many of `unit` (frames,
-// bytes) `progress` counts, the percentage and the time left; while there is nothing to count, the
-// stage. The interrupt key sets `cancel` of `progress`. False, without a call of `job`, when there
-// is no thread for it. `job` must not throw.
+// Runs `job`, which must not throw, and returns true when it has ended. False, without a call of
+// `job` or `exchange`, when the system has no thread for it. The interrupt key sets `cancel` of
+// `progress`.
 //
-// `exchange`, where there is one, is called on this thread every few milliseconds while the job
-// runs, and once behind its end: it copies into `progress` what a job counts elsewhere, and hands
-// on `cancel`.
+// When standard error is a terminal, it shows a bar with the numbers that `progress` counts, their
+// unit `unit` ("frames", "bytes"), the percentage and the time left. While `total` is 0, it shows
+// the stage instead, if there is a stage.
+//
+// `exchange`, where it is not empty, is called on the calling thread every few milliseconds while
+// the job runs, and once after its end. It copies into `progress` what a job counts elsewhere and
+// passes on `cancel`.
 bool RunWithProgress(const std::function<void()>& job, std::string_view unit, JobProgress* progress,
                      const std::function<void()>& exchange = {});
 

@@ -21,6 +21,8 @@ bool IsYes(std::string_view answer) {
   return answer == "y" || answer == "Y" || answer == "yes" || answer == "YES";
 }
 
+// Asks on the terminal whether there is a backup; `yes` answers in advance. kFailed without a
+// terminal, kInterrupted for any answer but yes.
 int ConfirmBackup(bool yes, bool keepsUmids) {
   if (yes) return kDone;
   if (!platform::InputIsTerminal() || !platform::ErrorIsTerminal()) {
@@ -34,7 +36,7 @@ int ConfirmBackup(bool yes, bool keepsUmids) {
   return kInterrupted;
 }
 
-// A clip whose UMIDs cannot be renewed is rewritten only when that is what was asked for.
+// A clip whose UMIDs cannot be renewed is rewritten only with --keep-umids; else kFailed.
 int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
   if (!NeedsOldIdentity(*app)) return kDone;
   app->tracks->keepUmids = keepUmids ? 1 : 0;
@@ -45,6 +47,7 @@ int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
   return kFailed;
 }
 
+// kFailed when the log beside the clip would have a name that is too long for a file.
 int CheckLogName(const APP_STATE_INFO& app) {
   if (CanHaveRewrapLog(app.mxfPath)) return kDone;
   PrintError(NoRewrapLogMessage(app.mxfPath));
@@ -52,7 +55,8 @@ int CheckLogName(const APP_STATE_INFO& app) {
   return kFailed;
 }
 
-// The rewrite stands, with or without a log. True when there is one.
+// Writes the log of the rewrite. False, with a message on standard error, when there is no log; the
+// rewritten clip stays rewritten.
 bool WriteLog(std::int32_t result, APP_STATE_INFO* app) {
   std::u16string failure;
   if (LogRewrite(result, app, &failure)) return true;
@@ -60,8 +64,8 @@ bool WriteLog(std::int32_t result, APP_STATE_INFO* app) {
   return false;
 }
 
-// Writes the log of a rewrite that is done and tells the outcome. The clip is done: whatever
-// happens to the words about it, the status tells so.
+// Writes the log of a finished rewrite, writes the outcome and returns the exit status. The status
+// tells that the clip is rewritten even when the log or the text of the outcome cannot be written.
 int ReportDone(bool noLog, JobOutcome outcome, APP_STATE_INFO* app) {
   try {
     const bool logged = !noLog && WriteLog(outcome.result, app);

@@ -1,5 +1,5 @@
-// The commands of the program, with the texts and keys of its menus. Texts carry their mnemonic
-// behind "&".
+// The commands of the program, and the texts and keys of its menus. In a text, "&" stands in front
+// of the item's mnemonic.
 
 #pragma once
 
@@ -42,24 +42,26 @@ enum Command : std::uint32_t {
   kMeasureLoudness = 32931,
 };
 
-// One line of a menu: a command, a line between groups, or a menu of its own.
+// One line of a menu: a command, a separator between groups, or a submenu.
 struct MenuItem {
-  Command command;           // kNoCommand for a line and a submenu
-  std::u16string_view text;  // empty for a line
-  std::u16string_view keys;  // as shown behind the text, empty for none
-  std::span<const MenuItem> submenu;
+  Command command;                    // kNoCommand for a separator and a submenu
+  std::u16string_view text;           // empty for a separator
+  std::u16string_view keys;           // shown behind the text; empty for none
+  std::span<const MenuItem> submenu;  // empty for a command and a separator
 };
 
-// The menu bar, whose items are all submenus, and what opens on a right click in each view.
+// The items of the menu bar, each of which is a submenu.
 std::span<const MenuItem> MainMenu();
+// The menu that a right click in the track view opens, and the menu of the library view.
 std::span<const MenuItem> TrackPopup();
 std::span<const MenuItem> LibraryPopup();
 
-// A key that runs a command, in the form of QKeySequence's portable text.
+// A key that runs a command. `keys` is the portable text of a QKeySequence, terminated with a zero.
 struct Accelerator {
   std::string_view keys;
   Command command;
 };
+// Every key of the program.
 std::span<const Accelerator> Accelerators();
 
 }  // namespace quorvan

@@ -7,7 +7,7 @@
 namespace quorvan {
 namespace {
 
-// What an item needs, as a set.
+// The conditions under which a command or button is enabled, as bits of a set: all must be met.
 enum Need : std::uint32_t {
   kAlways = 0,
   kLoaded = 1,
@@ -20,9 +20,10 @@ enum Need : std::uint32_t {
   kNever = 128,
 };
 
+// The conditions of a command while the track view shows and while the library view shows.
 struct Rule {
   Command command;
-  std::uint32_t inTrackView;
+  std::uint32_t inTrackView;  // set of Need
   std::uint32_t inLibraryView;
 };
 
@@ -95,7 +96,7 @@ constexpr Rule kLibraryPopupRules[] = {
     InEveryView(kAssignWav, kLoaded | kEntries | kOneWav),
 };
 
-// By MainButton.
+// Sets of Need, indexed by MainButton.
 constexpr std::uint32_t kButtonNeeds[] = {kNotLoaded, kLoaded, kLoaded | kRange, kLoaded,
                                           kLoaded,    kLoaded, kLoaded};
 
@@ -124,7 +125,7 @@ bool Meets(const EnableFacts& facts, std::uint32_t needs) {
 }  // namespace
 
 EnableFacts FactsOf(const APP_STATE_INFO& app) {
-  const bool loaded = app.mxfLoaded == 1;  // the worker may be writing the records if not
+  const bool loaded = app.mxfLoaded == 1;  // while not, a worker may be writing the records
   return {loaded,
           IsRangeSet(app.rewrapPointSet),
           loaded && app.mxf->audio->trackCount != 0,

@@ -1,4 +1,4 @@
-// The table of the WAV library: its columns, its colours and its order.
+// The columns, colours and sort order of the table that shows the WAV library.
 
 #pragma once
 
@@ -13,31 +13,39 @@
 
 namespace quorvan {
 
+// One column of the table.
 struct WavColumnSpec {
   std::u16string_view title;
-  double share;         // of the reference width
-  Command sortCommand;  // kNoCommand for a column that does not sort
+  double share;         // width of the column as a part of the width of ListReference
+  Command sortCommand;  // kNoCommand for a column by which nothing is sorted
 };
+// The columns, indexed by WavColumn.
 extern const std::array<WavColumnSpec, kWavColumns> kWavColumnSpecs;
 
-// Width of a column, in pixels, in a view of that size.
+// The width in pixels of column `column` (a WavColumn) in a view of `width` x `height` pixels, the
+// client area without the status bar.
 std::int32_t ColumnWidth(std::size_t column, std::int32_t width, std::int32_t height);
 
 struct RowColors {
   COLOR background;
   COLOR text;
 };
+// The colours of row `row`, counted from 0 in display order. They alternate from row to row and are
+// red tones while the file of the row is assigned to a track.
 RowColors ColorsOfRow(std::size_t row, bool assigned);
 
-// True when the first name comes before the second one where people look for it.
+// Tells whether the first file name comes before the second in the order that the operator expects.
 using NameOrder = std::function<bool(std::u16string_view, std::u16string_view)>;
 
-// Sorts the index of `app` by the column of `command`, ascending or not, names by `order`. The
-// library's own order stays.
+// Sorts `wavIndex` of `app` by the column whose sort command is `command`, ascending or descending;
+// file names are compared by `order`. Rows with equal values keep their order, and the list of the
+// library keeps its own. Does nothing when no column has that command or the library has no index.
 void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending, const NameOrder& order);
 
-// The pass over the list's rows: which are selected, as flags by row, and which one has the focus,
-// -1 for none. Fills `selected` of the entries, selectedWavCount and currentWavItem.
+// Stores the selection of the table in `app`: `selected` of each entry, selectedWavCount and
+// currentWavItem. `selected` holds one flag for each row in display order, not 0 for a selected
+// row; `focusRow` is the row with the focus, from 0, or -1 for none, which leaves currentWavItem as
+// it is. Without an index only selectedWavCount changes, to 0.
 void TakeListSelection(APP_STATE_INFO* app, std::span<const std::uint8_t> selected,
                        std::int32_t focusRow);
 

@@ -59,8 +59,8 @@ constexpr LabelSpec kLabels[] = {
     Point(kDurTimecodeText, kWhite),
 };
 
-// A control whose left edge stands at a distance from the middle. Its top counts from the top of
-// the view or, where it is negative, from its bottom.
+// The place of a control, in pixels. Its left edge lies `fromMiddle` right of the middle of the
+// view. Its top counts from the top of the view; a negative `top` counts from the bottom.
 struct Placement {
   std::uint32_t id;
   std::int32_t fromMiddle;

@@ -1,5 +1,5 @@
-// Where everything on the main window lies, in pixels of its client area, and in which colours and
-// typefaces it shows.
+// The places of all controls of the main window, in pixels of its client area, and their colours
+// and typefaces.
 
 #pragma once
 
@@ -12,7 +12,8 @@
 
 namespace quorvan {
 
-inline constexpr std::int32_t kMinimumWidth = 1280;  // of the whole window
+// Smallest size of the main window, in pixels, without its frame.
+inline constexpr std::int32_t kMinimumWidth = 1280;
 inline constexpr std::int32_t kMinimumHeight = 631;
 
 struct COLOR {
@@ -33,12 +34,12 @@ enum class FontFamily { kFixedPitch, kJapanese };
 
 struct FontSpec {
   FontFamily family;
-  std::int32_t height;  // pixels, of the cell
-  std::int32_t width;   // average, 0 for the typeface's own
+  std::int32_t height;  // pixels of the character cell
+  std::int32_t width;   // average letter in pixels; 0 for the typeface's own
   std::int32_t weight;  // 400 normal, 700 bold
 };
 
-// By the number under which the controls name them.
+// The fonts, indexed by the number that the controls use.
 inline constexpr std::array<FontSpec, 9> kFonts = {{
     {FontFamily::kFixedPitch, 18, 0, 400},
     {FontFamily::kJapanese, 22, 0, 400},
@@ -51,7 +52,7 @@ inline constexpr std::array<FontSpec, 9> kFonts = {{
     {FontFamily::kJapanese, 50, 33, 600},
 }};
 
-// Numbers of the controls.
+// The numbers of the controls, which are also their object names.
 enum ControlId : std::uint32_t {
   kLoadButton = 5008,
   kViewButton = 5009,
@@ -85,25 +86,27 @@ enum ControlId : std::uint32_t {
 enum class HorizontalAlign { kLeft, kCenter, kRight };
 enum class VerticalAlign { kTop, kCenter };
 
-// A text on the window: one line, with an ellipsis where it does not fit.
+// A label of the window: one line of text, with an ellipsis where it does not fit.
 struct LabelSpec {
   ControlId id;
-  std::size_t font;
+  std::size_t font;  // index of kFonts
   COLOR color;
   HorizontalAlign horizontal;
   VerticalAlign vertical;
-  std::u16string_view caption;  // of a label whose text never changes
+  std::u16string_view caption;  // the text of a label that never changes; else empty
 };
+// All labels of the main window.
 std::span<const LabelSpec> Labels();
 
-// Where a control lies in a view of `width` x `height`, the client area without the status bar.
-// Empty for a number of no control.
+// The rectangle of the control `id` in a view of `width` x `height` pixels, the client area without
+// the status bar. Empty when no control has that number.
 RECTANGLE ControlRect(ControlId id, std::int32_t width, std::int32_t height);
 
-// The rectangle from which the widths of the library's columns are reckoned.
+// The rectangle whose width the `share` of each library column multiplies, in a view of `width` x
+// `height` pixels.
 RECTANGLE ListReference(std::int32_t width, std::int32_t height);
 
-// Right ends of the status bar's first two fields.
+// The right ends, in pixels, of the first two fields of a status bar of `width` pixels.
 std::array<std::int32_t, 2> StatusFieldEnds(std::int32_t width);
 
 }  // namespace quorvan

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kMostChars = 9;
 constexpr std::size_t kDigits = 8;
 
-// Largest hours, minutes, seconds and frames by fpsIndex.
+// Largest valid hours, minutes, seconds and frames, indexed by fpsIndex.
 constexpr std::array<TimeFields, kTimecodeBases> kFieldLimits = {{
     {23, 59, 59, 23},
     {23, 59, 59, 24},
@@ -20,6 +20,7 @@ constexpr std::array<TimeFields, kTimecodeBases> kFieldLimits = {{
     {23, 59, 59, 59},
 }};
 
+// The fields of the last eight digits among the first nine characters.
 TimeFields FieldsOf(std::u16string_view text) {
   text = text.substr(0, kMostChars);
   TimeFields fields{};
@@ -44,7 +45,7 @@ bool IsWithin(const TimeFields& fields, const TimeFields& limits) {
 
 std::optional<std::u16string> PlainTimecodeText(std::u16string text) {
   constexpr std::u16string_view kCharacters = u"0123456789:;., ";
-  constexpr char16_t kWideToPlain = u'０' - u'0';  // the wide forms stand in the same order
+  constexpr char16_t kWideToPlain = u'０' - u'0';  // wide forms have the order of the plain ones
   for (char16_t& c : text) {
     if (c >= u'！' && c <= u'～') c = static_cast<char16_t>(c - kWideToPlain);
     if (kCharacters.find(c) == std::u16string_view::npos) return std::nullopt;

@@ -1,4 +1,4 @@
-// The entry of an IN or OUT point, as the main window and two dialogs have it.
+// The field in which the operator types an IN or OUT point: what it accepts and what it stores.
 
 #pragma once
 
@@ -12,36 +12,42 @@
 
 namespace quorvan {
 
+// The point that an entry sets; kNoTarget while no entry is open.
 enum TimecodeTarget : std::int32_t { kNoTarget = -1, kInTarget = 0, kOutTarget = 1 };
 
+// Result of an entry.
 enum class EntryResult {
   kAccepted = 0,
-  kMissing = -1,
-  kFieldTooLarge = -2,
-  kBeforeStart = -3,
-  kBehindEnd = -4,
+  kMissing = -1,        // no target, or a clip without a timecode base
+  kFieldTooLarge = -2,  // hours, minutes, seconds or frames above their limit
+  kBeforeStart = -3,    // in front of the first frame of the clip
+  kBehindEnd = -4,      // behind the last frame of the clip
 };
 
-// `text` as it may stand in the entry: with the wide forms of digits and marks, which Japanese
-// input gives, made plain. Nothing when anything else is in it than digits and what stands between
-// them.
+// Returns `text` with the wide forms of digits and marks, which Japanese input gives, replaced by
+// the plain forms. Nothing when the result would hold anything else than digits, blanks and the
+// marks ":", ";", "." and ",".
 std::optional<std::u16string> PlainTimecodeText(std::u16string text);
 
-// Checks `text` and stores it as the point `target` of the range. It counts from its end: of its
-// first nine characters the last eight digits, whatever stands between them.
+// Checks `text` and stores its timecode as the point `target` of the range. `fields` names the
+// members of `tracks` that hold the range; `pointSet` tells which of its points are set. Of the
+// first nine characters of `text` the last eight digits count; all other characters are ignored,
+// and missing digits on the left count as 0.
 //
-// Accepted, the point is set, and one that would lie on the wrong side of it moves up to it. A
-// point in front of the clip or behind its end counts as not set from then on; with a field above
-// its limit all stays as it was.
+// With kAccepted the point is stored and set, `enteredTimecode` holds it, and the other point, if
+// it is set and would make IN lie behind OUT, becomes the same point. With kBeforeStart and
+// kBehindEnd the point counts as not set and keeps its value. With kMissing and kFieldTooLarge
+// nothing changes.
 EntryResult ApplyTimecodeEntry(APP_STATE_INFO* app, TimecodeTarget target,
                                const RangeFields& fields, PointSet* pointSet,
                                std::u16string_view text);
 
-// What the operator is told of a refusal; empty for kAccepted and kMissing.
+// The message about a refused entry; empty for kAccepted and kMissing.
 std::u16string_view EntryRefusal(EntryResult result);
+// Title of the message.
 inline constexpr std::u16string_view kEntryTitle = u"タイムコード入力";
 
-// Which entry opens next when `target` was accepted: OUT behind IN, none behind OUT.
+// The entry that opens after `target` was accepted: OUT after IN, none after OUT.
 TimecodeTarget NextTarget(TimecodeTarget target);
 
 }  // namespace quorvan

@@ -7,11 +7,11 @@ namespace quorvan {
 namespace {
 
 constexpr std::int32_t kRowsMargin = 13;    // from the top band to the first row
-constexpr std::int32_t kRowsOutside = 340;  // both bands and the margins of the rows
+constexpr std::int32_t kRowsOutside = 340;  // both bands and the margins around the rows
 constexpr std::int32_t kTrackAreaTop = 163;
 constexpr std::int32_t kChannelMarkWidth = 25;
-constexpr std::int32_t kChannelMarkGap = 45;  // left of the lamp's place
-constexpr double kLampShare = 85;             // hundredths of half the width, from the middle
+constexpr std::int32_t kChannelMarkGap = 45;  // from the mark's left edge to the lamp's
+constexpr double kLampShare = 85;  // distance from the middle, in hundredths of half the width
 constexpr double kNameShare = 75;
 constexpr std::int32_t kArrowMargin = 10;  // from the track area's edge
 
@@ -39,7 +39,8 @@ void MoveRows(APP_STATE_INFO* app, std::int32_t distance) {
   }
 }
 
-// How many rows fit, and which of them is the first, with what is left for a partial one.
+// Stores how many rows fit, the track of the first row, and the height of the row that is cut, if
+// there is one.
 void CountRows(APP_STATE_INFO* app, std::int32_t height) {
   const std::int32_t room = std::max(height - kRowsOutside, 0);
   const std::int32_t tracks = TrackCount(*app);
@@ -123,7 +124,8 @@ void ScrollDown(APP_STATE_INFO* app) {
   FlipIfAligned(app, kFlushTop);
 }
 
-// After the wheel or the arrows have moved the rows alone, a key first brings the focus row back.
+// Scrolls until the row of the focus track shows, after the wheel or the arrows have moved the rows
+// away from it. `down` is the direction of the key that was pressed.
 void ReturnToFocus(APP_STATE_INFO* app, bool down) {
   if (app->window->viewScrolled != 1) return;
   app->window->viewScrolled = 0;

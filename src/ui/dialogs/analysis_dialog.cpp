@@ -87,7 +87,8 @@ int AnalysisDialog::exec() {
   return QDialog::exec();
 }
 
-// Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
+// Cancel, Escape and the close box only ask the analysis to stop; the dialog closes when the worker
+// reports the end.
 void AnalysisDialog::reject() {
   if (!running_) return QDialog::reject();
   stopping_ = true;
@@ -96,7 +97,8 @@ void AnalysisDialog::reject() {
   ShowProgress();
 }
 
-// The start of a phase clears the request: what was asked for before is asked for again.
+// Shows the progress, and repeats the request to stop: each phase of the analysis clears
+// `stopRequest` when it starts.
 void AnalysisDialog::ShowProgress() {
   if (stopping_) app_.mxf->timecode->stopRequest = 1;
   const MXF_TIMECODE_INFO& timecode = *app_.mxf->timecode;
@@ -117,7 +119,9 @@ void AnalysisDialog::Ended() {
   running_ = false;
 }
 
-// A clip that no job takes can be looked at all the same.
+// Tells why no job can work on the clip, which is loaded all the same so that the operator can look
+// at it, and how many tracks cannot be used. `checked` is true when all timecodes have been
+// compared.
 void AnalysisDialog::TellNotices(bool checked) {
   const std::u16string_view refusal = ClipRefusal(app_);
   if (!refusal.empty()) Tell(this, BoxKind::kWarning, refusal);

@@ -1,4 +1,4 @@
-// What the operator sees while a clip is loaded, and the decision whether it counts as loaded.
+// The dialog that shows the analysis of a clip and decides whether the clip counts as loaded.
 
 #pragma once
 
@@ -19,14 +19,18 @@ class AnalysisDialog : public QDialog {
   Q_OBJECT
 
  public:
-  // `setStatus` writes the status bar's first field. The clip is open in mxfFile.
+  // Makes the dialog for the clip that is open in `mxfFile` of `app`. `setStatus` writes the first
+  // field of the status bar.
   AnalysisDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view)> setStatus,
                  QWidget* parent);
 
-  // Runs the analysis; analysisOk of the state record tells how it went.
+  // Runs the analysis and returns when it has ended and the operator has seen its messages.
+  // `analysisOk` of `app` is then 1 when the clip counts as loaded: it was accepted, or the
+  // operator stopped the comparison of the timecodes and wants to load the clip anyway.
   int exec() override;
 
  protected:
+  // Asks a running analysis to stop; only the end of the analysis closes the dialog.
   void reject() override;
 
  private:
@@ -48,10 +52,10 @@ class AnalysisDialog : public QDialog {
   QLabel* framesTotal_;
   QProgressBar* bar_;
   QPushButton* button_;
-  bool checking_ = false;  // the second phase
+  bool checking_ = false;  // the comparison of the timecodes has begun
   bool running_ = false;
-  bool stopping_ = false;
-  std::uint32_t shownStage_ = UINT32_MAX;  // none yet
+  bool stopping_ = false;                  // the operator has asked the analysis to stop
+  std::uint32_t shownStage_ = UINT32_MAX;  // process code of the shown stage; none yet
 };
 
 }  // namespace quorvan::ui

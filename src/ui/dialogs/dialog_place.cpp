@@ -11,7 +11,7 @@ namespace {
 constexpr int kJobShift = 5;
 constexpr int kNameMargin = 100;
 
-// The window that all dialogs belong to, whichever of them lies between.
+// The main window, which is the last in the chain of parents of `dialog`.
 const QWidget* MainWindowOf(const QDialog* dialog) {
   const QWidget* window = dialog;
   while (window->parentWidget() != nullptr)
@@ -19,7 +19,7 @@ const QWidget* MainWindowOf(const QDialog* dialog) {
   return window;
 }
 
-// What lies below the menu bar.
+// The part of `window` below its menu bar.
 QRect ClientArea(const QWidget* window) {
   const auto* main = qobject_cast<const QMainWindow*>(window);
   const QWidget* menu = main != nullptr ? main->menuWidget() : nullptr;
@@ -32,7 +32,7 @@ void CentreOnWindow(QDialog* dialog) {
   const QWidget* window = MainWindowOf(dialog);
   if (window == dialog) return;
   dialog->adjustSize();
-  // A dialog that has not been shown has no frame yet; that of the window is much the same.
+  // A dialog has no frame before it is shown; the frame of the main window is about as wide.
   const QRect frame = window->frameGeometry();
   const QSize outside = dialog->size() + (frame.size() - window->size());
   dialog->move(frame.left() + (frame.width() - outside.width()) / 2,

@@ -1,4 +1,4 @@
-// Where a dialog stands over its parent.
+// Places dialogs over the main window.
 
 #pragma once
 
@@ -9,18 +9,20 @@
 
 namespace quorvan::ui {
 
-// Centres the dialog, which is about to open, on the main window with its frame.
+// Centres a dialog, which is about to open, on the main window with its frame. Does nothing for a
+// dialog without a parent.
 void CentreOnWindow(QDialog* dialog);
 
-// The same for the dialog of a running job: on the client area, five pixels further to the right,
-// in letters a point larger.
+// Makes the letters of the dialog of a running job a point larger, and places the dialog five
+// pixels right of the centre of the main window's client area. Does nothing for a dialog without a
+// parent.
 void PlaceJobDialog(QDialog* dialog);
 
-// The width of the dialogs that show a running job.
+// Smallest width, in pixels, of the dialogs that show a running job.
 inline constexpr int kJobDialogWidth = 520;
 
-// A centred line with the name of the file at `path`, cut in the middle where it is longer than
-// such a dialog is wide.
+// Makes a centred label of `dialog` that shows the name of the file at `path`, shortened in the
+// middle where it is too long for the dialog of a running job. The whole name is the tool tip.
 QLabel* MakeFileNameLabel(const char* objectName, std::u16string_view path, QDialog* dialog);
 
 }  // namespace quorvan::ui

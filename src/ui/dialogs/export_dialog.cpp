@@ -22,7 +22,7 @@ constexpr int kLastPage = 2;
 constexpr int kLampSize = 52;
 constexpr int kMostPrefixChars = 32;
 
-// One of the eight switches of a page.
+// The switch of a track: number `number` (0 to 7) of the page that shows.
 class LampButton : public QAbstractButton {
  public:
   LampButton(const APP_STATE_INFO& app, const ExportDialogMemory& memory, int number,
@@ -148,7 +148,7 @@ void ExportDialog::TakePrefix() {
                      FromQString(prefix_->text()));
 }
 
-// Enter takes the prefix over; it does not start the export.
+// Enter in the field of the prefix takes the prefix over instead of starting the export.
 bool ExportDialog::eventFilter(QObject* object, QEvent* event) {
   if (object != prefix_ || event->type() != QEvent::KeyPress || !IsEnter(*event)) {
     return RangeDialog::eventFilter(object, event);

@@ -1,4 +1,4 @@
-// Where the operator chooses what becomes BWF files.
+// The dialog in which the operator chooses the tracks and the range to export into BWF files.
 
 #pragma once
 
@@ -12,14 +12,15 @@ namespace quorvan::ui {
 
 // What the dialog remembers from one opening to the next.
 struct ExportDialogMemory {
-  int page = 0;        // of the track switches, 0 to 2
-  bool allOn = false;  // what the last press on "all" has set
+  int page = 0;        // page of track switches that shows, 0 to 2
+  bool allOn = false;  // the last press on "all" has set the switches ON
 };
 
 class ExportDialog : public RangeDialog {
   Q_OBJECT
 
  public:
+  // `memory` must outlive the dialog. `setStatus` writes the first field of the status bar.
   ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetStatus setStatus,
                QWidget* parent);
 

@@ -26,7 +26,7 @@ struct JobTexts {
   std::u16string_view stopped;
 };
 
-// By JobKind; an analysis has a dialog of its own.
+// Texts and ranges, indexed by JobKind; the analysis has a dialog of its own.
 constexpr std::array<JobTexts, 4> kJobTexts = {{
     {kRewrapRange, u"オーディオトラックを再ラップ中...", u"オーディオトラックを再ラップ中...",
      u"オーディオエレメントの再ラップ完了", u"再ラップ処理を中断しました。"},
@@ -103,12 +103,13 @@ int JobDialog::exec() {
   action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));
   ShowProgress();
   timer_.start(kTimerMilliseconds);
-  // Nothing may keep the dialog from showing the job once it runs.
+  // The job starts only when the dialog handles events and can show its progress.
   QMetaObject::invokeMethod(&job_, &JobThread::Start, Qt::QueuedConnection);
   return QDialog::exec();
 }
 
-// Cancel, Escape and the close box: they only ask; the dialog ends when the worker says so.
+// Cancel, Escape and the close box only ask the job to stop; the dialog closes when the worker
+// reports the end.
 void JobDialog::reject() {
   if (!running_) return QDialog::reject();
   stopping_ = true;
@@ -118,7 +119,7 @@ void JobDialog::reject() {
   ShowProgress();
 }
 
-// A job that starts clears the flag: what was asked for before is asked for again.
+// Shows the progress, and repeats the request to stop: a job clears `cancel` when it starts.
 void JobDialog::ShowProgress() {
   if (stopping_) app_.tracks->cancel = 1;
   const std::size_t slot = CountedSlot(*app_.mxf->timecode);
@@ -129,7 +130,7 @@ void JobDialog::ShowProgress() {
   if (percent_ > 0) bar_->setValue(static_cast<int>(done / percent_));
 }
 
-// How long the medium takes nobody knows: the bar has no end.
+// The time that the medium takes is unknown: the bar shows activity without an end.
 void JobDialog::ShowFlush() {
   bar_->setRange(0, 0);
   if (!stopping_) action_->setText("ストレージへの書込み完了を待っています...");
@@ -180,7 +181,7 @@ void JobDialog::ReportRewrite(qint32 result) {
     Tell(parentWidget(), BoxKind::kNotice,
          RewrapCompletionMessage(app_.mxfPath, RewrapLogPath(app_.mxfPath)));
   } else {
-    // The rewrite stands all the same.
+    // The clip is rewritten, although there is no log.
     Tell(parentWidget(), BoxKind::kNotice,
          JobDoneMessage(app_.mxfPath, kRewriteJob, app_.useFileIo));
   }

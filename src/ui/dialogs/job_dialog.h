@@ -1,4 +1,4 @@
-// The window in which a rewrite, an export or a measurement runs.
+// The dialog that shows a running rewrite, export or measurement.
 
 #pragma once
 
@@ -20,13 +20,17 @@ class JobDialog : public QDialog {
   Q_OBJECT
 
  public:
-  // The job is the prepared one. `setStatus` writes the status bar's first field.
+  // Makes the dialog for the job that PrepareJob has prepared in `app`. `setStatus` writes the
+  // first field of the status bar.
   JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view)> setStatus,
             QWidget* parent);
 
+  // Runs the job and returns when it has ended and the operator has seen its messages:
+  // QDialog::Accepted for a job that is done, else the lower 16 bits of its result.
   int exec() override;
 
  protected:
+  // Asks a running job to stop; only the end of the job closes the dialog.
   void reject() override;
 
  private:
@@ -46,9 +50,9 @@ class JobDialog : public QDialog {
   QLabel* action_;
   QProgressBar* bar_;
   QPushButton* button_;
-  double percent_ = 0.01;
+  double percent_ = 0.01;  // frames in a hundredth of the job
   bool running_ = false;
-  bool stopping_ = false;
+  bool stopping_ = false;  // the operator has asked the job to stop
 };
 
 }  // namespace quorvan::ui

@@ -36,7 +36,8 @@ void JobThread::Start() {
   Take({JOB_MSG_FAILED, code, nullptr, text.c_str()});
 }
 
-// On the worker's thread, where nothing may throw: the text goes into memory that it has.
+// Takes a message of the worker, whose thread may not throw: the text goes into memory that is
+// already reserved.
 void JobThread::Take(const JobReport& report) {
   if (report.message == JOB_MSG_PHASE) {
     inSecondPhase_ = true;
@@ -55,7 +56,7 @@ void JobThread::Look() {
     emit PhaseEntered();
   }
   if (!ended_) return;
-  const QString text = ToQString(text_);  // without memory for it, the next look tries again
+  const QString text = ToQString(text_);  // when memory is out, the next look tries again
   look_.stop();
   Finish();
   if (message_ == JOB_MSG_DONE) {
@@ -65,7 +66,8 @@ void JobThread::Look() {
   }
 }
 
-// The last message was the thread's last act: this does not wait for work.
+// Joins the worker's thread. After the last message the thread has nothing left to do, so that the
+// call does not wait for work.
 void JobThread::Finish() {
   if (app_.workerThread.joinable()) app_.workerThread.join();
 }

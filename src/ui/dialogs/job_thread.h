@@ -1,4 +1,4 @@
-// Runs the worker for a dialog and brings its messages to the dialog's own thread.
+// Runs the worker for a dialog and passes its messages to the thread of the dialog.
 
 #pragma once
 
@@ -13,19 +13,26 @@
 
 namespace quorvan::ui {
 
+// Runs one job on the thread `workerThread` of `app`. A timer on the dialog's thread looks for
+// messages of the worker and emits them as signals.
 class JobThread : public QObject {
   Q_OBJECT
 
  public:
   JobThread(APP_STATE_INFO* app, QObject* parent);
+  // Waits for the end of the worker, if it runs.
   ~JobThread() override;
 
-  // Starts the job that the state record describes. Where the system has no thread for it, Failed
-  // comes as of any other job.
+  // Starts the job that `app` describes. When the system has no thread for it, Failed is emitted
+  // like the failure of any other job, with kStageRewrapMapped + kNoThread.
   void Start();
 
  signals:
+  // The analysis has passed and the comparison of the timecodes begins; at most once, before Done
+  // or Failed.
   void PhaseEntered();
+  // The job has ended and its thread is gone: exactly one of Done and Failed is emitted, with the
+  // result of the job and the text for the operator.
   void Done(qint32 result, const QString& text);
   void Failed(qint32 result, const QString& text);
 
@@ -36,14 +43,15 @@ class JobThread : public QObject {
 
   APP_STATE_INFO& app_;
   QTimer look_;
-  bool phaseTold_ = false;
+  bool phaseTold_ = false;  // PhaseEntered has been emitted
 
-  // The worker writes these, the flags last; the dialog's thread reads them behind the flags.
+  // The worker writes the fields below, the two flags last; the dialog's thread reads a field only
+  // after its flag is set.
   std::atomic<bool> inSecondPhase_ = false;
   std::atomic<bool> ended_ = false;
   JobMessage message_ = JOB_MSG_DONE;
   qint32 result_ = 0;
-  std::u16string text_;  // has its memory from the start
+  std::u16string text_;  // Start reserves its memory
 };
 
 }  // namespace quorvan::ui

@@ -28,7 +28,7 @@ constexpr ResultRow kResultRows[] = {
     {"Loudness Range(LRA)", 1059, 1062, "LU", {0, 5}},
 };
 
-// The two lowest selected tracks, from 1.
+// The text that names the two lowest selected tracks, counted from 1.
 QString SourceText(const APP_STATE_INFO& app) {
   int tracks[2] = {};
   int found = 0;

@@ -1,4 +1,5 @@
-// Where the loudness of the two selected tracks is measured and shown.
+// The dialog that measures the loudness of the two selected tracks (EBU R128) and shows the
+// results.
 
 #pragma once
 
@@ -10,6 +11,7 @@ class LoudnessDialog : public RangeDialog {
   Q_OBJECT
 
  public:
+  // `setStatus` writes the first field of the status bar.
   LoudnessDialog(APP_STATE_INFO* app, SetStatus setStatus, QWidget* parent);
 
  protected:
@@ -21,7 +23,7 @@ class LoudnessDialog : public RangeDialog {
   void Measure();
   void ShowResults();
 
-  std::array<DrawnLabel*, 3> values_{};
+  std::array<DrawnLabel*, 3> values_{};  // integrated loudness, true peak, loudness range
 };
 
 }  // namespace quorvan::ui

@@ -67,7 +67,7 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   layout->addWidget(new QLabel("DUR", group), 2, 0, Qt::AlignCenter);
   layout->addWidget(duration, 2, 1);
   layout->addWidget(takeOver, 3, 1);
-  // The edit that takes a display's place has to share its parent.
+  // The edit lies over a display; both must have the same parent.
   entry_ = new TimecodeField(&app_, fields_, &pointSet_, {in, out, duration}, kEntryDigits, group);
   entry_->Edit()->setObjectName("1065");
   entry_->Edit()->setFont(FontOf(4));

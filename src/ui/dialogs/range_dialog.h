@@ -1,4 +1,5 @@
-// What the export and the loudness dialog have in common: the range with its three displays.
+// The part that the export dialog and the loudness dialog have in common: a range of frames with
+// its buttons and displays.
 
 #pragma once
 
@@ -13,37 +14,47 @@
 
 namespace quorvan::ui {
 
+// Writes the first field of the status bar.
 using SetStatus = std::function<void(std::u16string_view)>;
 
 class RangeDialog : public QDialog {
   Q_OBJECT
 
  protected:
+  // `fields` names the members of `tracks` that hold the range, and `pointSet`, which must outlive
+  // the dialog, tells which of its points are set.
   RangeDialog(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
               SetStatus setStatus, QWidget* parent);
 
-  // The buttons IN and OUT, their displays and the one that takes over the rewrite's range.
+  // Makes the group `title` with the buttons IN and OUT, the displays of IN, OUT and duration, and
+  // the button that takes over the range of the rewrite. Also makes `entry_` and `inButton_`.
   QWidget* MakeRangeGroup(const QString& title);
 
-  // A drawn label of the dialog on black.
+  // Makes a drawn label of `width` x `height` pixels with a black field. `id` becomes its object
+  // name, `font` is an index of kFonts, and the text starts at `textStart` of the field.
   DrawnLabel* MakeDisplay(std::uint32_t id, std::size_t font, const COLOR& color, int width,
                           int height, const QPoint& textStart,
                           HorizontalAlign align = HorizontalAlign::kLeft);
 
-  // What is said when the rewrite's range is not complete.
+  // The message when the range of the rewrite cannot be taken over because a point of it is not
+  // set.
   virtual std::u16string_view RewrapRangeRefusal() const = 0;
+  // The title of that message.
   virtual std::u16string_view RewrapRangeTitle() const = 0;
 
-  // True when both points are set; else says so and opens the entry of the first that is not.
+  // True when both points of the range are set. Otherwise tells the operator, under the title
+  // `title`, and opens the entry of the first point that is not set.
   bool RequireRange(std::u16string_view title);
 
-  // True for one of the keys that confirm; `key` is a QKeyEvent.
+  // True when `key`, which must be a QKeyEvent, is a key that confirms: Return or Enter.
   static bool IsEnter(const QEvent& key);
 
-  // Runs the job `kind` in its dialog. False, told under `title`, when it cannot start.
+  // Runs the job `kind` in its dialog. False when the job cannot start, which a message under the
+  // title `title` tells; true whatever the outcome of a job that started.
   bool RunJob(JobKind kind, std::u16string_view title);
 
-  // Enter in the entry is not the default button.
+  // While an entry is open, Enter confirms the entry; it does not press the default button of the
+  // dialog.
   void keyPressEvent(QKeyEvent* event) override;
 
   APP_STATE_INFO& app_;

@@ -124,7 +124,7 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
     edit->setCursorPosition(0);
     edit->setMinimumWidth(QString(field.caption).contains('(') ? kMetaFieldWidth
                                                                : kShortFieldWidth);
-    // A caption that explains itself stands above its field.
+    // A long caption, which explains its value in brackets, stands above its field.
     if (QString(field.caption).contains('(')) {
       form->addRow(new QLabel(field.caption, &dialog));
       form->addRow(edit);

@@ -1,4 +1,4 @@
-// The dialogs that only show or set a few values.
+// The dialogs that only show or set a few values. Each function returns when its dialog is closed.
 
 #pragma once
 
@@ -8,12 +8,13 @@
 
 namespace quorvan::ui {
 
-// The three settings of the program.
+// Shows the three settings of the program, and stores them in `app` when the operator confirms.
 void ShowSettings(APP_STATE_INFO* app, QWidget* parent);
 
-// The identity of the loaded clip, in fields that can be copied.
+// Shows what the metadata of the clip tells about its identity, in fields whose text can be copied.
 void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent);
 
+// Shows name and version of the program.
 void ShowAbout(QWidget* parent);
 
 }  // namespace quorvan::ui

@@ -19,9 +19,9 @@ namespace {
 constexpr auto kPatience = std::chrono::milliseconds(300);
 constexpr int kPollMilliseconds = 30;
 
-// The search for the header of a file.
+// A running search for the header of a file.
 struct Search {
-  std::atomic<std::uint32_t> stop = 0;
+  std::atomic<std::uint32_t> stop = 0;  // 1 gives the search up
   platform::WatchedThread thread;
 };
 
@@ -40,7 +40,8 @@ void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* p
   dialog.exec();
 }
 
-// Without memory for its dialog a search is given up: the operator could not do so.
+// Shows the dialog until the search ends or the operator gives it up, and stops the search. A
+// search whose dialog finds no memory is stopped, since the operator could not give it up.
 void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent) {
   try {
     ShowDialogUntilEnded(search, path, parent);
@@ -53,7 +54,7 @@ void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent)
 
 WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent) {
   if (HoldsWavFile(*app->wavList, path)) return kWavAlreadyAdded;
-  // The thread has a list of its own: the window goes on showing the library meanwhile.
+  // The thread fills a list of its own; meanwhile the window shows the library.
   const auto found = std::make_unique<WAV_FILE_INFO>();
   WavResult result = kWavNoMemory;
   {

@@ -1,4 +1,4 @@
-// Adds a file to the library without the window standing still.
+// Adds a WAV file to the library while the window goes on working.
 
 #pragma once
 
@@ -11,8 +11,10 @@
 
 namespace quorvan::ui {
 
-// AddWavFile of the file at `path` on a thread of its own. A file whose header takes longer to find
-// than an operator notices gets a dialog over `parent` with a button that gives the search up.
+// Adds the file at `path` to the library of `app` as AddWavFile does, on a thread of its own, and
+// returns its result. When the search for the header takes longer than 300 milliseconds, a dialog
+// over `parent` shows the name of the file and a button that gives the search up. kWavNoMemory also
+// when the system has no thread.
 WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent);
 
 }  // namespace quorvan::ui

@@ -28,7 +28,7 @@ Qt::Alignment AlignmentOf(const LabelSpec& spec) {
   return vertical | Qt::AlignLeft;
 }
 
-// The keys of the commands stay theirs while a timecode is typed.
+// True for a key that runs a command. These keys run their commands while a timecode is typed, too.
 bool BelongsToCommand(const QKeyEvent& key) {
   const QKeySequence pressed(key.keyCombination());
   return std::ranges::any_of(Accelerators(), [&](const Accelerator& accelerator) {
@@ -36,14 +36,15 @@ bool BelongsToCommand(const QKeyEvent& key) {
   });
 }
 
-// True for a key that would type something else than a digit.
+// True for a key that would type a printable character other than a digit.
 bool IsForeignText(const QKeyEvent& key) {
   if ((key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0) return false;
   return !key.text().isEmpty() && key.text()[0].isPrint() &&
          (key.text()[0] < '0' || key.text()[0] > '9');
 }
 
-// Lets in what a timecode is written with, however it comes: typed, by an input method or pasted.
+// Accepts the characters of a timecode and no others from an input method and from the clipboard.
+// Of typed characters keyPressEvent lets only digits through.
 class TimecodeCharacters : public QValidator {
  public:
   using QValidator::QValidator;
@@ -88,7 +89,8 @@ void DrawnLabel::paintEvent(QPaintEvent*) {
   painter.drawText(field, alignment | Qt::TextDontClip, line);
 }
 
-// Japanese letters fill their line: one that is higher than the field would lose its edges.
+// Makes Japanese letters no higher than the field, since they fill their line and higher letters
+// would lose their edges.
 void DrawnLabel::resizeEvent(QResizeEvent*) {
   QFont fitting = font();
   const bool tooHigh = kFonts[spec_.font].family == FontFamily::kJapanese && height() > 0 &&
@@ -131,7 +133,7 @@ TimecodeEdit::TimecodeEdit(QWidget* parent) : QLineEdit(parent) {
   setObjectName(QString::number(kTimecodeEdit));
   setAlignment(Qt::AlignRight);
   setFont(FontOf(3));
-  setAcceptDrops(false);  // a file is for the window behind
+  setAcceptDrops(false);  // the window takes dropped files
   setInputMethodHints(Qt::ImhDigitsOnly);
   setValidator(new TimecodeCharacters(this));
 }
@@ -160,7 +162,7 @@ void TimecodeEdit::keyPressEvent(QKeyEvent* event) {
 
 void TimecodeEdit::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  // A menu that opens takes the keys for a while; the entry goes on behind it.
+  // A menu that opens takes the focus for a while; the entry stays open behind the menu.
   if (event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason) return;
   emit FocusLost();
 }

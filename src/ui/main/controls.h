@@ -1,4 +1,4 @@
-// The drawn controls of the main window.
+// The labels, buttons and timecode fields that the program draws.
 
 #pragma once
 
@@ -10,21 +10,25 @@
 
 namespace quorvan::ui {
 
-// One line of text in the colours of its description. The file name and the displays of a range
-// take what is pressed on them; every other label leaves it to what lies behind.
+// One line of text in the font, colour and alignment of its description. The labels of the file
+// name and of IN, OUT and duration in the main window accept presses; every other label passes a
+// press on to its parent.
 class DrawnLabel : public QWidget {
   Q_OBJECT
 
  public:
   DrawnLabel(const LabelSpec& spec, QWidget* parent);
 
+  // Shows `text`, shortened with an ellipsis where it does not fit.
   void SetText(const QString& text);
 
-  // Fills the field behind its text, whose rectangle starts at `textStart`.
+  // Paints the field in the colour `fill` behind the text. The text then starts at `textStart`, in
+  // pixels of the field.
   void SetFill(const QColor& fill, const QPoint& textStart = {});
   const QString& Text() const { return text_; }
 
  signals:
+  // The label was double-clicked, whether or not it accepts presses.
   void DoubleClicked();
 
  protected:
@@ -36,13 +40,14 @@ class DrawnLabel : public QWidget {
 
  private:
   LabelSpec spec_;
-  bool takesPresses_;
+  bool takesPresses_;  // accepts presses
   QString text_;
   QColor fill_;
   QPoint textStart_;
 };
 
-// A button that is a picture. A quick second press is one more press.
+// A button that is shown as a picture; `id` chooses the picture and becomes the object name. The
+// second press of a double click counts as a further press.
 class PictureButton : public QAbstractButton {
   Q_OBJECT
 
@@ -56,7 +61,7 @@ class PictureButton : public QAbstractButton {
   ControlId id_;
 };
 
-// The field in which a timecode is typed, over the display of its point.
+// The field in which a timecode is typed; it lies over the display of its point.
 class TimecodeEdit : public QLineEdit {
   Q_OBJECT
 
@@ -64,8 +69,11 @@ class TimecodeEdit : public QLineEdit {
   explicit TimecodeEdit(QWidget* parent);
 
  signals:
+  // Return or Enter was pressed.
   void Confirmed();
+  // Escape was pressed.
   void Cancelled();
+  // The field lost the focus, except to a menu.
   void FocusLost();
 
  protected:

@@ -104,7 +104,8 @@ void LibraryList::Sort(Command command, bool ascending) {
   };
   SortLibrary(&app_, command, ascending, order);
   model_->Renew();
-  // Neighbouring rows make one range: a selection of many ranges costs their square.
+  // Neighbouring selected rows become one range, since the time for a selection grows with the
+  // square of the number of ranges.
   QItemSelection rows;
   const int count = model_->rowCount({});
   for (int first = 0, row = 0; row < count; first = ++row) {
@@ -139,7 +140,7 @@ std::vector<std::uint8_t> LibraryList::SelectedRows() const {
 }
 
 bool LibraryList::event(QEvent* event) {
-  // The commands' keys come before the table's own.
+  // A key that runs a command runs the command, even if the table has a use for the key.
   if (event->type() == QEvent::ShortcutOverride) return false;
   return QTreeView::event(event);
 }
@@ -155,7 +156,7 @@ void LibraryList::mouseDoubleClickEvent(QMouseEvent* event) {
   if (onRow && event->button() == Qt::LeftButton) emit RowActivated();
 }
 
-// The track view behind the table takes no keys while the table shows.
+// Tab does not move the focus: the track view behind the table takes no keys while the table shows.
 bool LibraryList::focusNextPrevChild(bool) {
   return false;
 }

@@ -1,4 +1,4 @@
-// The table of the WAV library.
+// The table that shows the WAV library.
 
 #pragma once
 
@@ -11,14 +11,14 @@
 
 namespace quorvan::ui {
 
-// Shows the rows of wavIndex, whose texts are ready made.
+// Gives the table the rows of `wavIndex`. The texts of the columns stand ready in the entries.
 class LibraryModel : public QAbstractTableModel {
   Q_OBJECT
 
  public:
   LibraryModel(APP_STATE_INFO* app, QObject* parent) : QAbstractTableModel(parent), app_(*app) {}
 
-  // The index has other rows, or the same ones in another order.
+  // Tells the table that `wavIndex` has other rows, or the same rows in another order.
   void Renew();
 
   int rowCount(const QModelIndex& parent) const override;
@@ -28,35 +28,45 @@ class LibraryModel : public QAbstractTableModel {
 
  private:
   APP_STATE_INFO& app_;
-  int rows_ = 0;  // of the index when it was renewed: entries may have come since
+  int rows_ = 0;  // entries when Renew was called; the library may have grown since
 };
 
+// The table, whose rows count from 0 in display order.
 class LibraryList : public QTreeView {
   Q_OBJECT
 
  public:
   LibraryList(APP_STATE_INFO* app, QWidget* parent);
 
-  // Row 0 alone is selected and has the focus.
+  // Selects row 0 alone and gives it the focus. Does nothing for an empty table.
   void SelectFirstRow();
 
-  // The rows are new; nothing is selected, and the row that had the focus keeps it.
+  // Shows the present rows of `wavIndex`, none of them selected. The focus stays on the row number
+  // that had it, or moves to the last row if there are fewer rows.
   void RenewRows();
 
-  // Sorts the rows and keeps the selected ones selected; the last of them gets the focus.
+  // Sorts the rows by the column of `command`, ascending or descending. The selected files stay
+  // selected, and the last selected row gets the focus; without a selection the row with the same
+  // number keeps it.
   void Sort(Command command, bool ascending);
 
-  // Sets every column's width for a view of that size.
+  // Sets the width of every column for a view of `viewWidth` x `viewHeight` pixels, the client area
+  // of the window without the status bar.
   void ResetColumnWidths(int viewWidth, int viewHeight);
 
-  // Row with the focus, -1 for none, and the selected rows as flags.
+  // The row with the focus, -1 for none.
   int FocusRow() const;
+  // One flag for each row, 1 for a selected row.
   std::vector<std::uint8_t> SelectedRows() const;
 
  signals:
+  // The selection or the row with the focus has changed.
   void SelectionChanged();
+  // The title of a column that sorts was pressed; `command` is its sort command.
   void SortRequested(quint32 command);
+  // A row was double-clicked.
   void RowActivated();
+  // Escape was pressed.
   void Left();
   void PopupRequested(const QPoint& globalPosition);
 

@@ -1,4 +1,4 @@
-// The program with the window.
+// The program with the window: starts it, and allows a single instance.
 
 #include <QApplication>
 #include <QDir>
@@ -19,15 +19,16 @@ namespace {
 constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
 constexpr int kNoMemory = 1;
-constexpr int kPatienceMilliseconds = 200;  // for a holder that is just writing its name
+// How long to wait for another instance that is just writing its lock file.
+constexpr int kPatienceMilliseconds = 200;
 
 QString LockPath() {
   const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
   return QDir(folder.isEmpty() ? QDir::tempPath() : folder).filePath(kInstanceName);
 }
 
-// True when this is the only instance, or nobody can tell. A file that names no holder, as a full
-// disk leaves it, is nobody's lock.
+// True when this is the only instance, or when that cannot be found out. A lock file that names no
+// process, such as a full disk leaves behind, is stale and is removed.
 bool TakeInstance(QLockFile* instance) {
   instance->setStaleLockTime(0);
   if (instance->tryLock(kPatienceMilliseconds)) return true;
@@ -39,8 +40,8 @@ bool TakeInstance(QLockFile* instance) {
   return !named && instance->removeStaleLockFile() && instance->tryLock();
 }
 
-// What the operator does next ends in a message when memory for it is out, not in the end of the
-// program: a job may be running.
+// Shows a message when memory for an operation of the operator is out. The program goes on, since a
+// job may be running.
 class Application : public QApplication {
  public:
   using QApplication::QApplication;
@@ -60,7 +61,7 @@ class Application : public QApplication {
     try {
       quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kError,
                         u"メモリが不足しているため、操作を完了できませんでした。");
-    } catch (const std::bad_alloc&) {  // then the operation has just not happened
+    } catch (const std::bad_alloc&) {  // without memory for the message, nothing is shown
     }
     telling_ = false;
   }
@@ -94,7 +95,7 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
-  } catch (const std::bad_alloc&) {  // before the window stands, or behind it
+  } catch (const std::bad_alloc&) {  // before the window exists or after its end
     std::fputs("MXF Quorvan: out of memory\n", stderr);
     return kNoMemory;
   }

@@ -19,7 +19,7 @@ namespace {
 constexpr ControlId kButtons[] = {kLoadButton, kViewButton, kRewrapButton, kExportButton,
                                   kInButton,   kOutButton,  kDurButton};
 constexpr int kRowClipMargin = 10;
-constexpr int kTrackBandExcess = 5;  // pixels of its fill that reach into the bottom band
+constexpr int kTrackBandExcess = 5;  // pixels by which its fill reaches into the bottom band
 constexpr int kWheelNotch = 120;
 constexpr COLOR kTitleColor = {255, 105, 0};
 constexpr COLOR kSubtitleColor = {255, 225, 255};
@@ -34,7 +34,7 @@ SelectMode ModeOf(Qt::KeyboardModifiers modifiers) {
 }  // namespace
 
 MainView::MainView(APP_STATE_INFO* app, QWidget* parent) : QWidget(parent), app_(*app) {
-  setFocusPolicy(Qt::TabFocus);  // presses give it by themselves where they are meant for it
+  setFocusPolicy(Qt::TabFocus);  // mousePressEvent gives the focus to the view
   for (const LabelSpec& spec : Labels()) {
     auto* label = new DrawnLabel(spec, this);
     label->SetText(ToQString(spec.caption));
@@ -191,7 +191,7 @@ void MainView::mousePressEvent(QMouseEvent* event) {
 
 void MainView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::RightButton && app_.libraryView == 0) {
-    ReleasePress();  // the popup takes every release that is to come
+    ReleasePress();  // the popup menu receives the releases that follow
     emit PopupRequested(event->globalPosition().toPoint());
     setFocus();
     return;
@@ -206,7 +206,8 @@ void MainView::ReleasePress() {
   Apply(ReleaseArrow(&app_, zone));
 }
 
-// A second quick press on a name opens the library; anywhere else it is one more press.
+// A double click on a name opens the library; anywhere else the second press counts as a further
+// press.
 void MainView::mouseDoubleClickEvent(QMouseEvent* event) {
   const QPoint at = event->position().toPoint();
   const bool onName = app_.mxfLoaded == 1 && app_.libraryView == 0 &&

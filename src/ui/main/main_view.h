@@ -1,5 +1,6 @@
-// The surface of the main window between menu and status bar: bands, rows, arrows and the controls
-// on them. It paints what the state record says and hands on what the operator does.
+// The part of the main window between menu bar and status bar: the bands, the rows of the tracks,
+// the arrows and the controls. It paints what the state record says and passes on what the operator
+// does.
 
 #pragma once
 
@@ -18,20 +19,24 @@ class MainView : public QWidget {
  public:
   MainView(APP_STATE_INFO* app, QWidget* parent);
 
+  // The label, or the button, with the number `id`. Throws std::out_of_range when there is none.
   DrawnLabel* Label(ControlId id) const { return labels_.at(id); }
   PictureButton* Button(ControlId id) const { return buttons_.at(id); }
 
-  // Writes all displays of the information panel anew.
+  // Shows the present texts of all displays of the information panel.
   void RefreshInfoPanel();
 
-  // Lays everything out for the present size.
+  // Places all controls, rows and arrows for the present size of the view.
   void LayOut();
 
  signals:
-  // A press, a key or the wheel has changed the state; `refresh` is a set of Refresh.
+  // A press, a key or the wheel has changed the state record; `refresh` is a set of Refresh.
   void Changed(quint32 refresh);
+  // The name of a track was double-clicked.
   void NameDoubleClicked();
+  // The left button went down on the view while the library's table shows over it.
   void PressedBesideList();
+  // The right button was released on the track view, at `globalPosition` of the screen.
   void PopupRequested(const QPoint& globalPosition);
   void Resized();
 

@@ -46,7 +46,7 @@ constexpr std::u16string_view kNoIndexMemory =
     u"メモリ確保でエラーが発生したため、ファイルリストに追加できません。\n"
     u"一度PCを終了させ起動してみてください。";
 
-// A file dialog shows what stands in front of the last brackets.
+// A file dialog shows the part in front of the last brackets, which hold the patterns.
 constexpr char kMxfFilter[] = "MXF(*.mxf) (*.mxf *.MXF)";
 constexpr char kWavFilters[] = "WAV(*.wav) (*.wav *.WAV);;BWF(*.bwf) (*.bwf *.BWF)";
 
@@ -56,8 +56,9 @@ constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
     {MainButton::kDuration, kDurButton}};
 
-// Files are looked at and stay where they are. Whoever is told that they were moved deletes them:
-// no other answer than a copy may be given, whatever was proposed.
+// Accepts a drop of files as a copy, or ignores it; true when it is accepted. The program only
+// reads the files. A source that is told of a move would delete them, so the answer is never
+// anything but a copy, whatever the source proposes.
 bool AcceptAsCopy(QDropEvent* event) {
   const bool taken = QApplication::activeModalWidget() == nullptr && event->mimeData()->hasUrls() &&
                      (event->possibleActions() & Qt::CopyAction) != 0;
@@ -66,7 +67,8 @@ bool AcceptAsCopy(QDropEvent* event) {
   return taken;
 }
 
-// The path of a file on this machine, its bytes as the address spells them.
+// The path of a file on this machine, with the bytes that the address spells; nothing for any other
+// address.
 std::optional<std::u16string> PathOfUrl(const QUrl& url) {
   const QString host = url.host();
   const bool here =
@@ -126,7 +128,8 @@ void MainWindow::MakeMenuBar() {
   }
 }
 
-// Items of the menu bar are kept and carry their keys; those of a popup are as the rules say now.
+// Makes the menu of `items`. The actions of the menu bar are kept in `actions_` and carry their
+// keys; the items of a popup menu are enabled as the rules say at the moment.
 QMenu* MainWindow::MakeMenu(std::span<const MenuItem> items, MenuKind kind, QWidget* parent) {
   auto* menu = new QMenu(parent);
   const EnableFacts facts = FactsOf(app_);
@@ -210,7 +213,7 @@ void MainWindow::ShowPopup(std::span<const MenuItem> items, MenuKind kind, const
   menu->popup(place);
 }
 
-// ---------------------------------------------------------------- what follows the state
+// ---------------------------------------------------------------- refreshes
 
 void MainWindow::RequestRefresh(std::uint32_t refresh) {
   pending_ |= refresh;
@@ -365,7 +368,8 @@ void MainWindow::AddByDialog() {
   ShowAddedFiles(kAddTitle);
 }
 
-// True when at least one was added; each refusal is told, that of the clip once for all.
+// Adds the files to the library; true when at least one was added. Tells each refusal of a file,
+// and a refusal of the clip only once.
 bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title) {
   if (const std::u16string_view refusal = ClipRefusal(app_); !paths.empty() && !refusal.empty()) {
     Tell(this, BoxKind::kWarning, refusal, title);
@@ -410,7 +414,7 @@ void MainWindow::ShowLibrary(bool show) {
 }
 
 void MainWindow::Assign() {
-  Refresh();  // the row that has the focus now
+  Refresh();  // stores the row that has the focus
   const AssignResult result = AssignWavFile(&app_, CurrentWavEntry(app_), app_.focusTrack);
   if (result == AssignResult::kNoEntry) return;
   if (result != AssignResult::kAssigned) {
@@ -467,7 +471,7 @@ bool MainWindow::ConfirmRewrite() {
                   ToQString(BackupQuestion(app_.tracks->keepUmids != 0)), QMessageBox::NoButton,
                   this);
   box.setTextFormat(Qt::PlainText);
-  // Buttons of one role stand in the order in which they come.
+  // Buttons with the same role are shown in the order in which they were added.
   QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::ActionRole);
   QPushButton* yes = box.addButton("はい(&Y)", QMessageBox::ActionRole);
   no->setObjectName("101");
@@ -511,7 +515,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
   for (const QUrl& url : event->mimeData()->urls()) {
     if (const auto path = PathOfUrl(url)) paths.push_back(*path);
   }
-  // Whoever dragged them is let go before the first question.
+  // The source of the drop gets its answer before the operator is asked anything.
   QMetaObject::invokeMethod(
       this, [this, paths] { TakeDropped(paths); }, Qt::QueuedConnection);
 }
@@ -527,7 +531,7 @@ void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {
   if (!added) view_->setFocus();
 }
 
-// False when the clip cannot be opened, which has been told then.
+// Loads the clip at `path`. False, after a message, when it cannot be opened.
 bool MainWindow::LoadDropped(const std::u16string& path) {
   if (!FitsMxfPath(path)) {
     Tell(this, BoxKind::kError, ClipPathTooLongMessage(path), kDroppedMxfTitle);

@@ -1,5 +1,5 @@
-// The window of the program: it turns menus, keys, buttons and dropped files into commands and
-// keeps what is shown in step with the state record.
+// The main window: it turns menus, keys, buttons and dropped files into commands and keeps what it
+// shows in step with the state record.
 
 #pragma once
 
@@ -23,9 +23,11 @@ class MainWindow : public QMainWindow {
  public:
   MainWindow();
 
+  // The state record of the program.
   APP_STATE_INFO& State() { return state_.info; }
 
-  // Runs a command as its menu item does.
+  // Runs a command as its menu item does, without asking whether the item is enabled. A command
+  // that opens a dialog returns when the dialog is closed.
   void Run(Command command);
 
  protected:
@@ -46,7 +48,7 @@ class MainWindow : public QMainWindow {
   std::function<void(std::u16string_view)> StatusSetter();
   void ShowPopup(std::span<const MenuItem> items, MenuKind kind, const QPoint& place);
 
-  // The commands that are more than a call.
+  // Commands that take more than one call.
   void LoadByDialog();
   bool OpenClip(const std::u16string& path);
   void AnalyseOpenClip(const std::u16string& path);
@@ -74,10 +76,10 @@ class MainWindow : public QMainWindow {
   TimecodeField* entry_;
   QLabel* pathField_;
   QLabel* counterField_;
-  std::map<Command, QAction*> actions_;  // of the menu bar
+  std::map<Command, QAction*> actions_;  // items of the menu bar
   ExportDialogMemory exportMemory_;
-  bool sortAscending_ = true;
-  std::uint32_t pending_ = kRefreshNothing;
+  bool sortAscending_ = true;                // order of the next sort
+  std::uint32_t pending_ = kRefreshNothing;  // set of Refresh that the timer will carry out
   QTimer refreshTimer_;
 };
 

@@ -24,13 +24,13 @@ QMessageBox::Icon IconOf(BoxKind kind) {
   return QMessageBox::Information;
 }
 
-// The numbers under which systems know the answers.
+// The object name of the button: the number that Windows gives its answer (IDOK, IDYES, IDNO).
 QString NameOf(QMessageBox::StandardButton button) {
   if (button == QMessageBox::Yes) return "6";
   return button == QMessageBox::No ? "7" : "1";
 }
 
-// A question is left by an answer only: neither Escape nor the close box is one.
+// A message box. Escape and the close box do not close a question: neither is an answer.
 class Box : public QMessageBox {
  public:
   using QMessageBox::QMessageBox;

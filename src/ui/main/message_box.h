@@ -1,4 +1,4 @@
-// The boxes in which the program speaks to the operator.
+// Message boxes for the operator.
 
 #pragma once
 
@@ -12,11 +12,11 @@ namespace quorvan::ui {
 
 enum class BoxKind { kError, kWarning, kNotice, kPlain };
 
-// Shows a text and waits until it is confirmed.
+// Shows a text and returns when the operator has closed the box.
 void Tell(QWidget* parent, BoxKind kind, std::u16string_view text,
           std::u16string_view title = kProgramName);
 
-// Asks a question; true for Yes.
+// Asks a question with the answers Yes and No; true for Yes. The box closes only with an answer.
 bool Ask(QWidget* parent, BoxKind kind, std::u16string_view text,
          std::u16string_view title = kProgramName);
 

@@ -14,13 +14,14 @@ namespace {
 
 constexpr char kGroup[] = "Window";
 constexpr char kValue[] = "position";
-constexpr int kVisiblePixels = 100;  // of the title bar, to get hold of the window
+constexpr int kVisiblePixels = 100;  // of the title bar, enough to move the window by
 
 int Distance(const QRect& a, const QRect& b) {
   return (a.center() - b.center()).manhattanLength();
 }
 
-// The place that a maximized window goes back to: its corner with the frame, its size without.
+// The place to which a minimized, maximized or full-screen window returns: the corner of its frame,
+// and its size without the frame.
 QRect NormalPlace(const QWidget& window) {
   const QRect inner = window.normalGeometry();
   const QWindow* shown = window.windowHandle();
@@ -28,7 +29,8 @@ QRect NormalPlace(const QWidget& window) {
   return inner.translated(-frame.left(), -frame.top());
 }
 
-// Sizes and places of any desktop lie far within. With others, sums would not fit.
+// True for a place within limits that no desktop reaches. Beyond them, sums of coordinates could
+// overflow.
 bool IsPlace(const QRect& rect) {
   constexpr int most = 1 << 20;
   const auto fits = [](int value) { return value >= -most && value <= most; };

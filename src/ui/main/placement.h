@@ -1,4 +1,5 @@
-// The only thing that outlives a run: where the window stood.
+// Keeps the place and size of the main window from one run to the next. Nothing else outlives a
+// run.
 
 #pragma once
 
@@ -6,16 +7,19 @@
 
 namespace quorvan::ui {
 
-// Keeps the place and size of the window when it is neither minimized nor maximized.
+// Stores the place and size of the window; of a minimized, maximized or full-screen window, those
+// to which it returns.
 void SavePlacement(const QWidget& window);
 
-// Brings the window back to where it was, onto a screen that is there. Nothing happens on the first
-// run, or when what is kept is no place that a window can have.
+// Gives the window the stored place and size, moved onto a present screen where necessary. Does
+// nothing when nothing is stored or the stored values cannot be those of a window.
 void RestorePlacement(QWidget* window);
 
-// `kept` as it is when enough of it lies on one of `screens`, but no larger than all of them
-// together; else moved, and cut down to the size, onto the one that is nearest. Never smaller than
-// the window can be.
+// The place of a window that was stored as `kept`, on one of `screens`; all rectangles are in
+// pixels of the desktop. The place is `kept`, no larger than all screens together, when the top of
+// the window and at least 100 pixels of its width lie on a screen. Otherwise the window is moved
+// onto the nearest screen and made no larger than the screen. The result is never smaller than the
+// smallest size of the main window; without any screen it is `kept`.
 QRect OntoScreen(const QRect& kept, const QList<QRect>& screens);
 
 }  // namespace quorvan::ui

@@ -1,4 +1,4 @@
-// Text of the records as Qt has it.
+// Converts text between the records (UTF-16) and Qt.
 
 #pragma once
 
@@ -17,7 +17,7 @@ inline std::u16string FromQString(const QString& text) {
   return text.toStdU16String();
 }
 
-// `text` as a tool tip shows it, whatever marks it holds.
+// The rich text with which a tool tip shows `text` as it stands, marks such as "<" included.
 inline QString TipOf(const QString& text) {
   return "<qt>" + text.toHtmlEscaped() + "</qt>";
 }

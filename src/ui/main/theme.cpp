@@ -12,7 +12,8 @@
 
 #include "ui/main/typefaces.h"
 
-// The resources of a library are not there of themselves; the macro wants the global namespace.
+// A static library's resources are loaded only on request, by a macro that works in the global
+// namespace.
 static void LoadPictures() {
   Q_INIT_RESOURCE(pictures);
 }
@@ -22,12 +23,12 @@ namespace {
 
 constexpr int kDialogPoints = 10;
 constexpr int kToolTipDelay = 1000;  // milliseconds
-constexpr int kLargestScale = 3;     // of the pictures that are there
+constexpr int kLargestScale = 3;     // for which there are pictures
 
-// By TrackSwitch.
+// Parts of picture names, indexed by TrackSwitch.
 constexpr const char* kLampNames[] = {"off", "on", "none"};
 
-// What the pictures of a button are called, by ButtonLook; DUR has a single one.
+// The names of the pictures of a button, indexed by ButtonLook; DUR has the same picture for all.
 struct ButtonPictures {
   ControlId id;
   const char* names[3];
@@ -42,7 +43,7 @@ constexpr ButtonPictures kButtonPictures[] = {
     {kDurButton, {"dur", "dur", "dur"}},
 };
 
-// A tip comes up when the pointer has rested for a second.
+// The style of the system, except that a tool tip shows after the pointer has rested for a second.
 class Style : public QProxyStyle {
  public:
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
@@ -65,8 +66,7 @@ void DressApplication() {
   font.setFamilies(JapaneseTypefaces());
   font.setPointSize(kDialogPoints);
   QApplication::setFont(font);
-  static QTranslator
-      toolkitTexts;  // of standard buttons and file dialogs, where they are installed
+  static QTranslator toolkitTexts;  // of standard buttons and file dialogs, if installed
   if (toolkitTexts.load("qtbase_ja", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     QApplication::installTranslator(&toolkitTexts);
   }
@@ -91,7 +91,7 @@ QFont FontOf(std::size_t index) {
   const bool fixed = spec.family == FontFamily::kFixedPitch;
   font.setFamilies(fixed ? FixedPitchTypefaces() : JapaneseTypefaces());
   font.setStyleHint(fixed ? QFont::Monospace : QFont::SansSerif);
-  // The specified height is that of the cell; a typeface's own size is smaller by its leading.
+  // `height` is that of the character cell; the size of a typeface is smaller by its leading.
   font.setPixelSize(spec.height * 5 / 6);
   font.setWeight(static_cast<QFont::Weight>(spec.weight));
   if (spec.width != 0) font.setStretch(100 * spec.width / QFontMetrics(font).averageCharWidth());

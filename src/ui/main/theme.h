@@ -1,4 +1,4 @@
-// Colours, typefaces and pictures of the window.
+// Colours, typefaces and pictures of the window, and the painting of pictures.
 
 #pragma once
 
@@ -20,24 +20,28 @@ inline QRect ToQRect(const RECTANGLE& r) {
   return QRect(r.left, r.top, r.right - r.left, r.bottom - r.top);
 }
 
-// Font number `index` of kFonts, with the typefaces that the system has.
+// The font `index` of kFonts, in the first of its typefaces that the system has.
 QFont FontOf(std::size_t index);
 
 enum class ButtonLook { kNormal, kPressed, kDisabled };
 
-// Gives the whole program its language and typeface for menus and dialogs, and its picture.
+// Gives the program its language and typeface for menus and dialogs, its delay of tool tips and its
+// icon.
 void DressApplication();
 
-// The picture of that name, as sharp as a screen of `ratio` device pixels to a pixel wants it.
+// The picture `name` at the scale, from 1 to 3, that suits a screen with `ratio` device pixels to a
+// pixel. Empty when there is no picture of that name.
 QPixmap Picture(const QString& name, qreal ratio);
 
-// Fills `rect` with the picture of a button of the main window.
+// Fills `rect` with the picture of the button `id` of the main window. Paints nothing for any other
+// control.
 void PaintButton(QPainter* painter, const QRect& rect, ControlId id, ButtonLook look);
 
-// The lamp of a track, numbered from 1, by its TrackSwitch.
+// Fills `rect` with the lamp of the track `number` (from 1) whose switch is `trackSwitch`, a
+// TrackSwitch.
 void PaintLamp(QPainter* painter, const QRect& rect, int number, std::uint8_t trackSwitch);
 
-// A scroll arrow.
+// Fills `rect` with a scroll arrow that points up or down.
 void PaintArrow(QPainter* painter, const QRect& rect, bool up, bool pressed);
 
 }  // namespace quorvan::ui

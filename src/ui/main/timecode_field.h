@@ -1,4 +1,4 @@
-// The entry of a range's two points: an edit that comes up in the place of a display.
+// The entry of the two points of a range: a field that opens in the place of a display.
 
 #pragma once
 
@@ -15,39 +15,44 @@ class TimecodeField : public QObject {
   Q_OBJECT
 
  public:
+  // The displays of the range.
   struct Displays {
     DrawnLabel* in;
     DrawnLabel* out;
     DrawnLabel* duration;
   };
 
-  // All widgets are children of `host`, which gets the focus back. `digits` is the text limit.
+  // Makes the entry for the range in the members `fields` of `tracks`; `pointSet` tells which of
+  // its points are set and must outlive this object. `host` is the parent of the field and of the
+  // displays, and gets the focus when an entry closes. `digits` is the largest number of characters
+  // of the field.
   TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
                 const Displays& displays, int digits, QWidget* host);
 
-  // Opens the entry of a point.
+  // Opens the entry of the point `target` with the present timecode of the point.
   void Open(TimecodeTarget target);
 
-  // Closes it, if one is open, without taking its text.
+  // Closes the open entry, if there is one, and ignores its text.
   void Cancel();
 
-  // From now on the Escape key leaves an open entry as it is.
+  // From now on the Escape key does not close an open entry.
   void IgnoreEscape();
 
-  // Lays an open entry over its display, which has been moved.
+  // Places an open entry over its display after the display was moved.
   void PlaceEdit();
 
-  // Opens the entry of the first point that is not set, if there is one.
+  // Opens the entry of the first point that is not set. Does nothing when both points are set.
   void OpenFirstUnset();
 
-  // Writes the three displays anew.
+  // Shows the present texts of the three displays.
   void Refresh();
 
   TimecodeEdit* Edit() const { return edit_; }
+  // The point whose entry is open, or kNoTarget.
   TimecodeTarget Target() const { return target_; }
 
  signals:
-  // A point was entered, taken or not: whatever follows the range has to be looked at again.
+  // A timecode was confirmed, accepted or not, which may have changed which points are set.
   void Entered();
 
  private:
@@ -63,7 +68,7 @@ class TimecodeField : public QObject {
   QWidget* host_;
   TimecodeEdit* edit_;
   TimecodeTarget target_ = kNoTarget;
-  bool checking_ = false;  // a loss of focus comes from the check itself
+  bool checking_ = false;  // a confirmed text is being checked: the loss of focus comes from it
 };
 
 }  // namespace quorvan::ui

@@ -12,7 +12,7 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kTipMilliseconds = 30000;
-constexpr int kSlack = 4;  // pixels that a text is laid out wider than it is measured
+constexpr int kSlack = 4;  // pixels by which the layout of a text exceeds its measured width
 constexpr int kLargestHeight = 10000;
 constexpr int kBreakAnywhere = Qt::TextWrapAnywhere | Qt::TextExpandTabs;
 
@@ -26,11 +26,11 @@ void ShowToolTip(const QPoint& place, const ToolTip& tip, std::u16string_view ti
   const int width = std::min(tip.width, metrics.boundingRect(most, kBreakAnywhere, text).width());
   QString head;
   if (!title.empty()) {
-    Picture("information", 1);  // has the pictures loaded
+    Picture("information", 1);  // loads the resources of the pictures
     head = QString("<p><img src=':/pictures/information.png'> <b>%1</b></p>")
                .arg(ToQString(title).toHtmlEscaped());
   }
-  // Only a table keeps the width that it is given.
+  // Of all rich text, only a table keeps a width that is set.
   const QString tipText = QString(
                               "%1<table width='%2' cellspacing='0' cellpadding='0'><tr><td "
                               "style='white-space: pre-wrap'>%3</td></tr></table>")

@@ -1,4 +1,4 @@
-// What shows beside a pointer that rests.
+// Shows tool tips beside a pointer that rests.
 
 #pragma once
 
@@ -12,9 +12,9 @@
 
 namespace quorvan::ui {
 
-// Shows the tip at `place`, a point of the screen, until the pointer leaves `field` of `widget` or
-// half a minute has passed. Its lines are as they stand, wrapped at the tip's width. A title stands
-// above them behind the mark of information; empty for none.
+// Shows `tip` at `place`, in pixels of the screen, until the pointer leaves `field` of `widget` or
+// 30 seconds have passed. The lines of the text are kept, and longer lines are wrapped at the width
+// of the tip. A `title` that is not empty stands above the text, behind the information mark.
 void ShowToolTip(const QPoint& place, const ToolTip& tip, std::u16string_view title,
                  QWidget* widget, const QRect& field);
 

@@ -1,5 +1,5 @@
-// The typefaces in which the program writes, first choice first; the last but one is the typeface
-// that the project's own set-up installs.
+// The typefaces of the program, the first choice first. The last but one is the typeface that the
+// project's own set-up installs.
 
 #pragma once
 
