@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::uint64_t kUsualKag = 512;
 constexpr std::uint64_t kLargestKag = 1 << 20;  // SMPTE 377
-constexpr std::uint64_t kIndexEntryBytes = 12;  // of the random index: BodySID, ByteOffset
+constexpr std::uint64_t kIndexEntryBytes = 12;  // entry of the random index: BodySID, ByteOffset
 constexpr std::uint64_t kOverallLengthBytes = 4;
 
 std::uint64_t PackBytes(const SourcePartition& partition) {

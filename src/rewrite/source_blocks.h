@@ -33,7 +33,7 @@ void FillChannel(const WAV_FILE_INFO& wav, std::uint32_t channel, const std::uin
 // frames, at most `wanted`. 0 when the audio has ended. `wav.blockAlign` must not be 0.
 std::uint64_t SamplesLeft(const WAV_FILE_INFO& wav, std::uint64_t consumed, std::uint64_t wanted);
 
-// Reads and splits the sources of one rewrite. Nothing here throws.
+// Reads and splits the sources of one rewrite. No function of the class throws.
 class SourceBlocks {
  public:
   // `plan`, `mxf` and `files` must outlive the object.
@@ -58,7 +58,7 @@ class SourceBlocks {
   // being written.
   std::uint32_t frames() const { return blockFrames_; }
 
-  // Moves on to the next block: reads what each source file gives to the `frames` frames from
+  // Moves on to the next block: reads the samples of each source file for the `frames` frames from
   // `firstEntry` on, or finds it in the file's view. `firstEntry` counts in the INDEX_ENTRY_ARRAY;
   // it is the plan's first frame in the first call, then the frame behind the block before.
   // `frames` is at most frames(). Prefetches the coming samples from time to time. Returns null, or
