@@ -47,8 +47,8 @@ class SourceBlocks {
 
   // Sets how far ahead the source files are prefetched: `aheadFrames` frames, but not more than the
   // plan has, nor more than fit kMostBlockBytes. Takes memory for a frame of silence and for one
-  // block of each source that is not mapped, so map source files before. Returns false when memory
-  // is out.
+  // block of each source that is not mapped, so call SourceFiles::Map before. Returns false when
+  // memory is out.
   bool AllocateAhead(std::uint32_t aheadFrames);
 
   // Takes memory for one frame of every track. Returns false when memory is out.
