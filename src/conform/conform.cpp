@@ -40,7 +40,7 @@ bool CancelWanted(const JobProgress& progress) {
   return progress.cancel.load(std::memory_order_relaxed) != 0;
 }
 
-// The unfinished copy, removed again unless it is given its name.
+// The copy until it has its name. The destructor removes the file unless TakeName has succeeded.
 class UnfinishedCopy {
  public:
   UnfinishedCopy(const UnfinishedCopy&) = delete;
@@ -58,8 +58,8 @@ class UnfinishedCopy {
 
   platform::File& file() { return file_; }
 
-  // False when the copy has not got its name, or the folder with the name is not on the medium: it
-  // is removed then.
+  // Closes the copy, renames it to `out` and brings the folder with the name onto the medium. False
+  // when one of these steps fails; the destructor then removes the file.
   bool TakeName(const std::u16string& out) {
     if (!file_.Close() || !platform::RenameWithoutReplacing(path_, out)) return false;
     path_ = out;
@@ -85,7 +85,8 @@ class UnfinishedCopy {
   bool exists_ = false;
 };
 
-// Writes the parts of the copy and counts what is written.
+// Writes the parts of the copy and counts the bytes in `progress`. A function that returns false
+// has put the cause into `reason`.
 struct CopyWriter {
   const platform::File& in;
   platform::File& out;
@@ -131,7 +132,7 @@ struct CopyWriter {
     return Write(fill);
   }
 
-  // The KLVs with their lengths in the written form, and a fill up to `bytes` in all.
+  // Copies the KLVs with new headers, and writes a fill behind them up to `bytes` bytes in all.
   bool WriteKlvs(const std::vector<KlvSpan>& klvs, std::uint64_t bytes) {
     for (const KlvSpan& klv : klvs) {
       std::vector<std::uint8_t> header;
@@ -146,7 +147,7 @@ std::uint64_t EssenceOffset(const ConformLayout& layout, const TargetPartition& 
   return partition.offset + layout.kagSize + partition.headerByteCount + partition.indexByteCount;
 }
 
-// Everything but the essence, each part at its place.
+// Writes all parts of the copy but the essence, each part at its place.
 bool WriteSkeleton(const std::vector<SourcePartition>& map, const ConformLayout& layout,
                    CopyWriter* writer) {
   for (std::size_t i = 0; i < map.size(); ++i) {
@@ -172,9 +173,10 @@ bool WriteEssence(const std::vector<SourcePartition>& map, const ConformLayout& 
   return true;
 }
 
-// The analysis takes a partition's essence for one stretch behind its index table and does not look
-// where an entry leads: an index that means another place would only show as a wrong byte in a
-// frame.
+// True when a KLV key starts at file offset `offset` and the offset lies in the essence of a
+// partition. The analysis assumes that the essence of a partition is one stretch behind its index
+// table, and does not read at the places to which the index leads. Without this check, an index
+// that counts from another place would give frames with wrong bytes.
 bool FrameStandsAt(const platform::File& file, const ConformLayout& layout, std::uint64_t offset) {
   const bool inEssence = std::any_of(
       layout.partitions.begin(), layout.partitions.end(), [&](const TargetPartition& partition) {
@@ -186,8 +188,9 @@ bool FrameStandsAt(const platform::File& file, const ConformLayout& layout, std:
          prefix == kUlPrefix;
 }
 
-// Looks at the first and the last frame of every index table segment; between them frames lie in a
-// row.
+// True when the index leads to the first and the last frame of every stretch of frames with the
+// same index table segment and partition; the frames between these two lie one behind the other.
+// False also when the index is empty or a stop was requested.
 bool IndexLeadsToFrames(const platform::File& file, const ConformLayout& layout,
                         const MxfRecords& records) {
   const std::uint32_t count = records.timecode.frameCount;
@@ -221,7 +224,8 @@ ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
   return result;
 }
 
-// What the metadata alone decides, before the essence is copied for nothing.
+// Analyses the copy while its essence is still missing, so that a clip with unfit metadata is
+// refused before the essence is copied.
 ConformResult CheckSkeleton(platform::File* file) {
   MxfRecords records;
   return AnalyzeCopy(file, &records);

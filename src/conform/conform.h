@@ -1,5 +1,6 @@
-// A copy of a clip in the form that the readers of this program follow: metadata with four-byte
-// lengths, one KAG for each partition pack, room behind the sets. The essence stays what it is.
+// Copies a clip into the layout that the readers of this program can follow: metadata with
+// four-byte lengths, exactly one KAG for each partition pack, room behind the sets (SMPTE 377). The
+// essence is copied byte for byte.
 
 #pragma once
 
@@ -14,16 +15,16 @@ struct ConformResult {
   bool done = false;
   bool cancelled = false;
   std::string reason;               // English, UTF-8; empty when done
-  std::int32_t analysisCode = 0;    // result of the analysis that refused the copy, else 0
-  std::uint32_t processCode = 0;    // stage at which it did
-  bool hasAudioDescriptor = false;  // as LoadFailureMessage wants it
+  std::int32_t analysisCode = 0;    // result of the analysis when it refused the copy, else 0
+  std::uint32_t processCode = 0;    // stage that refused the copy
+  bool hasAudioDescriptor = false;  // whether the refused copy has one, for LoadFailureMessage
 };
 
-// Writes a conformed copy of the clip at `in` to `out`, which must not exist. The copy grows under
-// a name of its own beside `out`, is brought onto the medium, and takes the name `out` only when
-// the analysis accepts it and its index leads to its frames; otherwise it is removed again. `in` is
-// only read. A file that no reader refuses is copied as well. `progress` counts the bytes of the
-// copy. Throws nothing.
+// Writes a conformed copy of the clip at `in` to `out`, which must not exist. Writes the copy under
+// another name in the folder of `out` and brings it onto the medium. Renames the copy to `out` only
+// when the analysis accepts the copy and its index leads to its frames; otherwise removes the copy.
+// `in` is only read. A clip that the readers already accept is copied too. `progress` counts the
+// bytes of the copy, and its `cancel` stops the copy; it must not be null. Throws nothing.
 ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
                           JobProgress* progress);
 

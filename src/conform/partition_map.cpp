@@ -11,13 +11,13 @@ namespace quorvan {
 namespace {
 
 constexpr std::uint64_t kLongestPack = 64 * 1024;
-constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // of the whole clip
-constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // of the whole clip
+constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // in the whole clip
+constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // in the whole clip
 constexpr std::size_t kMostPartitions = 1 << 16;
 constexpr std::uint8_t kOpenIncomplete = 1;
 constexpr std::uint8_t kOpenComplete = 3;
 
-// Kind and status stand in the two bytes that match any.
+// 0xFF in the bytes of kind and status matches any value (KeyMatches).
 constexpr KlvKey kAnyPartitionPack = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01, 0x01,
                                       0x0D, 0x01, 0x02, 0x01, 0x01, 0xFF, 0xFF, 0x00};
 
@@ -66,7 +66,8 @@ bool ReadPack(const platform::File& file, std::uint64_t offset, std::uint64_t en
   return file.ReadAt(klv->valueOffset, pack->value.data(), length) == length;
 }
 
-// The random index that the last four bytes lead to, when it ends with them.
+// Finds the random index by the last four bytes of the file, which give its whole length. False
+// when no random index of valid length ends with these bytes.
 bool FindRandomIndex(const MapReader& reader, KlvSpan* klv) {
   std::array<std::uint8_t, kOverallLengthBytes> tail;
   if (reader.fileSize < tail.size()) return false;
@@ -82,8 +83,9 @@ bool FindRandomIndex(const MapReader& reader, KlvSpan* klv) {
          (klv->length - kOverallLengthBytes) / kIndexEntryBytes <= kMostPartitions;
 }
 
-// Partition offsets from the random index. False when there is none or when it does not name the
-// same partitions as the chain of the packs.
+// Reads the partition offsets from the random index, and its own offset into `*end`. False when
+// there is no random index, or when its offsets do not ascend from 0 or are not those of packs that
+// each name the pack before as their previous partition.
 bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>* offsets,
                             std::uint64_t* end) {
   KlvSpan index;
@@ -106,7 +108,8 @@ bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>*
   return true;
 }
 
-// Partition offsets from a walk over every KLV, up to the random index or the end of the file.
+// Finds the partition offsets by a walk over every KLV, up to the random index or the end of the
+// file, which becomes `*end`. False, with a reason, when the walk cannot go on.
 bool OffsetsFromWalk(MapReader* reader, std::vector<std::uint64_t>* offsets, std::uint64_t* end) {
   std::uint64_t at = 0;
   for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
@@ -127,8 +130,8 @@ bool OffsetsFromWalk(MapReader* reader, std::vector<std::uint64_t>* offsets, std
   return true;
 }
 
-// First KLV from `offset` on that is no fill, `end` when there is none. Ends early at `stop` when a
-// KLV starts there.
+// Skips KLV Fill from `offset` on. Returns the offset behind the last fill, at most `end`. Stops at
+// the offset `stop`, even in front of a fill, when a KLV starts there.
 std::uint64_t SkipFill(const MapReader& reader, std::uint64_t offset, std::uint64_t end,
                        std::uint64_t stop) {
   KlvSpan klv;
@@ -138,6 +141,7 @@ std::uint64_t SkipFill(const MapReader& reader, std::uint64_t offset, std::uint6
   return offset;
 }
 
+// Adds `count` bytes to the metadata of the clip. False, with a reason, when that is too much.
 bool CountMetadata(MapReader* reader, std::uint64_t count) {
   if (count > kMostMetadataBytes - reader->metadataBytes) {
     return reader->Refuse("more metadata than a clip can have");
@@ -146,9 +150,12 @@ bool CountMetadata(MapReader* reader, std::uint64_t count) {
   return true;
 }
 
-// Collects the KLVs that `count` bytes from `*cursor` on hold, and moves the cursor behind them.
-// Some writers count from the first KLV that is no fill, some from the first byte: the end that
-// falls on the border of a KLV is the right one.
+// Collects in `*klvs` the KLVs, without fill, of a part that has `count` bytes by the partition
+// pack, and moves `*cursor` from the start of the part to its end. Some writers do not count the
+// fill at the start of the part, others do, so the part has two possible ends. Takes the end that
+// leaves out this fill when only whole KLVs that belong to the part lie in front of the end, else
+// the other end on the same condition. False, with a reason, when neither end meets the condition,
+// or when there is too much metadata.
 bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, const char* what,
                  bool (*belongs)(const KlvSpan&), std::uint64_t* cursor,
                  std::vector<KlvSpan>* klvs) {
@@ -183,6 +190,8 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
   return true;
 }
 
+// Checks kind and status of the partition's pack. Only the first partition may and must be a header
+// partition, only the last a footer partition, and none may be open.
 bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, bool last) {
   const std::uint8_t status = partition.pack.key[kPackStatusByte];
   if (status == kOpenIncomplete || status == kOpenComplete) {
@@ -202,6 +211,9 @@ bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, 
   return true;
 }
 
+// Reads the pack, the header metadata and the index table of the partition at `partition->offset`.
+// `*behindCounted` becomes the file offset behind the index table. False, with a reason, when the
+// partition cannot be laid out anew.
 bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bool last,
                    std::uint64_t* behindCounted) {
   KlvSpan klv;
@@ -224,9 +236,9 @@ bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bo
       fmt::format("no header metadata where the partition at byte {} has it", partition->offset));
 }
 
-// Fill in front of the first element counts as essence only when the BodyOffset of the next
-// partition of the same essence says so.
-// `next` is that partition, null when there is none.
+// Finds the start of the partition's essence, from `behindCounted` on. Fill in front of the first
+// element is skipped, unless the BodyOffset of `next` counts it as essence. `next` is the next
+// partition with the same BodySID, null when there is none.
 void PlaceEssence(const MapReader& reader, std::uint64_t behindCounted, const SourcePartition* next,
                   SourcePartition* partition) {
   const std::uint64_t bodyOffset = partition->pack.U64(pack_field::kBodyOffset);
@@ -240,7 +252,8 @@ void PlaceEssence(const MapReader& reader, std::uint64_t behindCounted, const So
   partition->essenceStart = SkipFill(reader, behindCounted, partition->end, stop);
 }
 
-// From the last partition to the first, so that the next one of the same essence is always known.
+// Finds the essence of all partitions. Goes from the last partition to the first, so that the next
+// partition with the same BodySID is always known.
 void PlaceEssences(const MapReader& reader, const std::vector<std::uint64_t>& behindCounted,
                    std::vector<SourcePartition>* map) {
   std::unordered_map<std::uint32_t, const SourcePartition*> nextOf;

@@ -1,5 +1,5 @@
-// The partitions of a clip as they are, whatever forms its lengths have: what belongs to the header
-// metadata, what to the index table, and where the essence starts and ends (SMPTE 377).
+// Finds the parts of each partition of a clip: the header metadata, the index table and the essence
+// (SMPTE 377). Accepts lengths of every BER form, which the readers of the analysis do not.
 
 #pragma once
 
@@ -14,18 +14,23 @@
 
 namespace quorvan {
 
+// One partition of the clip that is copied. Offsets are file offsets.
 struct SourcePartition {
   PartitionPack pack;
-  std::uint64_t offset;                // of the pack's key
+  std::uint64_t offset;                // first byte of the pack's key
   std::uint64_t end;                   // first byte behind the partition
-  std::vector<KlvSpan> metadata;       // primer and sets, without fill
-  std::vector<KlvSpan> indexSegments;  // without fill
-  std::uint64_t essenceStart;          // first byte that StreamOffsets count; `end` when none
+  std::vector<KlvSpan> metadata;       // primer pack and metadata sets, without fill
+  std::vector<KlvSpan> indexSegments;  // index table segments, without fill
+  std::uint64_t essenceStart;          // first byte of the essence; `end` when there is none
 };
 
-// Reads the map of `file`, which is `fileSize` bytes long. Partitions come from the random index
-// when that agrees with the packs, else from a walk over every KLV, which `*cancel` set to 1 ends.
-// False when the clip is not one that can be laid out anew; `*reason` then tells why.
+// Reads the partitions of `file`, which is `fileSize` bytes long, into `*map`, in file order. Takes
+// the partitions from the random index when the index agrees with the packs, else from a walk over
+// every KLV of the file. The walk ends when `cancel` is not 0. Returns false when the walk was
+// cancelled, when a read fails, or when the clip cannot be laid out anew: a run-in, an open
+// partition, no footer partition, byte counts that do not end at a KLV, or more metadata than real
+// clips have.
+// `*reason` then tells why, in English. Throws std::bad_alloc.
 bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
                       const std::atomic<std::uint32_t>& cancel, std::vector<SourcePartition>* map,
                       std::string* reason);

@@ -1,5 +1,5 @@
-// The fields of a partition pack's value that a move of the partition touches or depends on
-// (SMPTE 377).
+// The fields of a partition pack that are read or changed when a partition moves to another file
+// offset (SMPTE 377).
 
 #pragma once
 
@@ -11,7 +11,7 @@
 
 namespace quorvan {
 
-// Offsets within the value.
+// Byte offsets of fields in the pack's value.
 namespace pack_field {
 inline constexpr std::size_t kKagSize = 4;             // u32
 inline constexpr std::size_t kThisPartition = 8;       // u64
@@ -21,10 +21,11 @@ inline constexpr std::size_t kHeaderByteCount = 32;    // u64
 inline constexpr std::size_t kIndexByteCount = 40;     // u64
 inline constexpr std::size_t kBodyOffset = 52;         // u64
 inline constexpr std::size_t kBodySid = 60;            // u32
-inline constexpr std::size_t kFixedBytes = 88;         // up to the items of EssenceContainers
+inline constexpr std::size_t kFixedBytes = 88;  // bytes in front of the items of EssenceContainers
 }  // namespace pack_field
 
-// Key bytes that tell what a partition is and whether its metadata is final.
+// Places in the pack's key (zero-based) of the bytes that tell the kind of the partition and its
+// status: open or closed, incomplete or complete.
 inline constexpr std::size_t kPackKindByte = 13;
 inline constexpr std::size_t kPackStatusByte = 14;
 inline constexpr std::uint8_t kHeaderPackKind = 2;
@@ -35,11 +36,12 @@ inline constexpr std::uint8_t kFooterPackKind = 4;
 inline constexpr std::uint64_t kIndexEntryBytes = 12;
 inline constexpr std::uint64_t kOverallLengthBytes = 4;
 
-// Key and value of one pack; the value holds at least kFixedBytes.
+// Key and value of one pack. The value holds at least kFixedBytes bytes.
 struct PartitionPack {
   KlvKey key;
   std::vector<std::uint8_t> value;
 
+  // The number at byte offset `field` of the value.
   std::uint32_t U32(std::size_t field) const { return ReadBe32(value.data() + field); }
   std::uint64_t U64(std::size_t field) const { return ReadBe64(value.data() + field); }
 };

@@ -8,8 +8,8 @@
 namespace quorvan {
 namespace {
 
-constexpr std::uint32_t kSizeElsewhere = 0xFFFFFFFF;  // the ds64 chunk has it
-constexpr std::uint64_t kBehindFormSize = 706;        // header bytes that the form's size counts
+constexpr std::uint32_t kSizeElsewhere = 0xFFFFFFFF;  // the size stands in the ds64 chunk
+constexpr std::uint64_t kBehindFormSize = 706;        // header bytes behind the form's size field
 
 constexpr std::uint32_t kDs64Size = 28;
 constexpr std::uint32_t kFmtSize = 40;
@@ -17,10 +17,10 @@ constexpr std::uint32_t kBextSize = 602;
 constexpr std::uint16_t kPcm = 1;
 constexpr std::uint16_t kBextVersion = 1;
 
-// Lengths of what stays zero.
+// Bytes of fields that stay zero.
 constexpr std::size_t kFmtRest = 22;         // valid bits, channel mask, sub format
-constexpr std::size_t kBextTexts = 338;      // description to origination time
-constexpr std::size_t kBextRest = 64 + 190;  // UMID; loudness fields and what is reserved
+constexpr std::size_t kBextTexts = 338;      // from description to origination time
+constexpr std::size_t kBextRest = 64 + 190;  // UMID; loudness and reserved fields
 
 // Fills the header from its start on, little-endian.
 class Writer {

@@ -1,5 +1,5 @@
-// The header of a mono Broadcast Wave file (EBU Tech 3285), which becomes RF64 (EBU Tech 3306) when
-// its sizes need more than 32 bits. Both have the same layout.
+// The header of a mono Broadcast Wave file: RIFF (EBU Tech 3285), or RF64 (EBU Tech 3306) for more
+// than kMostRiffAudioBytes bytes of audio. Both have the same layout.
 
 #pragma once
 
@@ -11,24 +11,28 @@
 
 namespace quorvan {
 
+// Bytes in front of the samples.
 inline constexpr std::size_t kBwfHeaderBytes = 714;
 
-// The most audio bytes of a RIFF file.
+// Most audio bytes of a RIFF file. A file with more is an RF64 file.
 inline constexpr std::uint64_t kMostRiffAudioBytes = 0xFFFFFFFE;
 
 using BwfHeader = std::array<std::uint8_t, kBwfHeaderBytes>;
 
-// What the header of one file says.
+// The values that differ from export to export.
 struct BwfDescription {
-  std::uint64_t dataBytes;      // of audio
-  std::uint64_t timeReference;  // samples since midnight
+  std::uint64_t dataBytes;      // bytes of audio
+  std::uint64_t timeReference;  // first sample, in samples since midnight
   std::uint16_t extensionSize;  // cbSize of the fmt chunk
 };
 
-// All that stands in front of the samples, in the format of `audio`.
+// Makes the header of a file with the sampling rate and the sample width of `audio`: the chunks
+// JUNK or ds64, fmt, bext, and the start of data. The texts, the UMID and the loudness fields of
+// bext stay zero. Throws nothing.
 BwfHeader MakeBwfHeader(const MXF_AUDIO_INFO& audio, const BwfDescription& description);
 
-// Samples of one track in the first `frames` frames of a day. `rateIndex` must be below kRateCount.
+// Number of samples of one track at 48 kHz in `frames` frames from midnight on: the time reference
+// of the frame behind them. `rateIndex` must be below kRateCount. Throws nothing.
 std::uint64_t SamplesInFrames(std::uint64_t frames, std::uint32_t rateIndex);
 
 }  // namespace quorvan

@@ -1,4 +1,5 @@
-// What both export engines share: from the plan to the walk through the frames and the end.
+// The steps that both export engines share: the plan, the walk through the frames, the results and
+// the end.
 
 #pragma once
 
@@ -14,8 +15,9 @@
 
 namespace quorvan {
 
-// Plans an export and has `run` carry the plan out. What of both went wrong, as a result of
-// `stage`.
+// Plans an export of the clip at `path` and calls `run` with the plan. Returns what `run` returns;
+// `stage` plus the fault of PlanExport when no plan can be made; or `stage` plus kOutOfMemory when
+// `run` throws std::bad_alloc.
 template <typename Run>
 std::int32_t RunPlannedExport(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
                               const MXF_BASE_INFO* mxf, ProcessCode stage, Run run) {
@@ -30,9 +32,10 @@ std::int32_t RunPlannedExport(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
   }
 }
 
-// Calls `prove` with the numbers of the `frames` frames from `first` on, counted from 0 in the
-// export. Returns 0; what `prove` gave when that was not 0, without going on; or kCancelled in
-// front of the frame before which `cancel` became 1.
+// Calls `prove(frame)` for each of the `frames` frames from `first` on; frames count from 0 in the
+// export. Returns 0 when every call has returned 0. Stops at the first call that returns something
+// else, and returns it. Stops in front of the next frame when `cancel` is 1, clears `cancel` and
+// returns kCancelled.
 template <typename Prove>
 std::int32_t ProveFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::uint32_t frames,
                          Prove prove) {
@@ -46,9 +49,10 @@ std::int32_t ProveFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::u
   return kSuccess;
 }
 
-// Calls `take` with the numbers of the `frames` frames from `first` on, counted from 0 in the
-// export, and keeps `currentFrame`. Returns 0; what `take` gave when that was not 0, without going
-// on; or kCancelled behind the frame during which `cancel` became 1.
+// Calls `take(frame)` for each of the `frames` frames from `first` on, and puts the number of each
+// frame that is taken into `currentFrame`; frames count from 0 in the export. Returns 0 when every
+// call has returned 0. Stops at the first call that returns something else, and returns it. Stops
+// behind the frame during which `cancel` becomes 1, clears `cancel` and returns kCancelled.
 template <typename Take>
 std::int32_t TakeFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::uint32_t frames,
                         Take take) {
@@ -63,26 +67,30 @@ std::int32_t TakeFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::ui
   return kSuccess;
 }
 
-// The outcomes of an export as results of its stage. Notes frame and file at fault for the message.
+// Turns the faults of an export into results of its stage, and puts the frame and the file at fault
+// into `fault` of `tracks` for the message.
 class ExportOutcome {
  public:
+  // `tracks` and `files` must outlive the object.
   ExportOutcome(AUDIOTRACK_IO_INFO* tracks, ProcessCode stage, const ExportFiles& files)
       : tracks_(*tracks), stage_(stage), files_(files) {}
 
+  // Returns 0 for kNoFault, else the stage's code plus `fault`.
   std::int32_t Of(JobFault fault) const {
     if (fault == kNoFault) return kSuccess;
     NameFile();
     return static_cast<std::int32_t>(stage_) + fault;
   }
 
-  // Of the frame of entry `entryIndex`.
+  // The same for the state of the frame at `entryIndex` in the INDEX_ENTRY_ARRAY.
   std::int32_t Of(ElementState state, std::uint32_t entryIndex) const {
     if (state == ElementState::kProven) return kSuccess;
     tracks_.fault.frame = entryIndex;
     return Of(FaultOfFrame(state));
   }
 
-  // Brings the files onto the medium: the end of an export that has written all frames.
+  // Ends an export that has written all frames: brings the files onto the medium. Returns 0,
+  // kCancelled, or the stage's code plus a JobFault.
   std::int32_t Finish(ExportFiles* files) const {
     if (const std::int32_t failed = Of(files->Finish(&tracks_))) return failed;
     if (tracks_.cancel == 0) return kSuccess;
@@ -90,6 +98,7 @@ class ExportOutcome {
     return kCancelled;
   }
 
+  // Copies the path of the new file at fault, empty when there is none, to `fault.path`.
   void NameFile() const {
     platform::CopyText(tracks_.fault.path, std::size(tracks_.fault.path), files_.pathAtFault());
   }

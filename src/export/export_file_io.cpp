@@ -15,8 +15,9 @@ namespace {
 
 constexpr std::uint16_t kFileIoExtensionSize = 0;
 
-// What a row of all the clip's tracks takes in the first frame, as the size of a block is reckoned:
-// elements stand at one distance, wherever in the frame the first of them does.
+// Bytes of one row of all tracks of the clip, for the check of the block size: the number of tracks
+// times the distance from the first audio element to the second in the first frame of the range, or
+// times the element's size when the index has only one audio element.
 std::uint64_t NominalRowBytes(const ExportPlan& plan, const MXF_BASE_INFO& mxf) {
   const INDEX_ENTRY_ARRAY& entry = (*mxf.indexEntries)[plan.range.firstEntry];
   const std::uint64_t elementBytes =
@@ -27,7 +28,7 @@ std::uint64_t NominalRowBytes(const ExportPlan& plan, const MXF_BASE_INFO& mxf) 
   return UsableTracks(*mxf.audio) * elementBytes;
 }
 
-// One export from its plan to its end. Everything it opens goes with it.
+// One export with plain file access, from its plan to its end. The destructor closes all files.
 class FileIoExport {
  public:
   FileIoExport(const ExportPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
@@ -72,8 +73,9 @@ class FileIoExport {
     return kFileExportNoFile;
   }
 
-  // Room for the rows that are read before they are written: a block, or what of it stays in the
-  // processor's cache.
+  // Takes memory for the rows of one block: as many frames as the buffer duration has, but at most
+  // kMostFrames and at most as many as stay in the processor's cache. False when memory is out or
+  // the buffer duration is invalid or too long.
   bool AllocateRows() {
     const std::uint32_t blockFrames = BlockFrames(tracks_.wavBufferIndex, *mxf_.timecode);
     if (blockFrames == 0) return false;
@@ -83,7 +85,7 @@ class FileIoExport {
     return rows_.Allocate(frames_);
   }
 
-  // Fails when the index does not lead to every row.
+  // Finds the size of the largest row. Fails when the index does not lead to the row of a frame.
   std::int32_t MeasureRows() {
     for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
       const auto row = LocateRow(mxf_, Entry(i), plan_.Tracks());
@@ -93,7 +95,7 @@ class FileIoExport {
     return kSuccess;
   }
 
-  // Of the range's `i`-th frame.
+  // Index entry of frame `i`, counted from 0 in the range.
   const INDEX_ENTRY_ARRAY& Entry(std::uint32_t i) const {
     return (*mxf_.indexEntries)[plan_.range.firstEntry + i];
   }
@@ -132,7 +134,7 @@ class FileIoExport {
   ExportFiles files_;
   ExportOutcome outcome_;
   std::uint64_t largestRow_ = 0;
-  std::uint32_t frames_ = 1;  // that are read before they are written
+  std::uint32_t frames_ = 1;  // frames of a block
 };
 
 }  // namespace

@@ -9,18 +9,22 @@
 
 namespace quorvan {
 
-// Besides the stage's code plus a JobFault.
+// Results of ExportFileIo, besides kStageExportFileIo plus a JobFault.
 enum ExportFileIoCode : std::int32_t {
-  kFileExportNoBlock = 5006,
-  kFileExportNoClip = 5007,
-  kFileExportNoFile = 5008,  // a new file cannot be made
+  kFileExportNoBlock = 5006,  // no memory for a block, or wavBufferIndex gives no valid block size
+  kFileExportNoClip = 5007,   // the clip cannot be opened
+  kFileExportNoFile = 5008,   // a new file cannot be made
 };
 
-// The twin of ExportMapped, by plain reads: it makes the same files, but for cbSize of the fmt
-// chunk. It reads the audio of a frame in one go, and as many frames before it writes as the buffer
-// duration of wavBufferIndex says at most.
+// Exports as ExportMapped does, but reads the clip with plain file access. It takes the same
+// arguments, makes the same files except for cbSize of the fmt chunk, and returns the same results,
+// with the codes above and kStageExportFileIo in place of those of ExportMapped; up to
+// kFileExportNoClip no file was made. Throws nothing.
 //
-// Ends in the same ways, with the same left behind as by the twin.
+// A row is the audio elements of one frame in file order; the job reads each row in one go. It
+// writes to the new files after every block of rows. A block is as many rows as stay in the
+// processor's cache, at most ExportFiles::kMostFrames, and at most the buffer duration that
+// `wavBufferIndex` of `tracks` picks (state/wav_buffer.h).
 std::int32_t ExportFileIo(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

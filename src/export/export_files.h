@@ -1,4 +1,4 @@
-// The new files of one export.
+// The new files of one export: how they are named, written and closed.
 
 #pragma once
 
@@ -15,49 +15,55 @@
 
 namespace quorvan {
 
-// Makes the file of `track` (from 0) in exportFolder: exportName and the track's number from 1, and
-// where that name is taken a further number behind it, from exportCount up to the first that is
-// free. No file that exists is ever opened. A file that is not open when there can be none. `*path`
-// is the path that was tried last.
+// Creates the file of `track` (zero-based) in exportFolder. Its name is exportName, the track's
+// number from 1, and ".wav". When the name is taken, a space and a second number follow the first:
+// exportCount, or the next number whose name is free. Never opens a file that exists. Returns the
+// open file, and its path in `*path`. Returns a file that is not open, and the path that was tried
+// last, if any, when exportFolder is empty, when the path has more than 1023 characters, when
+// 100000 names are taken, or when the system refuses. Throws std::bad_alloc.
 platform::File CreateExportFile(const AUDIOTRACK_IO_INFO& tracks, std::uint32_t track,
                                 std::u16string* path);
 
-// One file a track, open until the end of the export. What was written stays, whatever happens.
+// The new files, one for each track of the plan, open until the end of the export. The files stay,
+// as far as they were written, also when the export fails. Create, WriteTaken and Finish may throw
+// std::bad_alloc.
 class ExportFiles {
  public:
-  // Makes the files of all tracks of `plan`, in their order, each with `header`. False when one
-  // cannot be made or written.
+  // Creates the files of all tracks of `plan`, in the order of the tracks, and writes `header` to
+  // each. Returns false when a file cannot be created or written. Throws std::bad_alloc.
   bool Create(const ExportPlan& plan, const AUDIOTRACK_IO_INFO& tracks, const BwfHeader& header);
 
-  // Frames that are taken at a time.
+  // Most frames between two calls of WriteTaken.
   static constexpr std::uint32_t kMostFrames = 64;
 
-  // Takes the samples that come next in the file of the plan's `n`-th track, up to kMostFrames
-  // times between two calls of WriteTaken. They must stay where they are until then.
+  // Remembers `samples` as the next bytes of the file of the plan's `n`-th track (zero-based). Call
+  // it at most kMostFrames times for each track between two calls of WriteTaken. The bytes must
+  // stay where they are until WriteTaken. They may lie in a mapped view.
   void Take(std::uint32_t n, std::span<const std::uint8_t> samples) {
     Taken& taken = taken_[n];
     taken.pieces[taken.count++] = samples;
   }
 
-  // Appends what was taken to the files, in one write each: kNoFault; kTargetFault when a file
-  // cannot be written, kClipFault when the samples' storage fails. Without success some of it may
-  // be written.
+  // Appends all bytes that were taken to their files, with one gathered write for each file.
+  // Returns kNoFault; kTargetFault when a file cannot be written; or kClipFault when the storage of
+  // the view that holds the samples fails. After a fault some of the bytes may have been written.
   JobFault WriteTaken();
 
-  // Brings all files, and the folder with their names, onto the medium, file by file, and closes
-  // them. Leaves off between two files when `cancel` becomes 1, and does not clear it. kNoFault,
-  // kNotFlushed or kTargetFault; with `noFlush` of `tracks` only closes.
+  // Ends the export: flushes and closes file after file, then flushes the folder that holds their
+  // names. With `noFlush` of `tracks` only closes the files. Returns kNoFault; kNotFlushed when a
+  // file or the folder cannot be flushed; or kTargetFault when closing reports that written data is
+  // lost. When `cancel` is 1, returns kNoFault in front of the next file and leaves `cancel` set.
   JobFault Finish(AUDIOTRACK_IO_INFO* tracks);
 
-  // Path of the file at fault; empty while all is well.
+  // Path of the new file at fault; empty when there is none.
   const std::u16string& pathAtFault() const { return pathAtFault_; }
 
  private:
-  // Of one file: its end, and what is to come behind it.
+  // The end of one file and the pieces that WriteTaken has to append.
   struct Taken {
-    std::uint64_t end = 0;
+    std::uint64_t end = 0;  // bytes written
     std::u16string path;
-    std::uint32_t count = 0;
+    std::uint32_t count = 0;  // valid entries of pieces
     std::array<std::span<const std::uint8_t>, kMostFrames> pieces;
   };
 

@@ -19,7 +19,7 @@ namespace {
 constexpr char16_t kMappingName[] = u"fmMXF_2";
 constexpr std::uint16_t kMappedExtensionSize = 22;
 
-// One export from its plan to its end. Everything it opens goes with it.
+// One export through views, from its plan to its end. The destructor closes all files and views.
 class MappedExport {
  public:
   MappedExport(const ExportPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf)
@@ -35,7 +35,8 @@ class MappedExport {
     tracks_.totalFrames = plan_.range.total;
     if (const std::int32_t failed = Prepare(path)) return failed;
     if (const std::int32_t failed = WriteAll()) return failed;
-    // The page in which a clip ends that was cut short meanwhile gives zeros, and no fault.
+    // When the clip was cut short during the job, the rest of its last page reads as zeros without
+    // a fault.
     if (clip_.Size() != mxf_.fileSize) return outcome_.Of(kClipFault);
     return outcome_.Finish(&files_);
   }
@@ -56,8 +57,9 @@ class MappedExport {
     return kExportNoFile;
   }
 
-  // Calls `take` with a view and up to kMostFrames frames that it covers, counted from 0 in the
-  // export, until all frames had their turn or `take` gives something else than 0.
+  // Calls `take(view, first, frames)` for one stretch of frames after the other, at most
+  // kMostFrames frames at a time. `first` counts from 0 in the export, and `view` covers the
+  // stretch. Returns 0, kExportNoView, or the first result of `take` that is not 0.
   template <typename Take>
   std::int32_t WalkRuns(Take take) const {
     for (std::uint32_t done = 0; done < plan_.range.total;) {
@@ -74,7 +76,7 @@ class MappedExport {
     return kSuccess;
   }
 
-  // Nothing is made before every value of every frame is proven.
+  // Proves every value of every frame, before the first file is made.
   std::int32_t ProveAll() {
     const std::int32_t proven =
         WalkRuns([&](const platform::MappedView& view, std::uint32_t first, std::uint32_t frames) {

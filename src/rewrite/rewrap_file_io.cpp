@@ -10,7 +10,7 @@
 namespace quorvan {
 namespace {
 
-// One rewrite from its plan to its end. Everything it opens goes with it.
+// One rewrite with plain file access, from its plan to its end. The destructor closes all files.
 class FileIoRewrite {
  public:
   FileIoRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)

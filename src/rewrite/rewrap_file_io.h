@@ -9,17 +9,22 @@
 
 namespace quorvan {
 
-// Besides the stage's code plus a JobFault.
+// Results of RewrapFileIo, besides kStageRewrapFileIo plus a JobFault.
 enum RewrapFileIoCode : std::int32_t {
-  kFileRewrapNoBlock = 3006,
-  kFileRewrapNoClip = 3007,
-  kFileRewrapNoWav = 3008,
-  kFileRewrapNoTrackBuffer = 3011,
+  kFileRewrapNoBlock = 3006,  // no memory for a block, or wavBufferIndex gives no valid block size
+  kFileRewrapNoClip = 3007,   // the clip cannot be opened for a rewrite
+  kFileRewrapNoWav = 3008,    // a source file cannot be opened
+  kFileRewrapNoTrackBuffer = 3011,  // no memory for one frame of every track
 };
 
-// The twin of RewrapMapped, by plain reads and writes: it writes the same bytes under the same
-// proof, and ends in the same ways. It reads each source in runs of at most the buffer duration
-// that wavBufferIndex picks, and leaves the clip's times to the system.
+// Rewrites a clip as RewrapMapped does, but reads the clip and the source files with plain file
+// access. It takes the same arguments, proves and writes the same, and returns the same results,
+// with the codes above and kStageRewrapFileIo in place of those of RewrapMapped. Throws nothing.
+//
+// `wavBufferIndex` of `tracks` picks the buffer duration, which says how far ahead the source files
+// are prefetched: at most so many frames, and at most kMostBlockBytes. The frames that are worked
+// on at a time are a smaller block, which stays in the processor's cache between being read and
+// being written (state/wav_buffer.h). The clip gets the times that the system gives it.
 std::int32_t RewrapFileIo(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char16_t kClipMappingName[] = u"fmMXF";
 
-// One rewrite from its plan to its end. Everything it opens goes with it.
+// One rewrite through views, from its plan to its end. The destructor closes all files and views.
 class MappedRewrite {
  public:
   MappedRewrite(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf)
@@ -30,9 +30,10 @@ class MappedRewrite {
   }
 
  private:
-  // What is looked at here and there costs least through a view. What is written does not: the
-  // system makes each page ready by itself then, and takes all that it keeps together with a page
-  // for changed.
+  // Opens and maps the clip and the source files and allocates the buffers. The proof reads the
+  // clip through a view, because scattered bytes cost least there. The rows are written through the
+  // file: for a write through a view the system would prepare each page separately and would mark
+  // everything that it caches together with the page as changed.
   std::int32_t Prepare(const std::u16string& path) {
     run_.clip = platform::File::Open(path, platform::OpenMode::kRewrite);
     if (!run_.clip.IsOpen()) return kRewrapNoClip;
@@ -49,7 +50,8 @@ class MappedRewrite {
     return kSuccess;
   }
 
-  // A segment whose audio would not fit 31 bits is refused as ever.
+  // Refuses a clip when a track gets a source file and the audio of one track in the longest index
+  // table segment needs more bytes than fit a signed 32-bit number.
   std::int32_t AllocateBuffers() {
     if (!run_.blocks.AllocateAhead(plan_.range.total)) return kRewrapNoSilence;
     const std::uint64_t frameBytes = std::uint64_t{mxf_.audio->blockAlign} * kLargestFrameSamples;

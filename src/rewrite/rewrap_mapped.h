@@ -9,34 +9,42 @@
 
 namespace quorvan {
 
-// Besides the stage's code plus a JobFault.
+// Results of RewrapMapped, besides kStageRewrapMapped plus a JobFault.
 enum RewrapMappedCode : std::int32_t {
-  kRewrapNoClip = 2006,
-  kRewrapNoClipMapping = 2007,
-  kRewrapNoWav = 2008,
-  kRewrapNoWavMapping = 2009,
-  kRewrapNoSilence = 2010,
+  kRewrapNoClip = 2006,         // the clip cannot be opened for a rewrite
+  kRewrapNoClipMapping = 2007,  // the clip cannot be mapped
+  kRewrapNoWav = 2008,          // a source file cannot be opened
+  kRewrapNoWavMapping = 2009,   // a source file cannot be mapped
+  kRewrapNoSilence = 2010,      // no memory for a frame of silence
+  // No memory for one frame of every track. Also when a track gets a source file and the audio of
+  // one track in the longest index table segment needs more than 2^31 - 1 bytes.
   kRewrapNoTrackBuffer = 2011,
-  kRewrapNoView = 2012,
+  kRewrapNoView = 2012,  // no view of the clip can be made
 };
 
-// Overwrites, in the clip at `path`, the audio of the tracks that are ON from the IN to the OUT
-// frame of `tracks` with the samples of their files, or silence, and gives the clip new UMIDs.
-// `mxf` holds the analysis of that clip; the UMIDs and dates in it are renewed with those in the
-// file.
+// Overwrites the audio of the clip at `path` on the tracks that are ON, from the frame `inFrame` to
+// the frame `outFrame` of `tracks`, both included. Each track gets the samples of its source file,
+// or silence (state/track_plan.h). Then gives the clip new UMIDs (SMPTE 330M). `mxf` holds the
+// analysis of the clip; its UMIDs and dates are renewed with those in the clip.
 //
-// Before the first byte is written, every value that is going to be is proven to be the one of its
-// track in its frame: the index ascends from frame to frame without a gap, and a walk over the
-// frame's keys and lengths comes to the same audio elements, each with exactly its frame's samples.
-// The sources must be the files that were added, and hold what they claim. The audio is on the
-// medium before the UMIDs are renewed, and the UMIDs before the job is done, unless `noFlush` is 1.
-// Writes `totalFrames`, `currentFrame` and `phase` for those who watch, and stops behind the frame
-// or the flush during which `cancel` becomes 1, or before the first frame.
+// Proves everything before it writes the first byte. The index ascends from frame to frame without
+// a gap. In each frame of the range a walk over the frame's own keys and lengths leads to the audio
+// elements that the index gives, and each of them holds exactly the samples of its frame. The clip
+// still has its size and its UMIDs. Each source file is the file that was added, and holds the
+// audio that it claims. Unless `noFlush` of `tracks` is 1, the audio is on the medium before the
+// UMIDs are renewed, and the UMIDs are on the medium before the job is done. The times of the last
+// access and the last write of the clip become the time at which the last frame was written.
 //
-// Returns 0; kDoneWithNotice, with what the clip's UMIDs are in `umidState`; kCancelled, with the
-// frames up to the stop rewritten, if any, and the old UMIDs; or a failure: `fault` tells how many
-// frames from IN on were written into by then, and which frame or file was at fault. kUmidTooLong
-// refuses a clip whose UMIDs are not 32 bytes long unless `keepUmids` is 1. Throws nothing.
+// Writes `totalFrames`, `currentFrame` and `phase` of `tracks` for the front end, and clears
+// `cancel` when the job is prepared. When `cancel` becomes 1 later, the job stops behind the frame
+// that it is proving or writing, or behind the flush of the audio.
+//
+// Returns 0 when the job is done. Returns kDoneWithNotice when the job is done but the UMIDs
+// are not all renewed; `umidState` tells what the clip holds. Returns kCancelled when the job was
+// stopped: the frames up to the stop are rewritten, and the UMIDs are the old ones. Refuses a clip
+// with 64-byte UMIDs with kUmidTooLong, unless `keepUmids` is 1. Every other result is a failure:
+// `fault` tells into how many frames, from IN on, the job has written, and the frame or file at
+// fault. Throws nothing.
 std::int32_t RewrapMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -6,7 +6,7 @@
 namespace quorvan {
 namespace {
 
-// True when `track` goes on where `source` ends: the next channel of the same file.
+// True when `track` is the track behind `source` and gets the next channel of the same file.
 bool Continues(const TrackSource& source, const TrackPlan& plan, std::uint32_t track) {
   return source.wav != nullptr && source.wav == plan.wav &&
          track == source.firstTrack + source.trackCount &&

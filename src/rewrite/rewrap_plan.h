@@ -1,5 +1,5 @@
-// What a rewrite is going to do, worked out before the first byte is touched: the range, the
-// sources track by track, and the proof that each value to be written is one.
+// What a rewrite is going to do, decided before anything is opened: the range of frames and the
+// source of each track.
 
 #pragma once
 
@@ -14,13 +14,14 @@
 
 namespace quorvan {
 
-// One source and the tracks that it fills: channels of a file in a row, or silence. A file of which
-// a track between two others is left alone counts once for each row.
+// One source and the tracks that it fills: consecutive channels of a source file on consecutive
+// tracks, or silence on one track. A source file whose tracks or channels have a gap makes one
+// source for each stretch without a gap.
 struct TrackSource {
   const WAV_FILE_INFO* wav;    // null for silence
-  std::uint32_t firstTrack;    // from 0
-  std::uint32_t trackCount;    // tracks in a row
-  std::uint32_t firstChannel;  // of the file, on the first track
+  std::uint32_t firstTrack;    // zero-based
+  std::uint32_t trackCount;    // consecutive tracks, at least 1
+  std::uint32_t firstChannel;  // zero-based channel of the file that goes on firstTrack
 };
 
 struct RewrapPlan {
@@ -28,18 +29,20 @@ struct RewrapPlan {
   std::uint32_t sourceCount;
   std::array<TrackSource, kMaxTracks> sources;
   std::uint32_t trackCount;
-  std::array<std::uint32_t, kMaxTracks> track;  // those of all sources, from 0, ascending
+  std::array<std::uint32_t, kMaxTracks> track;  // tracks of all sources, zero-based, ascending
 
   std::span<const std::uint32_t> Tracks() const { return std::span(track).first(trackCount); }
 };
 
-// Checks the arguments and the range of a rewrite and walks the tracks as PlanOfTrack says. What
-// FindRange finds, or kNothingOn.
+// Checks the arguments and the range of a rewrite and fills `*plan` with the sources that
+// PlanOfTrack gives. Returns kNoFault; the fault that FindRange finds in the arguments or in the
+// range from `inFrame` to `outFrame`; or kNothingOn when no track is ON. Throws nothing.
 JobFault PlanRewrap(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks,
                     const MXF_BASE_INFO* mxf, RewrapPlan* plan);
 
-// kNoFault when the index holds every frame of the plan and the clip's samples are such that bytes
-// can be copied; else kIndexUnfit or kNoSampleFormat.
+// Checks that samples can be copied into the clip. Returns kNoFault; kIndexUnfit when the index
+// does not hold every frame of the plan; or kNoSampleFormat when the clip does not have
+// 48 kHz or the bits of a sample do not fill its bytes. Throws nothing.
 JobFault CheckClipFormat(const RewrapPlan& plan, const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

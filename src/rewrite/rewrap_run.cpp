@@ -49,8 +49,9 @@ std::int32_t RewrapRun::ProveAndWrite(const platform::MappedView* view) {
   return sources.fault == kNoFault ? kSuccess : Failed(kSourceFault, sources.wav);
 }
 
-// Nothing is written before all of this holds: the clip is the one that was analysed, every value
-// is the one of its track in its frame, and every source is what it was and holds what it claims.
+// Proves everything that must hold before the first write: the clip is the clip that was analysed,
+// every source file is the file that was added and holds the audio that it claims, and every value
+// is that of its track in its frame.
 std::int32_t RewrapRun::Prove(const platform::MappedView* view) {
   if (const std::int32_t failed = ProveClip()) return failed;
   const SourceCheck sources = files.Check();
@@ -99,7 +100,8 @@ std::int32_t RewrapRun::Write() {
   return kSuccess;
 }
 
-// A view does not tell which source file has failed: the one that is no longer what it was.
+// A fault in a view does not tell which source file has failed. Names the first source file that
+// does not pass its check now.
 std::int32_t RewrapRun::SourceFailed() {
   return Failed(kSourceFault, files.Check().wav);
 }
@@ -110,16 +112,16 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
   if (!Flush()) return Failed(kNotFlushed);
   if (tracks_.cancel == 1) return Cancel();
   files.Close();
-  // A clip that was moved away or replaced meanwhile is not the one under the path.
+  // A clip that was moved or replaced during the job is no longer the file at the path.
   if (!clip.IsStillAtItsPath()) return Failed(kClipChanged);
   return RenewIdentity(audioEnd, stampTimes);
 }
 
-// What is written here is on the medium before the job is done, and looked at once more.
+// Renews the UMIDs, brings them onto the medium and reads them back. The job is done only then.
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
   const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;
   if (renewable) identity_.Renew();
-  // Writing the UMIDs has moved the times on; the file keeps those of the end of its audio.
+  // Writing the UMIDs has changed the file's times; the end of the audio is put back.
   if (stampTimes) StampTimes(audioEnd);
   const bool flushed = Flush();
   tracks_.umidState = renewable ? identity_.ReadBack() : kUmidsKept;
@@ -131,7 +133,8 @@ bool RewrapRun::Flush() {
   return tracks_.noFlush == 1 || clip.Flush();
 }
 
-// The creation stays what it is. Where times cannot be set, those of the last write stand.
+// Keeps the creation time. When the system cannot set times, the file keeps those of its last
+// write.
 void RewrapRun::StampTimes(platform::FileTime time) {
   auto times = clip.Times();
   if (!times) return;

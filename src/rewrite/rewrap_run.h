@@ -1,5 +1,5 @@
-// What both rewrite engines do between their preparation and their end: prove everything, write
-// frame by frame, bring the audio onto the medium, and renew the clip's identity.
+// The steps that both rewrite engines share: prove everything, write frame by frame, bring the
+// audio onto the medium, and renew the clip's UMIDs.
 
 #pragma once
 
@@ -22,9 +22,11 @@
 
 namespace quorvan {
 
+// One rewrite, after its engine has opened the files and allocated the memory.
 class RewrapRun {
  public:
-  // `stage` is the engine's process code. All of it must outlive the object.
+  // `stage` is the engine's process code; a failure is this code plus a JobFault. `plan`, `tracks`
+  // and `mxf` must outlive the object.
   RewrapRun(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf,
             ProcessCode stage)
       : files(plan, tracks, *mxf->audio),
@@ -38,25 +40,30 @@ class RewrapRun {
   RewrapRun(const RewrapRun&) = delete;
   RewrapRun& operator=(const RewrapRun&) = delete;
 
-  // The engine opens these and takes their memory.
+  // The engine opens the clip and the source files and allocates the blocks.
   platform::File clip;
   SourceFiles files;
   SourceBlocks blocks;
 
-  // The job is prepared: those who watch see it at its first frame, not cancelled.
+  // Begins the job: sets `currentFrame` to 0 and clears `cancel`. Call it when the engine has
+  // prepared everything; a request to stop that came before is forgotten.
   void Start();
 
-  // Proves what has to hold before the first write, through `view` where there is one, and writes
-  // all frames. 0, kCancelled, or the stage's code plus a JobFault.
+  // Proves everything that must hold before the first write, then writes all frames of the plan.
+  // Reads the frames through `view`, which covers the whole clip; with null, reads them with plain
+  // file access. Returns 0; kCancelled; kUmidTooLong, with nothing written, for a clip with
+  // 64-byte UMIDs unless `keepUmids` is 1; or `stage` plus a JobFault. Throws std::bad_alloc, but
+  // only before the first write.
   std::int32_t ProveAndWrite(const platform::MappedView* view);
 
-  // Behind a run that has written all frames: brings them onto the medium, renews the UMIDs, brings
-  // these onto the medium too and reads them back. With `stampTimes` the file's last access and
-  // last write become the end of its audio. 0; kDoneWithNotice, with the reason in `umidState`;
-  // kCancelled, with all audio written and the old UMIDs; or the stage's code plus a JobFault.
+  // Ends a rewrite after ProveAndWrite has returned 0: brings the audio onto the medium, renews the
+  // UMIDs, brings the UMIDs onto the medium and reads them back. With `stampTimes`, sets the clip's
+  // last access and last write to the time of this call. Returns 0; kDoneWithNotice, with the
+  // reason in `umidState`; kCancelled, with all audio written and the old UMIDs; or `stage` plus a
+  // JobFault. Throws nothing.
   std::int32_t Finish(bool stampTimes);
 
-  // Notes the file at fault for the message.
+  // Copies the path of the source file at fault to `fault.path`, for the message.
   void NameFile(const WAV_FILE_INFO& wav);
 
  private:
@@ -79,8 +86,9 @@ class RewrapRun {
   std::array<const std::uint8_t*, kMaxTracks> samples_{};
 };
 
-// Plans a rewrite and has `run` carry the plan out. What of both went wrong, as a result of
-// `stage`.
+// Plans a rewrite of the clip at `path` and calls `run` with the plan. Returns what `run` returns;
+// `stage` plus the fault of PlanRewrap when no plan can be made; or `stage` plus kOutOfMemory when
+// `run` throws std::bad_alloc.
 template <typename Run>
 std::int32_t RunPlanned(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf,
                         ProcessCode stage, Run run) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint8_t kNoKind = 255;
 constexpr std::size_t kMostKinds = 64;
-constexpr std::size_t kMostGapBytes = 64 * 1024;  // of all gaps of a row together
+constexpr std::size_t kMostGapBytes = 64 * 1024;  // all gaps of one row together
 
 }  // namespace
 

@@ -1,4 +1,5 @@
-// Proves the rows of audio that a rewrite is going to replace, and replaces them, row by row.
+// Proves the rows that a rewrite is going to overwrite, and overwrites them. A row is the audio
+// elements of one frame in file order.
 
 #pragma once
 
@@ -15,55 +16,65 @@
 
 namespace quorvan {
 
-// The gaps of each row: the bytes between the values that are written, as the proof has found them.
-// Nearly all rows of a clip have the same gaps, since keys, lengths and fill repeat from frame to
-// frame; each kind of gaps is kept once.
+// The gaps of each row: the bytes between the values of neighbouring tracks, as the proof has found
+// them in the clip. With the gaps, a row can be written in one go. Nearly all rows of a clip have
+// the same gaps, because keys, lengths and fill repeat from frame to frame. Equal gaps are
+// therefore kept only once, as one kind.
 class RowGaps {
  public:
-  // Takes memory for `frames` frames. False when there is none.
+  // Takes memory for `frames` frames. Returns false, or throws std::bad_alloc, when memory is out.
   bool Allocate(std::uint32_t frames);
 
-  // Keeps what lies between the values of neighbouring tracks, all ascending, in the row that
-  // `reader` has read last: that of the `frame`-th frame. False when the storage behind it fails.
+  // Keeps the gaps of the row that `reader` has read last, as those of frame `frame` (zero-based in
+  // the plan). `tracks` are zero-based and ascending, `values` are their values in the row. Keeps
+  // nothing, and returns true, when the values do not ascend, when a gap is not in the row that was
+  // read, when the gaps of a row are longer than 64 KiB, or when there are 64 kinds already.
+  // Returns false when the storage behind the reader's view fails. Throws std::bad_alloc.
   bool Keep(std::uint32_t frame, std::span<const std::uint32_t> tracks,
             std::span<const ElementValue> values, const RowReader& reader);
 
-  // These gaps of the `frame`-th frame one behind the other, null when they are not kept.
+  // The gaps of frame `frame` (zero-based in the plan), one behind the other in the order of the
+  // tracks; null when none were kept.
   const std::uint8_t* Of(std::uint32_t frame) const;
 
  private:
   using Kind = std::vector<std::uint8_t>;
 
   std::vector<Kind> kinds_;
-  std::unique_ptr<std::uint8_t[]> kindOfFrame_;  // place in kinds_, kNoKind for none
+  std::unique_ptr<std::uint8_t[]> kindOfFrame_;  // index in kinds_; kNoKind when none was kept
   std::size_t lastKind_ = 0;
-  Kind gaps_;  // of the row that is being looked at
+  Kind gaps_;  // of the row that Keep is looking at
 };
 
-// Proves and writes the rows of one rewrite.
+// Proves and writes the rows of one rewrite. The frames of the plan are counted from 0.
 class RowWriter {
  public:
-  // Frames count from the plan's first one, `i` from 0. All of it must outlive the writer.
+  // `plan`, `mxf` and `*clip` must outlive the writer.
   RowWriter(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, platform::File* clip)
       : plan_(plan),
         mxf_(mxf),
         clip_(*clip),
         reader_(*clip, mxf, plan.Tracks(), plan.range.firstEntry, plan.range.total) {}
 
-  // Takes its memory. False when there is none. The plan's frames must be in the index, and the
-  // clip open.
+  // Takes memory for the rows and their gaps. The clip must be open and the index must hold every
+  // frame of the plan. Returns false, or throws std::bad_alloc, when memory is out.
   bool Allocate();
 
-  // Has the frames proven through `view`, which covers the clip and outlives the writer.
+  // Makes Prove read the frames through `view`, which must cover the whole clip and outlive the
+  // writer.
   void ProveThrough(const platform::MappedView* view) { reader_.ReadThrough(view); }
 
-  // Proves every value of the plan in the `i`-th frame. Frames come in their order.
+  // Proves the values of all tracks of the plan in frame `i`, as RowReader::Read does. Call it for
+  // frame after frame, from 0 on. Throws std::bad_alloc.
   ElementState Prove(std::uint32_t i);
 
-  // All frames are proven: from here on they are written.
+  // Ends the proof. The prefetch starts again at the first frame of the plan, for Write.
   void StartWriting() { reader_.Rewind(plan_.range.firstEntry); }
 
-  // Writes the `i`-th frame: what goes on each track of the plan, in their order.
+  // Writes the row of frame `i`, which Prove has proven. `samples` has one pointer for each track
+  // of the plan, in the order of the tracks, to as many bytes as the track's value holds. Returns
+  // the result of WriteRow; kRefused, with nothing written, also when the number of pointers
+  // differs or the index has no value for a track. Throws nothing.
   GateResult Write(std::uint32_t i, std::span<const std::uint8_t* const> samples);
 
  private:
@@ -75,7 +86,7 @@ class RowWriter {
   platform::File& clip_;
   RowReader reader_;
   RowGaps gaps_;
-  std::vector<ElementValue> values_;  // of the frame that is worked on
+  std::vector<ElementValue> values_;  // of the frame that LocateValues was called for last
   std::vector<RowPiece> row_;
 };
 

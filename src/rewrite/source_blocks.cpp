@@ -11,7 +11,8 @@
 namespace quorvan {
 namespace {
 
-// The widths are compile-time constants so that each copy is a move or two.
+// Copies one channel out of interleaved sample frames, each sample into the upper bytes of a target
+// sample. The widths are compile-time constants so that each copy is a move or two.
 template <std::uint32_t kSampleBytes, std::uint32_t kTargetBytes>
 void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
            std::uint8_t* target) {
@@ -78,7 +79,7 @@ bool SourceBlocks::AllocateAhead(std::uint32_t aheadFrames) {
   return true;
 }
 
-// Memory for what is read of a source: none where it is mapped.
+// Bytes of memory for one block of `source`; 0 for a source that is mapped.
 std::uint64_t SourceBlocks::BlockBytes(const TrackSource& source) const {
   return files_.ViewOf(source).IsMapped() ? 0 : RegionBytes(source, blockFrames_);
 }
@@ -88,7 +89,8 @@ bool SourceBlocks::AllocateTrackBuffers() {
   return trackBuffers_ != nullptr;
 }
 
-// Asks for what the files give to the frames ahead, when the last such stretch is used up.
+// Prefetches the samples of the next `aheadFrames_` frames of every source file, when `firstEntry`
+// has reached the end of the stretch that was prefetched last.
 void SourceBlocks::AskFor(std::uint32_t firstEntry) {
   if (firstEntry < askedUpTo_) return;
   const std::uint32_t end = plan_.range.firstEntry + plan_.range.total;

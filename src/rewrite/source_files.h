@@ -11,39 +11,46 @@
 
 namespace quorvan {
 
-// What is wrong with the first source that is not usable; kNoFault, and null, when all are.
+// The first source file that is not usable and what is wrong with it; kNoFault and null when all
+// source files are usable.
 struct SourceCheck {
   JobFault fault;
   const WAV_FILE_INFO* wav;
 };
 
-// The source files of a running rewrite, in AUDIOTRACK_IO_INFO.wavHandle, and views of them. Closed
-// on destruction.
+// The open source files of a running rewrite, and views of the files. The handles lie in
+// AUDIOTRACK_IO_INFO.wavHandle, by the first track of each source. The destructor closes them.
 class SourceFiles {
  public:
+  // `plan`, `tracks` and `audio` must outlive the object.
   SourceFiles(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_AUDIO_INFO& audio)
       : plan_(plan), audio_(audio), handles_(tracks->wavHandle) {}
   SourceFiles(const SourceFiles&) = delete;
   SourceFiles& operator=(const SourceFiles&) = delete;
   ~SourceFiles() { Close(); }
 
-  // Opens every file of the plan. The first that cannot be opened; null when all are open.
+  // Opens every source file of the plan for shared reading. Returns null, or the first file that
+  // cannot be opened. Throws std::bad_alloc.
   const WAV_FILE_INFO* Open();
 
-  // Makes a view of each whole file, all of them open. The first that cannot be mapped; null when
-  // all are.
+  // Makes a view of each whole source file; Open must have succeeded. Returns null, or the first
+  // file that cannot be mapped. Throws std::bad_alloc.
   const WAV_FILE_INFO* Map();
 
-  // Whether each is the file that was added and holds the audio that it claims.
+  // Checks that each source file is the file that was added, has samples that fit the clip and
+  // holds the audio that it claims. The fault is kSourceChanged, kSourceNotPcm, kSourceCutShort, or
+  // kSourceFault when a file cannot be read. Throws nothing.
   SourceCheck Check() const;
 
+  // The source file of `source`; not open for silence.
   const platform::File& Of(const TrackSource& source) const { return handles_[source.firstTrack]; }
 
-  // Not mapped where Map was not called.
+  // The view of the source file of `source`; not mapped for silence or without a call of Map.
   const platform::MappedView& ViewOf(const TrackSource& source) const {
     return views_[source.firstTrack];
   }
 
+  // Unmaps and closes all source files.
   void Close();
 
  private:

@@ -20,7 +20,7 @@ constexpr std::size_t kMaterialNumberPlace = 16;
 
 constexpr std::int32_t kBadArgumentOrWrite = -1;
 
-// No clip comes near it.
+// Most places that hold the UMID of one package; no real clip comes near this number.
 constexpr std::size_t kMostReferences = std::size_t{1} << 16;
 
 bool IsUmid(const Umid& umid) {
@@ -58,8 +58,8 @@ Umid MakeUmid(const Umid& old) {
 
 namespace {
 
-// A write that fails is tried once more: storage that only stumbled must not leave a package with
-// two identities.
+// Writes `bytes` to `place`, and tries a second time when the first write fails: a passing fault of
+// the storage must not leave a package with two UMIDs.
 bool WriteWithPatience(platform::File* file, const MetadataPlace& place,
                        std::span<const std::uint8_t> bytes) {
   return WriteMetadata(file, place, bytes) || WriteMetadata(file, place, bytes);
@@ -138,7 +138,7 @@ JobFault ClipIdentity::LocatePackage(const METADATA_SET_PLACE& set, const Umid& 
 void ClipIdentity::Renew() {
   if (now_.Read(clip_, mxf_) != HeaderState::kRead) return;
   if (!std::ranges::equal(now_.Bytes(), wanted_.Bytes())) return;
-  // Where both packages have one UMID, it is replaced for both at once.
+  // When both packages have the same UMID, the new UMID replaces it in both at once.
   const bool shared = material_.old == source_.old;
   stamp_ = StampNow();
   RegenerateUmid(&clip_, &material_.fresh, material_.references, *material_.own,
@@ -168,7 +168,8 @@ bool ClipIdentity::HoldsThroughout(const Package& package, const Umid& umid) con
   return holds(*package.own) && std::ranges::all_of(package.references, holds);
 }
 
-// With `stamped` false, whatever the stamps hold.
+// True when the header metadata as it was read last equals `wanted_`. With `stamped` false, the
+// stamps are not compared.
 bool ClipIdentity::IsAsExpected(bool stamped) {
   if (!stamped) {
     for (const Package* package : {&material_, &source_}) {

@@ -18,68 +18,75 @@ namespace quorvan {
 
 using Umid = std::array<std::uint8_t, kUmidBytes>;
 
-// A new basic UMID: bytes 7 and 10 of `old`, instance number zero, and a new UUID as material
-// number, zeros where the system has none.
+// Makes a new basic UMID. It keeps bytes 7 and 10 (zero-based) of `old`. The instance number is
+// zero and the material number is a new UUID, or zeros when the system has none. Throws nothing.
 Umid MakeUmid(const Umid& old);
 
-// The modification stamp of a package: year, month, day, hour, minute, second, day of the week.
+// The modification stamp of a package, as it stands in the file: year (two bytes, high byte first),
+// month, day, hour, minute, second, day of the week. Local time.
 using PackageStamp = std::array<std::uint8_t, 8>;
 
-// Gives one package a new UMID: writes it in place of `*umid` to all `references`, then to `own`,
-// the package's PackageUID, and then `stamp` to `stampPlace`, where the package has one. Bytes that
-// do not begin as a UMID stay what they are. Where a reference cannot be written, the old UMID is
-// put back, as far as writes succeed, and the package keeps its own: an interrupted step therefore
-// leaves references to a package that is not there, and never a package that nothing refers to.
-// Returns 0, with the new UMID in `*umid` if there is one; -1 for a null argument or when a write
-// has failed, with the UMID in `*umid` that the package has then.
+// Gives one package a new UMID. Writes the new UMID in place of `*umid` to all `references`, then
+// to `own`, the package's PackageUID, and then `stamp` to `stampPlace` when the package has one. In
+// this order an interrupted step leaves references that lead to no package, never a package to
+// which no reference leads. When `*umid` does not begin as a UMID, it stays and only the stamp is
+// written. A write that fails is tried once more. When a UMID still cannot be written, the old UMID
+// is put back everywhere, as far as writes succeed.
+//
+// Returns 0, with the package's UMID in `*umid`. Returns -1 for a null argument, or when a write
+// has failed: `*umid` is then the old UMID, or the new UMID when only the stamp was not written.
+// Throws nothing.
 std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
                             std::span<const MetadataPlace> references, const MetadataPlace& own,
                             const std::optional<MetadataPlace>& stampPlace,
                             const PackageStamp& stamp);
 
 enum class UmidWidth {
-  kBasic,     // 32 bytes: only such UMIDs can be renewed
+  kBasic,     // 32 bytes; only basic UMIDs can be renewed
   kExtended,  // 64 bytes
-  kUnknown,   // any other
+  kUnknown,   // any other length
 };
 
-// The widest of the clip's two UMIDs; kUnknown when either of them is.
+// Width of the UMIDs of the clip's two packages, by the sizes in the records. The wider of the two
+// decides; kUnknown when either of them is unknown.
 UmidWidth WidthOfUmids(const MXF_BASE_INFO& mxf);
 
-// The identity of the clip that is being rewritten, from the proof in front of the first write to
-// the last look at the file.
+// Renews the UMIDs of the clip that is being rewritten, in three steps: Locate before the first
+// write, Renew when all audio is on the medium, ReadBack at the end.
 class ClipIdentity {
  public:
-  // All of it must outlive the object.
+  // `*clip` and `*mxf` must outlive the object. Call Locate when the clip is open.
   ClipIdentity(platform::File* clip, MXF_BASE_INFO* mxf) : clip_(*clip), mxf_(*mxf) {}
   ClipIdentity(const ClipIdentity&) = delete;
   ClipIdentity& operator=(const ClipIdentity&) = delete;
 
-  // Finds every place that Renew is going to write. kNoFault; kClipChanged when the file's header
-  // metadata does not hold the UMIDs of the records in both package sets, as the clip that was
-  // analysed does and no other; kHeaderUnfit when a package set that was accepted does not lie in
-  // the header metadata, or has a UMID of neither 32 nor 64 bytes; kClipFault. Throws when memory
-  // is out; no later step takes any.
+  // Finds every place in the header metadata that Renew is going to write. Returns kNoFault;
+  // kClipChanged when a package set does not hold the UMID of the records, so that the file is not
+  // the clip that was analysed; kHeaderUnfit when the header metadata cannot be located, a package
+  // set does not lie in it or has no PackageUID, a UMID has neither 32 nor 64 bytes, or a UMID
+  // stands in more places than any clip has; kClipFault when the clip cannot be read. Throws
+  // std::bad_alloc; the later steps allocate nothing.
   JobFault Locate();
 
-  // Gives both packages new UMIDs and stamps, as far as writes succeed, and writes nothing when the
-  // header metadata cannot be read or is no longer what Locate has seen. What came of it, ReadBack
-  // tells.
+  // Gives both packages new UMIDs and the stamp of the present local time, as far as writes
+  // succeed. Writes nothing when the header metadata cannot be read or has changed since Locate.
+  // ReadBack tells the outcome. Throws nothing.
   void Renew();
 
-  // Looks at what the header metadata holds now, puts UMIDs and dates as they stand there into the
-  // records, and says which UMIDs those are. kUmidsRenewed means that every byte of the header
-  // metadata is what it should be. Where nothing can be read, the records get the UMIDs that were
-  // written.
+  // Reads the header metadata again, puts the UMIDs and dates that it holds into the records, and
+  // returns what it holds. kUmidsRenewed: every byte of the header metadata is as expected.
+  // kUmidsUndated: every byte but those of the stamps. kUmidsOld: all places hold the old UMIDs.
+  // kUmidsMixed: anything else. kUmidsUnknown: the header metadata cannot be read, and the records
+  // get the UMIDs that Renew has written. Throws nothing.
   UmidState ReadBack();
 
  private:
   struct Package {
     Umid old{};
-    Umid fresh{};                             // what its places are to hold
-    std::optional<MetadataPlace> own;         // the PackageUID of the set
-    std::vector<MetadataPlace> references;    // every other place
-    std::optional<MetadataPlace> stampPlace;  // PackageModifiedDate, where the set has room for it
+    Umid fresh{};                             // UMID that all places must hold after Renew
+    std::optional<MetadataPlace> own;         // PackageUID of the package's set
+    std::vector<MetadataPlace> references;    // every other place of the UMID
+    std::optional<MetadataPlace> stampPlace;  // PackageModifiedDate; nothing when the set has none
   };
 
   JobFault LocatePackage(const METADATA_SET_PLACE& set, const Umid& umid, Package* package);
@@ -89,8 +96,8 @@ class ClipIdentity {
 
   platform::File& clip_;
   MXF_BASE_INFO& mxf_;
-  HeaderBlock wanted_;  // the header metadata as it was, then as it is to be
-  HeaderBlock now_;
+  HeaderBlock wanted_;  // the header metadata as Locate read it; behind Renew, as it must be
+  HeaderBlock now_;     // the header metadata as it was read last
   Package material_;
   Package source_;
   PackageStamp stamp_{};

@@ -22,7 +22,7 @@ VerifyResult Same() {
   return {VerifyState::kSame, {}, kSuccess};
 }
 
-// A little-endian signed sample of `width` bytes.
+// The value of the little-endian signed sample of `width` bytes (1 to 4) at `bytes`.
 std::int32_t SampleAt(const std::uint8_t* bytes, std::uint32_t width) {
   std::uint32_t word = 0;
   for (std::uint32_t b = 0; b < width; ++b)
@@ -30,6 +30,7 @@ std::int32_t SampleAt(const std::uint8_t* bytes, std::uint32_t width) {
   return static_cast<std::int32_t>(word) >> (8 * (kMostSampleBytes - width));
 }
 
+// One comparison, from its plan to its end. The destructor closes all files.
 class Verification {
  public:
   Verification(const RewrapPlan& plan, AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO& mxf,

@@ -13,7 +13,8 @@ bool Ascends(std::span<const RowPiece> row) {
   return std::adjacent_find(row.begin(), row.end(), overlap) == row.end();
 }
 
-// Pieces of a row that hang together: number of them from the first on.
+// Number of pieces, from the first of `row` on, that one gathered write can write: up to the next
+// piece whose `between` is null.
 std::size_t RunLength(std::span<const RowPiece> row) {
   std::size_t length = 1;
   while (length < row.size() && row[length].between != nullptr)

@@ -1,6 +1,6 @@
-// The two functions through which all writes into a clip go: WriteRow takes only values of audio
-// elements, WriteMetadata only places within items of the header metadata. Nothing else of a clip
-// can be changed.
+// The two functions through which a rewrite makes all its writes into a clip. WriteRow overwrites
+// only values of audio elements, WriteMetadata only places within items of the header metadata, so
+// nothing else of a clip can change. A row is the audio elements of one frame in file order.
 
 #pragma once
 
@@ -15,28 +15,30 @@ namespace quorvan {
 
 enum class GateResult {
   kDone,
-  kRefused,
+  kRefused,      // invalid arguments; nothing was written
   kClipFault,    // the clip could not be written
   kSampleFault,  // the samples lie in a view whose storage has failed
 };
 
-// What becomes of one value of a row.
+// One value of a row and the samples to write into the value.
 struct RowPiece {
   ElementValue value;
-  const std::uint8_t* samples;  // value.bytes() of them
-  // The bytes between the value before and this one as they stand in the file, so that both can be
-  // written at one go; null where they are not at hand.
+  const std::uint8_t* samples;  // value.bytes() bytes
+  // The file's bytes between the value of the piece before and this value, so that both values can
+  // be written in one go. Null when the bytes are not known; the values are then written
+  // separately. Not used in the first piece.
   const std::uint8_t* between;
 };
 
-// Writes the pieces, whose values lie in ascending order, into the open clip. What lies between two
-// values is left alone or written as it is. kRefused, with nothing written, when values overlap or
-// there are more than kMaxTracks. After a fault part of the row may be written.
+// Writes the samples of a row into the open clip, together with the bytes of `between` where they
+// are known. The values must ascend in the file. Returns kDone; kRefused, with nothing written,
+// when values overlap or descend or there are more than kMaxTracks pieces; kClipFault or
+// kSampleFault, when part of the row may have been written. Throws nothing.
 GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row);
 
-// Writes `bytes`, of which there are as many as the place has, to `place` in the open clip. False
-// when they do not fit, with nothing written, or when the write fails, with some of them written
-// maybe.
+// Writes `bytes` to `place` in the open clip. Returns false, with nothing written, when the numbers
+// of bytes differ; or false when the write fails, when some bytes may have been written. Throws
+// nothing.
 bool WriteMetadata(platform::File* clip, const MetadataPlace& place,
                    std::span<const std::uint8_t> bytes);
 
