@@ -16,7 +16,7 @@
 namespace quorvan::ui {
 namespace {
 
-constexpr int kTimerMilliseconds = 30;
+constexpr int kAnalysisTimerMilliseconds = 30;
 constexpr std::u16string_view kStoppedTitle = u"MXF Lattice Core";
 constexpr std::u16string_view kAnalysisTitle = u"MXF File Analysis";
 constexpr std::u16string_view kErrorStatus = u"MXFファイル解析エラー";
@@ -82,7 +82,7 @@ int AnalysisDialog::exec() {
   PlaceJobDialog(this);
   setStatus_(u"MXFファイルを解析中...");
   ShowProgress();
-  timer_.start(kTimerMilliseconds);
+  timer_.start(kAnalysisTimerMilliseconds);
   QMetaObject::invokeMethod(&job_, &JobThread::Start, Qt::QueuedConnection);
   return QDialog::exec();
 }

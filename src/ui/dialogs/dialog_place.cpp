@@ -39,6 +39,18 @@ void CentreOnWindow(QDialog* dialog) {
                frame.top() + (frame.height() - outside.height()) / 2);
 }
 
+QPushButton* MakeDialogButton(const char* objectName, const QString& text, QWidget* parent) {
+  auto* button = new QPushButton(text, parent);
+  button->setObjectName(objectName);
+  return button;
+}
+
+QPushButton* MakePlainButton(const char* objectName, const QString& text, QWidget* parent) {
+  QPushButton* button = MakeDialogButton(objectName, text, parent);
+  button->setAutoDefault(false);
+  return button;
+}
+
 QLabel* MakeFileNameLabel(const char* objectName, std::u16string_view path, QDialog* dialog) {
   auto* label = new QLabel(dialog);
   label->setObjectName(objectName);

@@ -50,13 +50,6 @@ class LampButton : public QAbstractButton {
   int number_;
 };
 
-QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
-  auto* button = new QPushButton(text, parent);
-  button->setObjectName(name);
-  button->setAutoDefault(false);
-  return button;
-}
-
 }  // namespace
 
 ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetStatus setStatus,
@@ -73,7 +66,7 @@ ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetS
   auto* start = new QPushButton("書出し(&E)", this);
   start->setObjectName("1");
   start->setDefault(true);
-  QPushButton* close = MakeButton("2", "閉じる", this);
+  QPushButton* close = MakePlainButton("2", "閉じる", this);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
   buttons->addWidget(start);
@@ -102,9 +95,9 @@ QWidget* ExportDialog::MakeTrackGroup() {
     lamps->addWidget(button, k / 4, k % 4);
     trackButtons_[static_cast<std::size_t>(k)] = button;
   }
-  back_ = MakeButton("1034", "<(&-)", group);
-  forward_ = MakeButton("1035", ">(&+)", group);
-  QPushButton* all = MakeButton("1036", "全て選択/解除(&G)", group);
+  back_ = MakePlainButton("1034", "<(&-)", group);
+  forward_ = MakePlainButton("1035", ">(&+)", group);
+  QPushButton* all = MakePlainButton("1036", "全て選択/解除(&G)", group);
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(back_);
   buttons->addWidget(forward_);
@@ -120,7 +113,7 @@ QWidget* ExportDialog::MakeTargetRow() {
   auto* row = new QWidget(this);
   auto* layout = new QGridLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
-  QPushButton* choose = MakeButton("1014", "保存先(&D)", row);
+  QPushButton* choose = MakePlainButton("1014", "保存先(&D)", row);
   folder_ = new QLineEdit(row);
   folder_->setObjectName("1015");
   folder_->setReadOnly(true);

@@ -15,7 +15,7 @@
 namespace quorvan::ui {
 namespace {
 
-constexpr int kTimerMilliseconds = 200;
+constexpr int kJobTimerMilliseconds = 200;
 constexpr std::u16string_view kFailureTitle = u"MXF Lattice Core";
 
 struct JobTexts {
@@ -102,7 +102,7 @@ int JobDialog::exec() {
   setStatus_(kJobTexts[app_.jobKind].statusAtStart);
   action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));
   ShowProgress();
-  timer_.start(kTimerMilliseconds);
+  timer_.start(kJobTimerMilliseconds);
   // The job starts only when the dialog handles events and can show its progress.
   QMetaObject::invokeMethod(&job_, &JobThread::Start, Qt::QueuedConnection);
   return QDialog::exec();

@@ -6,6 +6,7 @@
 
 #include "job/job_steps.h"
 #include "state/clip_state.h"
+#include "ui/dialogs/dialog_place.h"
 #include "ui/dialogs/job_dialog.h"
 #include "ui/main/message_box.h"
 #include "ui/main/theme.h"
@@ -16,15 +17,8 @@ namespace {
 constexpr int kDisplayWidth = 200;
 constexpr int kDisplayHeight = 40;
 constexpr QPoint kDisplayTextStart(4, 0);
-constexpr int kEntryDigits = 11;
+constexpr int kDialogEntryDigits = 11;
 constexpr COLOR kBlack = {0, 0, 0};
-
-QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
-  auto* button = new QPushButton(text, parent);
-  button->setObjectName(name);
-  button->setAutoDefault(false);
-  return button;
-}
 
 }  // namespace
 
@@ -50,9 +44,9 @@ DrawnLabel* RangeDialog::MakeDisplay(std::uint32_t id, std::size_t font, const C
 
 QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   auto* group = new QGroupBox(title, this);
-  inButton_ = MakeButton("1040", "IN(&I)", group);
-  QPushButton* outButton = MakeButton("1041", "OUT(&O)", group);
-  QPushButton* takeOver = MakeButton("1056", "ラッピング範囲を使用(&P)", group);
+  inButton_ = MakePlainButton("1040", "IN(&I)", group);
+  QPushButton* outButton = MakePlainButton("1041", "OUT(&O)", group);
+  QPushButton* takeOver = MakePlainButton("1056", "ラッピング範囲を使用(&P)", group);
   DrawnLabel* in =
       MakeDisplay(1066, 4, kFigureColor, kDisplayWidth, kDisplayHeight, kDisplayTextStart);
   DrawnLabel* out =
@@ -68,7 +62,8 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   layout->addWidget(duration, 2, 1);
   layout->addWidget(takeOver, 3, 1);
   // The edit lies over a display; both must have the same parent.
-  entry_ = new TimecodeField(&app_, fields_, &pointSet_, {in, out, duration}, kEntryDigits, group);
+  entry_ =
+      new TimecodeField(&app_, fields_, &pointSet_, {in, out, duration}, kDialogEntryDigits, group);
   entry_->Edit()->setObjectName("1065");
   entry_->Edit()->setFont(FontOf(4));
   connect(inButton_, &QPushButton::clicked, this, [this] { entry_->Open(kInTarget); });

@@ -25,12 +25,6 @@ namespace {
 constexpr int kMetaFieldWidth = 620;
 constexpr int kShortFieldWidth = 400;
 
-QPushButton* MakeButton(const char* name, const QString& text, QWidget* parent) {
-  auto* button = new QPushButton(text, parent);
-  button->setObjectName(name);
-  return button;
-}
-
 }  // namespace
 
 void ShowSettings(APP_STATE_INFO* app, QWidget* parent) {
@@ -62,9 +56,9 @@ void ShowSettings(APP_STATE_INFO* app, QWidget* parent) {
                  "メモリが4GBを下まわるPCの場合は3以下をお試しください。",
                  group));
   layout->addWidget(group);
-  QPushButton* ok = MakeButton("1", "OK", &dialog);
+  QPushButton* ok = MakeDialogButton("1", "OK", &dialog);
   ok->setDefault(true);
-  QPushButton* cancel = MakeButton("2", "キャンセル", &dialog);
+  QPushButton* cancel = MakeDialogButton("2", "キャンセル", &dialog);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
   buttons->addWidget(ok);
@@ -133,7 +127,7 @@ void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent) {
     }
   }
   layout->addLayout(form);
-  QPushButton* ok = MakeButton("1", "OK", &dialog);
+  QPushButton* ok = MakeDialogButton("1", "OK", &dialog);
   ok->setDefault(true);
   layout->addWidget(ok, 0, Qt::AlignRight);
   QObject::connect(ok, &QPushButton::clicked, &dialog, &QDialog::accept);
@@ -153,7 +147,7 @@ void ShowAbout(QWidget* parent) {
   texts->addWidget(new QLabel(ToQString(kProgramName) + " |", &dialog));
   texts->addWidget(new QLabel("Version " + ToQString(kProgramVersion), &dialog));
   texts->addWidget(new QLabel("ラウドネス測定には libebur128 を使用しています。", &dialog));
-  QPushButton* ok = MakeButton("1", "OK", &dialog);
+  QPushButton* ok = MakeDialogButton("1", "OK", &dialog);
   ok->setDefault(true);
   texts->addWidget(ok, 0, Qt::AlignRight);
   layout->addLayout(texts);

@@ -34,7 +34,7 @@
 namespace quorvan::ui {
 namespace {
 
-constexpr int kEntryDigits = 8;
+constexpr int kWindowEntryDigits = 8;
 constexpr std::u16string_view kAlreadyLoaded =
     u"MXFファイルはすでにロードされています。\n[ファイル]→[MXFファイルをアンロード]"
     u"を行ってください。";
@@ -100,7 +100,7 @@ MainWindow::MainWindow() : app_(state_.info) {
   entry_ = new TimecodeField(&app_, kRewrapRange, &app_.rewrapPointSet,
                              {view_->Label(kInTimecodeText), view_->Label(kOutTimecodeText),
                               view_->Label(kDurTimecodeText)},
-                             kEntryDigits, view_);
+                             kWindowEntryDigits, view_);
   pathField_ = new QLabel(this);
   counterField_ = new QLabel(this);
   for (QLabel* field : {pathField_, counterField_}) {
