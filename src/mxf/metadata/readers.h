@@ -40,14 +40,14 @@ std::int32_t ReadPrefaceSet(platform::File* file, MXF_BASE_INFO* mxf);
 std::int32_t ReadIdentification(platform::File* file, MXF_BASE_INFO* mxf);
 
 // Checks the Content Storage set whose key starts in [startOffset, limitOffset), both file offsets
-// in bytes. Accepts a set that lists its packages and its essence container data. Returns 0 or 701
-// to 704.
+// in bytes. Accepts a set with two items out of Packages and EssenceContainerData, each a batch of
+// two references or of references of 16 bytes. Returns 0 or 701 to 704.
 std::int32_t CheckContentStorage(platform::File* file, std::uint64_t startOffset,
                                  std::uint64_t limitOffset);
 
 // Checks the Essence Container Data set whose key starts in [startOffset, limitOffset), both file
-// offsets in bytes. Accepts a set with the linked package, a BodySID, and an IndexSID that is not
-// 0. Returns 0, 801, 802, 803 or 805.
+// offsets in bytes. Accepts a set with three items out of LinkedPackageUID, IndexSID and BodySID,
+// whose IndexSID is not 0. Returns 0, 801, 802, 803 or 805.
 std::int32_t CheckEssenceContainerData(platform::File* file, std::uint64_t startOffset,
                                        std::uint64_t limitOffset);
 
@@ -61,9 +61,9 @@ std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf);
 // timecode are not touched, because other threads may be reading them. Throws nothing.
 void RefreshMaterialPackage(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf);
 
-// Reads the UMID of the first Source Package, checks that its essence is of several kinds, and
-// reads the picture descriptor, the edit rate and the first audio descriptor, which stands for all
-// tracks. Returns 0 or 501 to 511.
+// Reads the UMID of the first Source Package, checks that its Multiple Descriptor names a container
+// with multiple wrappings, and reads the picture descriptor, the edit rate and the first audio
+// descriptor, which stands for all tracks. Returns 0 or 501 to 511.
 std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf);
 
 // Looks up the local tag of the label `*label` in the Primer Pack whose key starts in [startOffset,
