@@ -90,8 +90,8 @@ enum class Method : std::uint8_t {
 // in hour 23 and passes midnight still ascend. CountedSlot tells which slot the jobs use.
 //
 // The thread that runs an analysis or a continuity check writes the fields. It shares the atomic
-// words with the thread that shows the progress: the running job writes the progress and
-// clears `stopRequest`, the watching thread sets `stopRequest`.
+// words with the thread that shows the progress: the running job writes the progress and clears
+// `stopRequest`, the watching thread sets `stopRequest`.
 struct MXF_TIMECODE_INFO {
   std::uint32_t dropFrame;     // first byte of the DropFrame value
   std::uint32_t startFrames;   // slot 0

@@ -16,7 +16,8 @@ namespace {
 // Number of coming frames whose words are prefetched: enough to keep the queue of a disk full.
 constexpr std::uint32_t kFramesAhead = 256;
 
-// Memory in bytes that the breaks between two checks of the free memory need.
+// Bytes that must be free before further breaks are listed. That is more than the breaks up to the
+// next check need, because FitsMemory always returns true for up to 64 MiB.
 constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
 
 // Frames that are handled between two checks for a stop request, in loops that read nothing. Also
@@ -28,8 +29,8 @@ constexpr std::uint32_t kFramesPerLook = 1u << 16;
 constexpr std::uint64_t kWordOffset = kElementHeaderBytes + 41;
 constexpr std::size_t kWordBytes = 4;
 
-// The word of a frame whose word could not be read. It is no timecode, since its digits are
-// above 9.
+// The word of a frame whose word could not be read. It is no timecode, since its digits are above
+// 9.
 constexpr std::uint32_t kNoWord = 0xFFFFFFFF;
 
 constexpr std::uint32_t kJumpForward = 2;
@@ -37,8 +38,8 @@ constexpr std::uint32_t kGoingBack = 3;
 constexpr std::uint32_t kStandingStill = 4;
 
 // Flags in a word. The drop-frame flag is in the frames byte. A field mark stands in the second of
-// two frames that share a timecode: in the seconds byte at 60 frames a second, in the hours byte
-// at 50.
+// two frames that share a timecode: in the seconds byte at 60 frames a second, in the hours byte at
+// 50.
 constexpr std::uint32_t kDropFrameFlag = 0x00000040;
 constexpr std::uint32_t kFieldMark60 = 0x00008000;
 constexpr std::uint32_t kFieldMark50 = 0x80000000;
@@ -47,7 +48,7 @@ constexpr std::uint32_t kFieldMark50 = 0x80000000;
 struct WordReading {
   std::uint32_t cleared;  // flags that are cleared in each word before its digits are read
   std::uint32_t base;     // fpsIndex of the base on which the words count
-  std::uint32_t scale;    // factor from a count on this base to a count of the clip
+  std::uint32_t scale;    // factor by which the counts on this base are multiplied
   std::uint32_t step;     // frames from one compared word to the next
   std::uint32_t mark;     // flag that at least one word of the clip must have; 0 for none
   bool onlyPairs;         // applies only when each timecode stands in exactly two frames

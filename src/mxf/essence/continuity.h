@@ -31,8 +31,8 @@ enum ContinuityCode : std::int32_t {
 // unknown is not read.
 //
 // Clears `stopRequest` at the start, and writes `progressTotal` and `progressFrame` for the thread
-// that shows the progress. Stops at the next frame when `stopRequest` becomes 1, and at the latest
-// when all words are read when the stop request of `file` comes.
+// that shows the progress. While it reads words, stops at the next frame when `stopRequest` becomes
+// 1. The stop request of `file` takes effect when the loop over the words has ended.
 //
 // Returns kSuccess when there is no break or the timecode base is unknown; kContinuityBreaks;
 // kCancelled, with an empty list and `stopRequest` cleared; or another ContinuityCode. Throws

@@ -46,7 +46,8 @@ class RowReader {
   void ReadThrough(const platform::MappedView* view) { view_ = view; }
 
   // Reads the row of the frame `entryIndex` (zero-based, within the range) and proves its elements.
-  // Returns what ProveElements returns; kFault also when a plain read fails.
+  // Returns what ProveElements returns. With plain reads, also returns kMisplaced when LocateRow
+  // gives no row, and kFault when a read fails.
   ElementState Read(std::uint32_t entryIndex);
 
   // The `length` bytes of the clip at `fileOffset` when they lie in the row that was read last or,

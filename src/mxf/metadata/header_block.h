@@ -48,8 +48,8 @@ enum class HeaderState {
 class HeaderBlock {
  public:
   // Reads the header metadata of the clip `file`, which `mxf` describes completely, index included.
-  // The block may be used only after kRead. Throws std::bad_alloc when memory is out, or would be
-  // by platform::FitsMemory. May be called again: with the same records, only the first call
+  // The block may be used only after kRead. Throws std::bad_alloc when memory is out or
+  // platform::FitsMemory refuses. May be called again: with the same records, only the first call
   // allocates memory.
   HeaderState Read(const platform::File& file, const MXF_BASE_INFO& mxf);
 

@@ -9,8 +9,9 @@ namespace {
 
 constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr std::size_t kLongestHeader = kKlvKeyBytes + 8;
-constexpr std::size_t kBytesPerLook = std::size_t{1}
-                                      << 20;  // between two checks for a stop request
+
+// Bytes that a search in a block skips between two checks for a stop request.
+constexpr std::size_t kBytesPerLook = std::size_t{1} << 20;
 
 // Number of bytes of the length field that starts with `first`; 0 for a form that the searches do
 // not follow.

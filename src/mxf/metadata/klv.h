@@ -94,12 +94,12 @@ int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffse
 // The key and its length field must lie in the block.
 //
 // Returns 1 when the key was found. `*outValueOffset` is then the offset of the value in the block,
-// and
-// `*outLength` the length that the KLV claims, both in bytes: the value may reach behind the end of
-// the block. Returns 0 when the key was not found. `*outLength` is then 0, and `*outValueOffset` is
-// where the search ended: at the end of the block or, by the length of a KLV, behind the end; 0 for
-// a block of fewer than 20 bytes. `source` is the file from which the block was read, or null: when
-// a stop of this file is asked for, the search ends as if the key were not there. Throws nothing.
+// and `*outLength` the length that the KLV claims, both in bytes: the value may reach behind the
+// end of the block. Returns 0 when the key was not found. `*outLength` is then 0, and
+// `*outValueOffset` is where the search ended: at the end of the block or, by the length of a KLV,
+// behind the end; 0 for a block of fewer than 20 bytes. `source` is the file from which the block
+// was read, or null: when a stop of this file is asked for, the search ends as if the key were not
+// there. Throws nothing.
 int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_t bufferLength,
                        std::uint64_t* outValueOffset, std::uint64_t* outLength,
                        const platform::File* source = nullptr);

@@ -11,8 +11,7 @@
 namespace quorvan {
 namespace {
 
-constexpr std::uint64_t kTrailerBytes =
-    4;  // length of the Random Index Pack, at the end of the file
+constexpr std::uint64_t kTrailerBytes = 4;      // length of the pack, at the end of the file
 constexpr std::uint32_t kIndexPackHeader = 20;  // key and length of the Random Index Pack
 constexpr std::uint32_t kRawEntryBytes = 12;    // BodySID, ByteOffset
 constexpr std::uint32_t kMostPartitions = 1u << 20;

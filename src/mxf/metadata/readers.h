@@ -3,10 +3,9 @@
 // A reader takes the open file and the records, fills the fields of its stage in the records, and
 // returns 0 or a code of its stage (see AnalysisCode in analysis.h). It returns the codes for a
 // null or closed `file`, a null `mxf` or a missing record before it reads anything. The readers run
-// in the order of the stages, because they use what the stages before have filled. They search all
-// sets of the header metadata in the first partition of the table. A key that they search must
-// start before the file offset that is the partition's headerByteCount (for the Preface: its
-// essenceBase).
+// in the order of the stages, because they use what the stages before have filled. They search the
+// header metadata by the first partition of the table: a set must start before the file offset
+// headerByteCount of this partition, and the Preface before its essenceBase.
 //
 // A reader may take a failed read for the end of the file or for a missing set; its caller asks
 // File::Trouble. A reader throws only std::bad_alloc, when memory is out.
