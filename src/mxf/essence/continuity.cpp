@@ -29,8 +29,7 @@ constexpr std::uint32_t kFramesPerLook = 1u << 16;
 constexpr std::uint64_t kWordOffset = kElementHeaderBytes + 41;
 constexpr std::size_t kWordBytes = 4;
 
-// The word of a frame whose word could not be read. It is no timecode, since its digits are above
-// 9.
+// Stands for a word that could not be read. Its digits are above 9, so it is no timecode.
 constexpr std::uint32_t kNoWord = 0xFFFFFFFF;
 
 constexpr std::uint32_t kJumpForward = 2;
@@ -38,8 +37,8 @@ constexpr std::uint32_t kGoingBack = 3;
 constexpr std::uint32_t kStandingStill = 4;
 
 // Flags in a word. The drop-frame flag is in the frames byte. A field mark stands in the second of
-// two frames that share a timecode: in the seconds byte at 60 frames a second, in the hours byte at
-// 50.
+// two frames that share a timecode. At 60 frames a second it is in the seconds byte, at 50 frames a
+// second in the hours byte.
 constexpr std::uint32_t kDropFrameFlag = 0x00000040;
 constexpr std::uint32_t kFieldMark60 = 0x00008000;
 constexpr std::uint32_t kFieldMark50 = 0x80000000;
@@ -76,7 +75,7 @@ std::uint32_t CountBase(const MXF_TIMECODE_INFO& timecode, const WordReading& re
   return reading.scale == 1 ? reading.base : timecode.fpsIndex;
 }
 
-// The real count of the timecode in a word, not shifted by an hour and scaled by the reading;
+// The real count of the timecode in a word, scaled by the reading but not shifted by an hour;
 // kInvalidTimecode for a word that is no timecode.
 std::int32_t WrittenCount(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
                           const WordReading& reading) {

@@ -31,8 +31,8 @@ enum ContinuityCode : std::int32_t {
 // unknown is not read.
 //
 // Clears `stopRequest` at the start, and writes `progressTotal` and `progressFrame` for the thread
-// that shows the progress. While it reads words, stops at the next frame when `stopRequest` becomes
-// 1. The stop request of `file` takes effect when the loop over the words has ended.
+// that shows the progress. While it reads words, a `stopRequest` of 1 stops it at the next frame.
+// The stop request of `file` takes effect when the loop over the words has ended.
 //
 // Returns kSuccess when there is no break or the timecode base is unknown; kContinuityBreaks;
 // kCancelled, with an empty list and `stopRequest` cleared; or another ContinuityCode. Throws
