@@ -24,8 +24,8 @@ struct Stage {
   std::int32_t (*read)(platform::File* file, MXF_BASE_INFO* mxf);
 };
 
-// A reader takes what it could not read for the end of the file or a set that is not there: whether
-// that was so is decided here, for all of them.
+// Runs one stage and decides its result. A reader may take a failed read or a stop request for the
+// end of the file or for a missing set, so its own result counts only when neither has happened.
 std::int32_t RunStage(const Stage& stage, platform::File* file, MXF_BASE_INFO* mxf) {
   const auto base = static_cast<std::int32_t>(stage.code);
   std::int32_t result = kSuccess;

@@ -1,4 +1,4 @@
-// The analysis of an MXF file: all readers in their fixed order.
+// The analysis of an MXF file: runs all readers of mxf/metadata/readers.h in their fixed order.
 
 #pragma once
 
@@ -9,7 +9,8 @@
 
 namespace quorvan {
 
-// Values of MXF_BASE_INFO.processCode, in the order in which an analysis passes them.
+// Values of MXF_BASE_INFO.processCode: the stages of an analysis in the order in which they run,
+// then the continuity check and the other jobs.
 enum ProcessCode : std::uint32_t {
   kStageFileSize = 100,
   kStageRandomIndex = 200,
@@ -28,16 +29,17 @@ enum ProcessCode : std::uint32_t {
   kStageLoudness = 6000,
 };
 
-// Results that mean the same for every stage.
+// Results that have the same meaning in every stage and job.
 inline constexpr std::int32_t kSuccess = 0;
 inline constexpr std::int32_t kCancelled = 99;
 
-// Failures that every stage of an analysis can have, added to its process code: the file cannot be
-// read, memory is out.
-inline constexpr std::int32_t kStageUnreadable = 13;
-inline constexpr std::int32_t kStageNoMemory = 14;
+// Failures that every stage of an analysis can have. The result is the process code of the stage
+// plus the number.
+inline constexpr std::int32_t kStageUnreadable = 13;  // the file cannot be read
+inline constexpr std::int32_t kStageNoMemory = 14;    // memory is out
 
-// What a refused analysis returns.
+// Results of an analysis that refuses the file. 1 to 7: an argument is missing. All others: the
+// process code of the stage that refuses, plus 1 to 11.
 enum AnalysisCode : std::int32_t {
   kNoFileHandle = 1,
   kNoBaseInfo = 2,
@@ -114,12 +116,16 @@ enum AnalysisCode : std::int32_t {
   kIdentificationNoCell = 903,
 };
 
-// Runs all readers over the open `file` and fills the records of `mxf`, of which
-// `timecode->useFileIo` must be set; nothing of a file that was analysed before survives in them.
-// Returns 0, or the AnalysisCode of the first stage that refuses, or its process code plus
-// kStageUnreadable or kStageNoMemory, or kCancelled when the stop request of `file` came;
-// `processCode` is left at that stage, at 600 on success. The file is only read. What earlier
-// stages filled stays until UnloadMxf. Throws nothing.
+// Runs all readers over the open `file` and fills the records of `mxf`. First clears them with
+// ForgetMxf, so that no value of an earlier file remains. The file is only read.
+//
+// Returns kSuccess, with `mxf->processCode` at 600, or the result of the first stage that fails,
+// with `mxf->processCode` at this stage:
+// - an AnalysisCode when the stage refuses the file,
+// - the process code of the stage plus kStageUnreadable or kStageNoMemory,
+// - kCancelled when the stop request of `file` has come.
+// After a failure the records keep what the stages have filled so far; UnloadMxf clears them. When
+// an argument or a record is missing (1 to 7), nothing is changed. Throws nothing.
 std::int32_t AnalyzeMxfFile(platform::File* file, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -1,4 +1,5 @@
-// Audio samples per video frame. Rates over 1001 spread them over a ring of five frames.
+// Audio samples per video frame. At 30000/1001 and 60000/1001 frames a second a frame does not last
+// a whole number of samples, so the number of samples changes in a pattern of five frames.
 
 #pragma once
 
@@ -9,10 +10,10 @@
 namespace quorvan {
 
 inline constexpr std::uint32_t kSampleRate = 48000;  // Hz
-inline constexpr std::uint32_t kRateCount = 8;       // rows by rateIndex
-inline constexpr std::uint32_t kPatternFrames = 5;   // frames of the ring
+inline constexpr std::uint32_t kRateCount = 8;       // rows of the table
+inline constexpr std::uint32_t kPatternFrames = 5;   // frames after which the pattern repeats
 
-// Samples of one track at 48 kHz: row rateIndex, place frame number modulo 5.
+// Samples of one track at 48 kHz. The row is rateIndex, the column is the frame number modulo 5.
 inline constexpr std::uint32_t kSamplePattern[kRateCount][kPatternFrames] = {
     {2000, 2000, 2000, 2000, 2000},  // 24
     {1920, 1920, 1920, 1920, 1920},  // 25
@@ -34,13 +35,14 @@ inline constexpr std::uint32_t kLargestFrameSamples = [] {
   return largest;
 }();
 
-// True when the first frame of a clip can hold `samples` samples of one track, at any rate.
+// True when at one of the rates the first frame of a clip holds `samples` samples of one track.
 constexpr bool CanBeFirstFrame(std::uint64_t samples) {
   return std::any_of(std::begin(kSamplePattern), std::end(kSamplePattern),
                      [=](const auto& row) { return row[0] == samples; });
 }
 
-// Samples of one track in frame `frame`, counted from 0. `rateIndex` must be below kRateCount.
+// Number of samples of one track in the frame with the zero-based number `frame`. `rateIndex` must
+// be below kRateCount.
 constexpr std::uint32_t SamplesInFrame(std::uint32_t rateIndex, std::uint64_t frame) {
   return kSamplePattern[rateIndex][frame % kPatternFrames];
 }

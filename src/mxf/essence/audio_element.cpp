@@ -89,7 +89,7 @@ ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO
   const std::uint64_t size = std::min(end - start, view.size() - offset);
   FrameElements elements;
   bool complete = false;
-  // Runs inside a guard, so it owns nothing.
+  // A fault may end this walk at any instruction, so it must own nothing.
   auto walk = [&] {
     std::uint64_t at = 0;
     while (elements.count < wanted && at < size) {

@@ -1,5 +1,7 @@
-// Where the audio of a clip lies: the value of an audio element in a frame, found through the index
-// and proven by the frame's own keys and lengths.
+// Finds the audio of a clip: the index tells where the value of an audio element lies in a frame,
+// and the frame's own keys and lengths prove it.
+//
+// A row is the audio elements of one frame, in file order.
 
 #pragma once
 
@@ -14,16 +16,20 @@
 
 namespace quorvan {
 
-// Place of the audio of one track in one frame. Only LocateElementValue makes one.
+// The place in the file of the audio of one track in one frame. Only LocateElementValue makes an
+// ElementValue, so code that takes one cannot be given any other place of the clip.
 class ElementValue {
  public:
+  // File offset of the first byte of the value.
   std::uint64_t fileOffset() const { return fileOffset_; }
+
+  // Length of the value in bytes.
   std::uint32_t bytes() const { return bytes_; }
 
   // File offset of the element's key.
   std::uint64_t keyOffset() const { return fileOffset_ - kElementHeaderBytes; }
 
-  // File offset behind the value.
+  // File offset of the byte behind the value.
   std::uint64_t end() const { return fileOffset_ + bytes_; }
 
  private:
@@ -37,58 +43,70 @@ class ElementValue {
   std::uint32_t bytes_;
 };
 
-// Where the audio of `track` (from 0) lies in the frame of `entry`: blockAlign x audioSamples
-// bytes. Nothing when the index has no element for the track or the value would reach behind the
-// file.
+// The place of the audio of `track` (zero-based) in the frame of `entry`, as the index gives it.
+// The length is blockAlign x audioSamples bytes. Nothing when `track` is kMaxTracks or more, when
+// the index has no element for it, or when the value would reach behind the end of the file. Throws
+// nothing.
 std::optional<ElementValue> LocateElementValue(const MXF_BASE_INFO& mxf,
                                                const INDEX_ENTRY_ARRAY& entry, std::uint32_t track);
 
+// What the proof of the audio elements in a frame has found.
 enum class ElementState {
-  kProven,
-  kMisplaced,    // no such element where it was looked for
-  kOtherLength,  // the element is there, but does not hold exactly the samples of its frame
-  kFault,        // the storage failed
+  kProven,       // the frame holds the elements that the index gives
+  kMisplaced,    // an element is not where the index says
+  kOtherLength,  // an element is there, but does not hold exactly the samples of its frame
+  kFault,        // the clip could not be read
 };
 
-// Proves the values of `tracks`, from 0 and ascending, in the frame of entry `entryIndex`: goes
-// from key to key through the frame, whose n-th audio element is that of track n, and compares what
-// it finds with what the index says: the place, the kind that the analysis found, and a four-byte
-// length that is the value's own. kMisplaced when place or kind differ, what stands there is no row
-// of KLVs, or `view` does not cover the frame that far; kOtherLength when only the length differs.
-// Without a view, RowReader does the same.
+// Proves that the frame `entryIndex` (zero-based) holds the audio elements of `tracks`, zero-based
+// and ascending, where the index says. Goes through the frame from key to key; the n-th audio
+// element (zero-based) belongs to track n. Compares the place of each element with the index, its
+// kind with the kind that the analysis found, and its length, in a length field of four bytes, with
+// blockAlign x audioSamples.
+//
+// Returns kProven when all of this agrees, also for no tracks; kMisplaced when a place, a kind or
+// the form of a length field differs, when the frame is not a sequence of KLVs, or when `view` does
+// not cover the frame up to the last element; kOtherLength when only a length differs; kFault when
+// the storage behind `view` fails. Throws nothing. RowReader proves a frame in the same way without
+// a view.
 ElementState ProveElements(const platform::MappedView& view, const MXF_BASE_INFO& mxf,
                            std::uint32_t entryIndex, std::span<const std::uint32_t> tracks);
 
-// An audio element as the frame itself shows it.
+// An audio element as its own key and length field in the frame describe it.
 struct AudioElement {
-  std::uint64_t keyOffset;                  // in the file
-  std::optional<std::uint64_t> valueBytes;  // nothing unless its length field has four bytes
+  std::uint64_t keyOffset;                  // file offset
+  std::optional<std::uint64_t> valueBytes;  // nothing when the length field is not of four bytes
   AudioElementKind kind;
 };
 
-// The first audio elements of a frame.
+// The audio elements that a walk through a frame has found so far, in file order.
 struct FrameElements {
-  std::uint32_t count = 0;
+  std::uint32_t count = 0;  // valid entries of element
   std::array<AudioElement, kMaxTracks> element;
 };
 
-// The KLV whose key stands at the first of the `rest` bytes at `key`, which lie at `keyOffset` in
-// the file and hold kMostKlvHeaderBytes or as many as the frame still has: adds it to `elements`
-// when it is an audio element. The bytes up to the next key; nothing when that is no KLV that ends
-// within `rest`.
+// Takes one step of the walk through a frame: reads the header of the KLV whose key is at `key`,
+// and adds the KLV to `*elements`, which must have room for it, when it is an audio element.
+// `keyOffset` is the file offset of the key, and `rest` the number of bytes from the key to the end
+// of the frame. At `key` there must be kMostKlvHeaderBytes bytes, or `rest` when that is less.
+// Returns the bytes from this key to the next key; nothing when no KLV starts at `key` or it does
+// not end within `rest`. Throws nothing.
 std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t keyOffset,
                                          std::uint64_t rest, FrameElements* elements);
 
-// kProven when the elements of `tracks` are the ones that the index and the analysis speak of, each
-// with exactly the samples of the frame; else what is wrong with the first that is not.
+// Compares the elements of `tracks` (zero-based) that a walk has found in the frame of `entry` with
+// the index and the analysis, as ProveElements describes. Returns kProven, or kMisplaced or
+// kOtherLength for the first track whose element differs. Throws nothing.
 ElementState CompareWithIndex(const FrameElements& elements, const MXF_BASE_INFO& mxf,
                               const INDEX_ENTRY_ARRAY& entry,
                               std::span<const std::uint32_t> tracks);
 
-// Tracks up to and with the last one of an ascending list.
+// Number of tracks from track 0 up to and including the last track of an ascending list; 0 for an
+// empty list. So many audio elements of a frame have to be found to prove these tracks.
 std::uint32_t TracksUpToLast(std::span<const std::uint32_t> tracks);
 
-// Where a frame ends at the latest: at the next one, or at the end of the file.
+// The file offset at which the frame `entryIndex` (zero-based) ends at the latest: the start of the
+// next frame in the index, or the end of the file.
 std::uint64_t FrameEnd(const MXF_BASE_INFO& mxf, std::uint32_t entryIndex);
 
 }  // namespace quorvan

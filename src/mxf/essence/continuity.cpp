@@ -13,48 +13,52 @@
 namespace quorvan {
 namespace {
 
-// Frames whose words are asked for ahead: enough to keep the queue of a disk full.
+// Number of coming frames whose words are prefetched: enough to keep the queue of a disk full.
 constexpr std::uint32_t kWordsAhead = 256;
 
-// Memory that the nodes between two looks need.
+// Bytes that must be free before further breaks are listed. That is more than the breaks up to the
+// next check need, because FitsMemory always returns true for up to 64 MiB.
 constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
 
-// Frames that are worked on between two looks at a stop request, where nothing is read.
+// Frames that are handled between two checks for a stop request, in loops that read nothing. Also
+// the number of breaks between two checks of the free memory.
 constexpr std::uint32_t kFramesPerMemoryLook = 1u << 16;
 
-// Place of the word in a frame: key and length of the system element, then what stands in front of
-// the timecode in its value.
+// Offset of the timecode word in a frame, in bytes: the key and the length field of the system
+// element, then the 41 bytes in front of the timecode in its value.
 constexpr std::uint64_t kWordOffset = kElementHeaderBytes + 41;
 constexpr std::size_t kWordBytes = 4;
 
-// Every digit beyond the decimal range.
+// Stands for a word that could not be read. Its digits are above 9, so it is no timecode.
 constexpr std::uint32_t kNoWord = 0xFFFFFFFF;
 
 constexpr std::uint32_t kJumpForward = 2;
 constexpr std::uint32_t kGoingBack = 3;
 constexpr std::uint32_t kStandingStill = 4;
 
-// Flags within a word: drop frame in the frames byte, the field marks of the systems whose values
-// stand in two frames in the seconds byte (60) and in the hours byte (50).
+// Flags in a word. The drop-frame flag is in the frames byte. A field mark stands in the second of
+// two frames that share a timecode. At 60 frames a second it is in the seconds byte, at 50 frames a
+// second in the hours byte.
 constexpr std::uint32_t kDropFrameFlag = 0x00000040;
 constexpr std::uint32_t kFieldMark60 = 0x00008000;
 constexpr std::uint32_t kFieldMark50 = 0x80000000;
 
-// One way to read the words of a clip.
+// A reading: one way to understand the words of a clip as timecodes.
 struct WordReading {
-  std::uint32_t cleared;  // flags taken out
-  std::uint32_t base;     // fpsIndex on which the words count
-  std::uint32_t scale;    // counts are multiplied by this
-  std::uint32_t step;     // frames from one value to the next
-  std::uint32_t mark;     // flag without which no word is of this kind, 0 for none
-  bool onlyPairs;         // believed only when each value stands in exactly two frames
+  std::uint32_t cleared;  // flags that are cleared in each word before its digits are read
+  std::uint32_t base;     // fpsIndex of the base on which the words count
+  std::uint32_t scale;    // factor by which the counts on this base are multiplied
+  std::uint32_t step;     // frames from one compared word to the next
+  std::uint32_t mark;     // flag that at least one word of the clip must have; 0 for none
+  bool onlyPairs;         // applies only when each timecode stands in exactly two frames
 };
 
 constexpr WordReading kReadings24[] = {{kDropFrameFlag, 0, 1, 1, 0, false}};
 constexpr WordReading kReadings25[] = {{kDropFrameFlag, 1, 1, 1, 0, false}};
 constexpr WordReading kReadings30[] = {{kDropFrameFlag, 2, 1, 1, 0, false}};
-// The frames byte has room for tens up to 3: writers either use the flag's place for the 4, or
-// count 25 values that stand in two frames each, with a mark in the second of the two or without.
+// The frames byte has no room for a tens digit above 3. Some writers use the bit of the drop-frame
+// flag for the tens digit 4. Others count 25 timecodes a second, each in two frames, with or
+// without a mark in the second frame.
 constexpr WordReading kReadings50[] = {
     {kDropFrameFlag, 3, 1, 1, 0, false},
     {0, 3, 1, 1, 0, false},
@@ -62,17 +66,17 @@ constexpr WordReading kReadings50[] = {
     {kDropFrameFlag | kFieldMark50, 1, 2, 2, 0, true}};
 constexpr WordReading kReadings60[] = {{kDropFrameFlag | kFieldMark60, 2, 1, 2, 0, false}};
 
-// By fpsIndex. The one with the fewest breaks counts.
+// The possible readings of a clip, by fpsIndex. The reading with the fewest breaks is used.
 constexpr std::array<std::span<const WordReading>, kTimecodeBases> kReadings = {
     kReadings24, kReadings25, kReadings30, kReadings50, kReadings60};
 
-// The base of the counts of a reading, to which they are scaled.
+// fpsIndex of the base to which the counts of a reading are scaled.
 std::uint32_t CountBase(const MXF_TIMECODE_INFO& timecode, const WordReading& reading) {
   return reading.scale == 1 ? reading.base : timecode.fpsIndex;
 }
 
-// The count that a word stands for, as it is written; kInvalidTimecode for a word that is no
-// timecode.
+// The real count of the timecode in a word, scaled by the reading but not shifted by an hour;
+// kInvalidTimecode for a word that is no timecode.
 std::int32_t WrittenCount(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
                           const WordReading& reading) {
   word &= ~reading.cleared;
@@ -85,7 +89,9 @@ std::int32_t WrittenCount(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
   return frames < 0 ? frames : frames * static_cast<std::int32_t>(reading.scale);
 }
 
-// The same in the domain in which material that passes midnight stays ascending.
+// The count of a word in the slot that the jobs use (see MXF_TIMECODE_INFO), where the counts of a
+// clip that passes midnight ascend. As a signed number it is negative for a word that is no
+// timecode.
 std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
                       const WordReading& reading) {
   const auto count = static_cast<std::uint32_t>(WrittenCount(word, timecode, reading));
@@ -94,18 +100,20 @@ std::uint32_t CountOf(std::uint32_t word, const MXF_TIMECODE_INFO& timecode,
       ShiftHours(CountBase(timecode, reading), timecode.dropFrame, count, 1, '+'));
 }
 
-// 0 when `next` follows `previous`.
+// Kind of the break between two counts; 0 when `next` follows `previous`.
 std::uint32_t KindOfBreak(std::uint32_t previous, std::uint32_t next, std::uint32_t scale) {
   if (previous > next) return kGoingBack;
   if (next == previous) return kStandingStill;
   return next - previous > scale ? kJumpForward : 0;
 }
 
+// The little-endian word at `bytes`: its highest byte is the hours.
 std::uint32_t WordAt(const std::uint8_t* bytes) {
   return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
          std::uint32_t{bytes[3]} << 24;
 }
 
+// One continuity check of one clip.
 class ContinuityCheck {
  public:
   ContinuityCheck(const platform::File& file, const MXF_BASE_INFO& mxf)
@@ -151,7 +159,9 @@ class ContinuityCheck {
     return file_.Trouble() == platform::ReadTrouble::kNone ? kSuccess : kCancelled;
   }
 
-  // A word behind the end of the file is none.
+  // Reads the word of the frame `i`. A word behind the end of the file becomes kNoWord. The first
+  // read that has to wait for the medium shows that the clip is not in memory; from then on the
+  // words are prefetched.
   void ReadWord(std::uint32_t i) {
     const std::uint64_t place = WordPlace(i);
     std::array<std::uint8_t, kWordBytes> bytes;
@@ -164,7 +174,7 @@ class ContinuityCheck {
     words_[i] = held ? WordAt(bytes.data()) : kNoWord;
   }
 
-  // A clip that is not in memory has the pages of its words asked for ahead, and nothing between.
+  // Prefetches the words of the coming frames, without the bytes between the words.
   void Ask(std::uint32_t i) {
     const auto reach = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(timecode_.frameCount, std::uint64_t{i} + kWordsAhead));
@@ -172,8 +182,9 @@ class ContinuityCheck {
       file_.Prefetch(WordPlace(asked_), kWordBytes);
   }
 
-  // Calls `visit` with each pair of positions that is compared and the kind of its break, 0 for
-  // none.
+  // Compares all counts. Calls `visit` with the numbers of the two frames of each comparison and
+  // with the kind of the break, 0 for none. False when `visit` returns false or a stop is asked
+  // for.
   template <typename Visit>
   bool CompareAll(const WordReading& reading, Visit visit) const {
     for (std::uint64_t i = 0; i + reading.step < timecode_.frameCount; i += reading.step) {
@@ -187,6 +198,7 @@ class ContinuityCheck {
     return true;
   }
 
+  // Fills `counts_` from the words.
   void Count(const WordReading& reading) {
     for (std::uint32_t i = 0; i < timecode_.frameCount; ++i) {
       if (LooksAt(i) && file_.StopAsked()) return;
@@ -194,10 +206,11 @@ class ContinuityCheck {
     }
   }
 
+  // True when it is time to check for a stop request, or for memory.
   static bool LooksAt(std::uint64_t i) { return i % kFramesPerMemoryLook == 0; }
 
-  // True when each count follows the one before, and stands in two frames: the first and the last
-  // may stand in one.
+  // True when all words are timecodes, each count follows the count before, and each count stands
+  // in exactly two frames. The first and the last count may stand in one frame.
   bool StandInPairs(const WordReading& reading) const {
     std::uint32_t run = 1;
     bool first = true;
@@ -218,7 +231,8 @@ class ContinuityCheck {
     return true;
   }
 
-  // True when a word has the flag, or none is needed: frames that stand still are not pairs.
+  // True when at least one word has the flag `mark`, or no flag is needed. Without a flag, a
+  // timecode that stands still would pass for a timecode that stands in two frames.
   bool HasMark(std::uint32_t mark) const {
     const std::uint32_t* words = words_.get();
     return mark == 0 ||
@@ -227,7 +241,7 @@ class ContinuityCheck {
            });
   }
 
-  // The reading with the fewest breaks, whose counts stand in `counts_` afterwards.
+  // Finds the reading with the fewest breaks and fills `counts_` with its counts.
   const WordReading& BestReading() {
     const std::span<const WordReading> readings = kReadings[timecode_.fpsIndex];
     const WordReading* best = nullptr;
@@ -249,7 +263,7 @@ class ContinuityCheck {
     return *best;
   }
 
-  // False when memory is out, or a stop is asked for.
+  // Appends all breaks to the list. False when memory is out or a stop is asked for.
   bool ListBreaks(const WordReading& reading) {
     TIMECODE_ERROR_INFO* last = timecode_.errorList;
     return CompareAll(reading, [&](std::uint32_t previous, std::uint32_t next, std::uint32_t kind) {
@@ -265,6 +279,7 @@ class ContinuityCheck {
     });
   }
 
+  // The count of the word of the frame `frame`, not shifted by an hour.
   std::uint32_t Written(std::uint32_t frame, const WordReading& reading) const {
     return static_cast<std::uint32_t>(WrittenCount(words_[frame], timecode_, reading));
   }
@@ -273,7 +288,7 @@ class ContinuityCheck {
   const MXF_BASE_INFO& mxf_;
   MXF_TIMECODE_INFO& timecode_;
   bool cold_ = false;        // a read has had to wait for the medium
-  std::uint32_t asked_ = 0;  // first frame that was not asked for
+  std::uint32_t asked_ = 0;  // first frame whose word is not yet prefetched
   std::unique_ptr<std::uint32_t[]> words_;
   std::unique_ptr<std::uint32_t[]> counts_;
 };
@@ -288,7 +303,8 @@ std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf) {
   if (mxf->indexEntries == nullptr || *mxf->indexEntries == nullptr) return kContinuityNoMemory;
   FreeTimecodeErrors(mxf->timecode);
   mxf->timecode->stopRequest = 0;
-  // Words cannot be counted on an unknown base; such a clip can only be looked at.
+  // Without a timecode base the words have no counts. Such a clip can be looked at, but no job
+  // takes it.
   if (mxf->timecode->fpsIndex >= kTimecodeBases) return kSuccess;
   const std::int32_t result = ContinuityCheck(*file, *mxf).Run();
   if (result == kCancelled) {

@@ -1,4 +1,4 @@
-// The timecode that every frame carries, checked from frame to frame.
+// Checks that the timecodes in the frames of a clip follow each other.
 
 #pragma once
 
@@ -9,31 +9,37 @@
 
 namespace quorvan {
 
+// Results of a continuity check, besides kSuccess and kCancelled.
 enum ContinuityCode : std::int32_t {
   kContinuityNoFile = 1001,
   kContinuityNoBaseInfo = 1002,
   kContinuityNoTimecodeInfo = 1003,
   kContinuityNoAudioInfo = 1004,
-  kContinuityNoMemory = 1005,   // nor index entries
-  kContinuityNoMapping = 1006,  // the file has become empty
-  kContinuityNoView = 1007,     // not in use: the clip is read, whatever the method
-  kContinuityNoCounts = 1008,
-  kContinuityBreaks = 1009,
+  kContinuityNoMemory = 1005,    // memory for the words is out, or there are no index entries
+  kContinuityNoMapping = 1006,   // the file has become empty, and views were asked for
+  kContinuityNoView = 1007,      // never returned: the check reads the clip, whatever the method
+  kContinuityNoCounts = 1008,    // memory for the counts or for the list of breaks is out
+  kContinuityBreaks = 1009,      // at least one break
   kContinuityUnreadable = 1010,  // the file cannot be read
 };
 
-// Reads the timecode word of every frame of the analysed, open `file` (SMPTE 331) and compares it
-// with that of the frame before. Every break stands afterwards in the list of
-// `timecode->errorList`, in the order of the frames, and `errorCount` tells how many; breaks of an
-// earlier check are freed first. Writes `progressTotal` and `progressFrame` for those who watch,
-// and stops at the next frame when `stopRequest` becomes 1, and behind the reading when the stop
-// request of `file` comes. A word behind the file's end is a break. A clip whose timecode base is
-// unknown is not compared.
+// Reads the timecode word in the system element of every frame of the open `file` (SMPTE 331),
+// which `mxf` describes completely, and compares each timecode with the timecode of the frame
+// before. Puts every break into the list behind `timecode->errorList`, in the order of the frames,
+// and their number into `errorCount`. Frees the breaks of an earlier check first. A word that is no
+// timecode, or lies behind the end of the file, makes a break. A clip whose timecode base is
+// unknown is not read.
 //
-// Returns 0 when there is no break; kContinuityBreaks; kCancelled; or another ContinuityCode.
+// Clears `stopRequest` at the start, and writes `progressTotal` and `progressFrame` for the thread
+// that shows the progress. While it reads words, a `stopRequest` of 1 stops it at the next frame.
+// The stop request of `file` takes effect when the loop over the words has ended.
+//
+// Returns kSuccess when there is no break or the timecode base is unknown; kContinuityBreaks;
+// kCancelled, with an empty list and `stopRequest` cleared; or another ContinuityCode. Throws
+// nothing.
 std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf);
 
-// Frees the breaks behind the head node and sets errorCount to 0.
+// Frees the breaks behind the head node `timecode->errorList` and sets `errorCount` to 0.
 void FreeTimecodeErrors(MXF_TIMECODE_INFO* timecode);
 
 }  // namespace quorvan

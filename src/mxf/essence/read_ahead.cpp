@@ -5,13 +5,14 @@
 namespace quorvan {
 namespace {
 
-// More than any grid puts between the tracks of a frame.
+// Longest accepted row, in bytes. On every KAG grid the rows of real clips are far shorter.
 constexpr std::uint64_t kMostRowBytes = std::uint64_t{1} << 24;
 
-// Frames that are asked for ahead: enough to keep the queue of a disk full.
+// Number of coming frames that are prefetched: enough to keep the queue of a disk full.
 constexpr std::uint32_t kFramesAhead = 64;
 
-// A look costs as much as some frames' proof.
+// Frames between two tests whether the clip is in memory. One test costs as much as the proof of
+// some frames.
 constexpr std::uint32_t kFramesPerLook = 8;
 
 }  // namespace

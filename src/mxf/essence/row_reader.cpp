@@ -6,7 +6,7 @@
 namespace quorvan {
 namespace {
 
-// While the proof goes through a frame, the keys of this many behind it are on their way.
+// While a frame is proven, the keys of the frame so many frames later are prefetched.
 constexpr std::uint32_t kKeyFramesAhead = 2;
 
 }  // namespace
@@ -30,8 +30,9 @@ bool RowReader::Allocate(std::uint32_t rowsKept) {
   return headBytes_ != nullptr && rowBytes_ != nullptr;
 }
 
-// The first read that would have to wait shows that the clip lies on the medium: from then on what
-// is going to be read is asked for ahead. A clip in memory is spared the questions.
+// Reads `bytes` bytes at `offset` into `*window`. False when the clip cannot be read so far. The
+// first read that has to wait for the medium shows that the clip is not in memory: from then on the
+// coming frames are prefetched. A cached clip needs no prefetch.
 bool RowReader::Fill(Window* window, std::uint64_t offset, std::uint64_t bytes) {
   const auto wanted = static_cast<std::size_t>(bytes);
   window->offset = offset;
@@ -50,8 +51,10 @@ const std::uint8_t* RowReader::At(std::uint64_t fileOffset, std::uint64_t length
   return row_.At(fileOffset, length);
 }
 
-// The header at `offset`, of which the frame holds `wanted` bytes: the row is read whole, anything
-// else only as far as the headers of a frame usually lie together. Null when it does not come.
+// The `wanted` bytes of the header at the file offset `offset`. `rest` is the number of bytes from
+// there to the end of the frame. Within the row, reads up to the end of the row; elsewhere reads
+// only kHeadBytes, because the headers in front of a picture usually lie within them. Null when the
+// read fails (`failed_` is then true) or does not reach so far.
 const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted,
                                         const ElementRow& row, std::uint64_t rest) {
   const bool inRow = offset >= row.start && offset - row.start < row.bytes;
@@ -64,8 +67,8 @@ const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted
   return failed_ ? nullptr : window->At(offset, wanted);
 }
 
-// The keys of a frame, and of the fill behind its values, lie far apart: walked through one by one,
-// each would have to be waited for.
+// Prefetches the keys of a frame and of the fill behind its values into the processor's cache. They
+// lie far apart, so the proof would wait for each of them.
 void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
   if (entryIndex >= firstEntry_ + frames_) return;
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];

@@ -1,5 +1,7 @@
-// The audio of a frame, read with plain file access: from what stands in front of the picture and
-// from the row of audio elements, in two reads, and proven on the way.
+// Reads and proves the audio of a clip frame by frame.
+//
+// A row is the audio elements of one frame, in file order. With plain reads a frame needs two of
+// them: the bytes in front of the picture, and the row. The keys in both prove the audio.
 
 #pragma once
 
@@ -15,10 +17,12 @@
 
 namespace quorvan {
 
+// Reads the rows of a range of frames, with plain reads or through a view. Functions throw nothing.
 class RowReader {
  public:
-  // For `tracks`, from 0 and ascending, in the `frames` frames from `firstEntry` on, which are read
-  // in that order. All of it must outlive the reader.
+  // Reads `tracks`, zero-based and ascending, in the `frames` frames from the frame `firstEntry`
+  // (zero-based) on, in this order. `clip`, `mxf` and the memory of `tracks` must outlive the
+  // reader.
   RowReader(const platform::File& clip, const MXF_BASE_INFO& mxf,
             std::span<const std::uint32_t> tracks, std::uint32_t firstEntry, std::uint32_t frames)
       : clip_(clip),
@@ -30,34 +34,39 @@ class RowReader {
   RowReader(const RowReader&) = delete;
   RowReader& operator=(const RowReader&) = delete;
 
-  // Takes its memory, for the rows of the last `rowsKept` frames, at least 1. False when there is
-  // none.
+  // Allocates the memory for the rows of the last `rowsKept` frames, at least 1. Must be called
+  // before Read, except when the reader has a view. False when memory is out.
   bool Allocate(std::uint32_t rowsKept = 1);
 
-  // Starts again at an earlier frame.
+  // Prefetches again from the frame `entryIndex` on. Call before frames are read or written again.
   void Rewind(std::uint32_t entryIndex) { ahead_.Rewind(entryIndex); }
 
-  // From now on looks at the clip through `view`, which covers it and outlives the reader, and
-  // reads nothing by itself. What At gives lies in the view then: touching it can fault.
+  // From now on uses `view` in place of plain reads. `view` must cover the frames and outlive the
+  // reader. The bytes that At returns then lie in the view, and reading them can fault.
   void ReadThrough(const platform::MappedView* view) { view_ = view; }
 
-  // Reads the frame of `entryIndex` and proves its values as ProveElements does.
+  // Reads the row of the frame `entryIndex` (zero-based, within the range) and proves its elements.
+  // Returns what ProveElements returns. With plain reads, also returns kMisplaced when LocateRow
+  // gives no row, and kFault when a read fails.
   ElementState Read(std::uint32_t entryIndex);
 
-  // The `length` bytes at `fileOffset`, when they stand in the row that was read last; else null.
-  // They stay there until the row is no longer kept.
+  // The `length` bytes of the clip at `fileOffset` when they lie in the row that was read last or,
+  // with a view, anywhere in the view; else null. After a plain read the bytes stay valid until
+  // `rowsKept` further frames are read.
   const std::uint8_t* At(std::uint64_t fileOffset, std::uint64_t length) const;
 
-  // Asks for the frames behind `entryIndex`, as Read does, for those who come back to write them.
+  // Prefetches the frame `entryIndex` and the frames behind it, as Read does, for a pass that
+  // writes them.
   void Ask(std::uint32_t entryIndex) { ahead_.Ask(entryIndex); }
 
  private:
-  // Bytes of the file that were read at one go.
+  // The bytes of the clip that one read has brought.
   struct Window {
-    std::uint64_t offset = 0;
-    std::size_t held = 0;
+    std::uint64_t offset = 0;  // file offset of the first byte
+    std::size_t held = 0;      // valid bytes
     std::uint8_t* bytes = nullptr;
 
+    // The `length` bytes of the clip at `fileOffset`; null when they are not all in the window.
     const std::uint8_t* At(std::uint64_t fileOffset, std::uint64_t length) const;
   };
 
@@ -73,13 +82,13 @@ class RowReader {
   std::uint32_t frames_;
   ReadAhead ahead_;
   const platform::MappedView* view_ = nullptr;
-  bool failed_ = false;
+  bool failed_ = false;  // a read for the current frame has failed
   std::unique_ptr<std::uint8_t[]> headBytes_;
-  std::unique_ptr<std::uint8_t[]> rowBytes_;  // of the rows that are kept
-  std::size_t largestRow_ = 0;
+  std::unique_ptr<std::uint8_t[]> rowBytes_;  // rowsKept_ rows of largestRow_ bytes each
+  std::size_t largestRow_ = 0;                // bytes of the longest row of the range
   std::uint32_t rowsKept_ = 1;
-  Window head_;
-  Window row_;
+  Window head_;  // headers outside the row
+  Window row_;   // the row of the current frame
 };
 
 }  // namespace quorvan

@@ -5,8 +5,8 @@
 namespace quorvan {
 namespace {
 
-// Bytes of a frame from its first byte, with the last element's audio at the least, as far as the
-// file holds them.
+// Length of a frame in bytes, estimated from the index: up to the end of its last element, which is
+// taken to hold at least the audio of one track, but not beyond the end of the file.
 std::uint64_t FrameBytes(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entry) {
   const std::uint64_t rest = mxf.fileSize - entry.fileOffset;
   if (entry.deltaCount == 0) return rest;
@@ -14,7 +14,7 @@ std::uint64_t FrameBytes(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entr
       kElementHeaderBytes + std::uint64_t{mxf.audio->blockAlign} * entry.audioSamples;
   const std::uint64_t trailing =
       mxf.hasAncillaryData != 0 ? mxf.ancillaryElementSize : mxf.audio->elementSize;
-  std::uint32_t farthest = 0;  // the last one, in a sound index
+  std::uint32_t farthest = 0;  // delta of the last element; the last entry in a valid index
   for (std::uint32_t k = 0; k < entry.deltaCount; ++k)
     farthest = std::max(farthest, entry.delta[k].elementDelta);
   const std::uint64_t lastElement = std::uint64_t{entry.sliceOffset} + farthest;
@@ -41,19 +41,19 @@ SegmentRun NextRun(const MXF_BASE_INFO& mxf, std::uint32_t firstEntry, std::uint
   return {firstEntry, frames, entries->fileOffset, end - entries->fileOffset};
 }
 
-// A table with a gap, a frame twice or frames out of order would put the sound into other frames
-// than those that were asked for.
+// With a gap in the index, a frame twice or frames out of order, a job would use other frames than
+// the frames that were chosen.
 bool CountsEveryFrame(const MXF_BASE_INFO& mxf) {
   const INDEX_ENTRY_ARRAY* entries = mxf.indexEntries->get();
   const std::uint32_t count = mxf.timecode->frameCount;
   const bool endsEarly = count < mxf.timecode->duration;
-  std::uint32_t first = 0;  // of the segment
+  std::uint32_t first = 0;  // first frame of the segment
   for (std::uint32_t i = 0; i < count; ++i) {
     if (i > 0 && entries[i].fileOffset <= entries[i - 1].fileOffset) return false;
     if (i == 0 || entries[i].segmentStart != entries[i - 1].segmentStart) first = i;
     if (entries[first].segmentStart != first) return false;
     const bool closes = i + 1 == count || entries[i + 1].segmentStart != entries[i].segmentStart;
-    // Of a segment with fewer entries than it says nobody can tell which frame has lost its own.
+    // When a segment has fewer entries than frames, the frame without an entry is unknown.
     if (endsEarly && closes && entries[i].segmentDuration != i + 1 - first) return false;
   }
   return true;

@@ -13,7 +13,8 @@ constexpr int kEssenceDataTags = 3;
 constexpr std::uint32_t kOp1aPackages = 2;
 constexpr std::uint32_t kReferenceBytes = 16;
 
-// The set with `key`, or nothing when it is not in [startOffset, limitOffset).
+// Reads the set with `key`. Nothing when no such set starts in [startOffset, limitOffset), both
+// file offsets in bytes.
 std::optional<MetadataSet> FindSet(platform::File* file, const KlvKey& key,
                                    std::uint64_t startOffset, std::uint64_t limitOffset) {
   std::uint64_t length = 0;

@@ -10,19 +10,22 @@
 namespace quorvan {
 namespace {
 
-// No header metadata of a real clip comes near it.
+// Largest accepted header metadata, in bytes. The header metadata of real clips is far smaller.
 constexpr std::uint64_t kLargestHeader = std::uint64_t{256} << 20;
 
-// Bytes 4 and 5 of the key of a local set with tags and lengths of two bytes, and where such a key
-// tells an index table segment from metadata.
+// Two bytes in the key of a local set whose tags and lengths have two bytes each, and their place
+// in the key.
 constexpr std::array<std::uint8_t, 2> kLocalSetForm = {0x02, 0x53};
 constexpr std::size_t kFormPlace = 4;
 
+// True for the key of a set of the header metadata. An index table segment is a local set of the
+// same form, but it is no metadata.
 bool IsMetadataSet(const std::uint8_t* key) {
   return std::equal(kLocalSetForm.begin(), kLocalSetForm.end(), key + kFormPlace) &&
          !KeyMatches(key, keys::kIndexTableSegment);
 }
 
+// File offsets of the first byte of the header metadata and of the byte behind it.
 struct Bounds {
   std::uint64_t start;
   std::uint64_t end;
@@ -39,8 +42,9 @@ HeaderState FindBounds(const platform::File& file, const MXF_BASE_INFO& mxf, Bou
   const std::size_t fillHeader = ReadKlvHeader({head.data(), held}, &fill);
   const bool filled = fillHeader > 0 && KeyMatches(head.data(), keys::kFill);
 
-  // Writers differ in whether HeaderByteCount counts the fill: behind the shorter of both readings
-  // there is fill, or nothing that is a set.
+  // Some writers count the fill behind the pack in HeaderByteCount, some do not. The fill is added
+  // here for all of them. Where it was counted already, the block reaches too far, but only over
+  // bytes that are no set of the header metadata.
   const std::uint64_t skipped = filled ? std::min(fill, mxf.fileSize) + fillHeader : 0;
   std::uint64_t end = start + skipped + std::min(header.headerByteCount, mxf.fileSize);
   end = std::min({end, mxf.fileSize, (*mxf.indexEntries)[0].fileOffset});
@@ -69,7 +73,7 @@ HeaderState HeaderBlock::Read(const platform::File& file, const MXF_BASE_INFO& m
                                                            : HeaderState::kFault;
 }
 
-// Calls `visit` with every item of every metadata set, and the file offset of its value.
+// Calls `visit` with every item of every metadata set and with the file offset of the item's value.
 template <typename Visit>
 void HeaderBlock::VisitItems(Visit visit) const {
   const std::span<const std::uint8_t> block = Bytes();

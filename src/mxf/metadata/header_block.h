@@ -1,4 +1,4 @@
-// The header metadata of a clip in memory, and the places in it that may be overwritten.
+// Holds the header metadata of a clip in memory and finds the places in it that may be overwritten.
 
 #pragma once
 
@@ -14,10 +14,14 @@
 
 namespace quorvan {
 
-// Where some bytes of an item's value lie in the file. Only HeaderBlock makes one.
+// The place in the file of a stretch of bytes within the value of an item. Only HeaderBlock makes a
+// MetadataPlace, so code that takes one cannot be given any other place of the clip.
 class MetadataPlace {
  public:
+  // File offset of the first byte.
   std::uint64_t fileOffset() const { return fileOffset_; }
+
+  // Length in bytes.
   std::size_t bytes() const { return bytes_; }
 
   friend bool operator==(const MetadataPlace&, const MetadataPlace&) = default;
@@ -31,41 +35,48 @@ class MetadataPlace {
   std::size_t bytes_;
 };
 
+// Results of HeaderBlock::Read.
 enum class HeaderState {
-  kRead,
-  kNone,   // the records lead to no header metadata of believable size
-  kFault,  // the file cannot be read
+  kRead,   // the header metadata is in memory
+  kNone,   // the records give no range for the header metadata, or one above 256 MiB
+  kFault,  // the file cannot be read, or is shorter than the records say
 };
 
-// The header metadata reaches from the end of the partition pack, over the fill behind it, as far
-// as HeaderByteCount says (SMPTE 377), and in any case ends before the next partition and the first
-// frame.
+// The header metadata of a clip, as one block of bytes in memory. It begins at the end of the
+// header partition's pack, includes the fill there, and ends where HeaderByteCount says (SMPTE
+// 377), but in any case before the next partition, the first frame and the end of the file.
 class HeaderBlock {
  public:
-  // Reads the header metadata of the analysed clip in `file`. Throws when memory is out or would
-  // be. May be called again: memory is taken only by the first call, as long as the records stay
-  // what they are.
+  // Reads the header metadata of the clip `file`, which `mxf` describes completely, index included.
+  // The block may be used only after kRead. Throws std::bad_alloc when memory is out or
+  // platform::FitsMemory refuses. May be called again: with the same records, only the first call
+  // allocates memory.
   HeaderState Read(const platform::File& file, const MXF_BASE_INFO& mxf);
 
-  // All places where `wanted` is the value, or part of the value, of an item of a set. Appends them
-  // to `*places`, in ascending order.
+  // Finds all places where `wanted`, which must not be empty, is the value of an item of a set or a
+  // part of the value, and appends them to `*places` in ascending order. Places do not overlap.
+  // Throws std::bad_alloc when memory is out.
   void FindInItems(std::span<const std::uint8_t> wanted, std::vector<MetadataPlace>* places) const;
 
-  // The first `bytes` bytes of the first item with `tag` in the set at `set`; nothing when the set
-  // does not lie in the block whole, or has no such item or a shorter one.
+  // The place of the first `bytes` bytes of the first item with `tag` in the set at `set`. Nothing
+  // when the set does not lie in the block whole, or has no item with `tag`, or when its first item
+  // with `tag` has fewer bytes.
   std::optional<MetadataPlace> FindItem(const METADATA_SET_PLACE& set, std::uint16_t tag,
                                         std::size_t bytes) const;
 
-  // The value of a set; empty when it does not lie in the block whole.
+  // The value of the set at `set`, in this block's memory. Empty when the set does not lie in the
+  // block whole.
   std::span<const std::uint8_t> SetAt(const METADATA_SET_PLACE& set) const;
 
-  // What stands at a place of this clip's header metadata.
+  // The bytes at `place`, in this block's memory. Empty when the place does not lie in the block
+  // whole.
   std::span<const std::uint8_t> At(const MetadataPlace& place) const;
 
-  // Puts `bytes` at a place of the block in memory, and nothing in the file.
+  // Replaces the bytes at `place` in this block's memory by `bytes`; the file stays as it is. Does
+  // nothing when `bytes` is not as long as the place, or the place does not lie in the block whole.
   void Put(const MetadataPlace& place, std::span<const std::uint8_t> bytes);
 
-  // All of the block.
+  // All bytes of the block.
   std::span<const std::uint8_t> Bytes() const { return {bytes_.get(), size_}; }
 
  private:

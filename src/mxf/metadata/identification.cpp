@@ -13,14 +13,15 @@ constexpr char16_t kUnknown[] = u"unknown";
 constexpr char16_t kFirstPrintable = 0x20;
 constexpr char16_t kLastPrintable = 0x7E;
 
+// A text item and the array that takes its text.
 struct Field {
   std::uint16_t tag;
   char16_t* text;
-  std::size_t capacity;
+  std::size_t capacity;  // char16_t, with the zero at the end
 };
 
-// UTF-16 big-endian to printable ASCII, one character a unit, cut to the field. Half a unit at the
-// end counts as one.
+// Converts UTF-16 big-endian to printable ASCII and cuts the text to the size of the field. Every
+// code unit that is not printable ASCII becomes a space, and so does a single byte at the end.
 void ReadText(std::span<const std::uint8_t> value, const Field& field) {
   const std::size_t units = value.size() / 2 + value.size() % 2;
   const std::size_t count = std::min(units, field.capacity - 1);

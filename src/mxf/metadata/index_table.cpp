@@ -24,36 +24,38 @@ constexpr std::size_t kPosTableBytes = 8;
 constexpr std::uint64_t kFillSearchBytes = 16;
 constexpr std::uint64_t kElementSearchBytes = 28;
 
-// More than three days at 60 frames, and more index than any such clip has: a table that claims to
-// be larger is damaged.
+// Limits for the whole index table: frames (more than three days at 60 frames a second), bytes of
+// the table of one partition, and segments. No real clip reaches them; a larger table is damaged.
 constexpr std::uint64_t kMostFrames = 1u << 24;
 constexpr std::uint64_t kLargestIndexBlock = std::uint64_t{1} << 30;
 constexpr std::size_t kMostSegments = std::size_t{1} << 18;
 
-// Entries that are worked on between two looks at a stop request.
+// Entries that are handled between two checks for a stop request.
 constexpr std::uint32_t kEntriesPerLook = 1u << 14;
 
 constexpr std::int32_t kNoMemory = static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
 
+// An index entry as it stands in the file.
 struct RawEntry {
   std::int8_t temporalOffset;
   std::int8_t keyFrameOffset;
   std::uint8_t flags;
-  std::uint64_t streamOffset;
-  std::uint32_t sliceOffset;
+  std::uint64_t streamOffset;  // bytes from the start of the essence
+  std::uint32_t sliceOffset;   // of the last slice, bytes; 0 without slices
 };
 
+// An index table segment.
 struct Segment {
-  std::uint64_t start = 0;
-  std::uint64_t duration = 0;
+  std::uint64_t start = 0;     // frame number
+  std::uint64_t duration = 0;  // frames, as the segment claims
   std::uint32_t bodySid = 0;
   std::uint8_t sliceCount = 0;
   std::uint8_t posTableCount = 0;
   std::uint32_t deltaCount = 0;
   std::array<DELTA_ENTRY, kMaxDeltaEntries> delta{};
   std::vector<RawEntry> entries;
-  const MXF_PARTITION_INFO* foundIn = nullptr;
-  const MXF_PARTITION_INFO* partition = nullptr;
+  const MXF_PARTITION_INFO* foundIn = nullptr;    // the partition that holds the segment
+  const MXF_PARTITION_INFO* partition = nullptr;  // the partition that holds its frames
 };
 
 std::int32_t ReadDeltaEntries(std::span<const std::uint8_t> value, Segment* segment) {
@@ -90,7 +92,8 @@ std::int32_t ReadIndexEntries(std::span<const std::uint8_t> value, Segment* segm
   if (count > (value.size() - kBatchHeaderBytes) / step) return kNoIndexTable;
   if (count > kMostFrames - segment->entries.size()) return kNoIndexTable;
   if (!platform::FitsMemory(count * sizeof(RawEntry))) return kNoMemory;
-  // A set of many such items grows by doubling: room for just the next one would be made each time.
+  // Only the first item reserves exactly: in a set of many such items, reserving exactly for each
+  // item would copy quadratically.
   if (segment->entries.empty()) segment->entries.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
     segment->entries.push_back(
@@ -127,11 +130,11 @@ std::int32_t ReadSegmentItem(const LocalItem& item, Segment* segment) {
   }
 }
 
-// The segments of all partitions, in reading order.
+// The segments of all partitions, in the order in which they were read.
 struct SegmentList {
   std::vector<Segment> segments;
-  std::uint64_t frames = 0;
-  std::uint64_t bytesRead = 0;
+  std::uint64_t frames = 0;     // index entries of all segments
+  std::uint64_t bytesRead = 0;  // bytes of the index tables read so far
 };
 
 std::int32_t AppendSegment(const platform::File& file, std::span<const std::uint8_t> set,
@@ -151,8 +154,8 @@ std::int32_t AppendSegment(const platform::File& file, std::span<const std::uint
 
 std::int32_t ReadSegmentsOfBlock(const platform::File& file, std::span<const std::uint8_t> block,
                                  const MXF_PARTITION_INFO& partition, SegmentList* list) {
-  // Fill between the segments is followed by its length like any other KLV, so a search that finds
-  // no segment has seen all of the block.
+  // The search skips fill between the segments by its length, like any other KLV. A search that
+  // finds no segment has therefore seen the whole block.
   std::uint64_t position = 0;
   while (position < block.size()) {
     const auto rest = block.subspan(static_cast<std::size_t>(position));
@@ -172,8 +175,9 @@ std::int32_t ReadSegmentsOfBlock(const platform::File& file, std::span<const std
   return kSuccess;
 }
 
-// The index table of one partition. All tables together cannot be longer than the file, so that
-// partitions which claim the same bytes again and again end here.
+// Reads the index table of one partition and appends its segments to `list`. Refuses when all index
+// tables together are longer than the file: many partitions then claim the same bytes, and each
+// would be read again.
 std::int32_t ReadPartitionIndex(const platform::File& file, const MXF_PARTITION_INFO& partition,
                                 std::uint64_t fileSize, SegmentList* list) {
   const std::uint64_t start =
@@ -202,7 +206,8 @@ std::int32_t ReadAllSegments(const platform::File& file, const MXF_BASE_INFO& mx
   return kSuccess;
 }
 
-// A footer whose table begins at 0 repeats the whole table: the body's segments are left out then.
+// Keeps only the footer's segments when one of them starts at frame 0: the footer then repeats the
+// whole index table.
 void ChooseSegments(SegmentList* list) {
   const auto inFooter = [](const Segment& s) { return s.foundIn->kind == kFooterPartition; };
   const bool footerIsComplete =
@@ -215,7 +220,10 @@ void ChooseSegments(SegmentList* list) {
     list->frames += segment.entries.size();
 }
 
-// By position: the n-th partition with the essence of a segment's BodySID gets the n-th segment.
+// Tells each segment the partition that holds its frames, by order alone: the first partition with
+// the BodySID of the first segment belongs to this segment, the next partition with the BodySID of
+// the second segment belongs to the second, and so on. A segment for which no partition is left
+// keeps the partition in which it was found.
 void AssignPartitions(const MXF_BASE_INFO& mxf, std::vector<Segment>* segments) {
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
   auto cursor = segments->begin();
@@ -226,6 +234,7 @@ void AssignPartitions(const MXF_BASE_INFO& mxf, std::vector<Segment>* segments) 
   }
 }
 
+// Largest ElementDelta of a segment's delta entries, in bytes.
 std::uint32_t LargestDelta(const Segment& segment) {
   std::uint32_t largest = 0;
   for (std::uint32_t k = 0; k < segment.deltaCount; ++k) {
@@ -234,7 +243,9 @@ std::uint32_t LargestDelta(const Segment& segment) {
   return largest;
 }
 
-// One index entry as a record of its frame; false when its elements start behind the file's end.
+// Fills the record of one frame, except for its number of samples, from its index entry. `reach` is
+// the segment's largest element delta in bytes. False when the frame or its farthest element starts
+// behind the end of the file.
 bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t reach,
                   std::uint64_t fileSize, INDEX_ENTRY_ARRAY* entry) {
   entry->fileOffset = raw.streamOffset + segment.partition->essenceBase;
@@ -253,6 +264,7 @@ bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t rea
   return true;
 }
 
+// Fills the array of index entries from the segments, in their order.
 std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BASE_INFO* mxf) {
   MXF_TIMECODE_INFO* timecode = mxf->timecode;
   const std::uint64_t fileSize = mxf->fileSize;
@@ -284,8 +296,8 @@ std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BA
   return kSuccess;
 }
 
-// Bytes of an element with value length `length`, whose value the file pointer stands on, with key,
-// length and a fill that follows.
+// Bytes that an element occupies with its key, its length field and a fill behind its value.
+// `length` is the length of the value in bytes; the file pointer must be on the value.
 std::uint32_t ElementBytes(platform::File* file, std::uint64_t length) {
   const std::uint64_t behind = file->Position() + length;
   std::uint64_t fill = 0;
@@ -310,8 +322,9 @@ void MeasureAncillaryElement(platform::File* file, MXF_BASE_INFO* mxf) {
   }
 }
 
-// Kind of the audio element whose key starts in [start, limit), with the file pointer left on its
-// value.
+// Finds the audio element whose key starts in [start, limit), both file offsets in bytes. Returns
+// its kind, puts the length of its value in bytes into `*length`, and leaves the file pointer on
+// the value.
 AudioElementKind FindAudioElement(platform::File* file, std::uint64_t start, std::uint64_t limit,
                                   std::uint64_t* length) {
   if (FindKlvKey(file, keys::kAes3Element, start, limit, length)) return kAes3Element;
@@ -327,8 +340,9 @@ std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
   std::uint64_t length = 0;
   audio->elementKind = FindAudioElement(file, slice, slice + kElementSearchBytes, &length);
   if (audio->elementKind == kNoAudioElement) {
-    // A slice that does not open with audio, as in an index without slices: its size is not
-    // measured, but the first track's delta leads to an element all the same.
+    // The slice does not begin with an audio element, for example because the index has no slices.
+    // The element size stays 0; the kind is that of the element to which the first track's delta
+    // leads.
     if (first.deltaCount <= kDeltasBeforeAudio) return kSuccess;
     const std::uint64_t element = slice + first.delta[kDeltasBeforeAudio].elementDelta;
     audio->elementKind = FindAudioElement(file, element, element + 1, &length);

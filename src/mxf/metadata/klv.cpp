@@ -9,9 +9,12 @@ namespace {
 
 constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr std::size_t kLongestHeader = kKlvKeyBytes + 8;
-constexpr std::size_t kBytesPerLook = std::size_t{1} << 20;  // between looks at a stop request
 
-// Bytes of the length field that starts with `first`; 0 when the searches do not follow it.
+// Bytes that a search in a block skips between two checks for a stop request.
+constexpr std::size_t kBytesPerLook = std::size_t{1} << 20;
+
+// Number of bytes of the length field that starts with `first`; 0 for a form that the searches do
+// not follow.
 std::size_t LengthFieldBytes(std::uint8_t first) {
   if (first == kFourByteLength) return 4;
   if (first == kEightByteLength) return 8;
@@ -27,8 +30,8 @@ bool StartsWithPrefix(const std::uint8_t* p) {
   return std::memcmp(p, kUlPrefix.data(), kUlPrefix.size()) == 0;
 }
 
-// Offset of the first place in [data, data + length) where the UL prefix stands or might begin
-// before the end; `length` when there is none.
+// Offset of the first UL prefix in the `length` bytes at `data`, where a prefix that the end cuts
+// off counts too; `length` when there is none.
 std::size_t NextPrefix(const std::uint8_t* data, std::size_t length) {
   std::size_t at = 0;
   while (at < length) {
@@ -42,13 +45,14 @@ std::size_t NextPrefix(const std::uint8_t* data, std::size_t length) {
   return length;
 }
 
-// A window over the file, so that neither a walk from KLV to KLV nor a scan byte by byte costs a
-// system call a step.
+// A window over the file, so that a search does not need a system call for each KLV or byte. Each
+// new window is twice as long as the one before, up to the size of the buffer.
 class FileWindow {
  public:
   explicit FileWindow(const platform::File* file) : file_(file) {}
 
-  // The bytes from `offset` on, at least `wanted` unless the file ends before.
+  // The bytes of the file from `offset` on: at least `wanted` of them, fewer at the end of the
+  // file.
   std::span<const std::uint8_t> At(std::uint64_t offset, std::size_t wanted) {
     if (offset < start_ || offset - start_ > filled_ || filled_ - (offset - start_) < wanted) {
       start_ = offset;

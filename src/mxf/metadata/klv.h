@@ -1,5 +1,5 @@
-// KLV access (SMPTE 336M, SMPTE 377): one search over an open file, one over a block in memory, and
-// the walk over the local tags of a set.
+// KLV access (SMPTE 336M, SMPTE 377): one search over an open file, one search over a block in
+// memory, the reader of a key with its length field, and the walk over the local items of a set.
 
 #pragma once
 
@@ -18,10 +18,10 @@ using KlvKey = std::array<std::uint8_t, kKlvKeyBytes>;
 // Bytes 0 to 3 of every SMPTE universal label.
 inline constexpr std::array<std::uint8_t, 4> kUlPrefix = {0x06, 0x0E, 0x2B, 0x34};
 
-// First byte of a length field of four bytes, the usual one.
+// First byte of a length field of four bytes, the usual form.
 inline constexpr std::uint8_t kFourByteLength = 0x83;
 
-// A byte 0xFF in a wanted key matches any byte.
+// The keys for which the readers search. A byte 0xFF in such a key matches any byte.
 namespace keys {
 constexpr KlvKey Set(std::uint8_t kind) {
   return {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x53, 0x01, 0x01,
@@ -58,7 +58,8 @@ inline constexpr KlvKey kAncillaryElement = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x02,
                                              0x0D, 0x01, 0x03, 0x01, 0x17, 0x01, 0x02, 0x01};
 }  // namespace keys
 
-// Big-endian numbers in a block that holds them.
+// Each returns the big-endian number of 16, 24, 32 or 64 bits that starts at `p`. All of its bytes
+// must be there.
 constexpr std::uint16_t ReadBe16(const std::uint8_t* p) {
   return static_cast<std::uint16_t>(p[0] << 8 | p[1]);
 }
@@ -72,51 +73,66 @@ constexpr std::uint64_t ReadBe64(const std::uint8_t* p) {
   return std::uint64_t{ReadBe32(p)} << 32 | ReadBe32(p + 4);
 }
 
-// True when the 16 bytes at `candidate` equal `wanted` wherever that is not 0xFF.
+// True when the 16 bytes at `candidate` equal `wanted` in every byte that is not 0xFF in `wanted`.
 bool KeyMatches(const std::uint8_t* candidate, const KlvKey& wanted);
 
-// Searches `file` for `key` from `startOffset`; a candidate's key must start before `limitOffset`
-// (both absolute, compared as signed 64-bit numbers). The length of a candidate that does not match
-// is followed, so the search goes from KLV to KLV while the stream is in step. Only lengths in the
-// forms 0x83 (4 bytes) and 0x87 (8 bytes) are lengths.
-// Returns 1 when found: the file pointer stands on the first byte of the value and `*outLength`,
-// which may be absent, holds its length in bytes. Returns 0 when not: `*outLength` is 0 and the
-// file pointer stands wherever the scan ended.
+// Searches `file` for the first KLV with the key `key` that starts in [startOffset, limitOffset).
+// Both are file offsets in bytes and are compared as signed 64-bit numbers. Where a KLV with
+// another key starts, the search goes on behind its value, so it does not look into values. Where
+// no KLV starts, it goes on at the next byte that could start one. Only length fields with the
+// first byte 0x83 (4 bytes) or 0x87 (8 bytes) are known. A key with another length field is never
+// found; the search goes on directly behind this key.
+//
+// Returns 1 when the key was found. The file pointer is then on the first byte of the value, and
+// `*outLength` is the length of the value in bytes, as the file claims it. Returns 0 when the key
+// was not found, when `file` is null or closed, or when a read fails. `*outLength` is then 0, and
+// the file pointer is where the search ended. `outLength` may be null. Throws nothing.
 int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffset,
                std::uint64_t limitOffset, std::uint64_t* outLength);
 
-// The same over the `bufferLength` bytes at `buffer`. Returns 1 when found, with the offset of the
-// value relative to `buffer` and its length as it claims it: the value may reach behind the block.
-// Returns 0 when not: `*outLength` is 0 and `*outValueOffset` is the position where the scan ended,
-// which lies at or behind the end (0 for a block of fewer than 20 bytes). Gives up, as if not
-// found, once a stop is asked of `source`, the file of the block, which may be absent.
+// Searches the block of `bufferLength` bytes at `buffer` for `key`, in the same way as FindKlvKey.
+// The key and its length field must lie in the block.
+//
+// Returns 1 when the key was found. `*outValueOffset` is then the offset of the value in the block,
+// and `*outLength` the length that the KLV claims, both in bytes: the value may reach behind the
+// end of the block. Returns 0 when the key was not found. `*outLength` is then 0, and
+// `*outValueOffset` is where the search ended: at the end of the block or, by the length of a KLV,
+// behind the end; 0 for a block of fewer than 20 bytes. `source` is the file from which the block
+// was read, or null: when a stop of this file is asked for, the search ends as if the key were not
+// there. Throws nothing.
 int FindKlvKeyInBuffer(const KlvKey& key, const std::uint8_t* buffer, std::size_t bufferLength,
                        std::uint64_t* outValueOffset, std::uint64_t* outLength,
                        const platform::File* source = nullptr);
 
-// Most bytes of a key with its length field, whatever the field's form.
+// Most bytes of a key with its length field, in any BER form.
 inline constexpr std::size_t kMostKlvHeaderBytes = 25;
 
-// Reads a key and a length field of any BER form from the start of `bytes`. Returns the bytes of
-// both and the length in `*length`; 0 when no KLV starts there or its header does not lie there
-// whole.
+// Reads the header of a KLV (the key and a length field of any BER form) at the start of `bytes`.
+// Returns the number of bytes of the header and puts the length of the value, in bytes, into
+// `*length`. Returns 0 when `bytes` does not start with a SMPTE label, when the length field is not
+// a length of at most 8 bytes, or when `bytes` ends within the header; `*length` is then without
+// meaning.
 std::size_t ReadKlvHeader(std::span<const std::uint8_t> bytes, std::uint64_t* length);
 
+// One item of a local set.
 struct LocalItem {
   std::uint16_t tag;
-  std::span<const std::uint8_t> value;
+  std::span<const std::uint8_t> value;  // lies in the set
 };
 
-// Walks the local items of a set's value: tag u16, length u16, value. An item that claims to reach
-// behind the set ends the walk.
+// Walks over the items of a local set: a tag and a length of 16 bits each, then the value. The walk
+// ends at the end of the set, or at an item that claims to reach behind it. `set` is the value of
+// the set and must outlive the walk and its items.
 class LocalSetWalk {
  public:
   explicit LocalSetWalk(std::span<const std::uint8_t> set) : set_(set) {}
 
-  // The next item, or false at the end.
+  // Puts the next item into `*item` and returns true. Returns false, with `*item` unchanged, when
+  // the walk has ended.
   bool Next(LocalItem* item);
 
-  // Offset of the last item's value within the set.
+  // Offset in the set of the value that Next has given last, in bytes. Without meaning after Next
+  // has returned false.
   std::size_t valueOffset() const { return valueOffset_; }
 
  private:

@@ -1,4 +1,5 @@
-// Local tags of items in metadata sets (SMPTE ST 377-1), by their sets.
+// Local tags of the items that the readers use, grouped by the set that holds them (SMPTE ST
+// 377-1).
 
 #pragma once
 
@@ -21,7 +22,7 @@ inline constexpr std::uint16_t kPlatform = 0x3C08;
 inline constexpr std::uint16_t kPackages = 0x1901;
 inline constexpr std::uint16_t kEssenceContainerData = 0x1902;
 
-// Essence Container Data; the two stream numbers also in Index Table Segments
+// Essence Container Data. kIndexSid and kBodySid also stand in Index Table Segments.
 inline constexpr std::uint16_t kLinkedPackageUid = 0x2701;
 inline constexpr std::uint16_t kIndexSid = 0x3F06;
 inline constexpr std::uint16_t kBodySid = 0x3F07;

@@ -25,11 +25,12 @@ constexpr std::uint32_t kRoundedBases[kTimecodeBases] = {24, 25, 30, 50, 60};
 constexpr std::uint64_t kUnknownDuration = std::numeric_limits<std::uint64_t>::max();
 constexpr std::uint32_t kMostTracksCounted = std::numeric_limits<std::uint8_t>::max();
 
-// Where the chained searches end, and what they have found.
+// The searches of this stage, and what they have found. Each search starts at the file pointer, so
+// behind the set that was read last, and looks for keys in front of `limit`.
 struct TrackWalk {
   platform::File* file;
   MXF_BASE_INFO* mxf;
-  std::uint64_t limit;
+  std::uint64_t limit;  // file offset
   std::uint32_t soundTracks;
   bool startKnown;  // a timecode component has told the start
 
@@ -38,7 +39,8 @@ struct TrackWalk {
   }
 };
 
-// "2026/11/22  20:54:28" from year u16, month, day, hour, minute, second.
+// Writes a date as a text like "2026/11/22  20:54:28". `value` holds the year (16 bits), then
+// month, day, hour, minute and second (8 bits each). A shorter value leaves `text` as it is.
 void ReadDate(std::span<const std::uint8_t> value, char16_t* text, std::size_t capacity) {
   constexpr std::size_t dateBytes = 7;
   if (value.size() < dateBytes) return;
@@ -50,7 +52,7 @@ void ReadDate(std::span<const std::uint8_t> value, char16_t* text, std::size_t c
   text[length] = 0;
 }
 
-// The package's own tags; returns how many tracks it lists.
+// Reads the package's own items into `mxf`. Returns the number of tracks that the package lists.
 std::uint32_t ReadPackageTags(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf) {
   std::uint32_t tracks = 0;
   LocalItem item;
@@ -75,7 +77,8 @@ std::uint32_t ReadPackageTags(std::span<const std::uint8_t> set, MXF_BASE_INFO* 
   return tracks;
 }
 
-// True when the component tells the start.
+// Reads a Timecode Component into `timecode`. Returns true when the component has a start timecode
+// that is not negative.
 bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* timecode) {
   bool startKnown = false;
   LocalItem item;
@@ -84,7 +87,7 @@ bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* tim
     if (item.tag == tags::kStartTimecode && item.value.size() >= 8) {
       timecode->startFrames = static_cast<std::uint32_t>(ReadBe64(p));
       timecode->startShifted = timecode->startFrames;
-      startKnown = ReadBe64(p) <= std::numeric_limits<std::int64_t>::max();  // signed
+      startKnown = ReadBe64(p) <= std::numeric_limits<std::int64_t>::max();  // the item is signed
     } else if (item.tag == tags::kRoundedBase && item.value.size() >= 2) {
       timecode->roundedBase = ReadBe16(p);
       const auto* row =
@@ -102,7 +105,8 @@ bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* tim
   return startKnown;
 }
 
-// Picks the slot in which the material stays ascending, and fills both.
+// Decides which slot the jobs use (startHour23), and calculates the counts that the file does not
+// state: the first frame in slot 1 and the last frame in both slots.
 void FixWorkingDomain(MXF_TIMECODE_INFO* timecode) {
   const std::uint32_t fps = timecode->fpsIndex;
   const std::uint32_t drop = timecode->dropFrame;
@@ -129,7 +133,8 @@ std::int32_t ReadTimecodeComponent(TrackWalk* walk) {
   return kSuccess;
 }
 
-// One track of the package: its Timeline Track, its Sequence and what that is made of.
+// Reads one track of the package: finds its Timeline Track and its Sequence, and notes the kind of
+// the track. Of a timecode track it also reads the Timecode Component.
 std::int32_t ReadTrack(TrackWalk* walk) {
   std::uint64_t length = 0;
   if (!walk->FindNext(keys::kTimelineTrack, nullptr)) return kTimelineTrackMissing;
@@ -147,7 +152,8 @@ std::int32_t ReadTrack(TrackWalk* walk) {
   return kSuccess;
 }
 
-// The set of the package; the file pointer stands behind it.
+// Finds and reads the Material Package set, and leaves the file pointer behind it. Nothing when
+// there is none.
 std::optional<MetadataSet> FindPackage(platform::File* file, const MXF_PARTITION_INFO& header) {
   std::uint64_t length = 0;
   const bool found = FindKlvKey(file, keys::kMaterialPackage, header.kagSize,

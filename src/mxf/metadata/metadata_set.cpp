@@ -5,7 +5,8 @@
 
 namespace quorvan {
 namespace {
-// No set of a real clip comes near it; a length beyond is a damaged one.
+// Largest accepted value of a set, in bytes. The sets of real clips are far smaller; a larger
+// length is damaged.
 constexpr std::uint64_t kLargestSet = std::uint64_t{256} << 20;
 }  // namespace
 

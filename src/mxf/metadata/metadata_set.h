@@ -1,4 +1,4 @@
-// Reading one set of the header metadata whole.
+// Reads one set of the header metadata into memory, and takes batches and labels out of values.
 
 #pragma once
 
@@ -12,12 +12,13 @@
 
 namespace quorvan {
 
-// The value of a set in memory.
+// The value of one set of the header metadata, in memory.
 class MetadataSet {
  public:
-  // Reads `length` bytes (its low 32 bits) at the file pointer, fewer where the file ends, and
-  // leaves the pointer behind them. Nothing when they are too many for a set. Throws when memory is
-  // out.
+  // Reads the value at the file pointer and leaves the pointer behind it. Its length in bytes is
+  // the low 32 bits of `length`; the value is shorter when the file ends before or a read fails.
+  // Returns nothing, with the pointer unchanged, when the value is longer than 256 MiB, which no
+  // set is. Throws std::bad_alloc when memory is out.
   static std::optional<MetadataSet> Read(platform::File* file, std::uint64_t length);
 
   std::span<const std::uint8_t> value() const { return {bytes_.get(), size_}; }
@@ -31,25 +32,27 @@ class MetadataSet {
   std::uint64_t fileOffset_ = 0;
 };
 
-// A batch: item count and item size in front of the items (SMPTE 377).
+// The two numbers in front of the items of a batch (SMPTE 377).
 struct BatchHeader {
-  std::uint32_t count;
-  std::uint32_t itemSize;
+  std::uint32_t count;     // number of items
+  std::uint32_t itemSize;  // bytes of each item
 };
 inline constexpr std::size_t kBatchHeaderBytes = 8;
 
-// Both zero for a value too short to hold them.
+// Reads the batch header at the start of `value`. Both numbers are 0 when `value` has fewer than 8
+// bytes.
 BatchHeader ReadBatchHeader(std::span<const std::uint8_t> value);
 
-// Label `index` of a value that holds labels from `start` on; null when it does not lie in it
-// whole.
+// The 16 bytes of the label with the zero-based number `index` in `value`, whose first label is at
+// byte `start` and whose labels begin `step` bytes apart. Null when the label does not lie in
+// `value` whole.
 const std::uint8_t* LabelAt(std::span<const std::uint8_t> value, std::size_t start,
                             std::size_t step, std::size_t index);
 
 // True when `value` begins with the 16 bytes of `label`.
 bool EqualsLabel(std::span<const std::uint8_t> value, const KlvKey& label);
 
-// True when the readers can work with this handle.
+// True when `file` is an open file, so that a reader can read it.
 inline bool IsUsable(const platform::File* file) {
   return file != nullptr && file->IsOpen();
 }

@@ -11,15 +11,15 @@
 namespace quorvan {
 namespace {
 
-constexpr std::uint64_t kTrailerBytes = 4;      // overall length at the end of the file
+constexpr std::uint64_t kTrailerBytes = 4;      // length of the pack, at the end of the file
 constexpr std::uint32_t kIndexPackHeader = 20;  // key and length of the Random Index Pack
 constexpr std::uint32_t kRawEntryBytes = 12;    // BodySID, ByteOffset
 constexpr std::uint32_t kMostPartitions = 1u << 20;
 constexpr std::size_t kPackBytes = 100;
 
-// Places in a partition pack with a length field of four bytes.
+// Byte offsets of the fields in a partition pack whose length field has four bytes.
 namespace pack {
-constexpr std::size_t kVersionByte = 7;  // of the key: registry version, any
+constexpr std::size_t kVersionByte = 7;  // registry version in the key; may have any value
 constexpr std::size_t kKind = 13;
 constexpr std::size_t kStatus = 14;
 constexpr std::size_t kLength = 16;
@@ -74,7 +74,9 @@ bool LiesInFile(const MXF_PARTITION_INFO& entry, std::uint64_t fileSize) {
          entry.indexByteCount <= fileSize;
 }
 
-// One partition pack at `offset` into its entry: 0, 204 or 207.
+// Reads the partition pack at the file offset `offset` into `*entry`. Returns 0; 204 when no
+// partition pack is there or its offsets and sizes do not fit the file; or 207 when the partition
+// is open.
 std::int32_t ReadPartition(const platform::File& file, std::uint64_t offset, std::uint64_t fileSize,
                            std::uint32_t partitionCount, MXF_PARTITION_INFO* entry) {
   PackBytes bytes;
@@ -100,8 +102,9 @@ bool HasFooter(const MXF_PARTITION_INFO* table, std::uint32_t count) {
   });
 }
 
-// Overall length of the Random Index Pack, with the file pointer left on its first entry; 0 when
-// there is no pack where the last four bytes lead.
+// Finds the Random Index Pack and leaves the file pointer on its first entry. Returns the length of
+// the whole pack in bytes, as the last four bytes of the file state it; 0 when no pack starts
+// between the place to which they lead and themselves.
 std::uint32_t FindRandomIndexPack(platform::File* file, std::uint64_t fileSize) {
   std::array<std::uint8_t, kTrailerBytes> trailer;
   if (fileSize < kTrailerBytes ||

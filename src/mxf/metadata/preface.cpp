@@ -11,10 +11,10 @@
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kQualifierByte = 14;  // of the operational pattern label
+constexpr std::size_t kQualifierByte = 14;  // in the label of the operational pattern
 constexpr std::uint8_t kOp1aQualifier = 0x09;
 
-// Frame-wrapped essence containers (SMPTE 381).
+// Labels of the frame-wrapped essence containers that are accepted (SMPTE 381).
 constexpr std::array<KlvKey, 3> kFrameWrapped = {{
     {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01, 0x0D, 0x01, 0x03, 0x01, 0x02, 0x04, 0x60,
      0x01},

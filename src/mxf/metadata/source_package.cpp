@@ -25,7 +25,7 @@ struct VideoCoding {
   const char16_t* name;
 };
 
-// Codings that can be rewritten, in the order of codecIndex.
+// The video codings of clips that can be rewritten. codecIndex is the row.
 constexpr std::array<VideoCoding, 7> kVideoCodings = {{
     {{0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x03, 0x04, 0x01, 0x02, 0x02, 0x01, 0x03, 0x03,
       0x00},
@@ -58,11 +58,12 @@ struct EditRate {
   std::uint32_t denominator;
 };
 
-// In the order of rateIndex.
+// The edit rates that have a number. rateIndex is the row.
 constexpr std::array<EditRate, 8> kEditRates = {
     {{24, 1}, {25, 1}, {30, 1}, {50, 1}, {60, 1}, {24000, 1001}, {30000, 1001}, {60000, 1001}}};
 
-// Items of a picture descriptor. The first row of the tag table that holds an item's tag takes it.
+// Items of a picture descriptor. The first row of the tag table with the tag of an item decides
+// which item it is.
 enum class PictureItem {
   kCoding,
   kHeight,
@@ -165,18 +166,19 @@ std::int32_t ReadPictureTags(std::span<const std::uint8_t> set, const PictureTag
   return kSuccess;
 }
 
-// The bounds of the chained searches.
+// The file, and the file offsets between which the sets of this stage start.
 struct SearchRange {
   platform::File* file;
   std::uint64_t start;
   std::uint64_t limit;
 };
 
-// A search for either of two keys, the first one preferred over the whole stretch.
+// The result of a search for a set with either of two keys. A set with the second key is taken only
+// when no set with the first key is in the whole range.
 struct EitherSet {
   bool found;
-  bool isFirst;
-  std::uint64_t length;
+  bool isFirst;          // the set has the first key
+  std::uint64_t length;  // bytes of the value, on which the file pointer stands
 };
 
 EitherSet FindEither(const SearchRange& range, std::uint64_t from, const KlvKey& first,
@@ -222,7 +224,8 @@ std::int32_t CheckMultipleDescriptor(const SearchRange& range) {
   return kSuccess;
 }
 
-// The tag under which the descriptor would carry its bit rate.
+// The tag of the bit rate in the picture descriptor. An MPEG descriptor has the tag that the Primer
+// Pack gives to the label; 0 when the Primer Pack gives none. Leaves the file pointer where it was.
 std::uint16_t BitRateTag(const SearchRange& range, bool isMpeg) {
   if (!isMpeg) return tags::kCdciBitRate;
   const std::uint64_t value = range.file->Position();
@@ -263,7 +266,7 @@ void FinishPicture(const SearchRange& range, MXF_VIDEO_INFO* video) {
   if (video->codecIndex == kXavcIntra || video->codecIndex == kXavcLong) {
     ReadAvcBitRate(range, video);
   } else if (video->frameLayout != 0) {
-    video->height *= video->frameLayout + 1u;  // fields to frames
+    video->height *= video->frameLayout + 1u;  // from lines of a field to lines of a frame
   }
 }
 
