@@ -37,7 +37,7 @@ JobFault CheckEngine(JobKind kind, const APP_STATE_INFO& app, FrameRange* range)
 JobRefusal RefusalOf(JobKind kind, const APP_STATE_INFO& app, JobFault fault) {
   if (fault == kNoFault) return {};
   const std::uint32_t stage = JobProcessCode(kind, app.useFileIo);
-  // A measurement has the numbers of the export through views.
+  // A measurement adds its faults to the process code of the export by memory mapping.
   const std::uint32_t base = stage == kStageLoudness ? kStageExportMapped : stage;
   const std::int32_t result = static_cast<std::int32_t>(base) + fault;
   return {result, FailureText(stage, result)};

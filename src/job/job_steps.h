@@ -1,5 +1,5 @@
-// What window and console do around a job: they describe the job in the state record, learn why it
-// cannot start, and write the log of a rewrite that is done.
+// What both front ends do before and after a job: they describe the job in the state record, learn
+// why it cannot start, and write the log of a rewrite that is done.
 
 #pragma once
 
@@ -11,36 +11,43 @@
 
 namespace quorvan {
 
-// Why a job cannot start; `result` is 0 when it can.
+// Why a job cannot start.
 struct JobRefusal {
-  std::int32_t result = 0;     // the job's process code plus a JobFault
+  std::int32_t result = 0;     // 0 when the job can start, else the number of the refusal
   std::u16string_view text{};  // for the operator
 };
 
-// Makes the analysis of `mxfFile` the job of `app`: nothing is counted and nothing asks it to stop.
+// Describes an analysis of `mxfFile` in `app`: sets jobKind, and clears analysisOk, the progress
+// and the stop request. Throws nothing.
 void PrepareAnalysis(APP_STATE_INFO* app);
 
-// Makes `kind`, which is no analysis, the job of `app`, and asks its engine's own check of the
-// arguments whether it can start: it cannot with no track ON, a range outside the clip or a clip
-// that can only be looked at. A range of no frame at all, which the engines allow, is refused too.
-// A job that can start has `totalFrames`, no frame done and no request to stop; an export is
-// counted in `exportCount`.
+// Describes a job of `kind`, which is not kAnalysisJob, in `app`, and checks whether it can start.
+// A job cannot start when its engine's own check of the arguments refuses it: no track is ON (for a
+// rewrite or an export), the range lies outside the clip, or no job takes the clip. A range of 0
+// frames is refused too, although the engines allow it.
+//
+// Sets jobKind in any case. For a job that can start, it also sets totalFrames, clears
+// currentFrame, cancel and phase, and counts an export in exportCount. Returns a refusal with
+// `result` 0 for such a job; else `result` is the process code of the job (for a measurement, of
+// the export by memory mapping) plus a JobFault. Throws nothing.
 JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app);
 
-// Why no job takes the loaded clip, whatever its tracks and its range; as a result of the job
-// `kind`.
+// Why no job takes the loaded clip, whatever its tracks and its range, as the refusal of a job of
+// `kind`; a refusal with `result` 0 when jobs take the clip. Throws nothing.
 JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app);
 
-// The text of that refusal; empty for a clip that jobs take.
+// The text for the operator that no job takes the loaded clip; empty when jobs take the clip.
 std::u16string_view ClipRefusal(const APP_STATE_INFO& app);
 
-// True when a rewrite of the loaded clip would leave its UMIDs as they are, since they have 64
-// bytes: the operator is asked first, and a Yes becomes `keepUmids` of `tracks`.
+// True when a UMID of the loaded clip has 64 bytes and none has an unknown length. A rewrite cannot
+// renew such UMIDs: the front end asks the operator first, and after a Yes sets `keepUmids`, so
+// that the rewrite leaves the UMIDs as they are.
 bool NeedsOldIdentity(const APP_STATE_INFO& app);
 
-// Writes the rewrap log of the rewrite that has ended with `result`: 0, or kDoneWithNotice, whose
-// reason then stands in the log. False, with the words for the operator in `*failure`, when there
-// is no log; the rewrite stands all the same.
+// Writes the log of the rewrite that has ended with `result`: kSuccess, or kDoneWithNotice, whose
+// reason goes into the log. True when the log is written. False, with the text for the operator in
+// `*failure`, when there is no log; the rewrite is done all the same. Throws std::bad_alloc when
+// there is no memory for the text.
 bool LogRewrite(std::int32_t result, APP_STATE_INFO* app, std::u16string* failure);
 
 }  // namespace quorvan

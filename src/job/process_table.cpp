@@ -19,31 +19,32 @@ namespace {
 constexpr std::size_t kResultColumns = 33;
 constexpr std::size_t kStageCount = 16;
 
-// Texts by result minus process code. An empty cell shows kFillerText.
+// The texts of a stage's failures, by result minus process code. kFillerText stands in for an empty
+// text.
 using FailureRow = std::array<std::u16string_view, kResultColumns>;
 
 constexpr std::u16string_view kFillerText = u"エラーコード未定です。";
 constexpr std::u16string_view kGeneralStageText = u"Loading MXF file...";
 
-constexpr std::size_t kOwnColumns = 15;  // of a row: the ones behind mean the same for every engine
+constexpr std::size_t kOwnColumns = 15;  // the columns from 15 on mean the same for every engine
 
-// Why a job could not get at what it needs, for both the stages and the engines.
+// Failures that both stages and engines have.
 constexpr std::u16string_view kUnreadableText =
     u"MXFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認して下さい。";
 constexpr std::u16string_view kNoMemoryText =
     u"メモリが確保できません。\n他のアプリを終了してからもう一度お試し下さい。";
 
-// A row with the texts that all stages of an analysis share.
+// `row` with the texts of the failures that all stages of an analysis have.
 constexpr FailureRow OfStage(FailureRow row) {
   row[kStageUnreadable] = kUnreadableText;
   row[kStageNoMemory] = kNoMemoryText;
   return row;
 }
 
-// One text a line, unbroken, so that it can be searched for.
+// Each text stands on one line, unbroken, so that it can be searched for.
 // clang-format off
 
-// Columns by JobFault, from kNothingOn on.
+// The texts of the failures that all engines have, by JobFault, from kNothingOn on.
 constexpr std::u16string_view kEngineFailures[kResultColumns - kOwnColumns] = {
     u"トラックスイッチが全てOFFになっています。",
     u"MXFファイルのタイムコード情報(開始・ベース・長さ)が読取れないため、処理できません。\n情報の表示のみ可能です。",
@@ -67,12 +68,14 @@ constexpr std::u16string_view kEngineFailures[kResultColumns - kOwnColumns] = {
 constexpr std::u16string_view kNoExportOnText = u"書出しトラックのON/OFFスイッチが全てOFFになっています。";
 constexpr std::u16string_view kSampleBitsText = u"サンプルビット数が対応していません。このアプリは24bit または 16bitに対応しています。 ";
 
+// `row` with the texts of the failures that all engines have.
 constexpr FailureRow OfEngine(FailureRow row) {
   for (std::size_t column = kOwnColumns; column < kResultColumns; ++column)
     row[column] = kEngineFailures[column - kOwnColumns];
   return row;
 }
 
+// `row` with the texts of the failures that both export engines have.
 constexpr FailureRow OfExport(FailureRow row) {
   row = OfEngine(row);
   row[kNothingOn] = kNoExportOnText;
@@ -259,7 +262,8 @@ constexpr FailureRow kExportFileIoFailures = OfExport({{
     u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。",
 }});
 
-// A measurement uses the numbers of the export from 4001 on, in a meaning of its own from 4006 on.
+// A measurement uses the numbers of the export by memory mapping, from 4001 on. From 4006 on a
+// number has a meaning of its own.
 constexpr FailureRow kMeasurementFailures = OfEngine({{
     {},
     kExportMappedFailures[1],
@@ -300,7 +304,7 @@ constexpr std::array<Stage, kStageCount> kStages = {{
 
 struct Job {
   std::u16string_view title;
-  std::array<std::uint32_t, 2> processCodes;  // by method
+  std::array<std::uint32_t, 2> processCodes;  // by Method
 };
 
 constexpr std::array<Job, 4> kJobs = {{
@@ -312,7 +316,7 @@ constexpr std::array<Job, 4> kJobs = {{
 
 constexpr std::array<std::u16string_view, 2> kMethodNames = {u"Memory Mapping", u"Generic File I/O"};
 
-// Each %s takes the next of a message's parts.
+// In the forms, each %s stands for the next part of the message.
 constexpr std::u16string_view kCannotBeOpenedForm =
     u"%s\n\nMXFファイルを開くことができません。\n"
     u"他のアプリで使用していないか、または接続デバイスを確認して下さい。\nERR: %s";
@@ -339,17 +343,17 @@ constexpr std::u16string_view kJobCancelledForm = u"MXFファイル\n%s\n\n%sを
 constexpr std::u16string_view kJobFailureForm = u"%s\n\n%s中にエラーが発生しました。\n%s\n\n\tERR: %s  process: %s";
 constexpr std::u16string_view kJobNoticeForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了していますので、同時に作成されたログテキストをご覧ください。";
 
-// What follows a message, each on a line of its own.
+// What follows a message, each text in a paragraph of its own.
 constexpr std::u16string_view kFileAtFaultForm = u"\n\nファイル: %s";
 constexpr std::u16string_view kFrameAtFaultForm = u"\n\nフレーム: %s (%s)";
 constexpr std::u16string_view kNothingWrittenText = u"\n\nMXFファイルには何も書込んでいません。";
 constexpr std::u16string_view kWrittenForm = u"\n\n%s から %s までの音声は書換えられている可能性があります。";
 constexpr std::u16string_view kLongUmidQuestion = u"\n\n元のUMIDのまま、音声を書換えてもよろしいですか？";
 
-// By UmidState: what a clip holds when its UMIDs could not be renewed.
 constexpr std::u16string_view kSeeLogText = u"\n同時に作成されたログテキストをご覧ください。";
 constexpr std::u16string_view kJobNoticeWithoutLogForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了しています。";
 constexpr std::u16string_view kUmidNoticeForm = u"%s\n\nラッピングは完了していますが、UMIDの更新が正しく行われませんでした。\n%s%s";
+// What the clip holds when its UMIDs were not all renewed, by UmidState.
 constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
     u"MXFファイルのUMIDは新しいものです。",
     u"MXFファイルのUMIDは元のままです。",
@@ -359,7 +363,8 @@ constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
 }};
 // clang-format on
 
-// A rewrite by plain file access ends with the mapped one's result when it cannot renew the UMIDs.
+// A rewrite by plain file access that cannot renew the UMIDs ends with kUmidTooLong, a result of
+// the rewrite by memory mapping.
 constexpr std::uint32_t kRewrapFileIoCode = 3000;
 constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures[14];
 static_assert(!kUmidSizeText.empty());
@@ -367,7 +372,7 @@ static_assert(!kUmidSizeText.empty());
 constexpr std::uint32_t kExportMappedCode = 4000;
 constexpr std::uint32_t kMeasurementCode = 6000;
 
-constexpr std::int32_t kStageSpan = 1000;  // from one engine's process code to the next
+constexpr std::int32_t kStageSpan = 1000;  // between the process codes of two engines
 
 constexpr std::u16string_view kPlace = u"%s";
 
@@ -397,7 +402,7 @@ std::u16string Hexadecimal(std::uint32_t number) {
   return platform::ToUtf16(text);
 }
 
-// Parts go in as they are: a %s in a file's name takes nothing.
+// `form` with each %s replaced by the next of `parts`. A %s within a part stays as it is.
 std::u16string Fill(std::u16string_view form, std::initializer_list<std::u16string_view> parts) {
   std::u16string message;
   for (const std::u16string_view part : parts) {
@@ -466,7 +471,7 @@ std::u16string_view BackupQuestion(bool keepsUmids) {
 
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, Method method, bool hasAudioDescriptor) {
-  // The stage has one number for a descriptor that is missing and for one of another sample width.
+  // The stage has one result for a missing descriptor and for one with another sample width.
   const bool otherWidth = result == kAudioDescriptorUnfit && hasAudioDescriptor;
   return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath),
                                  otherWidth ? kSampleBitsText : FailureText(processCode, result),
@@ -539,7 +544,7 @@ std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobK
 
 namespace {
 
-// The timecode of a count in the plain domain, where a frame behind midnight is counted on.
+// The timecode of the plain count `count`, in which a clip that passes midnight goes on counting.
 std::u16string WrittenTimecode(const MXF_TIMECODE_INFO& timecode, std::int64_t count) {
   const std::int64_t day = FramesPerDay(timecode.fpsIndex, timecode.dropFrame);
   return platform::ToUtf16(TimecodeText(timecode, day > 0 ? count % day : count));

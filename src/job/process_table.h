@@ -1,9 +1,12 @@
-// The stages of all operations: their process codes, names and texts, the text of every failure,
-// and the messages that tell a job's outcome. Texts are those of the user interface, in Japanese.
+// The process table: the process code, name and text of every stage, the text of every failure, and
+// the messages about the outcome of a job. The texts are those of the user interface, in Japanese.
 //
-// A stage's failures are its process code plus 1 to 32, from 15 on the same for every engine
-// (state/job_fault.h); 0 is success, kCancelled a stop by the operator and kDoneWithNotice a job
-// that is done but for something that the operator has to know, for every stage alike.
+// A stage's failures are its process code plus 1 to 32; from 15 on the number added means the same
+// for every engine (state/job_fault.h). In every stage 0 is success, kCancelled a stop by the
+// operator, and kDoneWithNotice a job that is done, with a notice for the operator.
+//
+// Functions that return a std::u16string throw std::bad_alloc when memory is out; the others throw
+// nothing.
 
 #pragma once
 
@@ -16,92 +19,108 @@
 
 namespace quorvan {
 
-// Process code under which a job of `jobKind` runs: 2000 to 6000. 0 for an analysis, which
-// enters its stages itself, and for an unknown kind.
+// The process code of a job of `jobKind` by `method`, 2000 to 6000. 0 for an analysis, which sets
+// the codes of its stages itself, and for an unknown kind.
 std::uint32_t JobProcessCode(std::uint32_t jobKind, Method method);
 
-// What a job of `jobKind` is called in its messages; empty for an analysis and an unknown kind.
+// The name of a job of `jobKind` in messages; empty for an analysis and an unknown kind. A zero
+// stands behind a text that is not empty.
 std::u16string_view JobTitle(std::uint32_t jobKind);
 
-// What the method is called in messages.
+// The name of the method in messages.
 std::u16string_view MethodName(Method method);
 
-// Name of the stage with `processCode`; empty for stage 6000 and for a code of no stage.
+// The name of the stage with `processCode`; empty for stage 6000 and for a code without a stage.
 std::u16string_view StageName(std::uint32_t processCode);
 
-// What the stage is doing, for the operator to read meanwhile; a general text for a code without
-// one.
+// The text that the operator reads while the stage with `processCode` runs; a general text for a
+// code without one.
 std::u16string_view StageText(std::uint32_t processCode);
 
-// Why `result` came out of the stage with `processCode`; a filler text when the stage knows no such
-// result or there is no such stage. A measurement knows its results from 4001 on. At most 255
-// characters.
+// The text that tells the operator why the stage with `processCode` ended with `result`; a filler
+// text when the stage has no such result or there is no such stage. A measurement (6000) has
+// results from 4001 on, and also those from 6001 on. At most 255 characters.
 std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
 
-// The messages. `mxfPath` is the path of the clip, of which its last component shows, however long
-// it is.
+// The messages. `mxfPath` is the path of the clip; a message shows its last component, of any
+// length.
 
-// The clip cannot be opened: it is missing, not readable or in use. `code` is shown in hexadecimal.
+// The message that the clip that was named on the command line or dropped on the window cannot be
+// opened, for the system's reason `code`, shown in hexadecimal: the clip is missing, not readable
+// or in use.
 std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code);
 
-// Asked before a rewrite, since it works on the only copy of the clip. `keepsUmids` is true when
-// the clip keeps its UMIDs.
+// The question before a rewrite whether the clip has a backup, since the rewrite works on the clip
+// itself. `keepsUmids` is true when the clip keeps its UMIDs.
 std::u16string_view BackupQuestion(bool keepsUmids);
 
-// The path of the clip has more characters than the records hold.
+// The message that the path of the clip is longer than the records can hold.
 std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath);
 
-// Asked before a rewrite of a clip whose UMIDs are not 32 bytes long.
+// The question before a rewrite of a clip with UMIDs of 64 bytes: whether to leave the UMIDs as
+// they are.
 std::u16string LongUmidQuestion();
 
-// The analysis sequence has refused the clip with `result`. `hasAudioDescriptor` is what the audio
-// record tells by then.
+// The message that the stage `processCode` of the analysis sequence has refused the clip with
+// `result`. `hasAudioDescriptor` says whether the analysis has found an audio descriptor: the
+// source package stage has one result for a missing descriptor and for one with another sample
+// width.
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, Method method,
                                   bool hasAudioDescriptor = false);
 
-// The clip that was chosen in a file dialog cannot be opened, for the system's reason `code`.
+// The message that the clip that was chosen in a file dialog cannot be opened, for the system's
+// reason `code`, shown in hexadecimal.
 std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint32_t code);
 
-// The loaded clip has more tracks than the program works with; empty when it has not. `checked`
-// tells whether its timecodes have been compared to the end.
+// The message that the loaded clip has more tracks than kMaxTracks; empty for a clip that has not.
+// `checked` says whether the continuity check has run to its end, which changes the words.
 std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
 
-// A job that was refused with `result` before it began, for the reason `text`.
+// The message that a job was refused with `result` before it began, for the reason `text`.
 std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t result,
                                  std::u16string_view text, Method method);
 
-// The operator has stopped the analysis sequence: the clip cannot be loaded.
+// The message that the operator has stopped the analysis sequence, so that the clip is not loaded.
 std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
 
-// The continuity check behind it has failed, or found breaks, with `result`.
+// The message that the continuity check, stage `processCode`, has ended with `result`: a failure,
+// or breaks.
 std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                         std::int32_t result);
 
-// The breaks of ContinuityFailureMessage, for the console, which cannot ask whether to write a log.
+// The console's message that the continuity check has found breaks. Unlike ContinuityFailureMessage
+// it does not ask whether to write a log.
 std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
 
-// The operator has stopped the continuity check; asks whether to load the clip anyway.
+// The message that the operator has stopped the continuity check, with the question whether to load
+// the clip all the same.
 std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 
-// A rewrite, an export or a measurement has ended well, was cancelled, or failed with `result`.
+// The message that a rewrite, an export or a measurement is done.
 std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method);
-std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state,
-                                bool hasLog);  // done, but for UMIDs
+
+// The message that a rewrite is done, but has not renewed all UMIDs; `state` says what the clip
+// holds. With `hasLog` the message points to the log.
+std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state, bool hasLog);
+
+// The message that a job was cancelled.
 std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                    Method method);
+
+// The message that the job with `processCode` has failed with `result`.
 std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
                                  std::uint32_t processCode, std::int32_t result, Method method);
 
-// What the header metadata of a rewritten clip holds.
+// The text that says which UMIDs the header metadata of a rewritten clip holds.
 std::u16string_view UmidStateText(UmidState state);
 
-// What stands behind the message of a job that failed: the file and the frame at fault, as far as
-// they are known, each in a paragraph of its own.
+// What follows the message of a job that failed: the file and the frame at fault, as far as they
+// are known, each in a paragraph of its own; empty when neither is known.
 std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode);
 
-// What stands behind the message of a rewrite that failed with `result` or was cancelled: how much
-// of the clip has changed.
+// What follows the message of a rewrite that failed with `result` or was cancelled: which frames
+// may have been rewritten, and which UMIDs the clip holds.
 std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,
                              std::int32_t result);
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr char16_t kDoneCaption[] = u"MXF Lattice Core";
 
-// What stands in for a message when memory for its words is out.
+// The texts that are sent when there is no memory to compose a message.
 constexpr char16_t kPlainDoneText[] = u"処理は完了しました。";
 constexpr char16_t kPlainLoadFailureText[] = u"メモリが確保できないため、ロードできません。";
 constexpr char16_t kPlainNoticeText[] =
@@ -47,8 +47,8 @@ std::int32_t RunEngine(APP_STATE_INFO* app) {
   return kCancelled;
 }
 
-// Sends the job's last message, with the text that `compose` makes; without memory for that, with
-// the text that the report has.
+// Sends the job's last message with the text that `compose` returns, or, when memory is out, with
+// the text that `report` holds.
 template <typename Compose>
 void SendEnd(APP_STATE_INFO* app, JobReport report, Compose compose) {
   std::u16string text;
@@ -75,7 +75,7 @@ std::u16string TextOfFailure(const APP_STATE_INFO& app, std::int32_t result) {
 void RunJob(APP_STATE_INFO* app) {
   app->mxf->processCode = JobProcessCode(app->jobKind, app->useFileIo);
   const std::int32_t result = RunEngine(app);
-  // Titles are parts of literals: what stands behind them is a zero.
+  // JobTitle returns views of whole literals, which end with a zero.
   const char16_t* title = JobTitle(app->jobKind).data();
   if (result == kSuccess) {
     return SendEnd(app, {JOB_MSG_DONE, result, kDoneCaption, kPlainDoneText},
@@ -89,7 +89,8 @@ void RunJob(APP_STATE_INFO* app) {
           [app, result] { return TextOfFailure(*app, result); });
 }
 
-// The analysis sequence and the continuity check.
+// Runs the analysis sequence and then the continuity check, unless noTimecodeCheck leaves it out.
+// Returns the result of the first of the two that does not succeed, else kSuccess.
 std::int32_t Analyse(APP_STATE_INFO* app) {
   MXF_BASE_INFO& mxf = *app->mxf;
   mxf.timecode->useFileIo = app->useFileIo;
@@ -102,7 +103,8 @@ std::int32_t Analyse(APP_STATE_INFO* app) {
   return CheckTimecodeContinuity(&app->mxfFile, &mxf);
 }
 
-// What the operator is told of an analysis that has ended with `result`.
+// The text that tells the operator that an analysis has ended with `result`, which is not kSuccess;
+// empty for a result that the continuity check does not have.
 std::u16string TextOfAnalysis(const APP_STATE_INFO& app, std::int32_t result) {
   const MXF_BASE_INFO& mxf = *app.mxf;
   if (mxf.processCode != kStageTimecodeContinuity) {

@@ -1,4 +1,5 @@
-// The thread on which every long operation runs, and the one that names its stage.
+// The functions of two threads: the worker, which runs every job, and the thread that shows the
+// stages of an analysis.
 
 #pragma once
 
@@ -8,23 +9,27 @@
 
 namespace quorvan {
 
-// Characters that a listener keeps memory for before the job starts, since none may be left at its
-// end: the longest message, the path of its file included, is shorter.
+// Characters of text for which a front end allocates memory before it starts a job, since at the
+// job's end no memory may be left. Every message of a job, with the path of its file, is shorter.
 inline constexpr std::size_t kMostReportChars = 8192;
 
 // Runs the job that `app` describes by jobKind, useFileIo, mxfPath, tracks and, for an analysis,
-// the open mxfFile. An analysis that passes sends JOB_MSG_PHASE; every job ends with exactly one
-// JOB_MSG_DONE or JOB_MSG_FAILED, with the text for the operator. The messages go to
-// `ui.progressDialog`, which must be set before, is called on this thread and must not throw; the
-// last message is the thread's last act.
+// the open mxfFile. Sets jobStartTime and `mxf->processCode`. Throws nothing.
 //
-// A job is stopped by `tracks->cancel`, an analysis, in any stage, by
-// `mxf->timecode->stopRequest`.
+// Every job ends with exactly one message, JOB_MSG_DONE or JOB_MSG_FAILED, with the text for the
+// operator. An analysis sends JOB_MSG_PHASE between its readers and the continuity check, even when
+// noTimecodeCheck leaves the check out. The messages go to `ui.progressDialog`, which must be set
+// before, is called on this thread and must not throw. The last message is the last thing that the
+// thread does.
+//
+// A job stops when `tracks->cancel` becomes 1; an analysis stops, in any stage, when
+// `mxf->timecode->stopRequest` becomes 1.
 void WorkerThread(APP_STATE_INFO* app);
 
-// Until `stageThreadStop` is 1, hands the text of the running analysis stage to
-// `ui.stageTextControl` whenever it changes. The flag is cleared before the thread is started: the
-// end of a short analysis could set it before the thread has come to run.
+// Calls `ui.stageTextControl` with the text of the running stage of an analysis, at the start and
+// whenever the stage changes, until `stageThreadStop` is 1. The caller, not this function, clears
+// the flag, before it starts the thread: the end of a short analysis may set the flag before the
+// thread has begun to run.
 void StageTextThread(APP_STATE_INFO* app);
 
 }  // namespace quorvan

@@ -12,10 +12,10 @@ namespace {
 constexpr std::size_t kMostPending = std::size_t{64} << 10;
 constexpr int kMostNames = 1000;
 
-// Short, so that every name that a log can have leaves room for it.
+// The name is short, so that it fits wherever the name of a log does.
 constexpr std::u16string_view kTemporaryName = u"quorvan_log.part";
 
-// True when `path` names the clip or one of its sources.
+// True when `path` names the clip or a file of the library.
 bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
   if (platform::IsSameFile(path, app.mxfPath)) return true;
   for (const auto* entry = app.wavList->next; entry != nullptr; entry = entry->next) {
@@ -24,8 +24,9 @@ bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
   return false;
 }
 
-// Why a log must not replace what stands at `path`, in the system's numbers; 0 for nothing but a
-// link, and for a file that begins neither as MXF nor as RIFF.
+// The system's error number that tells why a log must not replace the file at `path`; 0 when it
+// may: when there is no regular file, when `path` is a link, and when the file does not begin as
+// MXF, RIFF or FORM.
 std::uint32_t WhyNotToReplace(const std::u16string& path) {
   constexpr std::array<std::string_view, 6> starts = {
       "\x06\x0E\x2B\x34", "RIFF", "RF64", "BW64", "riff", "FORM"};
@@ -51,7 +52,8 @@ LogFile::LogFile(std::u16string path, const APP_STATE_INFO& app) : path_(std::mo
   }
   OpenTemporary();
   if (file_.IsOpen()) return;
-  // In place only where nothing else can be done, and no other name would show the log.
+  // The earlier log is overwritten in place only when no file can be created in its folder, and not
+  // when the file has another name, under which the log would show too.
   if (platform::MeansNoRights(error_) && platform::QueryFileInfo(path_) &&
       !platform::IsLink(path_)) {
     platform::File old = platform::File::Open(path_, platform::OpenMode::kRewrite);
@@ -99,7 +101,7 @@ bool LogFile::TakePlace() {
   if (!file_.Flush() || !file_.Close() || !platform::RenameReplacing(temporaryPath_, path_)) {
     return false;
   }
-  platform::FlushFolderOf(path_);  // the log stands, whatever the folder does
+  platform::FlushFolderOf(path_);  // the log is there even when this fails
   return true;
 }
 

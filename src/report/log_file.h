@@ -10,30 +10,35 @@
 
 namespace quorvan {
 
-// Collects text under a name of its own in the folder of its path, and gets its name at the end. A
-// file that has the name gives way then; one that it only leads to, as a link, stays what it is. In
-// a folder that may not be written to, a log that stands there already, under no other name, is
-// overwritten in place.
+// Writes a log file. The text goes into a temporary file in the folder of the log's path; Finish
+// gives this file the log's name and so replaces an earlier log. When a link has the log's name,
+// the link is replaced and the file to which it leads stays as it is. In a folder in which no file
+// can be created, an earlier log with no other name is overwritten in place.
 //
-// A log never takes the place of the clip of `app`, of a file of its library, or of any file that
-// begins as MXF or RIFF.
+// A log never replaces the clip of `app`, a file of its library, or any file that begins as MXF,
+// RIFF or FORM.
+//
+// The constructor and Write throw std::bad_alloc when memory is out. A log that is destroyed before
+// Finish leaves no temporary file behind.
 class LogFile {
  public:
-  // `path` is where the log is to stand.
+  // Opens the temporary file, or in place the earlier log, for a log at `path`. A log that cannot
+  // be written shows in the result of Finish.
   LogFile(std::u16string path, const APP_STATE_INFO& app);
   LogFile(const LogFile&) = delete;
   LogFile& operator=(const LogFile&) = delete;
   ~LogFile();
 
-  // Appends UTF-8 text.
+  // Appends UTF-8 text to the log.
   void Write(std::string_view text);
 
-  // Brings the log to its place and onto the medium. False when anything went wrong since the
-  // start; then nothing is left behind, but for what was written of a log in place, and a log whose
-  // folder could not be brought onto the medium.
+  // Writes the rest of the text, waits until the log is on the medium, and gives the log its name.
+  // False when anything has failed since the constructor: then there is no new log and no temporary
+  // file, but a log that was overwritten in place may hold a part of the text. A failure to bring
+  // the folder with the new name onto the medium does not count.
   bool Finish();
 
-  // The system's number of what went wrong.
+  // The system's error number for what has failed. Valid only after Finish has returned false.
   std::uint32_t error() const { return error_; }
 
  private:

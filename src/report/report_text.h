@@ -1,4 +1,5 @@
-// What the logs say in the same words.
+// The texts that both logs share. Functions that return a std::string throw std::bad_alloc when
+// memory is out.
 
 #pragma once
 
@@ -12,17 +13,17 @@
 
 namespace quorvan {
 
-// "DF" or "NDF".
+// "DF" for a clip with drop frame and the edit rate 30000/1001 or 60000/1001, else "NDF".
 std::string_view DropLabel(const MXF_TIMECODE_INFO& timecode);
 
-// "hh:mm:ss".
+// The time of day as "hh:mm:ss".
 std::string TimeText(const platform::CalendarTime& time);
 
-// "yyyy/mm/dd  hh:mm:ss", the year with at least `yearDigits` digits.
+// Date and time as "yyyy/mm/dd hh:mm:ss", the year with at least `yearDigits` digits.
 std::string DateTimeText(const platform::CalendarTime& time, int yearDigits);
 
-// What stands behind the message of a log that could not be written for the system's reason
-// `error`: empty, or that another file has the log's name.
+// What follows the message that a log could not be written for the system's reason `error`: that
+// another file has the log's name, if `error` says so, else nothing.
 std::string_view LogRefusal(std::uint32_t error);
 
 }  // namespace quorvan

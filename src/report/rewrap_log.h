@@ -1,4 +1,5 @@
-// The log of a rewrite: what was done to which clip, with which source on each track.
+// The log of a rewrite: what was done to which clip, with which source file on each track. All
+// functions but WriteRewrapLog throw std::bad_alloc when memory is out.
 
 #pragma once
 
@@ -11,31 +12,36 @@
 
 namespace quorvan {
 
-// All of the log but its last block, in UTF-8 with CR LF. `now` is the local time that it names.
+// The log without its last block, in UTF-8 with CR LF. `now` is the local time that the log gives
+// as its date.
 std::string RewrapLogText(const APP_STATE_INFO& app, const platform::CalendarTime& now);
 
-// The last block: when the job of `app` has started and ended.
+// The last block of the log: when the job of `app` started and ended.
 std::string RewrapLogEnd(const APP_STATE_INFO& app);
 
-// Path of the log of the clip at `mxfPath`: beside the clip, under its name without its extension
-// and with "_LOG.txt".
+// The path of the log of the clip at `mxfPath`: in the folder of the clip, with the clip's name up
+// to its extension and "_LOG.txt".
 std::u16string RewrapLogPath(std::u16string_view mxfPath);
 
-// False when no file can have that name, since it is too long. Asked before a rewrite begins.
+// False when the path of the log is too long for a file. The front ends ask before a rewrite
+// begins.
 bool CanHaveRewrapLog(std::u16string_view mxfPath);
 
-// Writes the log to its path, where it replaces an earlier one, and sets `jobEndTime`. `notice`
-// stands in a block of its own behind the last one, and may be empty. False, with the system's
-// number of the reason in `error`, when there is no log. Throws nothing.
+// Writes the log of the rewrite in `app` to RewrapLogPath, where it replaces an earlier log, as
+// LogFile says, and sets `jobEndTime`. `notice` goes into a block of its own at the end, unless it
+// is empty. True when the log is on the medium. False when there is no log: `*error` is then the
+// system's error number, or 0 when memory is out. Throws nothing.
 bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32_t* error);
 
-// What the operator is told of a log that could not be written.
+// The message that tells the operator that the log of the clip at `mxfPath` could not be written,
+// for the system's reason `error`.
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
 
-// What the operator is told of a clip that cannot have a log.
+// The message that tells the operator that the name of the clip is too long for a log beside it.
 std::u16string NoRewrapLogMessage(std::u16string_view mxfPath);
 
-// What the operator is told of a rewrite with its log.
+// The message that tells the operator that the rewrite of the clip at `mxfPath` is done and its log
+// is at `logPath`.
 std::u16string RewrapCompletionMessage(std::u16string_view mxfPath, std::u16string_view logPath);
 
 }  // namespace quorvan

@@ -19,7 +19,7 @@ using platform::ToUtf8;
 
 constexpr std::array<std::string_view, 5> kKindTexts = {"**", "**", "inc", "dec", "still"};
 
-// At 60 frames the words count 30 values a second.
+// At 60 frames a second, the timecode words of the frames count 30 values a second.
 constexpr std::uint32_t kFpsIndex60 = 4;
 
 std::string_view ScanMark(const MXF_VIDEO_INFO& video) {
@@ -27,8 +27,8 @@ std::string_view ScanMark(const MXF_VIDEO_INFO& video) {
   return video.frameLayout == 1 || video.codecIndex == 5 || video.codecIndex == 6 ? "p" : "";
 }
 
-// The timecode of a count as the frames carry it, whatever its hour; dashes for a word that was no
-// timecode.
+// The timecode text of a frame's timecode word, whose frame count is `count`; hours may be above
+// 23. Dashes for a word that is no timecode: its count is negative when read as signed.
 std::string WordText(const MXF_TIMECODE_INFO& timecode, std::uint32_t count) {
   if (static_cast<std::int32_t>(count) < 0) {
     return timecode.dropFrame != 0 ? "--:--:--.--" : "--:--:--:--";

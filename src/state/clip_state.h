@@ -1,4 +1,5 @@
-// From "no file" to "a clip is loaded", and the points of a range within it.
+// The change between the states "no file" and "a clip is loaded", and the points of a range in the
+// clip.
 
 #pragma once
 
@@ -9,28 +10,32 @@
 
 namespace quorvan {
 
-// Puts `app` into the state behind an accepted analysis: a file is loaded, all its track switches
-// are OFF, switches of tracks that it has not stay at kNoSuchTrack, the first track is selected.
+// Puts `app` into the state after an accepted analysis, which `mxf` must hold: a clip is loaded,
+// the switches of its tracks are OFF, the switches of tracks that the clip does not have are
+// kNoSuchTrack, and only the first track is selected and has the focus.
 void EnterLoadedState(APP_STATE_INFO* app);
 
-// The way back: nothing is loaded, the library is empty, and every choice made for the clip is
-// undone, among them the method of file access. What outlives a clip stays: noAutoTrackSwitch,
-// wavBufferIndex, the range of the measurement with its flags, and the values, without their flags,
-// of the export range.
+// Puts `app` into the state without a file: unloads the clip, frees the library with its index and
+// the list of timecode breaks, and undoes every choice made for the clip, among them the method of
+// file access. Settings that do not belong to a clip stay, such as noAutoTrackSwitch,
+// noTimecodeCheck and wavBufferIndex. The range of the measurement stays with its flags; the values
+// of the export range stay, but their flags are cleared.
 void ClearMxfState(APP_STATE_INFO* app);
 
-// Both slots of the point with the real count `frames`: the second one hour on when the clip starts
-// in hour 23, else the same.
+// The point at the real count `frames` of a clip with `timecode`: slot 0 is `frames`; slot 1 is one
+// hour on, wrapped at midnight, when the clip starts in hour 23, else `frames` too. Slot 1 is
+// kInvalidTimecode when that count cannot be made.
 FramePoint MakeFramePoint(const MXF_TIMECODE_INFO& timecode, std::int32_t frames);
 
 // True when both points of a range are set.
 bool IsRangeSet(const PointSet& points);
 
-// Makes the range of the rewrite the range of `fields` and sets its `points`. False, and nothing
-// has changed, when the range of the rewrite is not set.
+// Copies the range of the rewrite into the range `fields` of `app->tracks` and marks both of its
+// points as set in `*points`. False, with nothing changed, when the range of the rewrite is not
+// set.
 bool TakeRewrapRange(APP_STATE_INFO* app, const RangeFields& fields, PointSet* points);
 
-// The clip's first and last frame.
+// The points of the clip's first frame and of its last frame.
 FramePoint FirstFramePoint(const MXF_TIMECODE_INFO& timecode);
 FramePoint LastFramePoint(const MXF_TIMECODE_INFO& timecode);
 

@@ -1,5 +1,6 @@
-// What logs, window and console say of a clip in the same words, and what an operator should know
-// of a clip before working with it. Texts are UTF-8.
+// The texts about a clip that logs and front ends share, and the notices about a clip that an
+// operator should read before working with it. Texts are UTF-8. Functions that return a std::string
+// or a std::vector throw std::bad_alloc when memory is out.
 
 #pragma once
 
@@ -13,33 +14,37 @@
 
 namespace quorvan {
 
-// "24" to "59.94" by rateIndex; empty for an unknown one.
+// The edit rate, "24" to "59.94", by rateIndex; empty for an unknown rate.
 std::string_view RateLabel(const MXF_TIMECODE_INFO& timecode);
 
-// The timecode of a real count, with "." before the frames when dropFrame is not 0.
+// The timecode of the real count `frames`, which must fit 32 bits, as "01:02:03:04", with "."
+// before the frames when dropFrame is not 0. Empty when the timecode base is unknown.
 std::string TimecodeText(const MXF_TIMECODE_INFO& timecode, std::int64_t frames);
 
-// FormatFileSize, at most 15 characters.
+// The size `bytes` as FormatFileSize writes it, at most 15 characters.
 std::string FileSizeText(std::uint64_t bytes);
 
-// 64 upper-case hexadecimal characters.
+// The UMID as 64 upper-case hexadecimal characters.
 std::string UmidText(const std::array<std::uint8_t, kUmidBytes>& umid);
 
-// Frames from the first to the last one of the clip, both included.
+// The number of frames from the first to the last frame of the clip, both included.
 std::uint32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode);
 
+// What an operator should know of a clip.
 enum class ClipNotice {
-  kNoRange,         // start, timecode base or duration are unknown: no job takes the clip
-  kUnknownRate,     // the edit rate is none of the table: no job takes the clip
-  kNoSampleFormat,  // sampling rate or sample width are unknown: no job takes the clip
-  kOtherLength,     // the index does not hold as many frames as the duration says
-  kHiddenTracks,    // the index holds more audio elements than tracks were counted
+  kNoRange,         // start, timecode base or duration is unknown: no job takes the clip
+  kUnknownRate,     // the edit rate is not in the table: no job takes the clip
+  kNoSampleFormat,  // sampling rate or sample width is unknown: no job takes the clip
+  kOtherLength,     // the index has more or fewer frames than the duration says
+  kHiddenTracks,    // a frame has more audio elements than the clip has sound tracks
 };
 
-// All notices of the clip, in that order.
+// All notices that apply to the clip, in the order of ClipNotice. `mxf` must hold an accepted
+// analysis.
 std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf);
 
-// Audio elements of a frame, as the index has them.
+// The number of audio elements in a frame: the delta entries of the first index entry without those
+// of the system element, the picture and the ancillary data. `mxf` must hold an accepted analysis.
 std::uint32_t IndexedAudioElements(const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

@@ -1,4 +1,4 @@
-// The arguments of a job and its range, checked against the clip before anything is opened.
+// Checks the arguments and the range of a job against the clip, before any file is opened.
 
 #pragma once
 
@@ -10,13 +10,13 @@
 
 namespace quorvan {
 
-// A range as the engines walk it: from its IN frame to its OUT frame, both included.
+// The range of a job, from its IN frame to its OUT frame, both included.
 struct FrameRange {
-  std::uint32_t firstEntry;  // of the INDEX_ENTRY_ARRAY, the IN frame
-  std::uint32_t total;       // frames
+  std::uint32_t firstEntry;  // place of the IN frame in the INDEX_ENTRY_ARRAY
+  std::uint32_t total;       // number of frames
 };
 
-// Two members of AUDIOTRACK_IO_INFO that bound the range of one kind of job.
+// The two members of AUDIOTRACK_IO_INFO that hold the range of one kind of job.
 struct RangeFields {
   FramePoint AUDIOTRACK_IO_INFO::*in;
   FramePoint AUDIOTRACK_IO_INFO::*out;
@@ -29,17 +29,21 @@ inline constexpr RangeFields kExportRange = {&AUDIOTRACK_IO_INFO::exportIn,
 inline constexpr RangeFields kLoudnessRange = {&AUDIOTRACK_IO_INFO::loudnessIn,
                                                &AUDIOTRACK_IO_INFO::loudnessOut};
 
-// What keeps every job from a loaded clip: kNoRange, kUnknownRate or kNoSampleFormat; else
-// kNoFault.
+// Why no job takes a loaded clip: kNoRange, kUnknownRate or kNoSampleFormat, the first of these
+// that applies; kNoFault when jobs take the clip.
 JobFault CheckClip(const MXF_BASE_INFO& mxf);
 
-// Checks the arguments of a job: kNoPath to kBadRange, kNoRange and kNoSampleFormat, or kNoFault
-// with `range` filled. In a clip that starts in hour 23 an OUT directly before IN stands for no
-// frame at all: a total of 0.
+// Checks the arguments of a job and finds its range, whose IN and OUT frames `fields` picks from
+// `tracks`. `path` is the zero-terminated path of the clip and `mxf` its analysis. Returns kNoFault
+// with `*range` filled, or, with `*range` unchanged, the first fault in this order: kNoPath for a
+// null or empty path; kNoTracks; kNoRecords; kNoRange; kUnknownRate; kNoSampleFormat; kBadRange. In
+// a clip that starts in hour 23, an OUT frame directly before the IN frame is a range of 0 frames;
+// in other clips it is kBadRange. Throws nothing.
 JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,
                    const RangeFields& fields, FrameRange* range);
 
-// True when the index counts its frames without a gap, in ascending places, and has the range.
+// True when the index of the clip contains every frame of `range`, and counts the frames of the
+// clip without a gap and at ascending file offsets, as CountsEveryFrame says.
 bool IndexHolds(const FrameRange& range, const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

@@ -1,4 +1,4 @@
-// How far a job is that works on a thread of its own, and the request to stop it.
+// The progress of a job that runs on a thread of its own, and the request to stop it.
 
 #pragma once
 
@@ -7,9 +7,10 @@
 
 namespace quorvan {
 
-// The thread that watches the job writes `cancel`; the job's thread writes the rest.
+// The thread that watches the job writes `cancel`. The job's thread writes the other fields; for a
+// job that counts in other records, the front end's threads copy the counts into this one.
 struct JobProgress {
-  // What the job does while it has nothing to count; null for nothing. The text lives as long as
+  // What the job does while it has nothing to count; null for no text. The text lives as long as
   // the program.
   std::atomic<const char16_t*> stage = nullptr;
   std::atomic<std::uint64_t> done = 0;    // frames or bytes

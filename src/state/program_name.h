@@ -1,4 +1,4 @@
-// What the program calls itself. QUORVAN_VERSION comes from the build.
+// The name and version that the program shows. QUORVAN_VERSION comes from the build.
 
 #pragma once
 

@@ -59,7 +59,8 @@ void ClearLink(APP_STATE_INFO* app, std::uint32_t track) {
 
 using TrackSet = std::array<bool, kMaxTracks>;
 
-// `track`, and with a file of several channels all tracks of its group.
+// The tracks that lose their file together with `track`, which must hold a file: all tracks of its
+// group for a file of several channels, else `track` alone.
 TrackSet TracksOfSameFile(const APP_STATE_INFO& app, std::uint32_t track) {
   const AUDIOTRACK_IO_INFO& tracks = *app.tracks;
   TrackSet set{};
@@ -70,7 +71,8 @@ TrackSet TracksOfSameFile(const APP_STATE_INFO& app, std::uint32_t track) {
   return set;
 }
 
-// Empties `track` and the rest of its group, and tells which tracks that were.
+// Takes the file off `track` and off the other tracks of its group. Returns the set of emptied
+// tracks; an empty set when `track` holds no file.
 TrackSet EmptyTrack(APP_STATE_INFO* app, std::uint32_t track) {
   WAV_FILE_INFO* const entry = app->tracks->wav[track];
   if (entry == nullptr) return {};
@@ -97,7 +99,8 @@ void PlaceFile(APP_STATE_INFO* app, WAV_FILE_INFO* entry, std::uint32_t firstTra
   }
 }
 
-// Closes the gap that `entry` leaves in the index, so that no pointer to it stays.
+// Removes `entry` from the index and moves the later entries forward; the slots behind them become
+// null. No pointer to the entry stays in the index.
 void DropFromIndex(APP_STATE_INFO* app, const WAV_FILE_INFO* entry) {
   if (app->wavIndex == nullptr) return;
   WAV_FILE_INFO** const begin = app->wavIndex.get();
@@ -189,7 +192,8 @@ bool RenewWavIndex(APP_STATE_INFO* app) {
 bool RemoveSelectedEntries(APP_STATE_INFO* app,
                            const std::function<bool(const WAV_FILE_INFO&)>& mayRemove) {
   if (!IsWired(app) || app->wavList == nullptr) return false;
-  // A question shows the library, which may select anew: what is removed is settled before.
+  // The selected entries are collected before the first question, because the window shows the
+  // library with the question and may then change the selection.
   std::vector<WAV_FILE_INFO*> chosen;
   for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr; entry = entry->next) {
     if (entry->selected != 0) chosen.push_back(entry);

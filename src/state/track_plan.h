@@ -1,4 +1,4 @@
-// What a rewrite puts on a track.
+// Decides what a rewrite puts on each track.
 
 #pragma once
 
@@ -17,13 +17,14 @@ enum class TrackContent {
 
 struct TrackPlan {
   TrackContent content;
-  const WAV_FILE_INFO* wav;  // null unless kFile
-  std::uint32_t channel;     // of the file, from 0
+  const WAV_FILE_INFO* wav;  // source file; null unless kFile
+  std::uint32_t channel;     // channel of the source file, from 0
 };
 
 // What a rewrite described by `tracks` puts on `track` (from 0) of a clip with the audio `audio`.
-// The track's own switch decides alone, whatever the other tracks of its file do; each track gets
-// the channel that the assignment gave it. Every engine, log and question goes by this function.
+// Only the track's own switch decides, not the switches of the other tracks of its file. A track
+// that the clip does not have is kUntouched; a channel that the file does not have counts as its
+// last channel. Engines, log and questions to the operator all use this function. Throws nothing.
 TrackPlan PlanOfTrack(const AUDIOTRACK_IO_INFO& tracks, const MXF_AUDIO_INFO& audio,
                       std::uint32_t track);
 

@@ -1,4 +1,4 @@
-// How a running job reaches the front end that started it.
+// The functions through which a running job reports to the front end that started it.
 
 #pragma once
 
@@ -10,24 +10,29 @@ namespace quorvan {
 
 enum JobMessage : std::uint32_t {
   JOB_MSG_DONE = 0x8006,    // the job has ended well
-  JOB_MSG_FAILED = 0x8007,  // it failed or was cancelled
-  JOB_MSG_PHASE = 0x800C,   // the analysis sequence has ended well, the continuity check starts
+  JOB_MSG_FAILED = 0x8007,  // the job failed or was cancelled
+  // The analysis sequence has ended well; the continuity check follows, unless it is switched off.
+  JOB_MSG_PHASE = 0x800C,
 };
 
-// One message. Texts are zero terminated and live only during the call.
+// A message of a running job to its front end. Texts are zero terminated and live only during the
+// call.
 struct JobReport {
   JobMessage message;
-  std::int32_t result;      // of the engine or the analysis
-  const char16_t* caption;  // done: a fixed text, empty for an analysis; failed: the job's title
-  const char16_t* text;     // for the operator; empty or null where there is nothing to say
+  std::int32_t result;  // of the engine or the analysis
+  // A fixed text when the job is done; the job's title when the job failed, was cancelled, or is
+  // done with a notice. Empty or null for an analysis.
+  const char16_t* caption;
+  const char16_t* text;  // for the operator; empty or null where there is nothing to say
 };
 
-// What a front end hands over before it starts a job. Both are called on the job's threads, which
-// wait until the call returns; a front end that works on its own thread passes the message on
-// itself.
+// The functions that a front end sets before it starts a job. They must not throw. The job's
+// threads call them and wait until they return; a front end that shows messages on its own thread
+// hands them over to that thread itself.
 struct UI_HANDLES {
+  // Takes the messages of a job.
   std::function<void(const JobReport&)> progressDialog;
-  // What an analysis is doing. The text lives as long as the program.
+  // Takes the text for the stage of a running analysis. The text lives as long as the program.
   std::function<void(std::u16string_view)> stageTextControl;
 };
 

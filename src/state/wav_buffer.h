@@ -1,4 +1,7 @@
-// How much of a clip's audio the engines for plain file access hold in memory at a time.
+// The buffer setting of the method "Generic File I/O": how far ahead of a rewrite or a comparison
+// its source files are prefetched. The frames that are worked on at a time are a block that stays
+// in the processor's cache. An export prefetches no source files; for an export, the setting is
+// only an upper limit of the block.
 
 #pragma once
 
@@ -11,11 +14,12 @@
 namespace quorvan {
 
 struct WavBufferRow {
-  std::u16string_view label;      // what the settings show
-  std::string_view durationText;  // a timecode of eight digits
+  std::u16string_view label;      // shown in the list of settings
+  std::string_view durationText;  // a timecode of eight digits: hours, minutes, seconds, frames
 };
 
-// Rows by AUDIOTRACK_IO_INFO.wavBufferIndex.
+// The settings, by AUDIOTRACK_IO_INFO.wavBufferIndex. From index 4 on, most labels differ from the
+// minutes of the duration.
 inline constexpr std::array<WavBufferRow, 14> kWavBufferRows = {{
     {u"1", "00010000"},
     {u"2", "00020000"},
@@ -33,22 +37,27 @@ inline constexpr std::array<WavBufferRow, 14> kWavBufferRows = {{
     {u"28", "00400000"},
 }};
 
-// Frames of one block of row `wavBufferIndex` in a clip of that timecode; 0 for a row or a base
-// that is none.
+// The number of frames in the duration of setting `wavBufferIndex`, counted with the timecode base
+// of `timecode`. 0 when there is no such setting or the base is unknown. Throws nothing.
 std::uint32_t BlockFrames(std::uint32_t wavBufferIndex, const MXF_TIMECODE_INFO& timecode);
 
-// Frames that a job holds in memory at a time: blockFrames, but not more than fit
-// kMostBlockBytes, and at least one. Nothing is gained by longer reads, and the memory of a job
-// must not grow with the number of tracks.
+// The number of frames to prefetch at a time: `blockFrames`, but not more than fit kMostBlockBytes
+// when each frame takes `bytesPerFrame` bytes of the source files. At least 1, unless `blockFrames`
+// is 0; `blockFrames` when `bytesPerFrame` is 0. The limit exists because longer reads gain
+// nothing, and because the memory that prefetched bytes take must not grow with the number of
+// tracks. Throws nothing.
 std::uint32_t FramesInMemory(std::uint32_t blockFrames, std::uint64_t bytesPerFrame);
 
+// Most bytes of source files that are prefetched at a time.
 inline constexpr std::uint64_t kMostBlockBytes = std::uint64_t{64} << 20;
 
-// Frames, at most `frames` and at least one, whose `bytesPerFrame` bytes stay in the processor's
-// cache between their reading and their writing.
+// The number of frames in a block: `frames`, but not more than stay in the processor's cache
+// between being read and being written when each frame takes `bytesPerFrame` bytes. At least 1,
+// unless `frames` is 0; `frames` when `bytesPerFrame` is 0. Throws nothing.
 std::uint32_t FramesInCache(std::uint32_t frames, std::uint64_t bytesPerFrame);
 
-// True when a block of so many bytes can be had at all: its size fits 32 bits.
+// True when `blockFrames` frames of `bytesPerFrame` bytes each have a size in bytes that fits 32
+// bits. Jobs refuse a setting for which it does not fit.
 constexpr bool FitsBlock(std::uint64_t bytesPerFrame, std::uint32_t blockFrames) {
   return bytesPerFrame <= UINT32_MAX && bytesPerFrame * blockFrames <= UINT32_MAX;
 }

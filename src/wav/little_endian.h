@@ -1,4 +1,4 @@
-// Little-endian numbers in a block that holds them.
+// Reads little-endian numbers from bytes.
 
 #pragma once
 
@@ -7,6 +7,7 @@
 
 namespace quorvan {
 
+// The unsigned number whose sizeof(Word) bytes stand at `p`, the least significant byte first.
 template <typename Word>
 constexpr Word LoadLittleEndian(const std::uint8_t* p) {
   std::uint64_t value = 0;

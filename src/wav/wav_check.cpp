@@ -8,18 +8,21 @@
 namespace quorvan {
 namespace {
 
-constexpr std::uint64_t kRiffHeaderBytes = 12;  // form, size, "WAVE"
+constexpr std::uint64_t kRiffHeaderBytes = 12;  // "RIFF" or "RF64", size, "WAVE"
 constexpr std::uint64_t kChunkHeaderBytes = 8;
 
-// The fmt chunk up to the part of an extensible format's GUID that says what the samples are.
+// The body of a fmt chunk (bytes). In the extensible format, the first two bytes of the GUID say
+// what the samples are.
 constexpr std::size_t kFormatBytes = 16;
 constexpr std::size_t kSubFormatPlace = 24;
 constexpr std::size_t kExtensibleBytes = kSubFormatPlace + 2;
 constexpr std::uint16_t kExtensibleTag = 0xFFFE;
 constexpr std::uint16_t kPcmTag = 0x0001;
-constexpr int kMostChunks = 4096;  // in front of the audio; more is no chain but a run of zeros
+// Chunks to follow before the audio. More of them are no chunks but a run of zeros.
+constexpr int kMostChunks = 4096;
 
-// True when these first bytes of a fmt chunk say what the library holds.
+// True when the body of a fmt chunk, of which kFormatBytes stand at `fmt`, says the same as the
+// library entry `wav`.
 bool IsFormatOf(const std::uint8_t* fmt, const WAV_FILE_INFO& wav) {
   return LoadLittleEndian<std::uint16_t>(fmt) == wav.formatTag &&
          LoadLittleEndian<std::uint16_t>(fmt + 2) == wav.channels &&
@@ -28,8 +31,8 @@ bool IsFormatOf(const std::uint8_t* fmt, const WAV_FILE_INFO& wav) {
          LoadLittleEndian<std::uint16_t>(fmt + 14) == wav.bitsPerSample;
 }
 
-// True when a fmt chunk of which `held` bytes stand at `fmt` names, at length, something else than
-// PCM.
+// True when the body of a fmt chunk, of which `held` bytes stand at `fmt`, is of the extensible
+// format and names a sub-format other than PCM.
 bool IsForeign(const std::uint8_t* fmt, std::size_t held) {
   if (held < kExtensibleBytes || LoadLittleEndian<std::uint16_t>(fmt) != kExtensibleTag) {
     return false;
@@ -38,9 +41,10 @@ bool IsForeign(const std::uint8_t* fmt, std::size_t held) {
   return subFormat != 0 && subFormat != kPcmTag;
 }
 
-// The file by the sizes of its chunks, where the reader goes by their letters, which may stand
-// anywhere: kChanged when the chunks lead to another format or to audio elsewhere, kNotPcm when to
-// audio that is none, kUsable when they agree or lead nowhere.
+// Follows the chunks of the file by their sizes up to the audio and compares what they say with the
+// entry `wav`, which comes from a search for the tags at every byte. kChanged when the chunks lead
+// to another format or to audio elsewhere; kNotPcm when the format is no PCM; kUsable when they
+// agree with the entry, or lead to no data chunk.
 SourceState CompareWithChunks(const platform::File& file, const WAV_FILE_INFO& wav) {
   std::uint8_t chunk[kChunkHeaderBytes + kExtensibleBytes];
   SourceState format = SourceState::kUsable;

@@ -1,4 +1,5 @@
-// Whether an open file is still, and really, what the library holds of it.
+// Checks whether a source file is still the file that was added to the library, and whether its
+// samples can be copied into the clip.
 
 #pragma once
 
@@ -9,22 +10,26 @@ namespace quorvan {
 
 enum class SourceState {
   kUsable,
-  kChanged,   // not the file that was added, or its chunks lead to audio elsewhere
-  kNotPcm,    // of a format stated at length, whose samples are no PCM
-  kCutShort,  // the file ends before its audio does, or claims none though it has some
-  kUnreadable,
+  kChanged,     // not the file that was added, or its chunks lead to another format or place
+  kNotPcm,      // the sub-format of the extensible format is not PCM
+  kCutShort,    // the file holds less audio than it claims, or claims none but has some
+  kUnreadable,  // the file or its size or times cannot be read
 };
 
-// True when the samples of `wav` can be copied into a clip with the audio `audio`: plain PCM, whole
-// bytes a sample, of the clip's width, or of 16 bits for 24.
+// True when the samples of `wav` can be copied into a clip with the audio `audio`: IsPcm, whole
+// bytes for each sample, and either the clip's bytes for a sample or 16 bits for a clip of 24 bits.
+// Throws nothing.
 bool FitsClip(const WAV_FILE_INFO& wav, const MXF_AUDIO_INFO& audio);
 
-// True when the format tag names PCM, or a format that is stated at length.
+// True when the format tag is PCM, or extensible, whose sub-format CheckSource checks. Throws
+// nothing.
 bool IsPcm(const WAV_FILE_INFO& wav);
 
-// Compares the open `file` with what the library knows of it as `wav`. Where its chunks, followed
-// by their sizes, lead to a data chunk, format and place of the audio must be those that were
-// found.
+// Compares the open `file` with its library entry `wav`. Returns the first state that applies:
+// kUnreadable without size or times; kChanged when the size or the time of the last write differs;
+// kUnreadable when a read fails; kChanged when a walk from chunk to chunk by their sizes leads to a
+// fmt chunk or a data chunk that differs from the entry; kNotPcm; kCutShort; kUsable. Chunks that
+// lead to no data chunk are not compared. Throws nothing.
 SourceState CheckSource(const platform::File& file, const WAV_FILE_INFO& wav);
 
 }  // namespace quorvan

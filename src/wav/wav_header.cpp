@@ -16,13 +16,14 @@ namespace {
 
 constexpr std::size_t kTagBytes = 4;
 constexpr std::size_t kSizeBytes = 4;
-constexpr std::uint64_t kStepBack = 3;  // groups overlap, so a tag may start at any byte
+// Bytes from the end of four that are no tag back to the next four: a tag may start at any byte.
+constexpr std::uint64_t kStepBack = 3;
 
 constexpr std::size_t kDs64Bytes = 24;
 constexpr std::size_t kFmtBytes = 16;
 constexpr std::uint32_t kLeastFmtSize = 4;
 constexpr std::size_t kTimeReferenceOffset = 338;
-constexpr std::size_t kBextBytes = 346;  // up to and with the time reference
+constexpr std::size_t kBextBytes = 346;  // of a bext chunk, up to the end of its time reference
 
 enum Tag : std::uint32_t { kRiff, kRf64, kWave, kDs64, kFmt, kBext, kData, kForm, kNoTag };
 
@@ -53,13 +54,13 @@ constexpr std::uint32_t kRiffMarks = Mark(kRiff) | Mark(kWave) | Mark(kFmt) | Ma
 constexpr std::uint32_t kRf64Marks =
     Mark(kRf64) | Mark(kWave) | Mark(kDs64) | Mark(kFmt) | Mark(kData);
 
-// The file seen through a block that is read as a whole.
+// Reads a file through a block of bytes that is filled with one read.
 class ByteWindow {
  public:
   explicit ByteWindow(const platform::File& file) : file_(file) {}
 
-  // The bytes at hand from `offset` on: at least `least`, which must be well below the block's
-  // size, or all that the file still has.
+  // The bytes of the file from `offset` on that are in the block: at least `least`, which must not
+  // be larger than the block, or fewer at the end of the file.
   Bytes From(std::uint64_t offset, std::size_t least) {
     if (offset < start_ || offset - start_ > length_ || length_ - (offset - start_) < least) {
       start_ = offset;
@@ -69,7 +70,7 @@ class ByteWindow {
     return Bytes(block_).subspan(skipped, length_ - skipped);
   }
 
-  // Exactly the bytes from `offset` on, fewer at the file's end.
+  // The `length` bytes of the file from `offset` on; fewer at the end of the file.
   Bytes At(std::uint64_t offset, std::size_t length) {
     const Bytes bytes = From(offset, length);
     return bytes.first(std::min(length, bytes.size()));
@@ -86,8 +87,8 @@ struct Scan {
   ByteWindow window;
   WAV_HEADER_INFO* header;
   std::uint64_t fileSize;
-  std::uint64_t limit;  // no group starts here or behind
-  std::uint32_t marks;
+  std::uint64_t limit;  // end of the search: file offset of the audio or of the file's end
+  std::uint32_t marks;  // Mark of each tag that was found
 };
 
 template <typename Word>
@@ -115,7 +116,8 @@ void TakeBext(Bytes body, WAV_HEADER_INFO* header) {
   TakeField(body, kTimeReferenceOffset + 4, &header->timeReferenceHigh);
 }
 
-// The wanted front of a chunk's body, however much the chunk claims.
+// The first bytes of the body, at `position`, of a chunk that claims `size` bytes: `wanted` bytes,
+// or fewer when the chunk claims fewer or the file ends.
 Bytes BodyFront(Scan* scan, std::uint64_t position, std::uint32_t size, std::size_t wanted) {
   return scan->window.At(position, std::min<std::size_t>(size, wanted));
 }
@@ -124,8 +126,9 @@ std::uint64_t BehindBody(const Scan& scan, std::uint64_t position, std::uint32_t
   return std::max(position, std::min(position + size, scan.fileSize));
 }
 
-// Does what `tag` asks for. `position` stands behind its size field; returns where the scan stands
-// afterwards.
+// Notes that `tag` was found and takes the fields of its chunk. `size` is the size field of the
+// chunk and `position` the file offset behind this field. Returns the file offset at which the
+// search goes on.
 std::uint64_t EnterTag(Scan* scan, Tag tag, std::uint32_t size, std::uint64_t position) {
   if (tag == kForm || (tag == kFmt && size < kLeastFmtSize)) return position;
   WAV_HEADER_INFO* const header = scan->header;
@@ -135,7 +138,7 @@ std::uint64_t EnterTag(Scan* scan, Tag tag, std::uint32_t size, std::uint64_t po
     case kRf64:
       header->riffSize = size;
       return position;
-    case kWave:  // has no size field
+    case kWave:  // no size follows it
       return position - kSizeBytes;
     case kDs64:
       TakeDs64(BodyFront(scan, position, size, kDs64Bytes), header);
@@ -158,7 +161,8 @@ std::uint64_t EnterTag(Scan* scan, Tag tag, std::uint32_t size, std::uint64_t po
   return BehindBody(*scan, position, size);
 }
 
-// The next byte from `position` on with which a tag may begin, or the limit.
+// The file offset of the next byte, from `position` on, with which a tag may begin; the limit of
+// the search when there is none.
 std::uint64_t NextTagLetter(Scan* scan, std::uint64_t position) {
   while (position < scan->limit) {
     const Bytes bytes = scan->window.From(position, 1);
@@ -171,8 +175,9 @@ std::uint64_t NextTagLetter(Scan* scan, std::uint64_t position) {
   return position;
 }
 
-// Slides over the file up to the audio. A group cut short by the file's end is no tag, nor can be
-// any behind it.
+// Searches for tags from the start of the file up to the audio: at every byte, except in the bodies
+// of known chunks. Ends at once when the file does not begin with a known tag. kWavHeaderIncomplete
+// when the file ends in the size field behind a tag, else kWavOk.
 WavResult ScanTags(Scan* scan) {
   std::uint64_t position = 0;
   while (position < scan->limit) {
@@ -195,8 +200,9 @@ WavResult ScanTags(Scan* scan) {
 constexpr std::uint32_t kSizeUnknown = 0xFFFFFFFF;
 constexpr std::uint64_t kLongSizeUnknown = std::numeric_limits<std::uint64_t>::max();
 
-// The size of the chunk that stands at `offset`, with its head: letters and a size. 0 when none
-// does.
+// The bytes of the chunk at `offset`, with its head (four letters and a size) and its pad byte. 0
+// when no chunk stands there: the head is cut short by the end of the file, or its letters are not
+// printable.
 std::uint64_t ChunkAt(Scan* scan, std::uint64_t offset) {
   const Bytes head = scan->window.At(offset, kTagBytes + kSizeBytes);
   const auto isPrintable = [](std::uint8_t letter) { return letter >= ' ' && letter <= '~'; };
@@ -206,8 +212,8 @@ std::uint64_t ChunkAt(Scan* scan, std::uint64_t offset) {
   return kTagBytes + kSizeBytes + size + size % 2;
 }
 
-// True when a chunk stands at `offset` that leads to the end of the file or to another: sound may
-// begin with letters too.
+// True when a chunk at `offset` leads to the end of the file or to another chunk. Letters alone
+// prove nothing, since audio may begin with the same bytes.
 bool ChunkFollows(Scan* scan, std::uint64_t offset) {
   const std::uint64_t bytes = ChunkAt(scan, offset);
   const std::uint64_t end = offset + bytes;
@@ -215,8 +221,8 @@ bool ChunkFollows(Scan* scan, std::uint64_t offset) {
                        (end < scan->fileSize && ChunkAt(scan, end) > 0));
 }
 
-// Bytes of audio up to the end of the file when the header states no size, whole sample frames. An
-// empty data chunk with another chunk behind it is no stream.
+// The bytes of audio up to the end of the file, cut to whole sample frames, when the header states
+// no size; else 0. An empty data chunk with another chunk behind it has the size 0.
 std::uint64_t StreamBytes(Scan* scan) {
   const WAV_HEADER_INFO& header = *scan->header;
   const bool unstated = header.dataChunkSize == 0 || header.dataChunkSize == kSizeUnknown;
@@ -244,13 +250,13 @@ WavResult Evaluate(Scan* scanned) {
 struct TimelinePlace {
   std::uint32_t frame;
   std::uint32_t remainder;    // samples
-  std::uint32_t nextSamples;  // samples of the frame in which the ring stands
+  std::uint32_t nextSamples;  // samples of the ring's next frame
 };
 
 using PatternRow = std::uint32_t[kPatternFrames];
 
-// Counts frames until their samples reach `samples`. The frame numbered 0 takes up to its full
-// length, and the ring starts over with the first frame behind it.
+// Counts the frames whose samples together reach `samples`. Frame 0 takes the samples of the ring's
+// first frame; the ring starts over with frame 1.
 TimelinePlace CountFrames(const PatternRow& row, std::uint64_t samples) {
   if (samples <= row[0]) return {0, static_cast<std::uint32_t>(samples), row[0]};
   std::uint64_t ringSamples = 0;
@@ -270,7 +276,8 @@ TimelinePlace CountFrames(const PatternRow& row, std::uint64_t samples) {
           static_cast<std::uint32_t>(nextSamples - (counted - rest)), nextSamples};
 }
 
-// Remainders that count as a whole frame, by rateIndex. None for whole-numbered rates.
+// The remainders, in samples, that count as a whole frame, by rateIndex. Only 30000/1001 and
+// 60000/1001 have such remainders.
 struct WholeFrameRange {
   std::uint32_t first;
   std::uint32_t last;
@@ -289,6 +296,8 @@ TimelinePlace FindPlace(std::uint32_t rateIndex, std::uint64_t samples) {
   return place;
 }
 
+// When the start has the larger remainder, `end` becomes the frame before, and its remainder
+// becomes nextSamples less the remainder that it had.
 void AlignEnd(std::uint32_t startRemainder, TimelinePlace* end) {
   if (startRemainder <= end->remainder) return;
   end->remainder = end->nextSamples - end->remainder;
@@ -298,7 +307,8 @@ void AlignEnd(std::uint32_t startRemainder, TimelinePlace* end) {
 constexpr std::uint32_t kHoursPerDay = 24;
 constexpr std::uint32_t kLastHour = 23;
 
-// Takes 24 hours off a frame count that has reached them. Returns the hour before that.
+// Subtracts 24 hours from `*frame` when its timecode has reached 24 hours. Returns the hour of the
+// timecode before the subtraction.
 std::uint32_t WrapAtMidnight(std::uint32_t fpsIndex, std::uint32_t dropFrame,
                              std::uint32_t* frame) {
   TIMECODE_CALC calc{};
@@ -334,7 +344,8 @@ WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header,
   Scan scan{ByteWindow(file), header, fileSize, fileSize, 0};
   WavResult result = ScanTags(&scan);
   if (result == kWavOk) result = Evaluate(&scan);
-  // The scan takes what it could not read for the end of the file.
+  // The scan takes a read that failed or was stopped for the end of the file: its result does not
+  // count then.
   switch (file.Trouble()) {
     case platform::ReadTrouble::kNone:
       break;

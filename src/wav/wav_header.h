@@ -1,5 +1,5 @@
-// What the program needs to know of one audio file: format, place of the audio, and where a
-// Broadcast Wave file belongs on the timeline (EBU Tech 3285, RF64: EBU Tech 3306).
+// Reads the header of a WAV file: the format of the samples, the place of the audio in the file,
+// and the place of a Broadcast Wave file on the timeline (EBU Tech 3285; RF64: EBU Tech 3306).
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace quorvan {
 
-// Results of reading a file and of adding it to the library. The values are shown to the operator.
+// Results of ReadWavHeader and AddWavFile. The operator sees the numbers.
 enum WavResult : int {
   kWavOk = 0,
   kWavNoPath = 1,
@@ -21,13 +21,13 @@ enum WavResult : int {
   kWavTooManyBits = 7,
   kWavTooManyChannels = 8,
   kWavNotPcm = 9,
-  kWavOtherWidth = 10,  // samples that cannot be copied into the clip
-  kWavCutShort = 11,    // the file ends before its audio does, or claims none though it has some
-  kWavChunksDiffer =
-      12,  // its chunks, followed by their sizes, lead to other audio than its letters
+  kWavOtherWidth = 10,  // samples of this width cannot be copied into the clip
+  kWavCutShort = 11,    // holds less audio than it claims, or claims none but has some
+  // A walk from chunk to chunk by their sizes leads to other audio than the search for the tags.
+  kWavChunksDiffer = 12,
   kWavUnreadable = 13,
   kWavPathTooLong = 14,
-  kWavInUse = 15,  // there, but it cannot be opened: no rights, in use, or no regular file
+  kWavInUse = 15,  // exists, but cannot be opened: no rights, in use, or no regular file
   kWavStopped = 94,
   kWavNoLibrary = 90,
   kWavAlreadyAdded = 91,
@@ -35,62 +35,73 @@ enum WavResult : int {
   kWavNoMemory = 93,
 };
 
-// The first block holds what the file says, the second what ComputeWavPosition makes of it. Of the
-// pairs [0] is the start and [1] the end.
+// ReadWavHeader fills the first block of fields with what the file says. ComputeWavPosition fills
+// the second block from the first. In the pairs, [0] stands for the start of the audio and [1] for
+// its end.
 struct WAV_HEADER_INFO {
-  std::uint32_t riffSize;         // bytes, as claimed behind RIFF or RF64
+  std::uint32_t riffSize;         // bytes, as the field behind RIFF or RF64 claims
   std::uint64_t ds64RiffSize;     // bytes
   std::uint64_t ds64DataSize;     // bytes
   std::uint64_t ds64SampleCount;  // samples of one channel
   std::uint32_t timeReferenceLow;
-  std::uint32_t timeReferenceHigh;  // with the low word: samples since midnight
+  std::uint32_t timeReferenceHigh;  // with the low word: samples from midnight to the start
   std::uint16_t formatTag;
   std::uint16_t channels;
   std::uint32_t sampleRate;      // Hz
   std::uint32_t avgBytesPerSec;  // bytes
   std::uint16_t blockAlign;      // bytes of one sample of all channels
   std::uint16_t bitsPerSample;
-  std::uint32_t dataChunkSize;  // bytes, as claimed; 0xFFFFFFFF in an RF64 file
+  std::uint32_t dataChunkSize;  // bytes, as the chunk claims; 0xFFFFFFFF in an RF64 file
   std::uint64_t dataOffset;     // file offset of the first audio byte
   std::uint32_t isRF64;         // 1 or 0
   std::uint32_t hasBext;        // 1 or 0
-  std::uint64_t streamBytes;  // bytes of audio up to the file's end when no size is stated, else 0
+  // Bytes of audio up to the end of the file when the header states no size for the audio; else 0.
+  std::uint64_t streamBytes;
 
   std::uint32_t startsInLastHour;  // 1 when the start lies in hour 23, else 0
-  std::uint32_t startFrame;        // frames since midnight
-  std::uint32_t endFrame;          // frames since midnight, wrapped there
+  std::uint32_t startFrame;        // frames since midnight, wrapped at midnight
+  std::uint32_t endFrame;          // frames since midnight, wrapped at midnight
   std::uint32_t durationFrames;
-  std::array<std::uint32_t, 2> sampleRemainder;  // samples behind startFrame and endFrame
+  std::array<std::uint32_t, 2> sampleRemainder;  // samples after startFrame and endFrame
   std::array<std::uint64_t, 2> samplePosition;   // samples since midnight, not wrapped
 };
 
-// Reads the header of the file at `path`, zero terminated, into `header`, which must be zeroed.
-// The file is open, shared with other readers, only during the call. Known tags are found wherever
-// they stand in front of the audio, whatever the sizes of unknown chunks claim; no byte behind the
-// head of the data chunk counts. Fields that a chunk is too short for stay as they are.
+// Reads the header of the file at `path`, which is zero terminated, into `header`, which must be
+// zeroed. The file is open, shared with other readers, only during the call.
 //
-// A data chunk without a size, as a stream's header has it (FFFFFFFF, or 0 with bytes behind that
-// are no chunks), reaches to the end of the file. Once `*stop` is 1 the call comes to an end; null
-// for none.
+// The function searches for the known tags at every byte in front of the audio, except in the
+// bodies of known chunks: an unknown chunk may claim any size. Bytes behind the head of the data
+// chunk do not count as tags. Fields for which a chunk is too short stay as they are.
 //
-// Returns kWavOk; kWavUnreadable; kWavStopped; kWavNoPath and kWavNoRecord for null arguments;
-// kWavCannotOpen; kWavNotWave when the file does not begin with a known tag; kWavHeaderIncomplete
-// when it ends behind a tag, lacks one of RIFF or RF64, WAVE, ds64 (RF64 only), fmt and data, or
-// has a sample of no bytes: no channels, or fewer bytes in a block than channels.
+// A data chunk without a size (FFFFFFFF, as programs that stream write it, or 0 when the bytes
+// behind it are no chunk) reaches to the end of the file, cut to whole sample frames. The call ends
+// early once `*stop` is 1; `stop` may be null.
+//
+// Returns kWavOk; kWavNoPath and kWavNoRecord for a null `path` and `header`; kWavCannotOpen;
+// kWavNotWave when the file does not begin with a known tag; kWavHeaderIncomplete when the file
+// ends in the size field behind a tag, when RIFF or RF64, WAVE, ds64 (only in an RF64 file), fmt or
+// data is missing, or when there are no channels or fewer bytes in a sample frame than channels;
+// kWavUnreadable when a read fails; kWavStopped. Throws std::bad_alloc when memory is out.
 WavResult ReadWavHeader(const char16_t* path, WAV_HEADER_INFO* header,
                         const std::atomic<std::uint32_t>* stop = nullptr);
 
-// Bytes of audio that the file states, or that reach to its end.
+// The bytes of audio: what the header states, or, when it states no size, what reaches to the end
+// of the file. Throws nothing.
 std::uint64_t AudioBytes(const WAV_HEADER_INFO& header);
 
-// Fills the second block of `header` from the first. `rateIndex` (0 to 7) gives the samples of a
-// frame, `fpsIndex` (0 to 4) and `dropFrame` the timecode in which the position wraps at midnight.
-// A position that ends exactly on a frame's edge counts as the last full frame with all its samples
-// as remainder; at 30000/1001 and 60000/1001 a remainder of a frame's length, give or take one or
-// two samples, counts as the next frame instead. Frames are counted modulo 2^32; an end behind the
-// last sample that 64 bits can number stays there.
+// Fills the second block of `header` from the first. The samples of a frame follow from `rateIndex`
+// (0 to 7); the timecode in which the position wraps at midnight follows from `fpsIndex` (0 to 4)
+// and `dropFrame`.
 //
-// Returns 1, or 0 and fills nothing for a null header, a `rateIndex` above 7 or a blockAlign of 0.
+// A position exactly between two frames counts as the frame before it, with all samples of a frame
+// as remainder. At 30000/1001 a remainder of 1600 to 1602 samples, and at 60000/1001 one of 800 or
+// 801, counts as the next frame with remainder 0. When the end then has a smaller remainder than
+// the start, the end becomes the frame before, with the samples of a frame less the end's remainder
+// as its remainder. Frames are counted modulo 2^32. An end behind the last sample that 64 bits can
+// number stays at that sample.
+//
+// Returns 1; or 0, with nothing filled, for a null header, a `rateIndex` above 7 or a blockAlign of
+// 0. Throws nothing.
 int ComputeWavPosition(WAV_HEADER_INFO* header, std::uint32_t rateIndex, std::uint32_t fpsIndex,
                        std::uint32_t dropFrame);
 

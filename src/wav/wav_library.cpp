@@ -15,7 +15,7 @@
 namespace quorvan {
 namespace {
 
-// %s is the path, %d the code.
+// What the operator reads for a result: %s stands for the path, %d for the number of the result.
 struct FailureText {
   WavResult code;
   std::u16string_view text;
@@ -51,7 +51,8 @@ constexpr FailureText kFailureTexts[] = {
     {kWavNoMemory, u"%s\n\nファイルをWAVライブラリに追加できません。\nERR: %d"},
 };
 
-// `format` with its one %d and one %s filled in; the number first, since a path may hold "%d".
+// Puts `code` in place of %d and `path` in place of %s in `format`. The code goes in first, because
+// the path may contain "%d".
 std::u16string FillIn(std::u16string_view format, int code, std::u16string_view path) {
   std::u16string text(format);
   const std::size_t number = text.find(u"%d");
@@ -160,7 +161,8 @@ void Append(WAV_FILE_INFO* head, WAV_FILE_INFO* entry) {
 
 namespace {
 
-// Whether a rewrite would take the file, which must be as it was when `entry` was filled.
+// kWavOk when a rewrite would take the file of `entry`, else why it would not. A file that has
+// changed since `entry` was filled is kWavChunksDiffer.
 WavResult CheckForRewrite(const WAV_FILE_INFO& entry, const MXF_AUDIO_INFO& audio) {
   const platform::File file = platform::File::Open(entry.filePath, platform::OpenMode::kReadShared);
   if (!file.IsOpen()) return kWavInUse;
@@ -181,7 +183,7 @@ WavResult CheckForRewrite(const WAV_FILE_INFO& entry, const MXF_AUDIO_INFO& audi
 
 WavResult AddToLibrary(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
                        const std::atomic<std::uint32_t>* stop) {
-  // A path cut to the field would name another file.
+  // A path that was cut to the length of its field would name another file.
   const std::u16string_view pathText(path);
   if (pathText.size() >= kWavPathChars) return kWavPathTooLong;
   const auto fileInfo = platform::QueryFileInfo(path);
