@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
 
 #include "mxf/analysis.h"
 #include "mxf/essence/continuity.h"
@@ -17,7 +18,6 @@ namespace quorvan {
 namespace {
 
 constexpr std::size_t kResultColumns = 33;
-constexpr std::size_t kStageCount = 16;
 
 // The texts of a stage's failures, by result minus process code. kFillerText stands in for an empty
 // text.
@@ -283,24 +283,24 @@ struct Stage {
   FailureRow failures;
 };
 
-constexpr std::array<Stage, kStageCount> kStages = {{
+constexpr Stage kStages[] = {
     {0, u"N/A", {}, kUnenteredFailures},
-    {100, u"Acquire FILESIZE", u"ファイルサイズを取得中...", kFileSizeFailures},
-    {200, u"Acquire RANDOM-INDEX TALBLE", u"ランダムインデックスとパーティション情報を取得中...", kPartitionsFailures},
-    {300, u"Acquire PREFACE SET", u"オペレーショナルパターン / ラッピング形式 / アンシラリデータの有無を確認", kPrefaceFailures},
-    {400, u"Acquire MATERIAL PACKAGE", u"タイムコード情報を取得...", kMaterialPackageFailures},
-    {500, u"Acquire SOURCE PACKAGE", u"ファイルパッケージを取得...", kSourcePackageFailures},
-    {600, u"Acquire INDEX TABLE SEGMENT", u"インデックステーブルを取得中...", kIndexTableFailures},
-    {700, u"Acquire CONTENT STORAGE", u"AES3オーディオ基本情報を取得", kContentStorageFailures},
-    {800, u"Acquire ESSENCE CONTAINER DATA SET", u"ビデオ基本情報を取得...", kEssenceContainerDataFailures},
-    {900, u"Acquire IDENTIFICATION", u"ID情報を取得中...", kIdentificationFailures},
-    {1000, u"Timecode continuity check", u"インデックステーブルとタイムコードを検証しています...", kContinuityFailures},
-    {2000, u"Writing audio binary data(M-MAPPING)", {}, kRewrapMappedFailures},
-    {3000, u"Writing audio binary data(FILE I/O)", {}, kRewrapFileIoFailures},
-    {4000, u"Generate WAV file(M-MAPPING)", {}, kExportMappedFailures},
-    {5000, u"Generate WAV file(FILE I/O)", {}, kExportFileIoFailures},
-    {6000, {}, {}, kExportFileIoFailures},
-}};
+    {kStageFileSize, u"Acquire FILESIZE", u"ファイルサイズを取得中...", kFileSizeFailures},
+    {kStageRandomIndex, u"Acquire RANDOM-INDEX TALBLE", u"ランダムインデックスとパーティション情報を取得中...", kPartitionsFailures},
+    {kStagePreface, u"Acquire PREFACE SET", u"オペレーショナルパターン / ラッピング形式 / アンシラリデータの有無を確認", kPrefaceFailures},
+    {kStageMaterialPackage, u"Acquire MATERIAL PACKAGE", u"タイムコード情報を取得...", kMaterialPackageFailures},
+    {kStageSourcePackage, u"Acquire SOURCE PACKAGE", u"ファイルパッケージを取得...", kSourcePackageFailures},
+    {kStageIndexTable, u"Acquire INDEX TABLE SEGMENT", u"インデックステーブルを取得中...", kIndexTableFailures},
+    {kStageContentStorage, u"Acquire CONTENT STORAGE", u"AES3オーディオ基本情報を取得", kContentStorageFailures},
+    {kStageEssenceContainerData, u"Acquire ESSENCE CONTAINER DATA SET", u"ビデオ基本情報を取得...", kEssenceContainerDataFailures},
+    {kStageIdentification, u"Acquire IDENTIFICATION", u"ID情報を取得中...", kIdentificationFailures},
+    {kStageTimecodeContinuity, u"Timecode continuity check", u"インデックステーブルとタイムコードを検証しています...", kContinuityFailures},
+    {kStageRewrapMapped, u"Writing audio binary data(M-MAPPING)", {}, kRewrapMappedFailures},
+    {kStageRewrapFileIo, u"Writing audio binary data(FILE I/O)", {}, kRewrapFileIoFailures},
+    {kStageExportMapped, u"Generate WAV file(M-MAPPING)", {}, kExportMappedFailures},
+    {kStageExportFileIo, u"Generate WAV file(FILE I/O)", {}, kExportFileIoFailures},
+    {kStageLoudness, {}, {}, kExportFileIoFailures},
+};
 
 struct Job {
   std::u16string_view title;
@@ -308,10 +308,10 @@ struct Job {
 };
 
 constexpr std::array<Job, 4> kJobs = {{
-    {u"ラッピング", {2000, 3000}},
-    {u"BWFファイルの書出し", {4000, 5000}},
+    {u"ラッピング", {kStageRewrapMapped, 3000}},
+    {u"BWFファイルの書出し", {kStageExportMapped, 5000}},
     {{}, {0, 0}},
-    {u"ラウドネス測定", {6000, 6000}},
+    {u"ラウドネス測定", {kStageLoudness, 6000}},
 }};
 
 constexpr std::array<std::u16string_view, 2> kMethodNames = {u"Memory Mapping", u"Generic File I/O"};
@@ -365,12 +365,9 @@ constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
 
 // A rewrite by plain file access that cannot renew the UMIDs ends with kUmidTooLong, a result of
 // the rewrite by memory mapping.
-constexpr std::uint32_t kRewrapFileIoCode = 3000;
-constexpr std::u16string_view kUmidSizeText = kRewrapMappedFailures[14];
+constexpr std::u16string_view kUmidSizeText =
+    kRewrapMappedFailures[kUmidTooLong - kStageRewrapMapped];
 static_assert(!kUmidSizeText.empty());
-
-constexpr std::uint32_t kExportMappedCode = 4000;
-constexpr std::uint32_t kMeasurementCode = 6000;
 
 constexpr std::int32_t kStageSpan = 1000;  // between the process codes of two engines
 
@@ -383,9 +380,9 @@ std::u16string_view TextOf(const FailureRow& row, std::int64_t column) {
 
 const Stage* FindStage(std::uint32_t processCode) {
   const auto* found =
-      std::find_if(kStages.begin(), kStages.end(),
+      std::find_if(std::begin(kStages), std::end(kStages),
                    [processCode](const Stage& stage) { return stage.code == processCode; });
-  return found == kStages.end() ? nullptr : found;
+  return found == std::end(kStages) ? nullptr : found;
 }
 
 const Job* FindJob(std::uint32_t jobKind) {
@@ -440,12 +437,12 @@ std::u16string_view StageText(std::uint32_t processCode) {
 }
 
 std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result) {
-  if (processCode == kRewrapFileIoCode && result == kUmidTooLong) return kUmidSizeText;
+  if (processCode == kStageRewrapFileIo && result == kUmidTooLong) return kUmidSizeText;
   const Stage* stage = FindStage(processCode);
   if (stage == nullptr) return kFillerText;
   std::u16string_view text = TextOf(stage->failures, std::int64_t{result} - stage->code);
-  if (processCode == kMeasurementCode && text.empty()) {
-    text = TextOf(kMeasurementFailures, std::int64_t{result} - kExportMappedCode);
+  if (processCode == kStageLoudness && text.empty()) {
+    text = TextOf(kMeasurementFailures, std::int64_t{result} - kStageExportMapped);
   }
   return text.empty() ? kFillerText : text;
 }

@@ -22,7 +22,7 @@ constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
 
 // Frames that are handled between two checks for a stop request, in loops that read nothing. Also
 // the number of breaks between two checks of the free memory.
-constexpr std::uint32_t kFramesPerMemoryLook = 1u << 16;
+constexpr std::uint32_t kFramesPerCheck = 1u << 16;
 
 // Offset of the timecode word in a frame, in bytes: the key and the length field of the system
 // element, then the 41 bytes in front of the timecode in its value.
@@ -207,7 +207,7 @@ class ContinuityCheck {
   }
 
   // True when it is time to check for a stop request, or for memory.
-  static bool LooksAt(std::uint64_t i) { return i % kFramesPerMemoryLook == 0; }
+  static bool LooksAt(std::uint64_t i) { return i % kFramesPerCheck == 0; }
 
   // True when all words are timecodes, each count follows the count before, and each count stands
   // in exactly two frames. The first and the last count may stand in one frame.
