@@ -14,14 +14,14 @@ namespace quorvan::cli {
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
 
 // Appends the results of an accepted clip to `output` as aligned text, with a line for each index
-// entry when `index` is set. Stops early when `output` says that more text is of no use.
+// entry when `index` is set. Stops early when LongOutput::Send returns false.
 void WriteInfoText(const ClipSession& session, bool index, LongOutput* output);
 
 // Appends the results of a clip, accepted or not, to `output` as one JSON object (RFC 8259):
 // result, processCode, each record under its name, TIMECODE_ERROR_INFO when there are breaks, and
 // INDEX_ENTRY_ARRAY when `index` is set, which needs an accepted clip. An accepted clip also has
-// its notices, a refused clip the message. Leaves out further breaks and entries when `output` says
-// that more text is of no use.
+// its notices, a refused clip the message. Leaves out further breaks and entries when
+// LongOutput::Send returns false.
 void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output);
 
 }  // namespace quorvan::cli

@@ -5,7 +5,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/progress_bar.h"
-#include "job/process_table.h"
+#include "job/job_steps.h"
 #include "job/worker.h"
 #include "mxf/analysis.h"
 #include "platform/text.h"
@@ -62,9 +62,8 @@ bool RunEngine(APP_STATE_INFO* app) {
 
 // The outcome of a job that never began, since the system had no thread for it.
 JobOutcome NotStarted(const APP_STATE_INFO& app) {
-  constexpr auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
-  return {code, platform::ToUtf16(std::string(platform::ToUtf8(app.mxfPath)) + "\n" +
-                                  platform::ToUtf8(FailureText(kStageRewrapMapped, code)))};
+  const JobRefusal refusal = NoThreadRefusal();
+  return {refusal.result, std::u16string(app.mxfPath).append(u"\n").append(refusal.text)};
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "platform/text.h"
 #include "state/clip_state.h"
 #include "state/track_assignment.h"
+#include "wav/wav_library.h"
 
 namespace quorvan::cli {
 namespace {
@@ -37,19 +38,12 @@ bool Take(std::uint32_t first, std::uint32_t count, TakenTracks* taken) {
   return true;
 }
 
-WAV_FILE_INFO* FindInLibrary(const APP_STATE_INFO& app, std::u16string_view path) {
-  for (WAV_FILE_INFO* entry = app.wavList->next; entry != nullptr; entry = entry->next) {
-    if (path == entry->filePath) return entry;
-  }
-  return nullptr;
-}
-
 // The library entry of the file at `path`, added when the library does not hold it yet. Null, with
 // a message on standard error, when the file is refused.
 WAV_FILE_INFO* AddToLibrary(const std::string& path, APP_STATE_INFO* app) {
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
-  if (WAV_FILE_INFO* known = FindInLibrary(*app, fullPath)) return known;
-  const int refused = AddWavFile(fullPath.c_str(), app->wavList, *app->mxf, InterruptFlag());
+  if (WAV_FILE_INFO* known = FindWavFile(*app->wavList, fullPath)) return known;
+  const WavResult refused = AddWavFile(fullPath.c_str(), app->wavList, *app->mxf, InterruptFlag());
   if (refused != kWavOk) {
     PrintError(WavFailureText(refused, fullPath));
     return nullptr;

@@ -40,7 +40,8 @@ bool CancelWanted(const JobProgress& progress) {
   return progress.cancel.load(std::memory_order_relaxed) != 0;
 }
 
-// The copy until it has its name. The destructor removes the file unless TakeName has succeeded.
+// The file of the copy, under a temporary name until TakeName renames it. The destructor removes
+// the file unless TakeName has succeeded.
 class UnfinishedCopy {
  public:
   UnfinishedCopy(const UnfinishedCopy&) = delete;
@@ -273,10 +274,6 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
   }
   return result;
 }
-
-}  // namespace
-
-namespace {
 
 ConformResult Conform(const std::u16string& in, const std::u16string& out, JobProgress* progress) {
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace quorvan {
 namespace {
 
 constexpr std::uint64_t kLongestShortLength = 0xFFFFFF;
-constexpr std::uint8_t kThreeByteForm = 0x83;
-constexpr std::uint8_t kSevenByteForm = 0x87;
+constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr KlvKey kWrittenFill = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x02,
                                  0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00};
 
@@ -16,21 +16,13 @@ constexpr KlvKey kWrittenFill = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x02,
 
 bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t end,
                  KlvSpan* span) {
-  std::array<std::uint8_t, kKlvKeyBytes + 9> head;
+  std::array<std::uint8_t, kMostKlvHeaderBytes> head;
   if (offset >= end) return false;
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), end - offset));
   const std::size_t got = file.ReadAt(offset, head.data(), wanted);
-  if (got <= kKlvKeyBytes || !std::equal(kUlPrefix.begin(), kUlPrefix.end(), head.begin())) {
-    return false;
-  }
-  const std::uint8_t first = head[kKlvKeyBytes];
-  const std::size_t lengthBytes = first < 0x80 ? 0 : first & 0x7FU;
-  const std::size_t headBytes = kKlvKeyBytes + 1 + lengthBytes;
-  if (first == 0x80 || lengthBytes > 8 || headBytes > got) return false;
-  std::uint64_t length = first < 0x80 ? first : 0;
-  for (std::size_t i = kKlvKeyBytes + 1; i < headBytes; ++i)
-    length = length << 8 | head[i];
-  if (length > end - offset - headBytes) return false;
+  std::uint64_t length = 0;
+  const std::size_t headBytes = ReadKlvHeader(std::span(head).first(got), &length);
+  if (headBytes == 0 || length > end - offset - headBytes) return false;
   std::copy_n(head.begin(), kKlvKeyBytes, span->key.begin());
   span->offset = offset;
   span->valueOffset = offset + headBytes;
@@ -45,7 +37,7 @@ std::uint64_t WrittenHeaderBytes(std::uint64_t length) {
 void AppendKlvHeader(const KlvKey& key, std::uint64_t length, std::vector<std::uint8_t>* out) {
   out->insert(out->end(), key.begin(), key.end());
   const bool threeBytes = length <= kLongestShortLength;
-  out->push_back(threeBytes ? kThreeByteForm : kSevenByteForm);
+  out->push_back(threeBytes ? kFourByteLength : kEightByteLength);
   for (int shift = threeBytes ? 16 : 48; shift >= 0; shift -= 8) {
     out->push_back(static_cast<std::uint8_t>(length >> shift));
   }

@@ -38,7 +38,7 @@ std::uint64_t HeaderBytes(const std::vector<KlvSpan>& sets, std::uint64_t kag) {
 }
 
 std::uint64_t RandomIndexValueBytes(std::size_t partitions) {
-  return kIndexEntryBytes * partitions + kOverallLengthBytes;
+  return kRandomIndexEntryBytes * partitions + kOverallLengthBytes;
 }
 
 void AppendBe(std::uint64_t value, int bytes, std::vector<std::uint8_t>* out) {

@@ -14,8 +14,6 @@ constexpr std::uint64_t kLongestPack = 64 * 1024;
 constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // in the whole clip
 constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // in the whole clip
 constexpr std::size_t kMostPartitions = 1 << 16;
-constexpr std::uint8_t kOpenIncomplete = 1;
-constexpr std::uint8_t kOpenComplete = 3;
 
 // 0xFF in the bytes of kind and status matches any value (KeyMatches).
 constexpr KlvKey kAnyPartitionPack = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01, 0x01,
@@ -78,14 +76,14 @@ bool FindRandomIndex(const MapReader& reader, KlvSpan* klv) {
   return overall <= reader.fileSize &&
          ReadKlvSpan(reader.file, reader.fileSize - overall, reader.fileSize, klv) &&
          Is(*klv, keys::kRandomIndexPack) && klv->End() == reader.fileSize &&
-         klv->length >= kIndexEntryBytes + kOverallLengthBytes &&
-         (klv->length - kOverallLengthBytes) % kIndexEntryBytes == 0 &&
-         (klv->length - kOverallLengthBytes) / kIndexEntryBytes <= kMostPartitions;
+         klv->length >= kRandomIndexEntryBytes + kOverallLengthBytes &&
+         (klv->length - kOverallLengthBytes) % kRandomIndexEntryBytes == 0 &&
+         (klv->length - kOverallLengthBytes) / kRandomIndexEntryBytes <= kMostPartitions;
 }
 
-// Reads the partition offsets from the random index, and its own offset into `*end`. False when
-// there is no random index, or when its offsets do not ascend from 0 or are not those of packs that
-// each name the pack before as their previous partition.
+// Reads the partition offsets from the random index, and the offset of the random index into
+// `*end`. False when there is no random index, when its offsets do not start at 0 and ascend, or
+// when an offset leads to no pack or to a pack that names another previous partition.
 bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>* offsets,
                             std::uint64_t* end) {
   KlvSpan index;
@@ -95,7 +93,7 @@ bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>*
     return false;
   }
   *end = index.offset;
-  for (std::size_t at = 0; at < entries.size(); at += kIndexEntryBytes) {
+  for (std::size_t at = 0; at < entries.size(); at += kRandomIndexEntryBytes) {
     const std::uint64_t offset = ReadBe64(entries.data() + at + 4);
     const bool first = offsets->empty();
     KlvSpan klv;
@@ -109,7 +107,8 @@ bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>*
 }
 
 // Finds the partition offsets by a walk over every KLV, up to the random index or the end of the
-// file, which becomes `*end`. False, with a reason, when the walk cannot go on.
+// file. `*end` becomes the offset at which the walk ended. False, with a reason, when the walk
+// cannot go on.
 bool OffsetsFromWalk(MapReader* reader, std::vector<std::uint64_t>* offsets, std::uint64_t* end) {
   std::uint64_t at = 0;
   for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
@@ -141,7 +140,8 @@ std::uint64_t SkipFill(const MapReader& reader, std::uint64_t offset, std::uint6
   return offset;
 }
 
-// Adds `count` bytes to the metadata of the clip. False, with a reason, when that is too much.
+// Adds `count` bytes to the metadata of the clip. False, with a reason, when the clip then
+// has more than kMostMetadataBytes.
 bool CountMetadata(MapReader* reader, std::uint64_t count) {
   if (count > kMostMetadataBytes - reader->metadataBytes) {
     return reader->Refuse("more metadata than a clip can have");
@@ -151,17 +151,17 @@ bool CountMetadata(MapReader* reader, std::uint64_t count) {
 }
 
 // Collects in `*klvs` the KLVs, without fill, of a part that has `count` bytes by the partition
-// pack, and moves `*cursor` from the start of the part to its end. Some writers do not count the
-// fill at the start of the part, others do, so the part has two possible ends. Takes the end that
-// leaves out this fill when only whole KLVs that belong to the part lie in front of the end, else
-// the other end on the same condition. False, with a reason, when neither end meets the condition,
-// or when there is too much metadata.
+// pack, and moves `*cursor` from the start of the part to its end. The count may or may not include
+// the fill at the start of the part, so the part can end at start + fill + count or at start +
+// count. Takes the later end when whole KLVs of the part fill the space up to this end, else the
+// earlier end on the same condition. False, with a reason, when neither end fits, or when there is
+// too much metadata.
 bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, const char* what,
                  bool (*belongs)(const KlvSpan&), std::uint64_t* cursor,
                  std::vector<KlvSpan>* klvs) {
   if (count == 0) return true;
   if (!CountMetadata(reader, count)) return false;
-  const std::uint64_t countedWithFill = *cursor + count;  // both are bounded: no wrap
+  const std::uint64_t countedWithFill = *cursor + count;  // within file and limit: no wrap
   std::uint64_t at = SkipFill(*reader, *cursor, end, end);
   const std::uint64_t counted = at + count;
   std::size_t klvsWithFill = 0;
@@ -193,8 +193,7 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
 // Checks kind and status of the partition's pack. Only the first partition may and must be a header
 // partition, only the last a footer partition, and none may be open.
 bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, bool last) {
-  const std::uint8_t status = partition.pack.key[kPackStatusByte];
-  if (status == kOpenIncomplete || status == kOpenComplete) {
+  if (IsOpenPartition(partition.pack.key[kPackStatusByte])) {
     return reader->Refuse(fmt::format(
         "the partition at byte {} is open: the clip was never finished", partition.offset));
   }

@@ -69,7 +69,7 @@ BwfHeader MakeBwfHeader(const MXF_AUDIO_INFO& audio, const BwfDescription& descr
   writer.Id("fmt ");
   writer.Put(kFmtSize);
   writer.Put(kPcm);
-  writer.Put(std::uint16_t{1});  // channel
+  writer.Put(std::uint16_t{1});  // one channel
   writer.Put(audio.sampleRate);
   writer.Put(audio.avgBytesPerSecond);
   writer.Put(audio.blockAlign);

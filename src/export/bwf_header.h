@@ -31,8 +31,8 @@ struct BwfDescription {
 // bext stay zero. Throws nothing.
 BwfHeader MakeBwfHeader(const MXF_AUDIO_INFO& audio, const BwfDescription& description);
 
-// Number of samples of one track at 48 kHz in `frames` frames from midnight on: the time reference
-// of the frame behind them. `rateIndex` must be below kRateCount. Throws nothing.
+// Number of samples of one track at 48 kHz in `frames` frames from midnight on, which is the time
+// reference of frame number `frames`. `rateIndex` must be below kRateCount. Throws nothing.
 std::uint64_t SamplesInFrames(std::uint64_t frames, std::uint32_t rateIndex);
 
 }  // namespace quorvan

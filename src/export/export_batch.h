@@ -82,7 +82,7 @@ class ExportOutcome {
     return static_cast<std::int32_t>(stage_) + fault;
   }
 
-  // The same for the state of the frame at `entryIndex` in the INDEX_ENTRY_ARRAY.
+  // The result for `state`, the state of the frame at `entryIndex` in the INDEX_ENTRY_ARRAY.
   std::int32_t Of(ElementState state, std::uint32_t entryIndex) const {
     if (state == ElementState::kProven) return kSuccess;
     tracks_.fault.frame = entryIndex;

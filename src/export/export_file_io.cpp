@@ -55,9 +55,7 @@ class FileIoExport {
     if (!AllocateRows()) return kFileExportNoBlock;
     clip_ = platform::File::Open(path, platform::OpenMode::kReadAlone);
     if (!clip_.IsOpen()) return kFileExportNoClip;
-    const auto size = clip_.Size();
-    if (!size) return outcome_.Of(kClipFault);
-    if (*size != mxf_.fileSize) return outcome_.Of(kClipChanged);
+    if (const JobFault fault = CheckClipSize(clip_, mxf_)) return outcome_.Of(fault);
     clip_.ExpectScattered();
     tracks_.currentFrame = 0;
     tracks_.cancel = 0;

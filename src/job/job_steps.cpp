@@ -77,6 +77,11 @@ std::u16string_view ClipRefusal(const APP_STATE_INFO& app) {
   return CheckClipFor(kRewriteJob, app).text;
 }
 
+JobRefusal NoThreadRefusal() {
+  constexpr auto result = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
+  return {result, FailureText(kStageRewrapMapped, result)};
+}
+
 bool NeedsOldIdentity(const APP_STATE_INFO& app) {
   return WidthOfUmids(*app.mxf) == UmidWidth::kExtended;
 }

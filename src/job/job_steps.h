@@ -32,6 +32,9 @@ void PrepareAnalysis(APP_STATE_INFO* app);
 // the export by memory mapping) plus a JobFault. Throws nothing.
 JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app);
 
+// Why a job did not start for which the system had no thread.
+JobRefusal NoThreadRefusal();
+
 // Why no job takes the loaded clip, whatever its tracks and its range, as the refusal of a job of
 // `kind`; a refusal with `result` 0 when jobs take the clip. Throws nothing.
 JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app);

@@ -308,10 +308,10 @@ struct Job {
 };
 
 constexpr std::array<Job, 4> kJobs = {{
-    {u"ラッピング", {kStageRewrapMapped, 3000}},
-    {u"BWFファイルの書出し", {kStageExportMapped, 5000}},
+    {u"ラッピング", {kStageRewrapMapped, kStageRewrapFileIo}},
+    {u"BWFファイルの書出し", {kStageExportMapped, kStageExportFileIo}},
     {{}, {0, 0}},
-    {u"ラウドネス測定", {kStageLoudness, 6000}},
+    {u"ラウドネス測定", {kStageLoudness, kStageLoudness}},
 }};
 
 constexpr std::array<std::u16string_view, 2> kMethodNames = {u"Memory Mapping", u"Generic File I/O"};

@@ -12,11 +12,10 @@
 #include "mxf/essence/continuity.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_mapped.h"
+#include "state/program_name.h"
 
 namespace quorvan {
 namespace {
-
-constexpr char16_t kDoneCaption[] = u"MXF Lattice Core";
 
 // The texts that are sent when there is no memory to compose a message.
 constexpr char16_t kPlainDoneText[] = u"処理は完了しました。";
@@ -78,7 +77,7 @@ void RunJob(APP_STATE_INFO* app) {
   // JobTitle returns views of whole literals, which end with a zero.
   const char16_t* title = JobTitle(app->jobKind).data();
   if (result == kSuccess) {
-    return SendEnd(app, {JOB_MSG_DONE, result, kDoneCaption, kPlainDoneText},
+    return SendEnd(app, {JOB_MSG_DONE, result, kCoreName.data(), kPlainDoneText},
                    [app] { return JobDoneMessage(app->mxfPath, app->jobKind, app->useFileIo); });
   }
   if (result == kDoneWithNotice) {

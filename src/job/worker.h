@@ -1,5 +1,5 @@
-// The functions of two threads: the worker, which runs every job, and the thread that shows the
-// stages of an analysis.
+// The functions of two threads: the worker, which runs analyses, rewrites, exports and
+// measurements, and the thread that shows the stages of an analysis.
 
 #pragma once
 
@@ -9,8 +9,9 @@
 
 namespace quorvan {
 
-// Characters of text for which a front end allocates memory before it starts a job, since at the
-// job's end no memory may be left. Every message of a job, with the path of its file, is shorter.
+// Characters of text for which a front end allocates memory before it starts a job, because
+// memory may be out when the job ends. Every message of a job, with the path of its file, is
+// shorter.
 inline constexpr std::size_t kMostReportChars = 8192;
 
 // Runs the job that `app` describes by jobKind, useFileIo, mxfPath, tracks and, for an analysis,

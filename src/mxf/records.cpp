@@ -1,5 +1,7 @@
 #include "mxf/records.h"
 
+#include "mxf/sample_pattern.h"
+
 #include <algorithm>
 
 #include "mxf/essence/continuity.h"
@@ -81,6 +83,14 @@ std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode) {
 
 bool HasRange(const MXF_TIMECODE_INFO& timecode) {
   return timecode.rangeKnown == 1;
+}
+
+bool HasKnownRate(const MXF_TIMECODE_INFO& timecode) {
+  return timecode.rateIndex < kRateCount;
+}
+
+bool HasSampleFormat(const MXF_AUDIO_INFO& audio) {
+  return audio.sampleRate != 0 && audio.quantizationBits != 0;
 }
 
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio) {

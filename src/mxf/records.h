@@ -247,6 +247,12 @@ std::uint32_t WorkingLast(const MXF_TIMECODE_INFO& timecode);
 // be chosen.
 bool HasRange(const MXF_TIMECODE_INFO& timecode);
 
+// True when the edit rate is a row of the table of rates.
+bool HasKnownRate(const MXF_TIMECODE_INFO& timecode);
+
+// True when the file tells sampling rate and sample width.
+bool HasSampleFormat(const MXF_AUDIO_INFO& audio);
+
 // Number of tracks that the jobs use: trackCount, but at most kMaxTracks.
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio);
 

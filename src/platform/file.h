@@ -71,9 +71,9 @@ class File {
 
   // Opens the regular file at `path`. Returns a File that is not open when there is no such file
   // (for kCreateNew: when the name exists), when rights are missing, or when another program holds
-  // a conflicting lock; LastSystemError tells why. The same for a path that is empty or contains a
-  // zero, but without a number in LastSystemError. Where a file system has no locks, files are
-  // opened for reading without one; kRewrite and kCreateNew fail.
+  // a conflicting lock; LastSystemError tells why. An empty path, and a path that contains a
+  // zero, open no file either; LastSystemError then tells nothing. Where a file system has no
+  // locks, files are opened for reading without one; kRewrite and kCreateNew fail.
   static File Open(const std::u16string& path, OpenMode mode);
 
   bool IsOpen() const { return handle_ != kNoHandle; }
@@ -110,7 +110,7 @@ class File {
   std::size_t Read(void* buffer, std::size_t length);
 
   // Writes `length` bytes at the file pointer and moves the pointer past them. False, with the
-  // pointer unchanged, when not all bytes could be written; some of them may have been.
+  // pointer unchanged, when not all bytes could be written; some bytes may have been written.
   bool Write(const void* data, std::size_t length);
 
   // Reads as Read does, at `offset` bytes from the start of the file, and leaves the file pointer

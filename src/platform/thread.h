@@ -30,7 +30,7 @@ bool StartThread(std::thread* thread, Body body) {
   }
 }
 
-// A thread whose end can be waited for with a limit. The destructor waits without a limit.
+// A thread for whose end others can wait with a time limit. The destructor waits without a limit.
 class WatchedThread {
  public:
   WatchedThread() = default;
@@ -65,7 +65,7 @@ class WatchedThread {
   std::thread thread_;
 };
 
-// Waits, at the end of its scope, for the end of the thread that `*thread` then holds, if any. The
+// The destructor joins the thread that `*thread` holds at that moment, if it holds a thread. The
 // std::thread must outlive this object.
 class JoinAtEnd {
  public:

@@ -19,11 +19,12 @@ std::string_view DropLabel(const MXF_TIMECODE_INFO& timecode);
 // The time of day as "hh:mm:ss".
 std::string TimeText(const platform::CalendarTime& time);
 
-// Date and time as "yyyy/mm/dd hh:mm:ss", the year with at least `yearDigits` digits.
+// Date and time as "yyyy/mm/dd  hh:mm:ss", the year with at least `yearDigits` digits.
 std::string DateTimeText(const platform::CalendarTime& time, int yearDigits);
 
-// What follows the message that a log could not be written for the system's reason `error`: that
-// another file has the log's name, if `error` says so, else nothing.
+// The paragraph behind the message that a log could not be written for the system's reason `error`.
+// It says that another file has the log's name when `error` is NameTakenError(), and is empty for
+// any other reason.
 std::string_view LogRefusal(std::uint32_t error);
 
 }  // namespace quorvan

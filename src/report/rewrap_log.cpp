@@ -10,6 +10,7 @@
 #include "report/report_text.h"
 #include "state/program_name.h"
 #include "state/track_plan.h"
+#include "wav/wav_library.h"
 
 namespace quorvan {
 namespace {

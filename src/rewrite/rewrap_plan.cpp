@@ -6,7 +6,8 @@
 namespace quorvan {
 namespace {
 
-// True when `track` is the track behind `source` and gets the next channel of the same file.
+// True when `track` is the track directly behind the tracks of `source` and gets the next channel
+// of the same file.
 bool Continues(const TrackSource& source, const TrackPlan& plan, std::uint32_t track) {
   return source.wav != nullptr && source.wav == plan.wav &&
          track == source.firstTrack + source.trackCount &&

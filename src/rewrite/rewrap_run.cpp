@@ -69,9 +69,7 @@ std::int32_t RewrapRun::Prove(const platform::MappedView* view) {
 }
 
 std::int32_t RewrapRun::ProveClip() {
-  const auto size = clip.Size();
-  if (!size) return Failed(kClipFault);
-  if (*size != mxf_.fileSize) return Failed(kClipChanged);
+  if (const JobFault fault = CheckClipSize(clip, mxf_)) return Failed(fault);
   if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return Failed(fault);
   if (const JobFault fault = identity_.Locate()) return Failed(fault);
   const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;

@@ -40,7 +40,7 @@ class SourceBlocks {
   SourceBlocks(const RewrapPlan& plan, const MXF_BASE_INFO& mxf, const SourceFiles& files)
       : plan_(plan), mxf_(mxf), files_(files) {}
 
-  // Does what AllocateAhead does, for a buffer duration of `blockFrames` frames. Returns false also
+  // Checks the buffer duration of `blockFrames` frames and calls AllocateAhead. Returns false also
   // when `blockFrames` is 0, or when so many frames of all tracks of the clip need more bytes than
   // fit 32 bits (FitsBlock).
   bool AllocateBlock(std::uint32_t blockFrames);
@@ -59,10 +59,11 @@ class SourceBlocks {
   std::uint32_t frames() const { return blockFrames_; }
 
   // Moves on to the next block: reads the samples of each source file for the `frames` frames from
-  // `firstEntry` on, or finds it in the file's view. `firstEntry` counts in the INDEX_ENTRY_ARRAY;
-  // it is the plan's first frame in the first call, then the frame behind the block before.
-  // `frames` is at most frames(). Prefetches the coming samples from time to time. Returns null, or
-  // the first source file that cannot be read or does not reach far enough.
+  // `firstEntry` on, or finds them in the file's view. `firstEntry` counts in the
+  // INDEX_ENTRY_ARRAY; it is the plan's first frame in the first call, then the frame behind the
+  // block before. `frames` is at most frames(). Prefetches the next stretch of the source files
+  // when `firstEntry` reaches the end of the last one. Returns null, or the first source file that
+  // cannot be read or does not reach far enough.
   const WAV_FILE_INFO* MoveTo(std::uint32_t firstEntry, std::uint32_t frames);
 
   // Takes the block's next frame, whose index entry is `entry`. `(*samples)[n]` then leads to the

@@ -96,7 +96,7 @@ class ClipIdentity {
 
   platform::File& clip_;
   MXF_BASE_INFO& mxf_;
-  HeaderBlock wanted_;  // the header metadata as Locate read it; behind Renew, as it must be
+  HeaderBlock wanted_;  // the header metadata as Locate read it; Renew puts in what it writes
   HeaderBlock now_;     // the header metadata as it was read last
   Package material_;
   Package source_;

@@ -82,9 +82,7 @@ class Verification {
   }
 
   JobFault Prove() {
-    const auto size = clip_.Size();
-    if (!size) return kClipFault;
-    if (*size != mxf_.fileSize) return kClipChanged;
+    if (const JobFault fault = CheckClipSize(clip_, mxf_)) return fault;
     if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return fault;
     if (!rows_.Allocate()) return kOutOfMemory;
     const SourceCheck sources = files_.Check();

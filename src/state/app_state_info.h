@@ -48,9 +48,9 @@ inline bool FitsMxfPath(std::u16string_view path) {
 struct WINDOW_STATE_INFO;
 
 // The process has one instance. Tracks count from 0; flags are 0 or 1. The front end's thread
-// writes all fields except `jobStartTime`, which the worker writes. While a job runs, the records
-// behind `mxf` and `tracks` belong to the worker, and other threads may use only their atomic
-// words.
+// writes all fields. While a job runs, the worker alone writes `jobStartTime`, `mxfFile` and the
+// records behind `mxf` and `tracks`. The front end meanwhile reads only what the job does not
+// write: the choices made before the job, and the atomic words.
 struct APP_STATE_INFO {
   UI_HANDLES ui;
   WAV_FILE_INFO* wavList;  // head of the library; its entryCount is the number of files
@@ -74,7 +74,7 @@ struct APP_STATE_INFO {
   std::uint8_t libraryView;        // 0 track view, 1 library view; 1 only while a file is loaded
   std::uint8_t mxfLoaded;          // 1: a file is loaded and accepted
   Method useFileIo;                // how rewrites, exports and the continuity check access the clip
-  std::uint8_t noAutoTrackSwitch;  // 1: a switch does not turn those of the file's other tracks
+  std::uint8_t noAutoTrackSwitch;  // 1: a switch turns alone, without the other tracks of its file
   std::uint8_t noTimecodeCheck;    // 1: an analysis leaves out the continuity check
   std::uint8_t analysisOk;         // 1: the last analysis accepted its file
   std::array<std::uint32_t, 2> enteredTimecode;  // FramePoint of the timecode entered last

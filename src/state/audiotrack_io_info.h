@@ -29,10 +29,10 @@ inline constexpr std::uint32_t kWavGroupBase = 100;
 // again. CountedSlot tells which of the two a job works with.
 using FramePoint = std::array<std::int32_t, 2>;
 
-// The front end writes the fields before a job. While a job runs, the job's thread alone reads and
-// writes them, except for the atomic words: the job writes `currentFrame`, `totalFrames` and
-// `phase` for the front end to show, and the front end sets `cancel`. The job clears `cancel` when
-// it starts and when it stops.
+// The front end writes the fields before a job, PrepareJob the atomic words among them. While a job
+// runs, only the job's thread writes: `wavHandle`, `umidState`, `fault`, and the words
+// `currentFrame`, `totalFrames` and `phase`, which the front end shows. The front end sets
+// `cancel`; the job clears `cancel` when it starts and when it stops.
 struct AUDIOTRACK_IO_INFO {
   std::array<WAV_FILE_INFO*, kMaxTracks> wav;  // library entry; null without a file; not owned
   std::array<platform::File, kMaxTracks> wavHandle;   // source files of the running engine

@@ -16,10 +16,10 @@ namespace quorvan {
 void EnterLoadedState(APP_STATE_INFO* app);
 
 // Puts `app` into the state without a file: unloads the clip, frees the library with its index and
-// the list of timecode breaks, and undoes every choice made for the clip, among them the method of
-// file access. Settings that do not belong to a clip stay, such as noAutoTrackSwitch,
-// noTimecodeCheck and wavBufferIndex. The range of the measurement stays with its flags; the values
-// of the export range stay, but their flags are cleared.
+// the list of timecode breaks, and undoes the choices made for the tracks and the range of a
+// rewrite, and the method of file access. Settings that do not belong to a clip stay, such as
+// noAutoTrackSwitch, noTimecodeCheck and wavBufferIndex. The range of the measurement stays with
+// its flags; the values of the export range stay, but their flags are cleared.
 void ClearMxfState(APP_STATE_INFO* app);
 
 // The point at the real count `frames` of a clip with `timecode`: slot 0 is `frames`; slot 1 is one

@@ -54,10 +54,8 @@ std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf) {
   const MXF_AUDIO_INFO& audio = *mxf.audio;
   std::vector<ClipNotice> notices;
   if (!HasRange(timecode)) notices.push_back(ClipNotice::kNoRange);
-  if (timecode.rateIndex >= kRateCount) notices.push_back(ClipNotice::kUnknownRate);
-  if (audio.sampleRate == 0 || audio.quantizationBits == 0) {
-    notices.push_back(ClipNotice::kNoSampleFormat);
-  }
+  if (!HasKnownRate(timecode)) notices.push_back(ClipNotice::kUnknownRate);
+  if (!HasSampleFormat(audio)) notices.push_back(ClipNotice::kNoSampleFormat);
   if (HasRange(timecode) && timecode.duration != timecode.frameCount) {
     notices.push_back(ClipNotice::kOtherLength);
   }

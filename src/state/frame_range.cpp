@@ -16,9 +16,14 @@ bool HasRecords(const MXF_BASE_INFO* mxf) {
 
 JobFault CheckClip(const MXF_BASE_INFO& mxf) {
   if (!HasRange(*mxf.timecode)) return kNoRange;
-  if (mxf.timecode->rateIndex >= kRateCount) return kUnknownRate;
-  const bool told = mxf.audio->sampleRate != 0 && mxf.audio->quantizationBits != 0;
-  return told ? kNoFault : kNoSampleFormat;
+  if (!HasKnownRate(*mxf.timecode)) return kUnknownRate;
+  return HasSampleFormat(*mxf.audio) ? kNoFault : kNoSampleFormat;
+}
+
+JobFault CheckClipSize(const platform::File& clip, const MXF_BASE_INFO& mxf) {
+  const auto size = clip.Size();
+  if (!size) return kClipFault;
+  return *size == mxf.fileSize ? kNoFault : kClipChanged;
 }
 
 JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "mxf/records.h"
+#include "platform/file.h"
 #include "state/audiotrack_io_info.h"
 #include "state/job_fault.h"
 
@@ -41,6 +42,10 @@ JobFault CheckClip(const MXF_BASE_INFO& mxf);
 // in other clips it is kBadRange. Throws nothing.
 JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,
                    const RangeFields& fields, FrameRange* range);
+
+// Compares the size of the open `clip` with the size that the analysis has found. kNoFault;
+// kClipChanged; or kClipFault when the system cannot tell the size.
+JobFault CheckClipSize(const platform::File& clip, const MXF_BASE_INFO& mxf);
 
 // True when the index of the clip contains every frame of `range`, and counts the frames of the
 // clip without a gap and at ascending file offsets, as CountsEveryFrame says.

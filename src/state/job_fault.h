@@ -11,7 +11,8 @@ namespace quorvan {
 
 // A failed job's result is the process code of its stage plus a JobFault. A measurement adds the
 // JobFault to 4000, the process code of the export by memory mapping. The numbers 6 to 14 mean
-// something else in each stage.
+// something else in each stage. The next fault is 33; job/process_table.cpp gives every number its
+// text, and grows with the faults by kResultColumns.
 enum JobFault : std::int32_t {
   kNoFault = 0,
   kNoPath = 1,

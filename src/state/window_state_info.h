@@ -34,7 +34,7 @@ inline constexpr std::uint32_t kBandHeight =
 // The process has one instance, to which APP_STATE_INFO points; InitializeAppState gives the zeroed
 // fields their first values. The front end's thread writes and reads all of it.
 struct WINDOW_STATE_INFO {
-  std::uint32_t repaintMask;  // parts that the next paint redraws
+  std::uint32_t repaintMask;  // parts to redraw next; the toolkit repaints without it
   ScrollArrowState upArrowState;
   ScrollArrowState downArrowState;
   std::uint32_t rowRemainder;      // visible pixels of the cut row; 0 when no row is cut
@@ -56,7 +56,7 @@ struct WINDOW_STATE_INFO {
   RECTANGLE upArrowRect;
   RECTANGLE downArrowRect;
   std::uint32_t viewScrolled;  // 1 after the rows were scrolled and the focus stayed
-  RECTANGLE listRect;          // of the library's list, whose column widths follow from it
+  RECTANGLE listRect;          // of the library's list
 };
 
 }  // namespace quorvan

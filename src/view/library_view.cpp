@@ -1,4 +1,5 @@
 #include "view/library_view.h"
+#include "wav/wav_library.h"
 
 #include <algorithm>
 

@@ -10,6 +10,7 @@
 #include "state/clip_text.h"
 #include "state/window_state_info.h"
 #include "timecode/timecode.h"
+#include "wav/wav_library.h"
 
 namespace quorvan {
 namespace {

@@ -1,7 +1,8 @@
 #include "view/track_panel.h"
-#include "state/window_state_info.h"
 
 #include <algorithm>
+
+#include "state/window_state_info.h"
 
 namespace quorvan {
 namespace {

@@ -16,7 +16,8 @@ namespace {
 
 constexpr std::size_t kTagBytes = 4;
 constexpr std::size_t kSizeBytes = 4;
-// Bytes from the end of four that are no tag back to the next four: a tag may start at any byte.
+// The search goes on three bytes in front of the end of each group of four bytes and of each known
+// chunk, since a tag may start at any byte.
 constexpr std::uint64_t kStepBack = 3;
 
 constexpr std::size_t kDs64Bytes = 24;
@@ -222,7 +223,8 @@ bool ChunkFollows(Scan* scan, std::uint64_t offset) {
 }
 
 // The bytes of audio up to the end of the file, cut to whole sample frames, when the header states
-// no size; else 0. An empty data chunk with another chunk behind it has the size 0.
+// no size; else 0. Also 0 for a data chunk of size 0 with another chunk behind it: such a chunk is
+// really empty.
 std::uint64_t StreamBytes(Scan* scan) {
   const WAV_HEADER_INFO& header = *scan->header;
   const bool unstated = header.dataChunkSize == 0 || header.dataChunkSize == kSizeUnknown;
@@ -250,13 +252,13 @@ WavResult Evaluate(Scan* scanned) {
 struct TimelinePlace {
   std::uint32_t frame;
   std::uint32_t remainder;    // samples
-  std::uint32_t nextSamples;  // samples of the ring's next frame
+  std::uint32_t nextSamples;  // samples of the next frame of the sample pattern
 };
 
 using PatternRow = std::uint32_t[kPatternFrames];
 
-// Counts the frames whose samples together reach `samples`. Frame 0 takes the samples of the ring's
-// first frame; the ring starts over with frame 1.
+// Counts the frames whose samples together reach `samples`. Frame 0 takes the first count
+// of the sample pattern, and the pattern starts again with frame 1.
 TimelinePlace CountFrames(const PatternRow& row, std::uint64_t samples) {
   if (samples <= row[0]) return {0, static_cast<std::uint32_t>(samples), row[0]};
   std::uint64_t ringSamples = 0;
@@ -296,8 +298,8 @@ TimelinePlace FindPlace(std::uint32_t rateIndex, std::uint64_t samples) {
   return place;
 }
 
-// When the start has the larger remainder, `end` becomes the frame before, and its remainder
-// becomes nextSamples less the remainder that it had.
+// An end with a smaller remainder than the start moves to the frame before, and its new remainder
+// is nextSamples less its old remainder.
 void AlignEnd(std::uint32_t startRemainder, TimelinePlace* end) {
   if (startRemainder <= end->remainder) return;
   end->remainder = end->nextSamples - end->remainder;

@@ -157,10 +157,6 @@ void Append(WAV_FILE_INFO* head, WAV_FILE_INFO* entry) {
   ++head->entryCount;
 }
 
-}  // namespace
-
-namespace {
-
 // kWavOk when a rewrite would take the file of `entry`, else why it would not. A file that has
 // changed since `entry` was filled is kWavChunksDiffer.
 WavResult CheckForRewrite(const WAV_FILE_INFO& entry, const MXF_AUDIO_INFO& audio) {
@@ -215,7 +211,7 @@ WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_I
                      const std::atomic<std::uint32_t>* stop) {
   if (head == nullptr || mxf.audio == nullptr || mxf.timecode == nullptr) return kWavNoLibrary;
   if (path == nullptr) return kWavNoPath;
-  if (HoldsWavFile(*head, path)) return kWavAlreadyAdded;
+  if (FindWavFile(*head, path) != nullptr) return kWavAlreadyAdded;
   try {
     return AddToLibrary(path, head, mxf, stop);
   } catch (const std::bad_alloc&) {
@@ -259,11 +255,11 @@ WAV_FILE_INFO* RemoveWavEntry(WAV_FILE_INFO* entry) {
   return next;
 }
 
-bool HoldsWavFile(const WAV_FILE_INFO& head, std::u16string_view path) {
-  for (const WAV_FILE_INFO* entry = head.next; entry != nullptr; entry = entry->next) {
-    if (path == entry->filePath) return true;
+WAV_FILE_INFO* FindWavFile(const WAV_FILE_INFO& head, std::u16string_view path) {
+  for (WAV_FILE_INFO* entry = head.next; entry != nullptr; entry = entry->next) {
+    if (path == entry->filePath) return entry;
   }
-  return false;
+  return nullptr;
 }
 
 void MoveLastWavEntry(WAV_FILE_INFO* from, WAV_FILE_INFO* to) {

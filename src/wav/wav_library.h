@@ -96,8 +96,9 @@ using WavIndex = std::unique_ptr<WAV_FILE_INFO*[]>;
 WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_INFO& mxf,
                      const std::atomic<std::uint32_t>* stop = nullptr);
 
-// True when an entry of the list has the path `path`, letter for letter. Throws nothing.
-bool HoldsWavFile(const WAV_FILE_INFO& head, std::u16string_view path);
+// The entry of the list with the path `path`, letter for letter; null when there is none. Throws
+// nothing.
+WAV_FILE_INFO* FindWavFile(const WAV_FILE_INFO& head, std::u16string_view path);
 
 // Moves the last entry of the list `from`, if there is one, to the end of the list `to`. Throws
 // nothing.

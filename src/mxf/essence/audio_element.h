@@ -1,7 +1,5 @@
 // Finds the audio of a clip: the index tells where the value of an audio element lies in a frame,
 // and the frame's own keys and lengths prove it.
-//
-// A row is the audio elements of one frame, in file order.
 
 #pragma once
 

@@ -18,7 +18,7 @@ constexpr std::uint32_t kWordsAhead = 256;
 
 // Bytes that must be free before further breaks are listed. That is more than the breaks up to the
 // next check need, because FitsMemory always returns true for up to 64 MiB.
-constexpr std::uint64_t kNodesPerLook = std::uint64_t{65} << 20;
+constexpr std::uint64_t kBytesForNodes = std::uint64_t{65} << 20;
 
 // Frames that are handled between two checks for a stop request, in loops that read nothing. Also
 // the number of breaks between two checks of the free memory.
@@ -268,7 +268,7 @@ class ContinuityCheck {
     TIMECODE_ERROR_INFO* last = timecode_.errorList;
     return CompareAll(reading, [&](std::uint32_t previous, std::uint32_t next, std::uint32_t kind) {
       if (kind == 0) return true;
-      if (LooksAt(timecode_.errorCount) && !platform::FitsMemory(kNodesPerLook)) return false;
+      if (LooksAt(timecode_.errorCount) && !platform::FitsMemory(kBytesForNodes)) return false;
       auto* node = new (std::nothrow) TIMECODE_ERROR_INFO{
           Written(previous, reading), Written(next, reading), kind, previous, last, nullptr};
       if (node == nullptr) return false;

@@ -15,8 +15,9 @@ enum ContinuityCode : std::int32_t {
   kContinuityNoBaseInfo = 1002,
   kContinuityNoTimecodeInfo = 1003,
   kContinuityNoAudioInfo = 1004,
-  kContinuityNoMemory = 1005,    // memory for the words is out, or there are no index entries
-  kContinuityNoMapping = 1006,   // the file has become empty, and views were asked for
+  kContinuityNoMemory =
+      1005,  // memory for the timecode words is out, or there are no index entries
+  kContinuityNoMapping = 1006,   // the file has become empty, and the method is kMemoryMapping
   kContinuityNoView = 1007,      // never returned: the check reads the clip, whatever the method
   kContinuityNoCounts = 1008,    // memory for the counts or for the list of breaks is out
   kContinuityBreaks = 1009,      // at least one break
@@ -31,7 +32,7 @@ enum ContinuityCode : std::int32_t {
 // unknown is not read.
 //
 // Clears `stopRequest` at the start, and writes `progressTotal` and `progressFrame` for the thread
-// that shows the progress. While it reads words, a `stopRequest` of 1 stops it at the next frame.
+// that shows the progress. A `stopRequest` of 1 stops the check before the next word is read.
 // The stop request of `file` takes effect when the loop over the words has ended.
 //
 // Returns kSuccess when there is no break or the timecode base is unknown; kContinuityBreaks;

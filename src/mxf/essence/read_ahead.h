@@ -55,9 +55,9 @@ class ReadAhead {
   // yet, when the clip is cold. Does not wait for the bytes.
   void Ask(std::uint32_t entryIndex);
 
-  // Does the same for a caller that reads through a view and cannot tell whether it had to wait.
-  // Every few frames, first tests whether the row of the frame `entryIndex` is in memory, and makes
-  // the clip cold when it is not.
+  // Prefetches as Ask does, for a caller that reads through a view and cannot tell whether it had
+  // to wait. Every few frames, first tests whether the row of the frame `entryIndex` is in memory,
+  // and makes the clip cold when it is not.
   void LookAndAsk(std::uint32_t entryIndex);
 
  private:

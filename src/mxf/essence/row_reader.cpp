@@ -67,8 +67,8 @@ const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted
   return failed_ ? nullptr : window->At(offset, wanted);
 }
 
-// Prefetches the keys of a frame and of the fill behind its values into the processor's cache. They
-// lie far apart, so the proof would wait for each of them.
+// Prefetches the keys of a frame and of the fill behind its values into the processor's cache. The
+// keys lie far apart, so the proof would wait for each of them.
 void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
   if (entryIndex >= firstEntry_ + frames_) return;
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];

@@ -1,7 +1,7 @@
 // Reads and proves the audio of a clip frame by frame.
 //
-// A row is the audio elements of one frame, in file order. With plain reads a frame needs two of
-// them: the bytes in front of the picture, and the row. The keys in both prove the audio.
+// A row is the audio elements of one frame, in file order. Each frame takes two plain reads: the
+// bytes in front of the picture, and the row. The keys in both prove the audio.
 
 #pragma once
 

@@ -71,8 +71,8 @@ std::size_t BytesOf(std::span<const iovec> pieces) {
   return bytes;
 }
 
-// Shortens the pieces to their first `bytes` bytes; they hold more. Returns how many pieces those
-// are.
+// Cuts the list of pieces to its first `bytes` bytes, fewer than the list holds. Returns the number
+// of pieces that remain.
 std::size_t CutTo(std::size_t bytes, std::span<iovec> pieces) {
   std::size_t count = 0;
   while (bytes > pieces[count].iov_len)
@@ -347,7 +347,8 @@ bool FlushFolderOf(const std::u16string& path) {
   const std::string folder = ToUtf8(FolderOf(AbsolutePath(path)));
   const int handle = Uninterrupted(
       SystemCall::kOpen, [&] { return open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
-  // A folder may allow new files without allowing to be opened for reading: it counts as flushed.
+  // A folder that may be written but not read cannot be opened here: such a folder counts as
+  // flushed.
   if (handle < 0) return errno == EACCES;
   const bool flushed =
       Uninterrupted(SystemCall::kFlush, [&] { return fsync(handle); }) == 0 || KnowsNoFlush(errno);

@@ -11,10 +11,10 @@
 namespace quorvan::platform {
 namespace {
 
-// The desktop folder of the user with the home folder `home`. Its name depends on the user's
-// language and is read from the file user-dirs.dirs of the freedesktop.org base directories, whose
-// line XDG_DESKTOP_DIR="..." has an absolute path or one that starts with $HOME. "Desktop" in
-// `home` without such a line.
+// The desktop folder of the user with the home folder `home`. The folder's name depends on the
+// user's language and stands in the file user-dirs.dirs of the freedesktop.org base directories, in
+// the line XDG_DESKTOP_DIR="...", as an absolute path or behind $HOME. When the file has no such
+// line, the folder is Desktop in `home`.
 std::filesystem::path NamedDesktop(const std::filesystem::path& home) {
   constexpr std::string_view kName = "XDG_DESKTOP_DIR=\"";
   constexpr std::string_view kHome = "$HOME";

@@ -1,4 +1,14 @@
-# What implements src/platform on POSIX systems.
+# What implements src/platform on POSIX systems. A folder for another system implements the same
+# functions, and asks the fault seam before each call of the system that fault_seam.h names:
+#   clock.h        all
+#   console.h      all
+#   fault_guard.h  RunGuarded
+#   file.h         all but the moves of File, Seek, Read and Write
+#   mapping.h      MappingGranularity, PrefetchByte, Unmap and ExpectScattered of MappedView; Create and
+#                  View of FileMapping
+#   memory.h       AvailableMemory
+#   path.h         DesktopFolder, AbsolutePath
+#   uuid.h         NewUuid
 set(SYSTEM_SOURCES
   posix/clock_posix.cpp
   posix/console_posix.cpp

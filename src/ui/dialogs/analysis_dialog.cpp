@@ -9,6 +9,7 @@
 #include "mxf/analysis.h"
 #include "report/timecode_log.h"
 #include "state/clip_state.h"
+#include "state/program_name.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
@@ -17,7 +18,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kAnalysisTimerMilliseconds = 30;
-constexpr std::u16string_view kStoppedTitle = u"MXF Lattice Core";
 constexpr std::u16string_view kAnalysisTitle = u"MXF File Analysis";
 constexpr std::u16string_view kErrorStatus = u"MXFファイル解析エラー";
 constexpr std::u16string_view kLogTitle = u"エラーログの保存";
@@ -31,7 +31,7 @@ QString FrameText(std::uint32_t frames) {
 AnalysisDialog::AnalysisDialog(APP_STATE_INFO* app,
                                std::function<void(std::u16string_view)> setStatus, QWidget* parent)
     : QDialog(parent), app_(*app), setStatus_(std::move(setStatus)), job_(app, nullptr) {
-  setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
+  setWindowTitle(ToQString(kCoreTitle));
   setModal(true);
   setMinimumWidth(kJobDialogWidth);
   auto* name = MakeFileNameLabel("1032", app_.mxfPath, this);
@@ -97,7 +97,7 @@ void AnalysisDialog::reject() {
   ShowProgress();
 }
 
-// Shows the progress, and repeats the request to stop: each phase of the analysis clears
+// Shows the progress, and repeats the request to stop, since the continuity check clears
 // `stopRequest` when it starts.
 void AnalysisDialog::ShowProgress() {
   if (stopping_) app_.mxf->timecode->stopRequest = 1;
@@ -155,11 +155,11 @@ void AnalysisDialog::OnStopped(const QString& text) {
   stage_->setText("解析をキャンセルしました。");
   app_.analysisOk = 0;
   if (!checking_) {
-    Tell(this, BoxKind::kWarning, FromQString(text), kStoppedTitle);
+    Tell(this, BoxKind::kWarning, FromQString(text), kCoreName);
     ClearMxfState(&app_);
     return;
   }
-  if (Ask(this, BoxKind::kWarning, FromQString(text), kStoppedTitle)) {
+  if (Ask(this, BoxKind::kWarning, FromQString(text), kCoreName)) {
     app_.analysisOk = 1;
     TellNotices(false);
   } else {

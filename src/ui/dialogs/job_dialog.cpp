@@ -7,6 +7,7 @@
 #include "job/job_steps.h"
 #include "job/process_table.h"
 #include "report/rewrap_log.h"
+#include "state/program_name.h"
 #include "timecode/timecode.h"
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/message_box.h"
@@ -16,7 +17,6 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kJobTimerMilliseconds = 200;
-constexpr std::u16string_view kFailureTitle = u"MXF Lattice Core";
 
 struct JobTexts {
   RangeFields range;
@@ -46,7 +46,7 @@ JobDialog::JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view
       setStatus_(std::move(setStatus)),
       range_(kJobTexts[app->jobKind].range),
       job_(app, nullptr) {
-  setWindowTitle("MXF Lattice Core Ver 2.3.1.0");
+  setWindowTitle(ToQString(kCoreTitle));
   setModal(true);
   setMinimumWidth(kJobDialogWidth);
   const auto label = [this](const char* name, const QString& text, Qt::Alignment alignment) {
@@ -144,7 +144,7 @@ void JobDialog::OnFailed(qint32 result, const QString& text) {
   action_->setText(ToQString(kJobTexts[app_.jobKind].stopped));
   button_->setText("閉じる");
   button_->setEnabled(false);
-  Tell(this, BoxKind::kWarning, FromQString(text), kFailureTitle);
+  Tell(this, BoxKind::kWarning, FromQString(text), kCoreName);
   done(result & 0xFFFF);
 }
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "job/process_table.h"
+#include "job/job_steps.h"
 #include "job/worker.h"
 #include "mxf/analysis.h"
 #include "platform/thread.h"
@@ -31,9 +31,8 @@ void JobThread::Start() {
   app_.ui.progressDialog = [this](const JobReport& report) { Take(report); };
   look_.start(kLookMilliseconds);
   if (platform::StartThread(&app_.workerThread, [app = &app_] { WorkerThread(app); })) return;
-  const auto code = static_cast<std::int32_t>(kStageRewrapMapped) + kNoThread;
-  const std::u16string text(FailureText(kStageRewrapMapped, code));
-  Take({JOB_MSG_FAILED, code, nullptr, text.c_str()});
+  const JobRefusal refusal = NoThreadRefusal();
+  Take({JOB_MSG_FAILED, refusal.result, nullptr, std::u16string(refusal.text).c_str()});
 }
 
 // Takes a message of the worker, whose thread may not throw: the text goes into memory that is

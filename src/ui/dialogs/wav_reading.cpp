@@ -53,7 +53,7 @@ void ShowUntilEnded(Search* search, const std::u16string& path, QWidget* parent)
 }  // namespace
 
 WavResult AddWavFileWatched(const std::u16string& path, APP_STATE_INFO* app, QWidget* parent) {
-  if (HoldsWavFile(*app->wavList, path)) return kWavAlreadyAdded;
+  if (FindWavFile(*app->wavList, path) != nullptr) return kWavAlreadyAdded;
   // The thread fills a list of its own; meanwhile the window shows the library.
   const auto found = std::make_unique<WAV_FILE_INFO>();
   WavResult result = kWavNoMemory;

@@ -1,5 +1,5 @@
-// The typefaces of the program, the first choice first. The last but one is the typeface that the
-// project's own set-up installs.
+// The typefaces of the program, the first choice first. tools/setup.sh installs Inconsolata and
+// IPAPGothic.
 
 #pragma once
 
