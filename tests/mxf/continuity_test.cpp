@@ -66,7 +66,7 @@ void ExpectBreaks(ClipSpec spec, const Words& words, const std::vector<Break>& b
   }
 }
 
-ClipSpec Spec(Rate rate, ClipTimecode start = {}, std::uint32_t frames = 23) {
+ClipSpec Spec(Rate rate, ClipTimecode start = ClipSpec().start, std::uint32_t frames = 23) {
   ClipSpec spec;
   spec.rate = rate;
   spec.dropFrame = true;

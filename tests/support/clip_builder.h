@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/mxf_tags.h"
+#include "timecode/timecode.h"
 
 namespace quorvan::test {
 
@@ -65,12 +66,11 @@ struct MetadataSet {
 
   // Replaces the first item of that tag, or adds one at the end.
   void SetTag(std::uint16_t tag, Bytes value);
-  void RemoveTag(std::uint16_t tag);
 };
 
 using HeaderSets = std::vector<MetadataSet>;
 
-// The `occurrence`-th set of a kind, from 0; ends the program when there is none.
+// The `occurrence`-th set of a kind, from 0; throws when there is none.
 MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence = 0);
 
 struct DeltaEntry {
@@ -91,29 +91,20 @@ struct IndexEntry {
 struct IndexSegment {
   std::int64_t startPosition = 0;
   std::int64_t duration = 0;
-  std::uint32_t indexSid = 0;
-  std::uint32_t bodySid = 0;
-  std::uint8_t sliceCount = 0;
-  std::uint8_t posTableCount = 0;
   std::vector<DeltaEntry> deltas{};
   std::vector<IndexEntry> entries{};
-  std::optional<std::uint32_t>
-      claimedDeltaCount{};  // in the batch's head instead of the true count
-  std::optional<std::uint32_t> claimedEntryCount{};
+  // Items that the head of a batch claims beyond those that it has.
+  std::size_t missingDeltas = 0;
+  std::size_t missingEntries = 0;
 };
 
-struct ClipTimecode {
-  std::uint32_t hours = 10;
-  std::uint32_t minutes = 0;
-  std::uint32_t seconds = 0;
-  std::uint32_t frames = 0;
-};
+using ClipTimecode = TimeFields;
 
 // What to build. The defaults give a good clip of two body partitions, about 250 kB.
 struct ClipSpec {
   Rate rate = Rate::k25;
   bool dropFrame = false;  // takes effect on the bases 30 and 60 only
-  ClipTimecode start{};
+  ClipTimecode start{10, 0, 0, 0};
   std::uint32_t frames = 10;
   std::uint32_t framesPerPartition = 5;  // 0: all; at most what a segment's 64 kB item can list
 
@@ -146,7 +137,6 @@ struct ClipSpec {
   IndexPlacement indexPlacement = IndexPlacement::kFollowingPartition;
   std::uint8_t sliceCount = 1;  // 0: delta entries count from the start of the frame
   std::uint8_t posTableCount = 0;
-  std::uint32_t extraDeltas = 0;  // copies of the last delta entry
   bool fillBetweenSegments = false;
 
   // Run in order before anything is laid out.
@@ -216,7 +206,7 @@ struct ClipLayout {
   std::uint32_t startFrames = 0;
   std::uint32_t blockAlign = 0;
 
-  // These end the program when there is no such set or tag.
+  // These throw when there is no such set or tag.
   const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
   std::uint64_t TagValueOffset(SetKind kind, std::uint16_t tag, std::size_t occurrence = 0) const;
 };
@@ -231,7 +221,6 @@ namespace pack {
 inline constexpr std::size_t kKind = 13;
 inline constexpr std::size_t kStatus = 14;
 inline constexpr std::size_t kMajorVersion = 20;
-inline constexpr std::size_t kMinorVersion = 22;
 inline constexpr std::size_t kKagSize = 24;
 inline constexpr std::size_t kThisPartition = 28;
 inline constexpr std::size_t kPreviousPartition = 36;

@@ -102,10 +102,8 @@ class HeaderBuilder {
   }
 
  private:
-  MetadataSet& Add(SetKind kind, const std::vector<MetadataItem>& items) {
-    MetadataSet& set = sets_.emplace_back(EmptySet(kind, sets_.size()));
-    set.items.insert(set.items.end(), items.begin(), items.end());
-    return set;
+  void Add(SetKind kind, const std::vector<MetadataItem>& items) {
+    sets_.push_back(EmptySet(kind, sets_.size(), items));
   }
 
   Bytes Umid(const std::array<std::uint8_t, 32>& basic) const {
@@ -125,21 +123,21 @@ class HeaderBuilder {
                {tag::kPackageCreationDate, kCreationDate},
                {tag::kPackageModifiedDate, kModifiedDate},
                {tag::kTracks, References(definitions.size())}});
+    const auto base = static_cast<std::uint16_t>(FramesPerSecond(rate_.fpsIndex));
     for (const Label& definition : definitions) {
-      const std::vector<MetadataItem> items = {{tag::kDataDefinition, ToBytes(definition)},
-                                               {tag::kDuration, Big64(spec_.frames)}};
+      std::vector<MetadataItem> items = {{tag::kDataDefinition, ToBytes(definition)},
+                                         {tag::kDuration, Big64(spec_.frames)}};
       Add(SetKind::kTimelineTrack, {});
       Add(SetKind::kSequence, items);
       if (definition == kTimecodeDef) {
-        Add(SetKind::kTimecodeComponent, items)
-            .items.insert(
-                sets_.back().items.end(),
-                {{tag::kStartTimecode, Big64(FrameCount(spec_.start, spec_.rate, spec_.dropFrame))},
-                 {tag::kRoundedTimecodeBase,
-                  Big16(static_cast<std::uint16_t>(FramesPerSecond(rate_.fpsIndex)))},
-                 {tag::kDropFrame, {static_cast<std::uint8_t>(spec_.dropFrame)}}});
+        const std::uint32_t start = FrameCount(spec_.start, spec_.rate, spec_.dropFrame);
+        items.push_back({tag::kStartTimecode, Big64(start)});
+        items.push_back({tag::kRoundedTimecodeBase, Big16(base)});
+        items.push_back({tag::kDropFrame, {spec_.dropFrame}});
+        Add(SetKind::kTimecodeComponent, items);
       } else {
-        Add(SetKind::kSourceClip, items).SetTag(tag::kSourcePackageId, clipsOf);
+        items.push_back({tag::kSourcePackageId, clipsOf});
+        Add(SetKind::kSourceClip, items);
       }
     }
   }

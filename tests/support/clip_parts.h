@@ -26,9 +26,6 @@ struct RateRow {
 
 const RateRow& RowOf(Rate rate);
 
-// Tells of a misuse of the builder and ends the program.
-[[noreturn]] void Fail(const char* what, SetKind kind, std::size_t number);
-
 template <typename Container>
 Bytes ToBytes(const Container& values) {
   return Bytes(values.begin(), values.end());
@@ -64,8 +61,8 @@ class KlvWriter {
   Bytes& out_;
 };
 
-// A set with its key and an InstanceUID made from `number`.
-MetadataSet EmptySet(SetKind kind, std::size_t number);
+// A set with its key, an InstanceUID made from `number` and the items.
+MetadataSet EmptySet(SetKind kind, std::size_t number, const std::vector<MetadataItem>& items = {});
 
 // The header metadata that a description asks for, before any edit.
 HeaderSets BuildHeaderSets(const ClipSpec& spec);

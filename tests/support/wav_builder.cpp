@@ -16,16 +16,14 @@ constexpr std::uint32_t kExtensibleFmtSize = 40;
 
 using Bytes = std::vector<std::uint8_t>;
 
-void PutLittle(Bytes& bytes, std::uint64_t value, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-  }
+void PatchLittle(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i)
+    bytes.at(offset + i) = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-void PatchLittle(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t count) {
-  for (std::size_t i = 0; i < count && offset + i < bytes.size(); ++i) {
-    bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
-  }
+void PutLittle(Bytes& bytes, std::uint64_t value, std::size_t count) {
+  bytes.resize(bytes.size() + count);
+  PatchLittle(bytes, bytes.size() - count, value, count);
 }
 
 std::uint32_t SampleBytes(const WavSpec& spec) {
