@@ -299,19 +299,10 @@ class ClipWriter {
     std::uint64_t previous = 0;
     const std::uint64_t footer = Layout().partitions.back().offset;
     for (const PartitionPlace& partition : Layout().partitions) {
-      const auto put = [&](std::size_t field, const Bytes& value) {
-        Patch(clip_.bytes, partition.offset + field, value);
-      };
-      put(pack::kMajorVersion, {0, 1, 0, 3});
-      put(pack::kKagSize, Big32(spec_.kagSize));
-      put(pack::kThisPartition, Big64(partition.offset));
-      put(pack::kPreviousPartition, Big64(previous));
-      put(pack::kFooterPartition, Big64(footer));
-      put(pack::kHeaderByteCount, Big64(partition.headerByteCount));
-      put(pack::kIndexByteCount, Big64(partition.indexByteCount));
-      put(pack::kIndexSid, Big32(partition.indexSid));
-      put(pack::kBodyOffset, Big64(partition.bodyOffset));
-      put(pack::kBodySid, Big32(partition.bodySid));
+      Patch(clip_.bytes, partition.offset + pack::kMajorVersion,
+            Bytes{0, 1, 0, 3} + Big32(spec_.kagSize) + Big64(partition.offset) + Big64(previous) +
+                Big64(footer) + Big64(partition.headerByteCount) + Big64(partition.indexByteCount) +
+                Big32(partition.indexSid) + Big64(partition.bodyOffset) + Big32(partition.bodySid));
       previous = partition.offset;
     }
   }
@@ -326,17 +317,15 @@ class ClipWriter {
     klv_.Put(value + Big32(length));
   }
 
-  // A 64-byte UMID differs from the basic one in its length byte only.
+  // The first half of a 64-byte UMID differs from the basic one in front of byte 16 only.
   std::vector<std::uint64_t> Occurrences(const std::array<std::uint8_t, 32>& umid) const {
-    const auto headerEnd =
-        clip_.bytes.begin() + static_cast<std::ptrdiff_t>(clip_.layout.partitions[0].essenceOffset);
-    Bytes wanted = ToBytes(umid);
-    if (spec_.umidSize > wanted.size()) wanted[11] = 0x33;
     std::vector<std::uint64_t> offsets;
-    for (auto at = clip_.bytes.begin(); at != headerEnd; ++at) {
-      at = std::search(at, headerEnd, wanted.begin(), wanted.end());
-      if (at == headerEnd) break;
-      offsets.push_back(static_cast<std::uint64_t>(at - clip_.bytes.begin()));
+    for (const SetPlace& set : clip_.layout.sets) {
+      for (const TagPlace& item : set.tags) {
+        const auto half = clip_.bytes.begin() + static_cast<std::ptrdiff_t>(item.value) + 16;
+        if (item.valueBytes == spec_.umidSize && std::equal(umid.begin() + 16, umid.end(), half))
+          offsets.push_back(item.value);
+      }
     }
     return offsets;
   }

@@ -37,18 +37,14 @@ std::uint32_t FrameBytes(const WavSpec& spec) {
 Bytes FmtBody(const WavSpec& spec) {
   const std::uint32_t blockAlign =
       spec.blockAlign.value_or(static_cast<std::uint16_t>(FrameBytes(spec)));
+  const std::uint32_t extension =
+      spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0;
   Bytes body;
-  PutLittle(body, spec.formatTag, 2);
-  PutLittle(body, spec.channels, 2);
-  PutLittle(body, spec.sampleRate, 4);
-  PutLittle(body, std::uint64_t{spec.sampleRate} * blockAlign, 4);
-  PutLittle(body, blockAlign, 2);
-  PutLittle(body, spec.bits, 2);
-  PutLittle(body, spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0,
-            2);
-  PutLittle(body, spec.bits, 2);
-  PutLittle(body, 0, 4);  // speaker positions: none
-  PutLittle(body, spec.subFormat, 2);
+  for (const std::uint32_t number :
+       {std::uint32_t{spec.channels} << 16 | spec.formatTag, spec.sampleRate,
+        spec.sampleRate * blockAlign, std::uint32_t{spec.bits} << 16 | blockAlign,
+        std::uint32_t{spec.bits} << 16 | extension, 0u, std::uint32_t{spec.subFormat}})
+    PutLittle(body, number, 4);
   body.resize(spec.fmtSize);
   return body;
 }
