@@ -203,6 +203,9 @@ class ClipWriter {
       edit(segments);
     for (const IndexSegment& segment : segments)
       segments_.push_back(SegmentSet(spec_, segment));
+    containers_ = SetOf(sets_, SetKind::kPreface).items.back().value;
+    for (const auto& edit : spec_.headerEdits)
+      edit(sets_);
     WriteHeader();
     for (std::size_t body = 0; body < bodies; ++body)
       WriteBody(body);
@@ -223,13 +226,12 @@ class ClipWriter {
     Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
     Label key = kPackKey;
     key[13] = keyKind;
-    const Bytes containers = LabelBatch(EssenceContainers(spec_));
     const std::uint64_t packStart = klv_.Position();
     const KlvPlace place =
-        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers.size());
+        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers_.size());
     clip_.bytes.resize(static_cast<std::size_t>(packStart) + pack::kOperationalPattern);
     klv_.Put(ToBytes(kOp1a));
-    klv_.Put(containers);
+    klv_.Put(containers_);
     klv_.FillTo(packStart + FilledSize(place.totalBytes, spec_.kagSize));
     return Layout().partitions.back();
   }
@@ -254,10 +256,7 @@ class ClipWriter {
   void WriteHeader() {
     PartitionPlace& partition = BeginPartition(kKeyHeader);
     const std::uint64_t start = klv_.Position();
-    HeaderSets sets = BuildHeaderSets(spec_);
-    for (const auto& edit : spec_.headerEdits)
-      edit(sets);
-    for (const MetadataSet& set : sets)
+    for (const MetadataSet& set : sets_)
       Layout().sets.push_back(klv_.Set(set));
     const std::uint64_t used = klv_.Position() - start;
     const std::uint64_t least = used + (start - partition.offset) + kKlHead;
@@ -335,6 +334,8 @@ class ClipWriter {
   KlvWriter klv_;
   FrameWriter writer_;
   std::vector<FramePlace> frames_;  // in a file of their own
+  HeaderSets sets_ = BuildHeaderSets(spec_);
+  Bytes containers_;  // that the packs and the Preface list
   std::vector<MetadataSet> segments_;
 };
 

@@ -39,13 +39,6 @@ Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items) {
          items;
 }
 
-Bytes LabelBatch(const std::vector<Label>& labels) {
-  Bytes items;
-  for (const Label& label : labels)
-    items = std::move(items) + ToBytes(label);
-  return Batch(labels.size(), sizeof(Label), items);
-}
-
 std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit) {
   return (value + unit - 1) / unit * unit;
 }

@@ -33,7 +33,6 @@ Bytes ToBytes(const Container& values) {
 
 Bytes operator+(Bytes left, const Bytes& right);
 Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items);
-Bytes LabelBatch(const std::vector<Label>& labels);
 
 std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit);
 
@@ -66,7 +65,6 @@ MetadataSet EmptySet(SetKind kind, std::size_t number, const std::vector<Metadat
 
 // The header metadata that a description asks for, before any edit.
 HeaderSets BuildHeaderSets(const ClipSpec& spec);
-std::vector<Label> EssenceContainers(const ClipSpec& spec);
 Label AudioElementKey(const ClipSpec& spec, std::uint32_t track);
 
 }  // namespace quorvan::test
