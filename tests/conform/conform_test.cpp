@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
-#include <utility>
+#include <tuple>
 
 #include "mxf/analysis.h"
 #include "mxf/metadata/klv.h"
@@ -73,12 +74,10 @@ void ExpectTrueOffsets(const Bytes& clip) {
 }
 
 TEST(Conform, KeepsEveryFrameWhereverTheIndexStands) {
-  for (const IndexPlacement placement :
-       {IndexPlacement::kFollowingPartition, IndexPlacement::kOwnPartition, IndexPlacement::kFooter,
-        IndexPlacement::kFollowingAndFooter}) {
-    SCOPED_TRACE(static_cast<int>(placement));
+  for (int placement = 0; placement < 4; ++placement) {
+    SCOPED_TRACE(placement);
     ClipSpec spec;
-    spec.indexPlacement = placement;
+    spec.indexPlacement = static_cast<IndexPlacement>(placement);
     spec.fillBetweenSegments = true;
     const Clip clip = BuildClip(spec);
     const Bytes conformed = Conformed(clip.bytes);
@@ -143,19 +142,13 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   ClipSpec oneSegment;
   oneSegment.indexPlacement = IndexPlacement::kFooter;
   oneSegment.indexEdits.push_back([](std::vector<IndexSegment>& segments) {
-    segments[0].entries.insert(segments[0].entries.end(), segments[1].entries.begin(),
-                               segments[1].entries.end());
+    std::ranges::copy(segments[1].entries, std::back_inserter(segments[0].entries));
     segments[0].duration += segments[1].duration;
     segments.pop_back();
   });
   ClipSpec noPackage;
   noPackage.DropSet(SetKind::kMaterialPackage);
-  struct Row {
-    const char* fault;
-    Bytes clip;
-    std::int32_t analysisCode;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
       {"empty", {}, 0},
       {"run-in", runIn, 0},
       {"open header", patched(pack::kStatus, Bytes{1}), 0},
@@ -177,14 +170,12 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
       {"index of several partitions in one", BuildClip(oneSegment).bytes, 0},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.fault);
+  for (const auto& [fault, bytes, code] : rows) {
+    SCOPED_TRACE(fault);
     const TempFolder folder;
-    const ConformResult result = Conform(folder, row.clip);
-    EXPECT_FALSE(result.done);
-    EXPECT_FALSE(result.cancelled);
-    EXPECT_FALSE(result.reason.empty());
-    EXPECT_EQ(result.analysisCode, row.analysisCode) << result.reason;
+    const ConformResult result = Conform(folder, bytes);
+    EXPECT_FALSE(result.done || result.cancelled || result.reason.empty());
+    EXPECT_EQ(result.analysisCode, code) << result.reason;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
 }
