@@ -45,8 +45,9 @@ TEST_P(FfmpegClipConformed, LoadsAfterwardsAndHoldsTheSameEssence) {
     const auto answer = [&](const std::string& path) {
       return RunCommand(fmt::format(fmt::runtime(question), path)).output;
     };
-    EXPECT_NE(answer(inName), "");
-    EXPECT_EQ(answer(inName), answer(outName)) << question;
+    const std::string before = answer(inName);
+    EXPECT_NE(before, "");
+    EXPECT_EQ(before, answer(outName)) << question;
   }
 
   ASSERT_TRUE(ConformClip(out, folder.PathOf("twice.mxf"), &progress).done);
