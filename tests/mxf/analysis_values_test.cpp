@@ -69,16 +69,15 @@ TEST(Analysis, FindsEveryElementAtEveryRate) {
 }
 
 TEST(Analysis, FindsEveryElementWhereverTheIndexStands) {
-  for (const auto placement : {IndexPlacement::kFollowingPartition, IndexPlacement::kOwnPartition,
-                               IndexPlacement::kFooter, IndexPlacement::kFollowingAndFooter}) {
+  for (int placement = 0; placement < 4; ++placement) {
     for (const bool slices : {false, true}) {
       ClipSpec spec;
-      spec.indexPlacement = placement;
+      spec.indexPlacement = static_cast<IndexPlacement>(placement);
       spec.sliceCount = slices ? 1 : 0;
       spec.posTableCount = slices ? 1 : 0;
       spec.fillBetweenSegments = slices;
       spec.frames = 23;
-      SCOPED_TRACE(static_cast<int>(placement));
+      SCOPED_TRACE(placement);
       ExpectPlaces(spec);
     }
   }
@@ -126,11 +125,8 @@ TEST(Analysis, ReachesToTheEndOfTheLastFrameOfARun) {
 // Sound written by a table with a gap, or with frames twice, would land in other frames.
 TEST(Analysis, KnowsWhetherTheIndexCountsEveryFrame) {
   using Segments = std::vector<IndexSegment>;
-  const struct {
-    std::uint32_t frames;  // that the clip claims; the table has 10
-    bool counts;
-    std::function<void(Segments&)> edit;
-  } rows[] = {
+  // The frames that the clip claims, where the table has 10, and whether it counts them.
+  const std::tuple<std::uint32_t, bool, std::function<void(Segments&)>> rows[] = {
       {10, true, [](Segments&) {}},
       {10, true, [](Segments& s) { s[0].duration = 99; }},
       {10, false, [](Segments& s) { s[0].startPosition = 1; }},
@@ -143,12 +139,11 @@ TEST(Analysis, KnowsWhetherTheIndexCountsEveryFrame) {
       {11, false, [](Segments& s) { s[1].duration = 6; }},
       {11, false, [](Segments& s) { s[1].duration = 4; }},
   };
-  for (const auto& row : rows) {
+  for (const auto& [frames, counts, edit] : rows) {
     ClipSpec spec;
-    spec.SetTag(kTimecodeComponent, 0, tag::kDuration, Big64(row.frames));
-    spec.indexEdits.push_back(row.edit);
-    const Analysed analysed(spec);
-    EXPECT_EQ(CountsEveryFrame(analysed.records.base), row.counts) << &row - rows;
+    spec.SetTag(kTimecodeComponent, 0, tag::kDuration, Big64(frames));
+    spec.indexEdits.push_back(edit);
+    EXPECT_EQ(CountsEveryFrame(Analysed(spec).records.base), counts) << frames;
   }
 }
 
@@ -215,34 +210,25 @@ TEST(Analysis, ReadsWhatTheWriterSaysOfItself) {
   EXPECT_EQ(Analysed(anonymous).result, 0);
 }
 
+// A line has coding, width, frame layout and bit rate of the clip, then what the analysis makes of
+// it: height, bit rate, name.
 TEST(Analysis, ReadsThePictureByItsCoding) {
-  const struct {
-    std::uint32_t codec, width, rate;
-    std::uint8_t layout;
-    const char16_t* name;
-    std::uint32_t height, bitRate;
-  } cases[] = {{0, 1920, 50, 0, u"MPEG2 HD MP@HL", 540, 50},
-               {1, 1920, 50, 1, u"MPEG2 HD422P@HL", 1080, 50},
-               {2, 1920, 35, 1, u"MPEG2 i HD MP@HL", 1080, 35},
-               {3, 1920, 50, 3, u"MPEG2 i HD422P@HL", 2160, 50},
-               {4, 1440, 35, 1, u"MPEG2 i MP@H14L", 1080, 35},
-               {5, 3839, 300, 1, u"XAVC Intra", 540, 300},
-               {5, 3840, 300, 1, u"XAVC Intra", 540, 600},
-               {6, 3840, 140, 1, u"XAVC L422 QFHD", 540, 140}};
-  for (const auto& c : cases) {
+  ForEachGoldenLine("mxf/golden/pictures.txt", [](auto& cells) {
     ClipSpec spec;
-    spec.codec = c.codec;
-    spec.width = c.width;
-    spec.frameLayout = c.layout;
-    spec.bitRate = c.rate * 1000000;
+    std::uint32_t layout = 0, height = 0, told = 0, bitRate = 0;
+    std::string name;
+    cells >> spec.codec >> spec.width >> layout >> told >> height >> bitRate;
+    std::getline(cells >> std::ws, name);
+    spec.frameLayout = static_cast<std::uint8_t>(layout);
+    spec.bitRate = told;
     const Analysed analysed(spec);
     ASSERT_EQ(analysed.result, 0);
     const MXF_VIDEO_INFO& video = analysed.records.video;
-    EXPECT_EQ(std::u16string(video.codecName), c.name);
-    EXPECT_EQ(video.codecIndex, c.codec);
-    EXPECT_EQ(video.height, c.height);
-    EXPECT_EQ(video.bitRate, c.bitRate * 1000000);
-  }
+    EXPECT_EQ(video.codecName, platform::ToUtf16(name));
+    EXPECT_EQ(video.codecIndex, spec.codec);
+    EXPECT_EQ(video.height, height);
+    EXPECT_EQ(video.bitRate, bitRate);
+  });
 }
 
 // Another row of the descriptor may own the tag; the sets that tell it may lie outside the header.
@@ -303,30 +289,27 @@ TEST(Analysis, TakesNoNumberFromAShortValue) {
 
 // The hour is the written one, which drop frame reaches with fewer frames.
 TEST(Analysis, CountsOneHourOnWhenTheClipStartsInTheLastHour) {
-  const struct {
-    Rate rate;
-    ClipTimecode start;
-    std::uint32_t inLastHour, startShifted, lastFrames;
-  } rows[] = {{Rate::k25, {23, 59, 58, 0}, 1, 59 * 1500 + 58 * 25, 49},
-              {Rate::k25, {22, 59, 59, 24}, 0, 23 * 90000 + 89999, 23 * 90000 + 98},
-              {Rate::k25, {24, 0, 0, 0}, 0, 90000, 99},
-              {Rate::k29_97, {23, 0, 0, 0}, 1, 0, 23 * 107892 + 99},
-              {Rate::k29_97, {22, 59, 59, 29}, 0, 24 * 107892 - 1, 23 * 107892 + 98},
-              {Rate::k59_94, {23, 0, 0, 0}, 1, 0, 23 * 215784 + 99}};
-  for (const auto& row : rows) {
+  using Row = std::tuple<Rate, ClipTimecode, std::uint32_t, std::uint32_t, std::uint32_t>;
+  const Row rows[] = {{Rate::k25, {23, 59, 58, 0}, 1, 59 * 1500 + 58 * 25, 49},
+                      {Rate::k25, {22, 59, 59, 24}, 0, 23 * 90000 + 89999, 23 * 90000 + 98},
+                      {Rate::k25, {24, 0, 0, 0}, 0, 90000, 99},
+                      {Rate::k29_97, {23, 0, 0, 0}, 1, 0, 23 * 107892 + 99},
+                      {Rate::k29_97, {22, 59, 59, 29}, 0, 24 * 107892 - 1, 23 * 107892 + 98},
+                      {Rate::k59_94, {23, 0, 0, 0}, 1, 0, 23 * 215784 + 99}};
+  for (const auto& [rate, start, inLastHour, startShifted, lastFrames] : rows) {
     ClipSpec spec;
     spec.frames = 100;
     spec.framesPerPartition = 50;
     spec.tracks = 1;
-    spec.rate = row.rate;
+    spec.rate = rate;
     spec.dropFrame = true;
-    spec.start = row.start;
+    spec.start = start;
     const Analysed analysed(spec);
     const MXF_TIMECODE_INFO& t = analysed.records.timecode;
-    EXPECT_EQ(t.startHour23, row.inLastHour);
-    EXPECT_EQ(t.startShifted, row.startShifted);
+    EXPECT_EQ(t.startHour23, inLastHour);
+    EXPECT_EQ(t.startShifted, startShifted);
     EXPECT_EQ(t.lastShifted, t.startShifted + 99);
-    EXPECT_EQ(t.lastFrames, row.lastFrames);
+    EXPECT_EQ(t.lastFrames, lastFrames);
   }
 }
 

@@ -74,14 +74,6 @@ TEST(FindKlvKey, StopsAtTheEndWhateverALengthClaims) {
   }
 }
 
-TEST(FindKlvKey, MatchesWildcardsAndNothingElse) {
-  Bytes element = Klv(keys::kAes3Element, {0x83, 0, 0, 0});
-  element[13] = 0x18;
-  element[15] = 0x07;
-  EXPECT_EQ(Search(element, keys::kAes3Element), (Found{1, 20, 0}));
-  EXPECT_EQ(Search(element, keys::kWaveElement), kNothing);
-}
-
 TEST(FindKlvKey, LooksOnlyForKeysThatStartBeforeTheLimit) {
   const test::TempFolder folder;
   const Bytes bytes = Klv(kOtherKey, {0x83, 0, 0, 0}) + Klv(kWanted, {0x83, 0, 0, 9});
