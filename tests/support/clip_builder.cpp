@@ -25,82 +25,11 @@ constexpr Label kPackKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 2
 constexpr Label kRandomIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 0x11, 1, 0};
 constexpr Label kSystemKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 3, 1, 4, 1, 1, 0};
 
-// ---- Essence ----
-
 // Cheap, and different enough for a byte in the wrong frame, track or place to show.
 std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
   const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
   return static_cast<std::uint8_t>(mixed >> 23);
 }
-
-// Writes the frames one by one.
-class FrameWriter {
- public:
-  explicit FrameWriter(const ClipSpec& spec) : spec_(spec) {}
-
-  // The places of a frame that is written to `klv`, for a file that holds nothing but frames.
-  FramePlace Write(KlvWriter& klv, std::uint32_t number) const {
-    const std::uint64_t start = klv.Position();
-    const auto sinceStart = [&] { return static_cast<std::uint32_t>(klv.Position() - start); };
-    FramePlace frame{.offset = start, .streamOffset = start};
-    frame.samples = SamplesOfFrame(spec_.rate, number);
-    frame.system = Element(klv, kSystemKey, SystemValue(number));
-    frame.picture = Element(klv, kPictureKey, PictureValue(number));
-    frame.sliceOffset = sinceStart();
-    // One size for all frames, with room for a fill in each, so that the delta entries hold for
-    // all. The first frame has the most samples.
-    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * SamplesOfFrame(spec_.rate, 0);
-    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
-      const Bytes value = AudioValue(number, t, frame.samples);
-      frame.audio.push_back(Element(klv, AudioElementKey(spec_, t), value, most));
-    }
-    if (spec_.dataElement) frame.data = Element(klv, kDataKey, Bytes(spec_.dataSize, 0x61));
-    frame.bytes = sinceStart();
-    return frame;
-  }
-
- private:
-  // With fill, an element takes `least` bytes or more.
-  KlvPlace Element(KlvWriter& klv, const Label& key, const Bytes& value,
-                   std::uint64_t least = 0) const {
-    KlvPlace place = klv.Head(key, value.size());
-    klv.Put(value);
-    if (spec_.elementKag != 0)
-      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
-    klv.FillTo(place.key + place.totalBytes);
-    return place;
-  }
-
-  Bytes SystemValue(std::uint32_t number) const {
-    Bytes value(kSystemBytes);
-    value[0] = 0x5C;
-    value[1] = RowOf(spec_.rate).packageRate;
-    value[kUserTimecode - 1] = kTimecodeStampType;
-    const auto given = spec_.timecodeWords.find(number);
-    const std::uint32_t count = FrameCount(spec_.start, spec_.rate, spec_.dropFrame) + number;
-    const std::uint32_t word = given != spec_.timecodeWords.end()
-                                   ? given->second
-                                   : TimecodeWord(count, spec_.rate, spec_.dropFrame);
-    Bytes stamp = Big32(word);
-    std::reverse_copy(stamp.begin(), stamp.end(), value.begin() + kUserTimecode);
-    return value;
-  }
-
-  Bytes PictureValue(std::uint32_t number) const {
-    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
-    std::iota(value.begin(), value.end(), static_cast<std::uint8_t>(number));
-    return value;
-  }
-
-  Bytes AudioValue(std::uint32_t number, std::uint32_t track, std::uint32_t samples) const {
-    Bytes value(spec_.bits / 8 * samples);
-    for (std::uint32_t i = 0; i < value.size(); ++i)
-      value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
-    return value;
-  }
-
-  const ClipSpec& spec_;
-};
 
 // ---- Index ----
 
@@ -189,14 +118,14 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
 
 class ClipWriter {
  public:
-  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes), writer_(spec) {}
+  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes) {}
 
   // The frames are written twice: at first to learn what the index says of them.
   Clip Build() {
     Bytes stream;
     KlvWriter klv(stream);
     for (std::uint32_t n = 0; n < spec_.frames; ++n)
-      frames_.push_back(writer_.Write(klv, n));
+      frames_.push_back(WriteFrame(klv, n));
     std::vector<IndexSegment> segments = PlanIndex(spec_, frames_);
     const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
@@ -221,6 +150,66 @@ class ClipWriter {
 
  private:
   ClipLayout& Layout() { return clip_.layout; }
+
+  // The places of a frame that is written to `klv`, for a file that holds nothing but frames.
+  FramePlace WriteFrame(KlvWriter& klv, std::uint32_t number) const {
+    const std::uint64_t start = klv.Position();
+    const auto sinceStart = [&] { return static_cast<std::uint32_t>(klv.Position() - start); };
+    FramePlace frame{.offset = start, .streamOffset = start};
+    frame.samples = SamplesOfFrame(spec_.rate, number);
+    frame.system = Element(klv, kSystemKey, SystemValue(number));
+    frame.picture = Element(klv, kPictureKey, PictureValue(number));
+    frame.sliceOffset = sinceStart();
+    // One size for all frames, with room for a fill in each, so that the delta entries hold for
+    // all. The first frame has the most samples.
+    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * SamplesOfFrame(spec_.rate, 0);
+    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
+      const Bytes value = AudioValue(number, t, frame.samples);
+      frame.audio.push_back(Element(klv, AudioElementKey(spec_, t), value, most));
+    }
+    if (spec_.dataElement) frame.data = Element(klv, kDataKey, Bytes(spec_.dataSize, 0x61));
+    frame.bytes = sinceStart();
+    return frame;
+  }
+
+  // With fill, an element takes `least` bytes or more.
+  KlvPlace Element(KlvWriter& klv, const Label& key, const Bytes& value,
+                   std::uint64_t least = 0) const {
+    KlvPlace place = klv.Head(key, value.size());
+    klv.Put(value);
+    if (spec_.elementKag != 0)
+      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
+    klv.FillTo(place.key + place.totalBytes);
+    return place;
+  }
+
+  Bytes SystemValue(std::uint32_t number) const {
+    Bytes value(kSystemBytes);
+    value[0] = 0x5C;
+    value[1] = RowOf(spec_.rate).packageRate;
+    value[kUserTimecode - 1] = kTimecodeStampType;
+    const auto given = spec_.timecodeWords.find(number);
+    const std::uint32_t count = FrameCount(spec_.start, spec_.rate, spec_.dropFrame) + number;
+    const std::uint32_t word = given != spec_.timecodeWords.end()
+                                   ? given->second
+                                   : TimecodeWord(count, spec_.rate, spec_.dropFrame);
+    Bytes stamp = Big32(word);
+    std::reverse_copy(stamp.begin(), stamp.end(), value.begin() + kUserTimecode);
+    return value;
+  }
+
+  Bytes PictureValue(std::uint32_t number) const {
+    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
+    std::iota(value.begin(), value.end(), static_cast<std::uint8_t>(number));
+    return value;
+  }
+
+  Bytes AudioValue(std::uint32_t number, std::uint32_t track, std::uint32_t samples) const {
+    Bytes value(spec_.bits / 8 * samples);
+    for (std::uint32_t i = 0; i < value.size(); ++i)
+      value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
+    return value;
+  }
 
   PartitionPlace& BeginPartition(std::uint8_t keyKind) {
     Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
@@ -258,9 +247,8 @@ class ClipWriter {
     const std::uint64_t start = klv_.Position();
     for (const MetadataSet& set : sets_)
       Layout().sets.push_back(klv_.Set(set));
-    const std::uint64_t used = klv_.Position() - start;
-    const std::uint64_t least = used + (start - partition.offset) + kKlHead;
-    partition.headerByteCount = AlignUp(least, spec_.kagSize);
+    partition.headerByteCount =
+        FilledSize(klv_.Position() - partition.offset + kKlHead, spec_.kagSize);
     klv_.FillTo(start + partition.headerByteCount);
     Layout().headerByteCount = partition.headerByteCount;
     partition.indexOffset = partition.essenceOffset = klv_.Position();
@@ -268,17 +256,15 @@ class ClipWriter {
 
   void WriteBody(std::size_t body) {
     PartitionPlace& partition = BeginPartition(kKeyBody);
-    if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
-      WriteIndex(partition, body, body + 1);
-    } else if (spec_.indexPlacement != IndexPlacement::kFooter && body > 0) {
-      WriteIndex(partition, body - 1, body);
-    }
+    const bool own = spec_.indexPlacement == IndexPlacement::kOwnPartition;
+    if (own || (body > 0 && spec_.indexPlacement != IndexPlacement::kFooter))
+      WriteIndex(partition, own ? body : body - 1, own ? body + 1 : body);
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();
     const std::uint32_t first = static_cast<std::uint32_t>(body) * FramesPerPartition(spec_);
     partition.bodyOffset = frames_[first].streamOffset;
     for (std::uint32_t n = first; n < spec_.frames && n - first < FramesPerPartition(spec_); ++n) {
-      FramePlace& frame = Layout().frames.emplace_back(writer_.Write(klv_, n));
+      FramePlace& frame = Layout().frames.emplace_back(WriteFrame(klv_, n));
       frame.streamOffset = frames_[n].streamOffset;
       frame.partition = body + 1;
     }
@@ -332,7 +318,6 @@ class ClipWriter {
   const ClipSpec& spec_;
   Clip clip_;
   KlvWriter klv_;
-  FrameWriter writer_;
   std::vector<FramePlace> frames_;  // in a file of their own
   HeaderSets sets_ = BuildHeaderSets(spec_);
   Bytes containers_;  // that the packs and the Preface list

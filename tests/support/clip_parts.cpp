@@ -39,13 +39,9 @@ Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items) {
          items;
 }
 
-std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit) {
-  return (value + unit - 1) / unit * unit;
-}
-
 std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit) {
   if (unit == 0) return used;
-  std::uint64_t size = AlignUp(used, unit);
+  std::uint64_t size = (used + unit - 1) / unit * unit;
   while (size != used && size - used < kKlHead)
     size += unit;
   return size;

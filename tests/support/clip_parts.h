@@ -34,8 +34,6 @@ Bytes ToBytes(const Container& values) {
 Bytes operator+(Bytes left, const Bytes& right);
 Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items);
 
-std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit);
-
 // Smallest multiple of `unit` that holds `used` bytes and leaves nothing or room for a fill;
 // `used` itself for a unit of 0.
 std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit);

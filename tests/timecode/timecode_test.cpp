@@ -81,27 +81,13 @@ TEST(FramesToTimecode, LeavesTheFieldsAloneForAnUnknownBase) {
 }
 
 TEST(TextToFrames, TakesTheLastEightDigits) {
-  const struct {
-    const char* text;
-    std::int32_t count;
-  } kCases[] = {
-      {"01:00:00:00", 90000},
-      {"01000000", 90000},
-      {"1000000", 90000},
-      {"9901000000", 90000},
-      {"TC 01;00,00.00 \xFF", 90000},
-      {"", 0},
-      {"24", 24},
-      {"25", kInvalidTimecode},
-      {"47595924", 4319999},
-      {"48000000", kInvalidTimecode},
-      {"00600000", kInvalidTimecode},
-      {"00006000", kInvalidTimecode},
-  };
-  for (const auto& c : kCases)
-    EXPECT_EQ(TextToFrames(1, 0, c.text), c.count) << c.text;
-  EXPECT_EQ(TextToFrames(2, 1, "00:01:00.00"), 1800);
-  EXPECT_EQ(TextToFrames(5, 0, "00000000"), kInvalidTimecode);
+  test::ForEachGoldenLine("timecode/golden/texts.txt", [](auto& cells) {
+    std::uint32_t fpsIndex = 0, dropFrame = 0;
+    std::int32_t count = 0;
+    std::string text;
+    std::getline(cells >> fpsIndex >> dropFrame >> count >> std::ws, text);
+    EXPECT_EQ(TextToFrames(fpsIndex, dropFrame, text.c_str()), count);
+  });
 }
 
 // The last cell tells the frames of the result, or that there is none; it then stays as it was.
