@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "support/golden.h"
 
 namespace quorvan::test {
@@ -15,10 +17,9 @@ TEST(KlvField, FollowsEveryLengthFormAndNoLengthThatReachesBehindTheEnd) {
   ForEachGoldenLine("conform/golden/length_fields.txt", [&](auto& cells) {
     std::size_t fileBytes = 0;
     std::string length;
-    cells >> fileBytes >> length >> std::hex;
+    cells >> fileBytes >> length;
     Bytes bytes(keys::kPreface.begin(), keys::kPreface.end());
-    for (std::uint16_t byte = 0; cells >> byte;)
-      bytes.push_back(static_cast<std::uint8_t>(byte));
+    std::ranges::copy(HexBytes(cells), std::back_inserter(bytes));
     const std::size_t valueOffset = bytes.size();
     bytes.resize(fileBytes);
     const auto file =

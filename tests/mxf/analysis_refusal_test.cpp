@@ -61,10 +61,6 @@ const Verdict<Damage> kDamaged[] = {
 };
 
 const Verdict<Edit> kDescribed[] = {
-    {"PrefaceWithALongLength", 0,
-     [](ClipSpec& s) {
-       s.headerEdits.push_back([](auto& sets) { SetOf(sets, kPreface).longLength = true; });
-     }},
     {"NoSoundTrack", 410, [](ClipSpec& s) { s.tracks = 0; }},
     {"TwentySixDeltas", 0, WithIndex([](auto& s) { s.deltas.resize(26, s.deltas.back()); })},
     {"TwentySevenDeltas", 607, WithIndex([](auto& s) { s.deltas.resize(27, s.deltas.back()); })},
@@ -108,14 +104,6 @@ TEST(AnalysisVerdict, IsItsCodeAndLeavesTheFileAlone) {
   }
 }
 
-// The bytes of the cells, which are hexadecimal.
-Bytes BytesOf(std::istream& cells) {
-  Bytes bytes;
-  for (std::uint16_t byte = 0; cells >> std::hex >> byte;)
-    bytes.push_back(Big16(byte)[1]);
-  return bytes;
-}
-
 // A line has a partition, a place in its pack and the bytes that stand there.
 TEST(AnalysisVerdict, IsThatOfTheGoldenTableWhenAPackIsAnother) {
   ForEachGoldenLine("mxf/golden/pack_verdicts.txt", [](auto& cells) {
@@ -124,7 +112,7 @@ TEST(AnalysisVerdict, IsThatOfTheGoldenTableWhenAPackIsAnother) {
     std::size_t partition = 0, place = 0;
     cells >> name >> code >> partition >> place;
     Clip clip = BuildClip(ClipSpec());
-    Patch(clip.bytes, clip.layout.partitions.at(partition).offset + place, BytesOf(cells));
+    Patch(clip.bytes, clip.layout.partitions.at(partition).offset + place, HexBytes(cells));
     ExpectVerdict(clip.bytes, code);
   });
 }
@@ -138,7 +126,7 @@ TEST(AnalysisVerdict, IsThatOfTheGoldenTableWhenAHeaderIsAnother) {
     std::uint32_t kind = 0;
     std::uint16_t tag = 0;
     cells >> name >> code >> std::hex >> kind >> tag;
-    const Bytes value = BytesOf(cells);
+    const Bytes value = HexBytes(cells);
     const auto set = static_cast<SetKind>(kind);
     ClipSpec spec;
     if (tag == 0) {

@@ -28,7 +28,8 @@ enum class IndexPlacement {
   kFollowingAndFooter,  // as the first, with all segments once more in the footer
 };
 
-// By byte 14 of their keys; the Primer Pack and the index table segment have keys of their own.
+// Some of them, by byte 14 of their keys; the Primer Pack and the index table segment have keys of
+// their own.
 enum class SetKind : std::uint8_t {
   kPrimer = 0x00,
   kPreface = 0x2F,
@@ -39,15 +40,11 @@ enum class SetKind : std::uint8_t {
   kTimelineTrack = 0x3B,
   kSequence = 0x0F,
   kTimecodeComponent = 0x14,
-  kSourceClip = 0x11,
   kSourcePackage = 0x37,
   kMultipleDescriptor = 0x44,
   kMpegVideoDescriptor = 0x51,
-  kCdciDescriptor = 0x28,
   kAvcSubDescriptor = 0x6E,
   kAes3Descriptor = 0x47,
-  kWaveDescriptor = 0x48,
-  kDataDescriptor = 0x5C,
   kIndexTableSegment = 0xFF,
 };
 
@@ -62,7 +59,6 @@ struct MetadataSet {
   SetKind kind = SetKind::kPrimer;
   Label key{};
   std::vector<MetadataItem> items{};
-  bool longLength = false;  // an 8-byte BER length instead of the 4-byte one
 
   // Replaces the first item of that tag, or adds one at the end.
   void SetTag(std::uint16_t tag, Bytes value);

@@ -51,12 +51,10 @@ void KlvWriter::Put(const Bytes& bytes) {
   out_.insert(out_.end(), bytes.begin(), bytes.end());
 }
 
-KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes, bool longLength) {
+KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes) {
   KlvPlace place{.key = Position(), .valueBytes = valueBytes};
   out_.insert(out_.end(), key.begin(), key.end());
-  Bytes length = longLength ? Big64(valueBytes) : Big32(static_cast<std::uint32_t>(valueBytes));
-  length[0] = longLength ? 0x87 : 0x83;
-  Put(length);
+  Put(Big32(0x83000000 | static_cast<std::uint32_t>(valueBytes)));
   place.value = Position();
   place.totalBytes = place.value - place.key + valueBytes;
   return place;
@@ -74,7 +72,7 @@ SetPlace KlvWriter::Set(const MetadataSet& set) {
   std::uint64_t valueBytes = primer ? kBatchHead : 0;
   for (const MetadataItem& item : set.items)
     valueBytes += itemHead + item.value.size();
-  SetPlace place{.kind = set.kind, .klv = Head(set.key, valueBytes, set.longLength), .tags = {}};
+  SetPlace place{.kind = set.kind, .klv = Head(set.key, valueBytes), .tags = {}};
   if (primer) Put(Batch(set.items.size(), 2 + sizeof(Label), {}));
   for (const MetadataItem& item : set.items) {
     Put(Big16(item.tag));

@@ -47,7 +47,7 @@ class KlvWriter {
   void Put(const Bytes& bytes);
 
   // Writes key and length; the caller writes the value.
-  KlvPlace Head(const Label& key, std::uint64_t valueBytes, bool longLength = false);
+  KlvPlace Head(const Label& key, std::uint64_t valueBytes);
 
   // A KLV Fill up to `position`, which is here or at least kKlHead on.
   void FillTo(std::uint64_t position);

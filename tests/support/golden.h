@@ -45,4 +45,12 @@ void ForEachGoldenLine(const std::string& name, const Expect& expect) {
   }
 }
 
+// The bytes of the remaining cells, which are hexadecimal.
+inline std::vector<std::uint8_t> HexBytes(std::istream& cells) {
+  std::vector<std::uint8_t> bytes;
+  for (unsigned byte = 0; cells >> std::hex >> byte;)
+    bytes.push_back(static_cast<std::uint8_t>(byte));
+  return bytes;
+}
+
 }  // namespace quorvan::test

@@ -10,23 +10,21 @@ namespace quorvan::test::tag {
 using Tag = std::uint16_t;
 
 inline constexpr Tag kInstanceUid = 0x3C0A;
-// Preface
-inline constexpr Tag kVersion = 0x3B05, kOperationalPattern = 0x3B09, kEssenceContainers = 0x3B0A;
-// Identification
-inline constexpr Tag kCompanyName = 0x3C01, kProductName = 0x3C02;
-inline constexpr Tag kVersionString = 0x3C04, kPlatform = 0x3C08;
-// Content Storage and Essence Container Data
-inline constexpr Tag kPackages = 0x1901, kEssenceContainerData = 0x1902, kLinkedPackageUid = 0x2701;
+// Preface and Identification
+inline constexpr Tag kEssenceContainers = 0x3B0A;
+inline constexpr Tag kCompanyName = 0x3C01, kProductName = 0x3C02, kPlatform = 0x3C08;
+// Essence Container Data
+inline constexpr Tag kLinkedPackageUid = 0x2701;
 inline constexpr Tag kIndexSid = 0x3F06, kBodySid = 0x3F07;
 // Packages
 inline constexpr Tag kPackageUid = 0x4401, kTracks = 0x4403;
 inline constexpr Tag kPackageModifiedDate = 0x4404, kPackageCreationDate = 0x4405;
 // Sequence, Timecode Component and Source Clip
-inline constexpr Tag kDataDefinition = 0x0201, kDuration = 0x0202, kSourcePackageId = 0x1101;
+inline constexpr Tag kDuration = 0x0202, kSourcePackageId = 0x1101;
 inline constexpr Tag kStartTimecode = 0x1501, kRoundedTimecodeBase = 0x1502, kDropFrame = 0x1503;
 // Descriptors of any kind, of pictures and of sound
 inline constexpr Tag kSampleRate = 0x3001, kContainerDuration = 0x3002, kEssenceContainer = 0x3004;
-inline constexpr Tag kPictureEssenceCoding = 0x3201, kDisplayHeight = 0x3208;
+inline constexpr Tag kDisplayHeight = 0x3208;
 inline constexpr Tag kDisplayWidth = 0x3209, kFrameLayout = 0x320C, kAspectRatio = 0x320E;
 inline constexpr Tag kAvcMaximumBitRate = 0x800D;
 inline constexpr Tag kQuantizationBits = 0x3D01, kAudioSamplingRate = 0x3D03;
