@@ -168,28 +168,6 @@ TEST(AnalysisSearch, FindsTheSetsThatStartBeforeTheEndOfTheHeader) {
   }
 }
 
-// The searches begin behind the header's pack, whose bytes KAGSize counts; those for the Preface
-// and the names at the start of the file.
-TEST(AnalysisSearch, FindsTheSetsThatStartBehindThePack) {
-  const std::pair<SetKind, std::int32_t> rows[] = {
-      {kContentStorage, 702},  {kEssenceContainerData, 802},
-      {kMaterialPackage, 405}, {kSourcePackage, 505},
-      {kPreface, 0},           {kIdentification, 0}};
-  for (const auto& [kind, code] : rows) {
-    ClipSpec spec;
-    spec.headerEdits.push_back([set = kind](HeaderSets& sets) {
-      const auto at = sets.begin() + (&SetOf(sets, set) - sets.data());
-      std::rotate(sets.begin(), at, at + 1);
-    });
-    Clip clip = BuildClip(spec);
-    EXPECT_EQ(Analysed(clip.bytes).result, 0);
-    Patch(clip.bytes, pack::kKagSize, Big32(513));
-    const Analysed late(clip.bytes);
-    EXPECT_EQ(late.result, code);
-    EXPECT_EQ(std::u16string(late.records.base.companyName), u"Northlight");
-  }
-}
-
 TEST(AnalysisGuards, NameTheMissingPiece) {
   const TempFolder folder;
   const auto path = folder.Write("clip.mxf", BuildClip(ClipSpec()).bytes);
@@ -217,12 +195,6 @@ TEST(AnalysisGuards, NameTheMissingPiece) {
   EXPECT_EQ(codes(&open, &mxf), (Codes{0, 0, 404, 504, 604, 4}));
   mxf.partitionTable = nullptr;
   EXPECT_EQ(codes(&open, &mxf), (Codes{303, 903, 403, 503, 603, 3}));
-
-  EXPECT_EQ(ReadRandomIndexAndPartitions(&closed, 9, &mxf), 201);
-  EXPECT_EQ(ReadRandomIndexAndPartitions(&open, 9, nullptr), 202);
-  EXPECT_EQ(ReadRandomIndexAndPartitions(&open, 9, &mxf), 203);
-  EXPECT_EQ(CheckContentStorage(&closed, 0, 9), 701);
-  EXPECT_EQ(CheckEssenceContainerData(&closed, 0, 9), 801);
 }
 
 }  // namespace

@@ -74,19 +74,6 @@ TEST(FindKlvKey, StopsAtTheEndWhateverALengthClaims) {
   }
 }
 
-TEST(FindKlvKey, LooksOnlyForKeysThatStartBeforeTheLimit) {
-  const test::TempFolder folder;
-  const Bytes bytes = Klv(kOtherKey, {0x83, 0, 0, 0}) + Klv(kWanted, {0x83, 0, 0, 9});
-  auto file = platform::File::Open(folder.Write("klv", bytes), platform::OpenMode::kReadAlone);
-  std::uint64_t length = 0;
-  EXPECT_EQ(FindKlvKey(&file, kWanted, 0, 20, &length), 0);
-  EXPECT_EQ(FindKlvKey(&file, kWanted, 0, 21, &length), 1);
-  EXPECT_EQ(length, 9u);
-  EXPECT_EQ(FindKlvKey(&file, kWanted, 20, 20, &length), 0);
-  EXPECT_EQ(FindKlvKey(&file, kWanted, ~0ull, 21, &length), 0);
-  EXPECT_EQ(FindKlvKey(nullptr, kWanted, 0, 21, &length), 0);
-}
-
 TEST(LocalSetWalk, EndsAtAnItemThatReachesBehindTheSet) {
   const Bytes set = {0x44, 0x01, 0, 2, 9, 8, 0x44, 0x02, 0, 0, 0x44, 0x03, 0, 3, 1, 2};
   LocalSetWalk walk(set);

@@ -76,8 +76,7 @@ struct DeltaEntry {
 };
 
 struct IndexEntry {
-  std::int8_t temporalOffset = 0;
-  std::int8_t keyFrameOffset = 0;
+  std::int8_t temporalOffset = 0, keyFrameOffset = 0;
   std::uint8_t flags = 0;
   std::uint64_t streamOffset = 0;
   std::uint32_t sliceOffset = 0;  // the last slice offset; any before it lead to the picture
@@ -90,8 +89,7 @@ struct IndexSegment {
   std::vector<DeltaEntry> deltas{};
   std::vector<IndexEntry> entries{};
   // Items that the head of a batch claims beyond those that it has.
-  std::size_t missingDeltas = 0;
-  std::size_t missingEntries = 0;
+  std::size_t missingDeltas = 0, missingEntries = 0;
 };
 
 using ClipTimecode = TimeFields;
@@ -121,8 +119,7 @@ struct ClipSpec {
   std::map<std::uint32_t, std::uint32_t> timecodeWords{};  // by frame; lowest byte written first
 
   std::uint32_t codec = 3;  // coding: 0 to 4 MPEG-2, 5 and 6 AVC
-  std::uint32_t height = 540;
-  std::uint32_t width = 1920;
+  std::uint32_t height = 540, width = 1920;
   std::uint8_t frameLayout = 1;
   std::uint32_t bitRate = 50000000;
   std::uint16_t bitRateTag = 0x8000;  // the dynamic tag that the Primer gives to BitRate
@@ -147,16 +144,13 @@ struct ClipSpec {
 
 // Where a KLV lies in the file, in bytes from its start.
 struct KlvPlace {
-  std::uint64_t key = 0;
-  std::uint64_t value = 0;
-  std::uint64_t valueBytes = 0;
+  std::uint64_t key = 0, value = 0, valueBytes = 0;
   std::uint64_t totalBytes = 0;  // with key, length and the fill behind it
 };
 
 struct TagPlace {
   std::uint16_t tag = 0;
-  std::uint64_t value = 0;
-  std::uint64_t valueBytes = 0;
+  std::uint64_t value = 0, valueBytes = 0;
 };
 
 struct SetPlace {
@@ -172,8 +166,7 @@ struct FramePlace {
   std::uint32_t bytes = 0;
   std::uint32_t samples = 0;  // per track
   std::size_t partition = 0;  // place in ClipLayout::partitions
-  KlvPlace system{};
-  KlvPlace picture{};
+  KlvPlace system{}, picture{};
   std::vector<KlvPlace> audio{};  // valueBytes is BlockAlign x samples
   std::optional<KlvPlace> data{};
 };
@@ -182,12 +175,9 @@ struct PartitionPlace {
   std::uint8_t keyKind = 0;  // byte 13 of the key: 2 header, 3 body, 4 footer
   std::uint64_t offset = 0;  // of the pack's key
   std::uint64_t headerByteCount = 0;
-  std::uint64_t indexOffset = 0;
-  std::uint64_t indexByteCount = 0;
-  std::uint32_t indexSid = 0;
-  std::uint64_t essenceOffset = 0;
-  std::uint64_t bodyOffset = 0;
-  std::uint32_t bodySid = 0;
+  std::uint64_t indexOffset = 0, indexByteCount = 0;
+  std::uint64_t essenceOffset = 0, bodyOffset = 0;
+  std::uint32_t indexSid = 0, bodySid = 0;
 };
 
 struct ClipLayout {
@@ -195,12 +185,10 @@ struct ClipLayout {
   std::vector<SetPlace> sets{};  // of the header metadata, in file order
   std::vector<FramePlace> frames{};
   std::vector<SetPlace> indexSegments{};
-  std::vector<std::uint64_t> materialUmids{};  // every occurrence in the header metadata
-  std::vector<std::uint64_t> sourceUmids{};
+  std::vector<std::uint64_t> materialUmids{}, sourceUmids{};  // all in the header metadata
   std::uint64_t headerByteCount = 0;
   KlvPlace randomIndex{};  // all 0 when there is none
-  std::uint32_t startFrames = 0;
-  std::uint32_t blockAlign = 0;
+  std::uint32_t startFrames = 0, blockAlign = 0;
 
   // These throw when there is no such set or tag.
   const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
@@ -214,19 +202,10 @@ struct Clip {
 
 // Offsets from the key of a partition pack (SMPTE 377, 4-byte length), for patches.
 namespace pack {
-inline constexpr std::size_t kKind = 13;
-inline constexpr std::size_t kStatus = 14;
-inline constexpr std::size_t kMajorVersion = 20;
-inline constexpr std::size_t kKagSize = 24;
-inline constexpr std::size_t kThisPartition = 28;
-inline constexpr std::size_t kPreviousPartition = 36;
-inline constexpr std::size_t kFooterPartition = 44;
-inline constexpr std::size_t kHeaderByteCount = 52;
-inline constexpr std::size_t kIndexByteCount = 60;
-inline constexpr std::size_t kIndexSid = 68;
-inline constexpr std::size_t kBodyOffset = 72;
-inline constexpr std::size_t kBodySid = 80;
-inline constexpr std::size_t kOperationalPattern = 84;
+inline constexpr std::size_t kKind = 13, kStatus = 14, kMajorVersion = 20, kKagSize = 24;
+inline constexpr std::size_t kThisPartition = 28, kPreviousPartition = 36, kFooterPartition = 44;
+inline constexpr std::size_t kHeaderByteCount = 52, kIndexByteCount = 60, kIndexSid = 68;
+inline constexpr std::size_t kBodyOffset = 72, kBodySid = 80, kOperationalPattern = 84;
 }  // namespace pack
 
 // The two UMIDs; in a clip of 64-byte UMIDs their first half.

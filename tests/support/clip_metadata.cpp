@@ -113,18 +113,12 @@ class HeaderBuilder {
 
   // Those that the descriptors name, each once.
   Bytes Containers() const {
-    std::vector<Bytes> labels;
-    Bytes items;
-    for (const MetadataSet& set : sets_) {
-      for (const MetadataItem& item : set.items) {
-        if (item.tag != tag::kEssenceContainer ||
-            std::count(labels.begin(), labels.end(), item.value) != 0)
-          continue;
-        labels.push_back(item.value);
-        items = std::move(items) + item.value;
-      }
-    }
-    return Batch(labels.size(), sizeof(Label), items);
+    Bytes labels;
+    for (const MetadataSet& set : sets_)
+      for (const auto& [tag, value] : set.items)
+        if (tag == tag::kEssenceContainer && std::ranges::search(labels, value).empty())
+          labels = std::move(labels) + value;
+    return Batch(labels.size() / sizeof(Label), sizeof(Label), labels);
   }
 
   const ClipSpec& spec_;

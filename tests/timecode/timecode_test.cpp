@@ -40,25 +40,19 @@ TEST(TimecodeToFrames, CountsFieldsByBaseAndDropFrame) {
 TEST(FramesToLabelCount, NamesEveryFrameOfADayAndBackUnderDropFrame) {
   for (const std::uint32_t fpsIndex : {2U, 4U}) {
     const std::uint32_t dropped = fpsIndex == 2 ? 2 : 4;
-    const std::uint32_t day = FramesPerDay(fpsIndex, 1);
-    TimeFields written{};
-    for (std::uint32_t count = 0; count < day; ++count) {
-      TimeFields fields{};
-      FramesToTimecode(FramesToLabelCount(fpsIndex, 1, count), fpsIndex, &fields);
-      ASSERT_EQ(fields, written) << count;
-      ASSERT_EQ(TimecodeToFrames(fpsIndex, 1, fields), static_cast<std::int32_t>(count));
-      if (++written[3] < FramesPerSecond(fpsIndex)) continue;
-      written[3] = 0;
-      if (++written[2] == 60) {
-        written[2] = 0;
-        if (++written[1] == 60) {
-          written[1] = 0;
-          ++written[0];
-        }
-        if (written[1] % 10 != 0) written[3] = dropped;
-      }
-    }
-    EXPECT_EQ(written, (TimeFields{24, 0, 0, 0}));
+    std::uint32_t count = 0;
+    TimeFields written{}, fields{};
+    auto& [h, m, s, f] = written;
+    for (h = 0; h < 24; ++h)
+      for (m = 0; m < 60; ++m)
+        for (s = 0; s < 60; ++s)
+          for (f = s == 0 && m % 10 != 0 ? dropped : 0; f < FramesPerSecond(fpsIndex);
+               ++f, ++count) {
+            FramesToTimecode(FramesToLabelCount(fpsIndex, 1, count), fpsIndex, &fields);
+            ASSERT_EQ(fields, written) << count;
+            ASSERT_EQ(TimecodeToFrames(fpsIndex, 1, fields), static_cast<std::int32_t>(count));
+          }
+    EXPECT_EQ(count, FramesPerDay(fpsIndex, 1));
   }
 }
 
