@@ -137,6 +137,7 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   Bytes runIn(64);
   runIn.insert(runIn.end(), clip.bytes.begin(), clip.bytes.end());
   const auto& partitions = clip.layout.partitions;
+  const std::uint64_t footer = partitions.back().offset;
   // A segment that means the whole essence, which the readers place in one partition.
   ClipSpec oneSegment;
   oneSegment.indexPlacement = IndexPlacement::kFooter;
@@ -152,19 +153,18 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"run-in", runIn, 0},
       {"open header", patched(pack::kStatus, Bytes{1}), 0},
       {"open body", patched(partitions[1].offset + pack::kStatus, Bytes{3}), 0},
-      {"no footer", patched(partitions.back().offset + pack::kKind, Bytes{3}), 0},
+      {"no footer", patched(footer + pack::kKind, Bytes{3}), 0},
       {"footer in the middle", patched(partitions[1].offset + pack::kKind, Bytes{4}), 0},
       {"data behind the random index", resized(clip.bytes.size() + 100), 0},
       {"cut in the random index", resized(clip.bytes.size() - 1), 0},
-      {"cut in the footer's index", resized(clip.layout.indexSegments.back().klv.value + 9), 0},
+      {"cut in the footer's index", resized(partitions.back().indexOffset + 29), 0},
       {"cut behind the footer's pack", resized(partitions.back().indexOffset), 0},
       {"cut in a frame", resized(clip.layout.frames[3].picture.value), 0},
       {"cut in a key", resized(clip.layout.frames[3].picture.key + 7), 0},
       {"header count into a set", patched(pack::kHeaderByteCount, Big64(1000)), 0},
       {"header count behind all", patched(pack::kHeaderByteCount, Big64(~0ULL)), 0},
       {"header count of nothing", patched(pack::kHeaderByteCount, Big64(0)), 0},
-      {"no version of ours",
-       patched(partitions.back().offset + pack::kMajorVersion, Bytes{0, 2, 0, 4}),
+      {"no version of ours", patched(footer + pack::kMajorVersion, Bytes{0, 2, 0, 4}),
        kPartitionVersion},
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
       {"index of several partitions in one", BuildClip(oneSegment).bytes, 0},

@@ -113,7 +113,6 @@ TEST(MeasureLoudness, MeasuresTheTwoLowestOfTheSelectedTracksOrSilence) {
   ASSERT_EQ(Measure(clip, {2}), 0);
   EXPECT_EQ(ResultsOf(clip), Reference(clip, 2, kMaxTracks, 0, 19));
   ASSERT_EQ(Measure(clip, {4, 23}), 0);  // tracks that the clip has not
-  EXPECT_EQ(clip.app.mxf.audio.truePeak, kSilentTruePeak);
   EXPECT_EQ(ResultsOf(clip), Reference(clip, kMaxTracks, kMaxTracks, 0, 19));
 }
 
@@ -144,11 +143,9 @@ TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
   clip.SetRange(kLoudnessRange, 0, 9);
   INDEX_ENTRY_ARRAY& entry = (*clip.app.info.mxf->indexEntries)[6];
   const INDEX_ENTRY_ARRAY honest = entry;
-  for (const std::uint32_t samples : {kLargestFrameSamples + 1, 100000u}) {
-    entry.audioSamples = samples;
-    expect(Measure(clip, {}), 4019);
-    expect(Measure(clip, {0, 1}), 4019);
-  }
+  entry.audioSamples = kLargestFrameSamples + 1;
+  expect(Measure(clip, {}), 4019);
+  expect(Measure(clip, {0, 1}), 4019);
   entry = honest;
   entry.delta[kDeltasBeforeAudio + 1].elementDelta += 16;
   expect(Measure(clip, {1}), 4019);

@@ -14,8 +14,8 @@ namespace {
 using namespace test;
 using enum SetKind;
 
-// What is special about a clip: said before it is laid out, or done to its bytes afterwards.
-using Edit = std::function<void(ClipSpec&)>;
+// What is special about a clip: in its index before it is laid out, or done to its bytes.
+using Edit = std::function<void(std::vector<IndexSegment>&)>;
 using Damage = std::function<void(Clip&)>;
 
 // What the analysis answers: a code, or 0 for a clip that only looks wrong.
@@ -26,11 +26,6 @@ struct Verdict {
   Change change;
 };
 
-Edit WithIndex(const std::function<void(IndexSegment&)>& edit) {
-  return [=](ClipSpec& spec) {
-    spec.indexEdits.push_back([=](std::vector<IndexSegment>& segments) { edit(segments[0]); });
-  };
-}
 Damage WithTrailer(std::uint32_t overall) {
   return [=](Clip& clip) { Patch(clip.bytes, clip.bytes.size() - 4, Big32(overall)); };
 }
@@ -55,31 +50,24 @@ const Verdict<Damage> kDamaged[] = {
          Patch(c.bytes, partition.offset + pack::kIndexSid, Big32(0));
      }},
     {"OddSampleCount", 609,
-     [](Clip& c) {
+     [](auto& c) {
        Patch(c.bytes, c.layout.frames[0].audio[0].key + 17, {0, 0x16, 0x7D});
      }},
 };
 
 const Verdict<Edit> kDescribed[] = {
-    {"NoSoundTrack", 410, [](ClipSpec& s) { s.tracks = 0; }},
-    {"TwentySixDeltas", 0, WithIndex([](auto& s) { s.deltas.resize(26, s.deltas.back()); })},
-    {"TwentySevenDeltas", 607, WithIndex([](auto& s) { s.deltas.resize(27, s.deltas.back()); })},
-    {"SegmentsWithoutEntries", 608,
-     [](ClipSpec& s) {
-       s.indexEdits.push_back([](auto& all) { all[0].entries = all[1].entries = {}; });
-     }},
-    {"SegmentOfEndlessDuration", 0, WithIndex([](auto& s) { s.duration = 0x7FFFFFFFFFFFFFFF; })},
+    {"TwentySixDeltas", 0, [](auto& s) { s[0].deltas.resize(26, s[0].deltas.back()); }},
+    {"TwentySevenDeltas", 607, [](auto& s) { s[0].deltas.resize(27, s[0].deltas.back()); }},
+    {"SegmentsWithoutEntries", 608, [](auto& s) { s[0].entries = s[1].entries = {}; }},
+    {"SegmentOfEndlessDuration", 0, [](auto& s) { s[0].duration = 0x7FFFFFFFFFFFFFFF; }},
     {"MoreEntriesThanTheSegmentHolds", 608,
-     WithIndex([](auto& s) { s.missingEntries = 0x40000000 - s.entries.size(); })},
-    {"MoreDeltasThanTheSegmentHolds", 608, WithIndex([](auto& s) { s.missingDeltas = 20; })},
-    {"EntryBehindTheFile", 608, WithIndex([](auto& s) { s.entries[1].streamOffset = 1ull << 40; })},
-    {"OffsetThatWraps", 608,
-     WithIndex([](auto& s) { s.entries[1].streamOffset = ~0ull - 100000; })},
-    {"SliceBehindTheFile", 608, WithIndex([](auto& s) { s.entries[1].sliceOffset = 0xFFFFFFFF; })},
-    {"LastDeltaBehindTheFile", 608,
-     WithIndex([](auto& s) { s.deltas.back().elementDelta = 0xFFFFFFF0; })},
-    {"FirstDeltaBehindTheFile", 608,
-     WithIndex([](auto& s) { s.deltas[0].elementDelta = 0xFFFFFFF0; })},
+     [](auto& s) { s[0].missingEntries = 0x40000000 - s[0].entries.size(); }},
+    {"MoreDeltasThanTheSegmentHolds", 608, [](auto& s) { s[0].missingDeltas = 20; }},
+    {"EntryBehindTheFile", 608, [](auto& s) { s[0].entries[1].streamOffset = 1ull << 40; }},
+    {"OffsetThatWraps", 608, [](auto& s) { s[0].entries[1].streamOffset = ~0ull - 100000; }},
+    {"SliceBehindTheFile", 608, [](auto& s) { s[0].entries[1].sliceOffset = 0xFFFFFFFF; }},
+    {"LastDeltaBehindTheFile", 608, [](auto& s) { s[0].deltas.back().elementDelta = 0xFFFFFFF0; }},
+    {"FirstDeltaBehindTheFile", 608, [](auto& s) { s[0].deltas[0].elementDelta = 0xFFFFFFF0; }},
 };
 
 void ExpectVerdict(const Bytes& clip, std::int32_t code) {
@@ -99,9 +87,12 @@ TEST(AnalysisVerdict, IsItsCodeAndLeavesTheFileAlone) {
   for (const auto& row : kDescribed) {
     SCOPED_TRACE(row.name);
     ClipSpec spec;
-    row.change(spec);
+    spec.indexEdits.push_back(row.change);
     ExpectVerdict(BuildClip(spec).bytes, row.code);
   }
+  ClipSpec silent;
+  silent.tracks = 0;
+  ExpectVerdict(BuildClip(silent).bytes, 410);
 }
 
 // A line has a partition, a place in its pack and the bytes that stand there.

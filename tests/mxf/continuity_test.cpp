@@ -136,9 +136,7 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
       WordsOf(0, 30, [](auto f) { return TimecodeWord(start + f + 5, Rate::k50, false) | 0x40; }),
       {});
   // The tens digit 4 in the place of the drop frame flag.
-  const ClipSpec tens = Spec(Rate::k50, {10, 0, 0, 0}, 120);
-  ExpectBreaks(tens, {}, {});
-  ExpectBreaks(tens, {{45, 0x10000044}},
+  ExpectBreaks(Spec(Rate::k50, {10, 0, 0, 0}, 120), {{45, 0x10000044}},
                {{44, 4, start + 44, start + 44}, {45, 2, start + 44, start + 46}});
   // Two frames a value with a field mark.
   const auto half = [](std::uint32_t f) { return At25(start / 2 + f / 2); };
@@ -207,9 +205,7 @@ TEST(Continuity, StopsWhenItIsAsked) {
 }
 
 TEST(Continuity, RefusesWhatItCannotWorkWith) {
-  ClipSpec spec = Spec(Rate::k25);
-  spec.timecodeWords[9] = 0x12000000;
-  LoadedClip clip(spec);
+  LoadedClip clip(Spec(Rate::k25));
   MXF_BASE_INFO& mxf = clip.app.mxf.base;
   EXPECT_EQ(CheckTimecodeContinuity(nullptr, &mxf), 1001);
   auto file = platform::File::Open(clip.path, platform::OpenMode::kReadAlone);

@@ -79,10 +79,8 @@ TEST(File, WritesPiecesOneBehindTheOther) {
   EXPECT_TRUE(file.ReadCachedAt(999, &last, 1));
   EXPECT_EQ(last, 9);
   EXPECT_FALSE(file.ReadCachedAt(999, wanted.data(), 2)) << "more than there is";
-  File reader = File::Open(path, OpenMode::kReadShared);
-  EXPECT_FALSE(reader.IsOpen());
   file.Close();
-  reader = File::Open(path, OpenMode::kReadShared);
+  File reader = File::Open(path, OpenMode::kReadShared);
   EXPECT_EQ(reader.WriteGathered(0, pieces), WriteResult::kFailed);
 }
 
@@ -116,9 +114,8 @@ TEST(Mapping, RefusesWhatDoesNotLieInTheFile) {
   EXPECT_TRUE(view.Covers(9000, 1000));
   EXPECT_FALSE(view.Covers(9000, 1001));
   EXPECT_FALSE(view.Covers(view.fileOffset() - 1, 1));
-  EXPECT_FALSE(
-      FileMapping::Create(File::Open(folder.Write("empty", {}), OpenMode::kReadShared), u"x")
-          .IsOpen());
+  const File empty = File::Open(folder.Write("empty", {}), OpenMode::kReadShared);
+  EXPECT_FALSE(FileMapping::Create(empty, u"x").IsOpen());
 }
 
 TEST(FaultGuard, ReportsAFileThatWasCutShortUnderItsView) {

@@ -36,7 +36,7 @@ std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t
 std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const FramePlace& frame) {
   const std::uint64_t start = frame.streamOffset + (spec.sliceCount == 0 ? 0 : frame.sliceOffset);
   const auto system = static_cast<std::uint32_t>(frame.system.totalBytes);
-  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, system}};
+  std::vector<DeltaEntry> deltas{{0, 0, 0}, {0xFF, 0, system}};
   const auto add = [&](const KlvPlace& element) {
     deltas.push_back({0, spec.sliceCount, static_cast<std::uint32_t>(element.key - start)});
   };
@@ -51,8 +51,7 @@ std::size_t EntryBytes(const ClipSpec& spec) {
 
 std::uint32_t FramesPerPartition(const ClipSpec& spec) {
   const auto most = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / EntryBytes(spec));
-  const std::uint32_t wanted = spec.framesPerPartition == 0 ? most : spec.framesPerPartition;
-  return std::min(wanted, most);
+  return spec.framesPerPartition == 0 ? most : std::min(spec.framesPerPartition, most);
 }
 
 std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<FramePlace>& frames) {
@@ -63,7 +62,7 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
     segment.startPosition = first;
     segment.deltas = DeltasOf(spec, frames[0]);
     for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
-      segment.entries.push_back({0, static_cast<std::int8_t>(-static_cast<int>(n % 3)),
+      segment.entries.push_back({0, static_cast<std::uint8_t>(0 - n % 3),
                                  static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
                                  frames[n].streamOffset, frames[n].sliceOffset});
     }
@@ -76,9 +75,7 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
 Bytes DeltaArray(const IndexSegment& segment) {
   Bytes items;
   for (const DeltaEntry& delta : segment.deltas) {
-    items.push_back(static_cast<std::uint8_t>(delta.posTableIndex));
-    items.push_back(delta.slice);
-    items = std::move(items) + Big32(delta.elementDelta);
+    items = std::move(items) + Bytes{delta.posTableIndex, delta.slice} + Big32(delta.elementDelta);
   }
   return Batch(segment.deltas.size() + segment.missingDeltas, kDeltaItem, items);
 }
@@ -87,10 +84,8 @@ Bytes EntryArray(const ClipSpec& spec, const IndexSegment& segment) {
   const std::uint32_t toPicture = segment.deltas.size() > 1 ? segment.deltas[1].elementDelta : 0;
   Bytes items;
   for (const IndexEntry& entry : segment.entries) {
-    items.push_back(static_cast<std::uint8_t>(entry.temporalOffset));
-    items.push_back(static_cast<std::uint8_t>(entry.keyFrameOffset));
-    items.push_back(entry.flags);
-    items = std::move(items) + Big64(entry.streamOffset);
+    items = std::move(items) + Bytes{entry.temporalOffset, entry.keyFrameOffset, entry.flags} +
+            Big64(entry.streamOffset);
     for (std::uint8_t s = 1; s <= spec.sliceCount; ++s)
       items = std::move(items) + Big32(s == spec.sliceCount ? entry.sliceOffset : toPicture);
     items.resize(items.size() + std::size_t{8} * spec.posTableCount);
@@ -229,7 +224,7 @@ class ClipWriter {
     partition.indexOffset = klv_.Position();
     for (std::size_t n = first; n < end && n < segments_.size(); ++n) {
       partition.indexSid = kIndexSid;
-      Layout().indexSegments.push_back(klv_.Set(segments_[n]));
+      klv_.Set(segments_[n]);
       if (spec_.fillBetweenSegments) AlignFrom(partition.indexOffset);
     }
     AlignFrom(partition.indexOffset);

@@ -70,14 +70,13 @@ using HeaderSets = std::vector<MetadataSet>;
 MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence = 0);
 
 struct DeltaEntry {
-  std::int8_t posTableIndex = 0;
+  std::uint8_t posTableIndex = 0;
   std::uint8_t slice = 0;
   std::uint32_t elementDelta = 0;
 };
 
 struct IndexEntry {
-  std::int8_t temporalOffset = 0, keyFrameOffset = 0;
-  std::uint8_t flags = 0;
+  std::uint8_t temporalOffset = 0, keyFrameOffset = 0, flags = 0;
   std::uint64_t streamOffset = 0;
   std::uint32_t sliceOffset = 0;  // the last slice offset; any before it lead to the picture
 };
@@ -184,7 +183,6 @@ struct ClipLayout {
   std::vector<PartitionPlace> partitions{};
   std::vector<SetPlace> sets{};  // of the header metadata, in file order
   std::vector<FramePlace> frames{};
-  std::vector<SetPlace> indexSegments{};
   std::vector<std::uint64_t> materialUmids{}, sourceUmids{};  // all in the header metadata
   std::uint64_t headerByteCount = 0;
   KlvPlace randomIndex{};  // all 0 when there is none

@@ -30,13 +30,9 @@ std::uint32_t SampleBytes(const WavSpec& spec) {
   return (spec.bits + 7u) / 8u;
 }
 
-std::uint32_t FrameBytes(const WavSpec& spec) {
-  return SampleBytes(spec) * spec.channels;
-}
-
 Bytes FmtBody(const WavSpec& spec) {
   const std::uint32_t blockAlign =
-      spec.blockAlign.value_or(static_cast<std::uint16_t>(FrameBytes(spec)));
+      spec.blockAlign.value_or(static_cast<std::uint16_t>(SampleBytes(spec) * spec.channels));
   const std::uint32_t extension =
       spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0;
   Bytes body;
@@ -54,7 +50,6 @@ Bytes DataBody(const WavSpec& spec) {
   // Eight bits and fewer are stored with an offset, all others signed.
   const std::int32_t offset = width == 1 ? 0x80 : 0;
   Bytes body;
-  body.reserve(static_cast<std::size_t>(spec.sampleFrames * FrameBytes(spec)));
   for (std::uint64_t index = 0; index < spec.sampleFrames; ++index) {
     for (std::uint32_t channel = 0; channel < spec.channels; ++channel) {
       const std::int32_t value =
