@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <random>
-#include <utility>
+#include <tuple>
 
 #include "mxf/analysis.h"
 #include "mxf/metadata/klv.h"
@@ -73,12 +73,10 @@ void ExpectTrueOffsets(const Bytes& clip) {
 }
 
 TEST(Conform, KeepsEveryFrameWhereverTheIndexStands) {
-  for (const IndexPlacement placement :
-       {IndexPlacement::kFollowingPartition, IndexPlacement::kOwnPartition, IndexPlacement::kFooter,
-        IndexPlacement::kFollowingAndFooter}) {
-    SCOPED_TRACE(static_cast<int>(placement));
+  for (int placement = 0; placement < 4; ++placement) {
+    SCOPED_TRACE(placement);
     ClipSpec spec;
-    spec.indexPlacement = placement;
+    spec.indexPlacement = static_cast<IndexPlacement>(placement);
     spec.fillBetweenSegments = true;
     const Clip clip = BuildClip(spec);
     const Bytes conformed = Conformed(clip.bytes);
@@ -139,52 +137,44 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   Bytes runIn(64);
   runIn.insert(runIn.end(), clip.bytes.begin(), clip.bytes.end());
   const auto& partitions = clip.layout.partitions;
+  const std::uint64_t footer = partitions.back().offset;
   // A segment that means the whole essence, which the readers place in one partition.
   ClipSpec oneSegment;
   oneSegment.indexPlacement = IndexPlacement::kFooter;
   oneSegment.indexEdits.push_back([](std::vector<IndexSegment>& segments) {
-    segments[0].entries.insert(segments[0].entries.end(), segments[1].entries.begin(),
-                               segments[1].entries.end());
+    std::ranges::copy(segments[1].entries, std::back_inserter(segments[0].entries));
     segments[0].duration += segments[1].duration;
     segments.pop_back();
   });
   ClipSpec noPackage;
   noPackage.DropSet(SetKind::kMaterialPackage);
-  struct Row {
-    const char* fault;
-    Bytes clip;
-    std::int32_t analysisCode;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
       {"empty", {}, 0},
       {"run-in", runIn, 0},
       {"open header", patched(pack::kStatus, Bytes{1}), 0},
       {"open body", patched(partitions[1].offset + pack::kStatus, Bytes{3}), 0},
-      {"no footer", patched(partitions.back().offset + pack::kKind, Bytes{3}), 0},
+      {"no footer", patched(footer + pack::kKind, Bytes{3}), 0},
       {"footer in the middle", patched(partitions[1].offset + pack::kKind, Bytes{4}), 0},
       {"data behind the random index", resized(clip.bytes.size() + 100), 0},
       {"cut in the random index", resized(clip.bytes.size() - 1), 0},
-      {"cut in the footer's index", resized(clip.layout.indexSegments.back().klv.value + 9), 0},
+      {"cut in the footer's index", resized(partitions.back().indexOffset + 29), 0},
       {"cut behind the footer's pack", resized(partitions.back().indexOffset), 0},
       {"cut in a frame", resized(clip.layout.frames[3].picture.value), 0},
       {"cut in a key", resized(clip.layout.frames[3].picture.key + 7), 0},
       {"header count into a set", patched(pack::kHeaderByteCount, Big64(1000)), 0},
       {"header count behind all", patched(pack::kHeaderByteCount, Big64(~0ULL)), 0},
       {"header count of nothing", patched(pack::kHeaderByteCount, Big64(0)), 0},
-      {"no version of ours",
-       patched(partitions.back().offset + pack::kMajorVersion, Bytes{0, 2, 0, 4}),
+      {"no version of ours", patched(footer + pack::kMajorVersion, Bytes{0, 2, 0, 4}),
        kPartitionVersion},
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
       {"index of several partitions in one", BuildClip(oneSegment).bytes, 0},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.fault);
+  for (const auto& [fault, bytes, code] : rows) {
+    SCOPED_TRACE(fault);
     const TempFolder folder;
-    const ConformResult result = Conform(folder, row.clip);
-    EXPECT_FALSE(result.done);
-    EXPECT_FALSE(result.cancelled);
-    EXPECT_FALSE(result.reason.empty());
-    EXPECT_EQ(result.analysisCode, row.analysisCode) << result.reason;
+    const ConformResult result = Conform(folder, bytes);
+    EXPECT_FALSE(result.done || result.cancelled || result.reason.empty());
+    EXPECT_EQ(result.analysisCode, code) << result.reason;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
 }
@@ -209,26 +199,6 @@ TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
   EXPECT_TRUE(ConformClip(in, folder.PathOf("out.mxf"), &progress).done);
   EXPECT_EQ(progress.done, progress.total);
   EXPECT_EQ(progress.done, ReadAll(folder.Path() / "out.mxf").size());
-}
-
-TEST(Conform, SurvivesWrongBytesAndLeavesNoHalfACopy) {
-  ClipSpec spec;
-  spec.frames = 4;
-  spec.framesPerPartition = 2;
-  spec.tracks = 1;
-  const Clip clip = BuildClip(spec);
-  std::mt19937 random(20240);
-  const TempFolder folder;
-  for (int round = 0; round < 4; ++round) {
-    for (std::size_t at = 0; at + 100 < clip.bytes.size();
-         at += 20 + ReadBe24(&clip.bytes[at + 17])) {
-      Bytes wrong = clip.bytes;
-      const std::size_t place = at + random() % 100;
-      wrong[place] ^= static_cast<std::uint8_t>(random() % 2 == 0 ? 0x80 : 1 + random() % 255);
-      const bool done = Conform(folder, wrong).done;
-      ASSERT_EQ(FilesIn(folder), done ? 2U : 1U) << "byte " << place;
-    }
-  }
 }
 
 }  // namespace

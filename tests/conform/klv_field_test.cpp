@@ -2,51 +2,34 @@
 
 #include <gtest/gtest.h>
 
-#include "support/temp_folder.h"
+#include <algorithm>
+
+#include "support/golden.h"
 
 namespace quorvan::test {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// A line has the bytes of the file, the length if there is one, and the length field.
 TEST(KlvField, FollowsEveryLengthFormAndNoLengthThatReachesBehindTheEnd) {
-  struct Row {
-    Bytes lengthField;
-    std::uint64_t fileBytes;
-    bool read;
-    std::uint64_t length;
-  };
-  const Row rows[] = {
-      {{0x00}, 17, true, 0},
-      {{0x7F}, 144, true, 127},
-      {{0x7F}, 143, false, 0},
-      {{0x80}, 400, false, 0},
-      {{0x81, 0xFF}, 400, true, 255},
-      {{0x82, 0x01, 0x00}, 400, true, 256},
-      {{0x83, 0x00, 0x00, 0x05}, 400, true, 5},
-      {{0x84, 0x00, 0x00, 0x00, 0x05}, 400, true, 5},
-      {{0x87, 0, 0, 0, 0, 0, 0, 5}, 400, true, 5},
-      {{0x88, 0, 0, 0, 0, 0, 0, 0, 5}, 30, true, 5},
-      {{0x88, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, 400, false, 0},
-      {{0x88, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xE7}, 400, false, 0},
-      {{0x89, 0, 0, 0, 0, 0, 0, 0, 0, 5}, 400, false, 0},
-      {{0x83, 0x00}, 18, false, 0},
-      {{}, 16, false, 0},
-  };
   const TempFolder folder;
-  for (const Row& row : rows) {
-    SCOPED_TRACE(::testing::PrintToString(row.lengthField));
+  ForEachGoldenLine("conform/golden/length_fields.txt", [&](auto& cells) {
+    std::size_t fileBytes = 0;
+    std::string length;
+    cells >> fileBytes >> length;
     Bytes bytes(keys::kPreface.begin(), keys::kPreface.end());
-    bytes.insert(bytes.end(), row.lengthField.begin(), row.lengthField.end());
-    bytes.resize(row.fileBytes);
+    std::ranges::copy(HexBytes(cells), std::back_inserter(bytes));
+    const std::size_t valueOffset = bytes.size();
+    bytes.resize(fileBytes);
     const auto file =
         platform::File::Open(folder.Write("klv", bytes), platform::OpenMode::kReadShared);
     KlvSpan klv{};
-    ASSERT_EQ(ReadKlvSpan(file, 0, bytes.size(), &klv), row.read);
-    if (!row.read) continue;
-    EXPECT_EQ(klv.length, row.length);
-    EXPECT_EQ(klv.valueOffset, 16 + row.lengthField.size());
-  }
+    ASSERT_EQ(ReadKlvSpan(file, 0, bytes.size(), &klv), length != "none");
+    if (length == "none") return;
+    EXPECT_EQ(std::to_string(klv.length), length);
+    EXPECT_EQ(klv.valueOffset, valueOffset);
+  });
 }
 
 TEST(KlvField, WritesOnlyTheTwoFormsThatTheReadersFollow) {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cmath>
 #include <thread>
+#include <tuple>
 
 #include "mxf/analysis.h"
 #include "mxf/essence/audio_element.h"
@@ -35,8 +36,7 @@ std::int32_t Measure(LoadedClip& clip, std::initializer_list<std::uint32_t> trac
 }
 
 // A tone that swells from frame to frame, another one on each track; low byte first.
-std::function<std::uint8_t(std::uint32_t, std::uint32_t, std::uint32_t)> Swell(
-    std::uint32_t width) {
+auto Swell(std::uint32_t width) {
   return [width](std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
     const double phase = i / width * 0.05 * (track + 1);
     const double level = 0.02 + 0.9 * ((frame + 3 * track) % 40) / 40.0;
@@ -50,26 +50,23 @@ float SampleAt(const Bytes& bytes, std::uint64_t place, std::uint32_t width) {
   std::int64_t value = static_cast<std::int8_t>(bytes[place + width - 1]);
   for (std::uint32_t b = width - 1; b-- > 0;)
     value = value * 256 + bytes[place + b];
-  return static_cast<float>(static_cast<double>(value) /
-                            static_cast<double>(std::int64_t{1} << (8 * width - 1)));
+  return std::ldexp(static_cast<float>(value), 1 - 8 * static_cast<int>(width));
 }
 
-// The library fed in one go with the two tracks of the range, null for silence, between five
+// The library fed in one go with two tracks of the range, kMaxTracks for silence, between five
 // seconds of silence.
-Results Reference(const LoadedClip& clip, const std::uint32_t* left, const std::uint32_t* right,
-                  std::uint32_t in, std::uint32_t out) {
+Results Reference(const LoadedClip& clip, std::uint32_t left, std::uint32_t right, std::uint32_t in,
+                  std::uint32_t out) {
   std::vector<float> samples(5 * 48000 * 2);
   const std::uint32_t width = clip.spec.bits / 8;
   for (std::uint32_t f = in; f <= out; ++f) {
     const FramePlace& frame = clip.clip.layout.frames[f];
-    for (std::uint32_t s = 0; s < frame.samples; ++s) {
-      for (const std::uint32_t* track : {left, right}) {
+    for (std::uint32_t s = 0; s < frame.samples; ++s)
+      for (const std::uint32_t track : {left, right})
         samples.push_back(
-            track == nullptr
-                ? 0.0F
-                : SampleAt(clip.clip.bytes, frame.audio[*track].value + s * width, width));
-      }
-    }
+            track == kMaxTracks
+                ? 0
+                : SampleAt(clip.clip.bytes, frame.audio[track].value + s * width, width));
   }
   samples.resize(samples.size() + 5 * 48000 * 2);
   ebur128_state* state =
@@ -87,26 +84,21 @@ Results Reference(const LoadedClip& clip, const std::uint32_t* left, const std::
 }
 
 TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
-  struct Case {
-    Rate rate;
-    std::uint32_t bits, frames, in, out;
-  };
-  const Case cases[] = {
-      {Rate::k25, 16, 50, 7, 49}, {Rate::k29_97, 24, 50, 3, 46}, {Rate::k59_94, 16, 50, 9, 9}};
-  constexpr std::uint32_t track1 = 1, track3 = 3;
-  for (const Case& c : cases) {
+  using Case = std::tuple<Rate, std::uint32_t, std::uint32_t, std::uint32_t>;
+  for (const auto& [rate, bits, in, out] :
+       {Case{Rate::k25, 16, 7, 49}, {Rate::k29_97, 24, 3, 46}, {Rate::k59_94, 16, 9, 9}}) {
     ClipSpec spec;
-    spec.rate = c.rate;
-    spec.bits = c.bits;
-    spec.frames = c.frames;
+    spec.rate = rate;
+    spec.bits = bits;
+    spec.frames = 50;
     spec.framesPerPartition = 24;
-    spec.audio = Swell(c.bits / 8);
+    spec.audio = Swell(bits / 8);
     LoadedClip clip(spec);
-    clip.SetRange(kLoudnessRange, c.in, c.out);
-    SCOPED_TRACE(c.out);
+    clip.SetRange(kLoudnessRange, in, out);
+    SCOPED_TRACE(out);
     ASSERT_EQ(Measure(clip, {1, 3}), 0);
-    EXPECT_EQ(ResultsOf(clip), Reference(clip, &track1, &track3, c.in, c.out));
-    EXPECT_EQ(clip.app.tracks.currentFrame, c.out - c.in + 1);
+    EXPECT_EQ(ResultsOf(clip), Reference(clip, 1, 3, in, out));
+    EXPECT_EQ(clip.app.tracks.currentFrame, out - in + 1);
     EXPECT_TRUE(clip.Now() == clip.clip.bytes);
   }
 }
@@ -116,14 +108,12 @@ TEST(MeasureLoudness, MeasuresTheTwoLowestOfTheSelectedTracksOrSilence) {
   spec.frames = 20;
   spec.audio = Swell(3);
   LoadedClip clip(spec);
-  constexpr std::uint32_t track0 = 0, track2 = 2;
   ASSERT_EQ(Measure(clip, {0, 2, 3}), 0);
-  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track0, &track2, 0, 19));
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, 0, 2, 0, 19));
   ASSERT_EQ(Measure(clip, {2}), 0);
-  EXPECT_EQ(ResultsOf(clip), Reference(clip, &track2, nullptr, 0, 19));
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, 2, kMaxTracks, 0, 19));
   ASSERT_EQ(Measure(clip, {4, 23}), 0);  // tracks that the clip has not
-  EXPECT_EQ(clip.app.mxf.audio.truePeak, kSilentTruePeak);
-  EXPECT_EQ(ResultsOf(clip), Reference(clip, nullptr, nullptr, 0, 19));
+  EXPECT_EQ(ResultsOf(clip), Reference(clip, kMaxTracks, kMaxTracks, 0, 19));
 }
 
 TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
@@ -153,11 +143,9 @@ TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
   clip.SetRange(kLoudnessRange, 0, 9);
   INDEX_ENTRY_ARRAY& entry = (*clip.app.info.mxf->indexEntries)[6];
   const INDEX_ENTRY_ARRAY honest = entry;
-  for (const std::uint32_t samples : {kLargestFrameSamples + 1, 100000u}) {
-    entry.audioSamples = samples;
-    expect(Measure(clip, {}), 4019);
-    expect(Measure(clip, {0, 1}), 4019);
-  }
+  entry.audioSamples = kLargestFrameSamples + 1;
+  expect(Measure(clip, {}), 4019);
+  expect(Measure(clip, {0, 1}), 4019);
   entry = honest;
   entry.delta[kDeltasBeforeAudio + 1].elementDelta += 16;
   expect(Measure(clip, {1}), 4019);

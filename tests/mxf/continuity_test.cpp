@@ -46,10 +46,9 @@ Words WordsOf(std::uint32_t first, std::uint32_t end,
   return words;
 }
 
-std::uint32_t Word(std::uint32_t hours, std::uint32_t minutes, std::uint32_t seconds,
-                   std::uint32_t frames) {
-  const auto digits = [](std::uint32_t n) { return n / 10 << 4 | n % 10; };
-  return digits(frames) | digits(seconds) << 8 | digits(minutes) << 16 | digits(hours) << 24;
+// The word of a frame count at 25 frames in a second.
+std::uint32_t At25(std::uint32_t count) {
+  return TimecodeWord(count, Rate::k25, false);
 }
 
 // Both ways of reading a clip with these words in place of its own come to these breaks.
@@ -66,7 +65,7 @@ void ExpectBreaks(ClipSpec spec, const Words& words, const std::vector<Break>& b
   }
 }
 
-ClipSpec Spec(Rate rate, ClipTimecode start = {}, std::uint32_t frames = 23) {
+ClipSpec Spec(Rate rate, ClipTimecode start = ClipSpec().start, std::uint32_t frames = 23) {
   ClipSpec spec;
   spec.rate = rate;
   spec.dropFrame = true;
@@ -92,44 +91,39 @@ TEST(Continuity, FindsNothingInCleanClips) {
 TEST(Continuity, NamesEachBreakWithItsFrames) {
   const ClipSpec spec = Spec(Rate::k25);
   constexpr std::uint32_t start = 36000 * 25;
-  const auto fiveOn = [](std::uint32_t f) { return Word(10, 0, (f + 4) / 25, (f + 4) % 25); };
-  ExpectBreaks(spec, {{9, Word(10, 0, 0, 8)}},
+  const auto fiveOn = [](std::uint32_t f) { return At25(start + f + 4); };
+  ExpectBreaks(spec, {{9, 0x10000008}},
                {{8, 4, start + 8, start + 8}, {9, 2, start + 8, start + 10}});
   ExpectBreaks(spec, WordsOf(1, 23, fiveOn), {{0, 2, start, start + 5}});
-  ExpectBreaks(spec, {{22, Word(9, 59, 59, 24)}}, {{21, 3, start + 21, start - 1}});
+  ExpectBreaks(spec, {{22, 0x09595924}}, {{21, 3, start + 21, start - 1}});
   // Without a word: every digit out of range.
   ExpectBreaks(
       spec, {{4, 0xFFFFFFFF}, {5, 0xFFFFFFFF}},
       {{3, 2, start + 3, kInvalid}, {4, 4, kInvalid, kInvalid}, {5, 3, kInvalid, start + 6}});
   // At 60 every second word counts; 10:00:00.00 in drop frame on base 30.
   constexpr std::uint32_t start30 = 1078920;
-  ExpectBreaks(Spec(Rate::k59_94, {10, 0, 0, 0}, 9),
-               {{7, Word(12, 0, 0, 9)}, {8, Word(10, 0, 0, 9)}},
+  ExpectBreaks(Spec(Rate::k59_94, {10, 0, 0, 0}, 9), {{7, 0x12000009}, {8, 0x10000009}},
                {{6, 2, start30 + 3, start30 + 9}});
 }
 
 TEST(Continuity, TakesMidnightForABreakOnlyWhereTheClipStartsEarlier) {
-  const auto overMidnight = [](std::uint32_t f) {
-    return f < 10 ? Word(23, 59, 59, 15 + f) : Word(0, 0, 0, f - 10);
-  };
-  ExpectBreaks(Spec(Rate::k25, {22, 0, 0, 0}), WordsOf(0, 23, overMidnight),
-               {{9, 3, 24 * 3600 * 25 - 1, 0}});
+  constexpr std::uint32_t day = 24 * 3600 * 25;
+  const auto overMidnight = [](std::uint32_t f) { return At25(day - 10 + f); };
+  ExpectBreaks(Spec(Rate::k25, {22, 0, 0, 0}), WordsOf(0, 23, overMidnight), {{9, 3, day - 1, 0}});
   // The counts are those that were written.
-  ExpectBreaks(Spec(Rate::k25, {23, 59, 59, 15}), {{12, Word(0, 0, 0, 7)}, {20, 0xFFFFFFFF}},
+  ExpectBreaks(Spec(Rate::k25, {23, 59, 59, 15}), {{12, 0x00000007}, {20, 0xFFFFFFFF}},
                {{11, 2, 1, 7}, {12, 3, 7, 3}, {19, 2, 9, kInvalid}, {20, 3, kInvalid, 11}});
   // In drop frame on base 30, where an hour has 107892 frames; with the mark of a second field.
-  ExpectBreaks(Spec(Rate::k59_94, {23, 0, 0, 0}, 9), {{8, Word(23, 0, 0, 9) | 0x8000}},
+  ExpectBreaks(Spec(Rate::k59_94, {23, 0, 0, 0}, 9), {{8, 0x23008009}},
                {{6, 2, 23 * 107892 + 3, 23 * 107892 + 9}});
   // Each value in two frames at 50: the hour is one of base 50 all the same.
   const auto pair = [](std::uint32_t f) {
-    const std::uint32_t value = f % 50 / 2;
-    const std::uint32_t word = f < 50 ? Word(23, 59, 59, value) : Word(0, 0, f / 50 - 1, value);
-    return word ^ (f % 2 == 1 ? 0x80000000 : 0);
+    return At25(day - 25 + f / 2) ^ (f % 2 == 1 ? 0x80000000 : 0);
   };
   ClipSpec pairs = Spec(Rate::k50, {23, 59, 59, 0}, 120);
   pairs.timecodeWords = WordsOf(0, 120, pair);
   ExpectBreaks(pairs, {}, {});
-  ExpectBreaks(pairs, {{60, Word(0, 0, 2, 0)}}, {{58, 2, 8, 100}, {60, 3, 100, 12}});
+  ExpectBreaks(pairs, {{60, 0x00000200}}, {{58, 2, 8, 100}, {60, 3, 100, 12}});
 }
 
 TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
@@ -137,15 +131,15 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
   // Values up to 39, also with a flag that is no digit.
   const ClipSpec low = Spec(Rate::k50, {10, 0, 0, 5}, 30);
   ExpectBreaks(low, {}, {});
-  ExpectBreaks(low, WordsOf(0, 30, [](auto f) { return Word(10, 0, 0, f + 5) | 0x40; }), {});
+  ExpectBreaks(
+      low,
+      WordsOf(0, 30, [](auto f) { return TimecodeWord(start + f + 5, Rate::k50, false) | 0x40; }),
+      {});
   // The tens digit 4 in the place of the drop frame flag.
-  ClipSpec tens = Spec(Rate::k50, {10, 0, 0, 0}, 120);
-  tens.timecodeWords = WordsOf(0, 120, [](auto f) { return Word(10, 0, f / 50, f % 50); });
-  ExpectBreaks(tens, {}, {});
-  ExpectBreaks(tens, {{45, Word(10, 0, 0, 44)}},
+  ExpectBreaks(Spec(Rate::k50, {10, 0, 0, 0}, 120), {{45, 0x10000044}},
                {{44, 4, start + 44, start + 44}, {45, 2, start + 44, start + 46}});
   // Two frames a value with a field mark.
-  const auto half = [](std::uint32_t f) { return Word(10, 0, f / 50, f % 50 / 2); };
+  const auto half = [](std::uint32_t f) { return At25(start / 2 + f / 2); };
   ClipSpec pairs = Spec(Rate::k50, {10, 0, 0, 0}, 120);
   pairs.timecodeWords =
       WordsOf(0, 120, [&](auto f) { return half(f) | (f % 2 == 0 ? 0x80000000 : 0); });
@@ -154,11 +148,11 @@ TEST(Continuity, ReadsFiftyFramesInEachSpelling) {
                {{58, 2, start + 58, start + 160}});
   // Pairs without a mark, also with one bit of a word flipped; but no value in three frames.
   ClipSpec plain = Spec(Rate::k50, {10, 0, 0, 0}, 7);
-  plain.timecodeWords = WordsOf(0, 7, [](auto f) { return Word(10, 0, 0, (f + 1) / 2); });
+  plain.timecodeWords = WordsOf(0, 7, [](auto f) { return At25(start / 2 + (f + 1) / 2); });
   ExpectBreaks(plain, {}, {});
-  ExpectBreaks(plain, {{2, Word(10, 0, 0, 1) | 0x80000000}}, {});
+  ExpectBreaks(plain, {{2, 0x90000001}}, {});
   ExpectBreaks(
-      plain, {{3, Word(10, 0, 0, 1)}},
+      plain, {{3, 0x10000001}},
       {{1, 4, start + 1, start + 1}, {2, 4, start + 1, start + 1}, {5, 4, start + 3, start + 3}});
   // Two frames of the same word that is no timecode are no pair.
   ExpectBreaks(Spec(Rate::k50, {10, 0, 0, 0}, 2), {{0, 0x7000}, {1, 0x7000}},
@@ -211,9 +205,7 @@ TEST(Continuity, StopsWhenItIsAsked) {
 }
 
 TEST(Continuity, RefusesWhatItCannotWorkWith) {
-  ClipSpec spec = Spec(Rate::k25);
-  spec.timecodeWords[9] = Word(12, 0, 0, 0);
-  LoadedClip clip(spec);
+  LoadedClip clip(Spec(Rate::k25));
   MXF_BASE_INFO& mxf = clip.app.mxf.base;
   EXPECT_EQ(CheckTimecodeContinuity(nullptr, &mxf), 1001);
   auto file = platform::File::Open(clip.path, platform::OpenMode::kReadAlone);

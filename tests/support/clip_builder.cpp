@@ -1,6 +1,8 @@
 #include "support/clip_builder.h"
 
 #include <algorithm>
+#include <numeric>
+#include <stdexcept>
 #include <utility>
 
 #include "support/clip_parts.h"
@@ -23,115 +25,33 @@ constexpr Label kPackKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 2
 constexpr Label kRandomIndexKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 2, 1, 1, 0x11, 1, 0};
 constexpr Label kSystemKey{0x06, 0x0E, 0x2B, 0x34, 2, 5, 1, 1, 0x0D, 1, 3, 1, 4, 1, 1, 0};
 
-// ---- Essence ----
-
 // Cheap, and different enough for a byte in the wrong frame, track or place to show.
 std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t i) {
   const std::uint32_t mixed = (i + 1) * 0x9E3779B1u + frame * 0x85EBCA77u + track * 0xC2B2AE3Du;
   return static_cast<std::uint8_t>(mixed >> 23);
 }
 
-// The essence container in a buffer of its own; the places of its frames count from its start.
-class EssenceBuilder {
- public:
-  explicit EssenceBuilder(const ClipSpec& spec) : spec_(spec), klv_(bytes) {
-    for (std::uint32_t n = 0; n < spec.frames; ++n)
-      AddFrame(n);
-  }
-
-  Bytes bytes{};
-  std::vector<FramePlace> frames{};
-
- private:
-  void AddFrame(std::uint32_t number) {
-    FramePlace& frame = frames.emplace_back();
-    frame.streamOffset = klv_.Position();
-    frame.samples = SamplesOfFrame(spec_.rate, number);
-    frame.system = Element(kSystemKey, SystemValue(number));
-    frame.picture = Element(kPictureKey, PictureValue(number));
-    frame.sliceOffset = BytesFrom(frame.streamOffset);
-    // One size for all frames, with room for a fill in each, so that the delta entries hold for
-    // all. The first frame has the most samples.
-    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * frames[0].samples;
-    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
-      const Bytes value = AudioValue(number, t);
-      frame.audio.push_back(Element(AudioElementKey(spec_, t), value, most));
-    }
-    if (spec_.dataElement) frame.data = Element(kDataKey, Bytes(spec_.dataSize, 0x61));
-    frame.bytes = BytesFrom(frame.streamOffset);
-  }
-
-  std::uint32_t BytesFrom(std::uint64_t start) const {
-    return static_cast<std::uint32_t>(klv_.Position() - start);
-  }
-
-  // With fill, an element takes `least` bytes or more.
-  KlvPlace Element(const Label& key, const Bytes& value, std::uint64_t least = 0) {
-    KlvPlace place = klv_.Head(key, value.size());
-    klv_.Put(value);
-    if (spec_.elementKag != 0) {
-      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
-    }
-    klv_.FillTo(place.key + place.totalBytes);
-    return place;
-  }
-
-  Bytes SystemValue(std::uint32_t number) const {
-    Bytes value(kSystemBytes);
-    value[0] = 0x5C;
-    value[1] = RowOf(spec_.rate).packageRate;
-    value[kUserTimecode - 1] = kTimecodeStampType;
-    const auto given = spec_.timecodeWords.find(number);
-    const std::uint32_t count = FrameCount(spec_.start, spec_.rate, spec_.dropFrame) + number;
-    const std::uint32_t word = given != spec_.timecodeWords.end()
-                                   ? given->second
-                                   : TimecodeWord(count, spec_.rate, spec_.dropFrame);
-    for (std::size_t i = 0; i < 4; ++i) {
-      value[kUserTimecode + i] = static_cast<std::uint8_t>(word >> (8 * i));
-    }
-    return value;
-  }
-
-  Bytes PictureValue(std::uint32_t number) const {
-    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
-    for (std::size_t i = 0; i < value.size(); ++i) {
-      value[i] = static_cast<std::uint8_t>(i + number);
-    }
-    return value;
-  }
-
-  Bytes AudioValue(std::uint32_t number, std::uint32_t track) const {
-    Bytes value(spec_.bits / 8 * SamplesOfFrame(spec_.rate, number));
-    for (std::uint32_t i = 0; i < value.size(); ++i) {
-      value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
-    }
-    return value;
-  }
-
-  const ClipSpec& spec_;
-  KlvWriter klv_;
-};
-
 // ---- Index ----
 
 std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const FramePlace& frame) {
   const std::uint64_t start = frame.streamOffset + (spec.sliceCount == 0 ? 0 : frame.sliceOffset);
   const auto system = static_cast<std::uint32_t>(frame.system.totalBytes);
-  std::vector<DeltaEntry> deltas{{0, 0, 0}, {-1, 0, system}};
+  std::vector<DeltaEntry> deltas{{0, 0, 0}, {0xFF, 0, system}};
   const auto add = [&](const KlvPlace& element) {
     deltas.push_back({0, spec.sliceCount, static_cast<std::uint32_t>(element.key - start)});
   };
   std::for_each(frame.audio.begin(), frame.audio.end(), add);
   if (frame.data) add(*frame.data);
-  deltas.insert(deltas.end(), spec.extraDeltas, DeltaEntry(deltas.back()));
   return deltas;
 }
 
+std::size_t EntryBytes(const ClipSpec& spec) {
+  return kIndexItem + 4u * spec.sliceCount + 8u * spec.posTableCount;
+}
+
 std::uint32_t FramesPerPartition(const ClipSpec& spec) {
-  const std::size_t entryBytes = kIndexItem + 4u * spec.sliceCount + 8u * spec.posTableCount;
-  const auto most = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / entryBytes);
-  const std::uint32_t wanted = spec.framesPerPartition == 0 ? most : spec.framesPerPartition;
-  return std::min(wanted, most);
+  const auto most = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / EntryBytes(spec));
+  return spec.framesPerPartition == 0 ? most : std::min(spec.framesPerPartition, most);
 }
 
 std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<FramePlace>& frames) {
@@ -140,13 +60,9 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
   for (std::uint32_t first = 0; first == 0 || first < frames.size(); first += perPartition) {
     IndexSegment segment;
     segment.startPosition = first;
-    segment.indexSid = kIndexSid;
-    segment.bodySid = kBodySid;
-    segment.sliceCount = spec.sliceCount;
-    segment.posTableCount = spec.posTableCount;
     segment.deltas = DeltasOf(spec, frames[0]);
     for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
-      segment.entries.push_back({0, static_cast<std::int8_t>(-static_cast<int>(n % 3)),
+      segment.entries.push_back({0, static_cast<std::uint8_t>(0 - n % 3),
                                  static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
                                  frames[n].streamOffset, frames[n].sliceOffset});
     }
@@ -159,63 +75,61 @@ std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<Fram
 Bytes DeltaArray(const IndexSegment& segment) {
   Bytes items;
   for (const DeltaEntry& delta : segment.deltas) {
-    items.push_back(static_cast<std::uint8_t>(delta.posTableIndex));
-    items.push_back(delta.slice);
-    items = std::move(items) + Big32(delta.elementDelta);
+    items = std::move(items) + Bytes{delta.posTableIndex, delta.slice} + Big32(delta.elementDelta);
   }
-  return Batch(
-      segment.claimedDeltaCount.value_or(static_cast<std::uint32_t>(segment.deltas.size())),
-      kDeltaItem, items);
+  return Batch(segment.deltas.size() + segment.missingDeltas, kDeltaItem, items);
 }
 
-Bytes EntryArray(const IndexSegment& segment) {
+Bytes EntryArray(const ClipSpec& spec, const IndexSegment& segment) {
   const std::uint32_t toPicture = segment.deltas.size() > 1 ? segment.deltas[1].elementDelta : 0;
   Bytes items;
   for (const IndexEntry& entry : segment.entries) {
-    items.push_back(static_cast<std::uint8_t>(entry.temporalOffset));
-    items.push_back(static_cast<std::uint8_t>(entry.keyFrameOffset));
-    items.push_back(entry.flags);
-    items = std::move(items) + Big64(entry.streamOffset);
-    for (std::uint8_t s = 1; s <= segment.sliceCount; ++s) {
-      items = std::move(items) + Big32(s == segment.sliceCount ? entry.sliceOffset : toPicture);
-    }
-    items.resize(items.size() + std::size_t{8} * segment.posTableCount);
+    items = std::move(items) + Bytes{entry.temporalOffset, entry.keyFrameOffset, entry.flags} +
+            Big64(entry.streamOffset);
+    for (std::uint8_t s = 1; s <= spec.sliceCount; ++s)
+      items = std::move(items) + Big32(s == spec.sliceCount ? entry.sliceOffset : toPicture);
+    items.resize(items.size() + std::size_t{8} * spec.posTableCount);
   }
-  return Batch(
-      segment.claimedEntryCount.value_or(static_cast<std::uint32_t>(segment.entries.size())),
-      kIndexItem + 4u * segment.sliceCount + 8u * segment.posTableCount, items);
+  return Batch(segment.entries.size() + segment.missingEntries, EntryBytes(spec), items);
 }
 
 MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
   const RateRow& rate = RowOf(spec.rate);
-  MetadataSet set =
-      EmptySet(SetKind::kIndexTableSegment, static_cast<std::size_t>(segment.startPosition));
-  set.SetTag(tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator));
-  set.SetTag(tag::kIndexStartPosition, Big64(static_cast<std::uint64_t>(segment.startPosition)));
-  set.SetTag(tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration)));
-  set.SetTag(tag::kEditUnitByteCount, Big32(0));
-  set.SetTag(tag::kIndexSid, Big32(segment.indexSid));
-  set.SetTag(tag::kBodySid, Big32(segment.bodySid));
-  set.SetTag(tag::kSliceCount, {segment.sliceCount});
-  set.SetTag(tag::kPosTableCount, {segment.posTableCount});
-  set.SetTag(tag::kDeltaEntryArray, DeltaArray(segment));
-  set.SetTag(tag::kIndexEntryArray, EntryArray(segment));
-  return set;
+  const auto start = static_cast<std::uint64_t>(segment.startPosition);
+  return EmptySet(SetKind::kIndexTableSegment, start,
+                  {{tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator)},
+                   {tag::kIndexStartPosition, Big64(start)},
+                   {tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration))},
+                   {tag::kEditUnitByteCount, Big32(0)},
+                   {tag::kIndexSid, Big32(kIndexSid)},
+                   {tag::kBodySid, Big32(kBodySid)},
+                   {tag::kSliceCount, {spec.sliceCount}},
+                   {tag::kPosTableCount, {spec.posTableCount}},
+                   {tag::kDeltaEntryArray, DeltaArray(segment)},
+                   {tag::kIndexEntryArray, EntryArray(spec, segment)}});
 }
 
 // ---- The file ----
 
 class ClipWriter {
  public:
-  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes), essence_(spec) {}
+  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes) {}
 
+  // The frames are written twice: at first to learn what the index says of them.
   Clip Build() {
-    std::vector<IndexSegment> segments = PlanIndex(spec_, essence_.frames);
+    Bytes stream;
+    KlvWriter klv(stream);
+    for (std::uint32_t n = 0; n < spec_.frames; ++n)
+      frames_.push_back(WriteFrame(klv, n));
+    std::vector<IndexSegment> segments = PlanIndex(spec_, frames_);
     const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
       edit(segments);
     for (const IndexSegment& segment : segments)
       segments_.push_back(SegmentSet(spec_, segment));
+    containers_ = SetOf(sets_, SetKind::kPreface).items.back().value;
+    for (const auto& edit : spec_.headerEdits)
+      edit(sets_);
     WriteHeader();
     for (std::size_t body = 0; body < bodies; ++body)
       WriteBody(body);
@@ -232,17 +146,76 @@ class ClipWriter {
  private:
   ClipLayout& Layout() { return clip_.layout; }
 
+  // The places of a frame that is written to `klv`, for a file that holds nothing but frames.
+  FramePlace WriteFrame(KlvWriter& klv, std::uint32_t number) const {
+    const std::uint64_t start = klv.Position();
+    const auto sinceStart = [&] { return static_cast<std::uint32_t>(klv.Position() - start); };
+    FramePlace frame{.offset = start, .streamOffset = start};
+    frame.samples = SamplesOfFrame(spec_.rate, number);
+    frame.system = Element(klv, kSystemKey, SystemValue(number));
+    frame.picture = Element(klv, kPictureKey, PictureValue(number));
+    frame.sliceOffset = sinceStart();
+    // One size for all frames, with room for a fill in each, so that the delta entries hold for
+    // all. The first frame has the most samples.
+    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * SamplesOfFrame(spec_.rate, 0);
+    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
+      const Bytes value = AudioValue(number, t, frame.samples);
+      frame.audio.push_back(Element(klv, AudioElementKey(spec_, t), value, most));
+    }
+    if (spec_.dataElement) frame.data = Element(klv, kDataKey, Bytes(spec_.dataSize, 0x61));
+    frame.bytes = sinceStart();
+    return frame;
+  }
+
+  // With fill, an element takes `least` bytes or more.
+  KlvPlace Element(KlvWriter& klv, const Label& key, const Bytes& value,
+                   std::uint64_t least = 0) const {
+    KlvPlace place = klv.Head(key, value.size());
+    klv.Put(value);
+    if (spec_.elementKag != 0)
+      place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
+    klv.FillTo(place.key + place.totalBytes);
+    return place;
+  }
+
+  Bytes SystemValue(std::uint32_t number) const {
+    Bytes value(kSystemBytes);
+    value[0] = 0x5C;
+    value[1] = RowOf(spec_.rate).packageRate;
+    value[kUserTimecode - 1] = kTimecodeStampType;
+    const auto given = spec_.timecodeWords.find(number);
+    const std::uint32_t count = FrameCount(spec_.start, spec_.rate, spec_.dropFrame) + number;
+    const std::uint32_t word = given != spec_.timecodeWords.end()
+                                   ? given->second
+                                   : TimecodeWord(count, spec_.rate, spec_.dropFrame);
+    Bytes stamp = Big32(word);
+    std::reverse_copy(stamp.begin(), stamp.end(), value.begin() + kUserTimecode);
+    return value;
+  }
+
+  Bytes PictureValue(std::uint32_t number) const {
+    Bytes value(spec_.pictureSize + (spec_.sliceCount == 0 ? 0 : number % 3 * spec_.pictureStep));
+    std::iota(value.begin(), value.end(), static_cast<std::uint8_t>(number));
+    return value;
+  }
+
+  Bytes AudioValue(std::uint32_t number, std::uint32_t track, std::uint32_t samples) const {
+    Bytes value(spec_.bits / 8 * samples);
+    for (std::uint32_t i = 0; i < value.size(); ++i)
+      value[i] = spec_.audio ? spec_.audio(track, number, i) : PatternByte(track, number, i);
+    return value;
+  }
+
   PartitionPlace& BeginPartition(std::uint8_t keyKind) {
     Layout().partitions.push_back({.keyKind = keyKind, .offset = klv_.Position()});
     Label key = kPackKey;
     key[13] = keyKind;
-    const Bytes containers = LabelBatch(EssenceContainers(spec_));
     const std::uint64_t packStart = klv_.Position();
     const KlvPlace place =
-        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers.size());
+        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers_.size());
     clip_.bytes.resize(static_cast<std::size_t>(packStart) + pack::kOperationalPattern);
     klv_.Put(ToBytes(kOp1a));
-    klv_.Put(containers);
+    klv_.Put(containers_);
     klv_.FillTo(packStart + FilledSize(place.totalBytes, spec_.kagSize));
     return Layout().partitions.back();
   }
@@ -251,7 +224,7 @@ class ClipWriter {
     partition.indexOffset = klv_.Position();
     for (std::size_t n = first; n < end && n < segments_.size(); ++n) {
       partition.indexSid = kIndexSid;
-      Layout().indexSegments.push_back(klv_.Set(segments_[n]));
+      klv_.Set(segments_[n]);
       if (spec_.fillBetweenSegments) AlignFrom(partition.indexOffset);
     }
     AlignFrom(partition.indexOffset);
@@ -267,14 +240,10 @@ class ClipWriter {
   void WriteHeader() {
     PartitionPlace& partition = BeginPartition(kKeyHeader);
     const std::uint64_t start = klv_.Position();
-    HeaderSets sets = BuildHeaderSets(spec_);
-    for (const auto& edit : spec_.headerEdits)
-      edit(sets);
-    for (const MetadataSet& set : sets)
+    for (const MetadataSet& set : sets_)
       Layout().sets.push_back(klv_.Set(set));
-    const std::uint64_t used = klv_.Position() - start;
-    const std::uint64_t least = used + (start - partition.offset) + kKlHead;
-    partition.headerByteCount = AlignUp(least, spec_.kagSize);
+    partition.headerByteCount =
+        FilledSize(klv_.Position() - partition.offset + kKlHead, spec_.kagSize);
     klv_.FillTo(start + partition.headerByteCount);
     Layout().headerByteCount = partition.headerByteCount;
     partition.indexOffset = partition.essenceOffset = klv_.Position();
@@ -282,37 +251,18 @@ class ClipWriter {
 
   void WriteBody(std::size_t body) {
     PartitionPlace& partition = BeginPartition(kKeyBody);
-    if (spec_.indexPlacement == IndexPlacement::kOwnPartition) {
-      WriteIndex(partition, body, body + 1);
-    } else if (spec_.indexPlacement != IndexPlacement::kFooter && body > 0) {
-      WriteIndex(partition, body - 1, body);
-    }
+    const bool own = spec_.indexPlacement == IndexPlacement::kOwnPartition;
+    if (own || (body > 0 && spec_.indexPlacement != IndexPlacement::kFooter))
+      WriteIndex(partition, own ? body : body - 1, own ? body + 1 : body);
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();
-    const std::size_t first = body * FramesPerPartition(spec_);
-    const std::size_t end = std::min(first + FramesPerPartition(spec_), essence_.frames.size());
-    partition.bodyOffset = essence_.frames[first].streamOffset;
-    for (std::size_t n = first; n < end; ++n)
-      WriteFrame(essence_.frames[n]);
-  }
-
-  void WriteFrame(FramePlace frame) {
-    const std::uint64_t shift = klv_.Position() - frame.streamOffset;
-    for (KlvPlace* place : {&frame.system, &frame.picture})
-      Shift(*place, shift);
-    for (KlvPlace& place : frame.audio)
-      Shift(place, shift);
-    if (frame.data) Shift(*frame.data, shift);
-    frame.offset = klv_.Position();
-    frame.partition = Layout().partitions.size() - 1;
-    const auto start = essence_.bytes.begin() + static_cast<std::ptrdiff_t>(frame.streamOffset);
-    clip_.bytes.insert(clip_.bytes.end(), start, start + frame.bytes);
-    Layout().frames.push_back(std::move(frame));
-  }
-
-  static void Shift(KlvPlace& place, std::uint64_t bytes) {
-    place.key += bytes;
-    place.value += bytes;
+    const std::uint32_t first = static_cast<std::uint32_t>(body) * FramesPerPartition(spec_);
+    partition.bodyOffset = frames_[first].streamOffset;
+    for (std::uint32_t n = first; n < spec_.frames && n - first < FramesPerPartition(spec_); ++n) {
+      FramePlace& frame = Layout().frames.emplace_back(WriteFrame(klv_, n));
+      frame.streamOffset = frames_[n].streamOffset;
+      frame.partition = body + 1;
+    }
   }
 
   void WriteFooter(std::size_t bodies) {
@@ -329,20 +279,10 @@ class ClipWriter {
     std::uint64_t previous = 0;
     const std::uint64_t footer = Layout().partitions.back().offset;
     for (const PartitionPlace& partition : Layout().partitions) {
-      const auto put = [&](std::size_t field, const Bytes& value) {
-        Patch(clip_.bytes, partition.offset + field, value);
-      };
-      put(pack::kMajorVersion, Big16(1));
-      put(pack::kMinorVersion, Big16(3));
-      put(pack::kKagSize, Big32(spec_.kagSize));
-      put(pack::kThisPartition, Big64(partition.offset));
-      put(pack::kPreviousPartition, Big64(previous));
-      put(pack::kFooterPartition, Big64(footer));
-      put(pack::kHeaderByteCount, Big64(partition.headerByteCount));
-      put(pack::kIndexByteCount, Big64(partition.indexByteCount));
-      put(pack::kIndexSid, Big32(partition.indexSid));
-      put(pack::kBodyOffset, Big64(partition.bodyOffset));
-      put(pack::kBodySid, Big32(partition.bodySid));
+      Patch(clip_.bytes, partition.offset + pack::kMajorVersion,
+            Bytes{0, 1, 0, 3} + Big32(spec_.kagSize) + Big64(partition.offset) + Big64(previous) +
+                Big64(footer) + Big64(partition.headerByteCount) + Big64(partition.indexByteCount) +
+                Big32(partition.indexSid) + Big64(partition.bodyOffset) + Big32(partition.bodySid));
       previous = partition.offset;
     }
   }
@@ -357,17 +297,15 @@ class ClipWriter {
     klv_.Put(value + Big32(length));
   }
 
-  // A 64-byte UMID differs from the basic one in its length byte only.
+  // The first half of a 64-byte UMID differs from the basic one in front of byte 16 only.
   std::vector<std::uint64_t> Occurrences(const std::array<std::uint8_t, 32>& umid) const {
-    const auto headerEnd =
-        clip_.bytes.begin() + static_cast<std::ptrdiff_t>(clip_.layout.partitions[0].essenceOffset);
-    Bytes wanted = ToBytes(umid);
-    if (spec_.umidSize > wanted.size()) wanted[11] = 0x33;
     std::vector<std::uint64_t> offsets;
-    for (auto at = clip_.bytes.begin(); at != headerEnd; ++at) {
-      at = std::search(at, headerEnd, wanted.begin(), wanted.end());
-      if (at == headerEnd) break;
-      offsets.push_back(static_cast<std::uint64_t>(at - clip_.bytes.begin()));
+    for (const SetPlace& set : clip_.layout.sets) {
+      for (const TagPlace& item : set.tags) {
+        const auto half = clip_.bytes.begin() + static_cast<std::ptrdiff_t>(item.value) + 16;
+        if (item.valueBytes == spec_.umidSize && std::equal(umid.begin() + 16, umid.end(), half))
+          offsets.push_back(item.value);
+      }
     }
     return offsets;
   }
@@ -375,7 +313,9 @@ class ClipWriter {
   const ClipSpec& spec_;
   Clip clip_;
   KlvWriter klv_;
-  EssenceBuilder essence_;
+  std::vector<FramePlace> frames_;  // in a file of their own
+  HeaderSets sets_ = BuildHeaderSets(spec_);
+  Bytes containers_;  // that the packs and the Preface list
   std::vector<MetadataSet> segments_;
 };
 
@@ -396,24 +336,23 @@ ClipSpec& ClipSpec::SetTag(SetKind kind, std::size_t occurrence, std::uint16_t t
 }
 
 ClipSpec& ClipSpec::RemoveTag(SetKind kind, std::size_t occurrence, std::uint16_t tag) {
-  headerEdits.push_back([=](HeaderSets& sets) { SetOf(sets, kind, occurrence).RemoveTag(tag); });
+  headerEdits.push_back([=](HeaderSets& sets) {
+    std::erase_if(SetOf(sets, kind, occurrence).items, [=](auto& item) { return item.tag == tag; });
+  });
   return *this;
 }
 
 const SetPlace& ClipLayout::Set(SetKind kind, std::size_t occurrence) const {
-  std::size_t seen = 0;
-  for (const SetPlace& set : sets) {
-    if (set.kind == kind && seen++ == occurrence) return set;
-  }
-  Fail("no such set", kind, occurrence);
+  for (const SetPlace& set : sets)
+    if (set.kind == kind && occurrence-- == 0) return set;
+  throw std::out_of_range("clip layout: no such set");
 }
 
 std::uint64_t ClipLayout::TagValueOffset(SetKind kind, std::uint16_t tag,
                                          std::size_t occurrence) const {
-  for (const TagPlace& place : Set(kind, occurrence).tags) {
+  for (const TagPlace& place : Set(kind, occurrence).tags)
     if (place.tag == tag) return place.value;
-  }
-  Fail("no such tag", kind, tag);
+  throw std::out_of_range("clip layout: no such tag");
 }
 
 Clip BuildClip(const ClipSpec& spec) {
@@ -425,9 +364,9 @@ std::uint32_t SamplesOfFrame(Rate rate, std::uint32_t frame) {
   return samples[frame % samples.size()];
 }
 
-std::uint32_t FrameCount(const ClipTimecode& t, Rate rate, bool dropFrame) {
-  return static_cast<std::uint32_t>(TimecodeToFrames(RowOf(rate).fpsIndex, dropFrame ? 1 : 0,
-                                                     {t.hours, t.minutes, t.seconds, t.frames}));
+std::uint32_t FrameCount(const ClipTimecode& timecode, Rate rate, bool dropFrame) {
+  return static_cast<std::uint32_t>(
+      TimecodeToFrames(RowOf(rate).fpsIndex, dropFrame ? 1 : 0, timecode));
 }
 
 std::uint32_t TimecodeWord(std::uint32_t frameCount, Rate rate, bool dropFrame) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/mxf_tags.h"
+#include "timecode/timecode.h"
 
 namespace quorvan::test {
 
@@ -27,7 +28,8 @@ enum class IndexPlacement {
   kFollowingAndFooter,  // as the first, with all segments once more in the footer
 };
 
-// By byte 14 of their keys; the Primer Pack and the index table segment have keys of their own.
+// Some of them, by byte 14 of their keys; the Primer Pack and the index table segment have keys of
+// their own.
 enum class SetKind : std::uint8_t {
   kPrimer = 0x00,
   kPreface = 0x2F,
@@ -38,15 +40,11 @@ enum class SetKind : std::uint8_t {
   kTimelineTrack = 0x3B,
   kSequence = 0x0F,
   kTimecodeComponent = 0x14,
-  kSourceClip = 0x11,
   kSourcePackage = 0x37,
   kMultipleDescriptor = 0x44,
   kMpegVideoDescriptor = 0x51,
-  kCdciDescriptor = 0x28,
   kAvcSubDescriptor = 0x6E,
   kAes3Descriptor = 0x47,
-  kWaveDescriptor = 0x48,
-  kDataDescriptor = 0x5C,
   kIndexTableSegment = 0xFF,
 };
 
@@ -61,28 +59,24 @@ struct MetadataSet {
   SetKind kind = SetKind::kPrimer;
   Label key{};
   std::vector<MetadataItem> items{};
-  bool longLength = false;  // an 8-byte BER length instead of the 4-byte one
 
   // Replaces the first item of that tag, or adds one at the end.
   void SetTag(std::uint16_t tag, Bytes value);
-  void RemoveTag(std::uint16_t tag);
 };
 
 using HeaderSets = std::vector<MetadataSet>;
 
-// The `occurrence`-th set of a kind, from 0; ends the program when there is none.
+// The `occurrence`-th set of a kind, from 0; throws when there is none.
 MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence = 0);
 
 struct DeltaEntry {
-  std::int8_t posTableIndex = 0;
+  std::uint8_t posTableIndex = 0;
   std::uint8_t slice = 0;
   std::uint32_t elementDelta = 0;
 };
 
 struct IndexEntry {
-  std::int8_t temporalOffset = 0;
-  std::int8_t keyFrameOffset = 0;
-  std::uint8_t flags = 0;
+  std::uint8_t temporalOffset = 0, keyFrameOffset = 0, flags = 0;
   std::uint64_t streamOffset = 0;
   std::uint32_t sliceOffset = 0;  // the last slice offset; any before it lead to the picture
 };
@@ -91,29 +85,19 @@ struct IndexEntry {
 struct IndexSegment {
   std::int64_t startPosition = 0;
   std::int64_t duration = 0;
-  std::uint32_t indexSid = 0;
-  std::uint32_t bodySid = 0;
-  std::uint8_t sliceCount = 0;
-  std::uint8_t posTableCount = 0;
   std::vector<DeltaEntry> deltas{};
   std::vector<IndexEntry> entries{};
-  std::optional<std::uint32_t>
-      claimedDeltaCount{};  // in the batch's head instead of the true count
-  std::optional<std::uint32_t> claimedEntryCount{};
+  // Items that the head of a batch claims beyond those that it has.
+  std::size_t missingDeltas = 0, missingEntries = 0;
 };
 
-struct ClipTimecode {
-  std::uint32_t hours = 10;
-  std::uint32_t minutes = 0;
-  std::uint32_t seconds = 0;
-  std::uint32_t frames = 0;
-};
+using ClipTimecode = TimeFields;
 
 // What to build. The defaults give a good clip of two body partitions, about 250 kB.
 struct ClipSpec {
   Rate rate = Rate::k25;
   bool dropFrame = false;  // takes effect on the bases 30 and 60 only
-  ClipTimecode start{};
+  ClipTimecode start{10, 0, 0, 0};
   std::uint32_t frames = 10;
   std::uint32_t framesPerPartition = 5;  // 0: all; at most what a segment's 64 kB item can list
 
@@ -134,8 +118,7 @@ struct ClipSpec {
   std::map<std::uint32_t, std::uint32_t> timecodeWords{};  // by frame; lowest byte written first
 
   std::uint32_t codec = 3;  // coding: 0 to 4 MPEG-2, 5 and 6 AVC
-  std::uint32_t height = 540;
-  std::uint32_t width = 1920;
+  std::uint32_t height = 540, width = 1920;
   std::uint8_t frameLayout = 1;
   std::uint32_t bitRate = 50000000;
   std::uint16_t bitRateTag = 0x8000;  // the dynamic tag that the Primer gives to BitRate
@@ -146,7 +129,6 @@ struct ClipSpec {
   IndexPlacement indexPlacement = IndexPlacement::kFollowingPartition;
   std::uint8_t sliceCount = 1;  // 0: delta entries count from the start of the frame
   std::uint8_t posTableCount = 0;
-  std::uint32_t extraDeltas = 0;  // copies of the last delta entry
   bool fillBetweenSegments = false;
 
   // Run in order before anything is laid out.
@@ -161,16 +143,13 @@ struct ClipSpec {
 
 // Where a KLV lies in the file, in bytes from its start.
 struct KlvPlace {
-  std::uint64_t key = 0;
-  std::uint64_t value = 0;
-  std::uint64_t valueBytes = 0;
+  std::uint64_t key = 0, value = 0, valueBytes = 0;
   std::uint64_t totalBytes = 0;  // with key, length and the fill behind it
 };
 
 struct TagPlace {
   std::uint16_t tag = 0;
-  std::uint64_t value = 0;
-  std::uint64_t valueBytes = 0;
+  std::uint64_t value = 0, valueBytes = 0;
 };
 
 struct SetPlace {
@@ -186,8 +165,7 @@ struct FramePlace {
   std::uint32_t bytes = 0;
   std::uint32_t samples = 0;  // per track
   std::size_t partition = 0;  // place in ClipLayout::partitions
-  KlvPlace system{};
-  KlvPlace picture{};
+  KlvPlace system{}, picture{};
   std::vector<KlvPlace> audio{};  // valueBytes is BlockAlign x samples
   std::optional<KlvPlace> data{};
 };
@@ -196,27 +174,21 @@ struct PartitionPlace {
   std::uint8_t keyKind = 0;  // byte 13 of the key: 2 header, 3 body, 4 footer
   std::uint64_t offset = 0;  // of the pack's key
   std::uint64_t headerByteCount = 0;
-  std::uint64_t indexOffset = 0;
-  std::uint64_t indexByteCount = 0;
-  std::uint32_t indexSid = 0;
-  std::uint64_t essenceOffset = 0;
-  std::uint64_t bodyOffset = 0;
-  std::uint32_t bodySid = 0;
+  std::uint64_t indexOffset = 0, indexByteCount = 0;
+  std::uint64_t essenceOffset = 0, bodyOffset = 0;
+  std::uint32_t indexSid = 0, bodySid = 0;
 };
 
 struct ClipLayout {
   std::vector<PartitionPlace> partitions{};
   std::vector<SetPlace> sets{};  // of the header metadata, in file order
   std::vector<FramePlace> frames{};
-  std::vector<SetPlace> indexSegments{};
-  std::vector<std::uint64_t> materialUmids{};  // every occurrence in the header metadata
-  std::vector<std::uint64_t> sourceUmids{};
+  std::vector<std::uint64_t> materialUmids{}, sourceUmids{};  // all in the header metadata
   std::uint64_t headerByteCount = 0;
   KlvPlace randomIndex{};  // all 0 when there is none
-  std::uint32_t startFrames = 0;
-  std::uint32_t blockAlign = 0;
+  std::uint32_t startFrames = 0, blockAlign = 0;
 
-  // These end the program when there is no such set or tag.
+  // These throw when there is no such set or tag.
   const SetPlace& Set(SetKind kind, std::size_t occurrence = 0) const;
   std::uint64_t TagValueOffset(SetKind kind, std::uint16_t tag, std::size_t occurrence = 0) const;
 };
@@ -228,20 +200,10 @@ struct Clip {
 
 // Offsets from the key of a partition pack (SMPTE 377, 4-byte length), for patches.
 namespace pack {
-inline constexpr std::size_t kKind = 13;
-inline constexpr std::size_t kStatus = 14;
-inline constexpr std::size_t kMajorVersion = 20;
-inline constexpr std::size_t kMinorVersion = 22;
-inline constexpr std::size_t kKagSize = 24;
-inline constexpr std::size_t kThisPartition = 28;
-inline constexpr std::size_t kPreviousPartition = 36;
-inline constexpr std::size_t kFooterPartition = 44;
-inline constexpr std::size_t kHeaderByteCount = 52;
-inline constexpr std::size_t kIndexByteCount = 60;
-inline constexpr std::size_t kIndexSid = 68;
-inline constexpr std::size_t kBodyOffset = 72;
-inline constexpr std::size_t kBodySid = 80;
-inline constexpr std::size_t kOperationalPattern = 84;
+inline constexpr std::size_t kKind = 13, kStatus = 14, kMajorVersion = 20, kKagSize = 24;
+inline constexpr std::size_t kThisPartition = 28, kPreviousPartition = 36, kFooterPartition = 44;
+inline constexpr std::size_t kHeaderByteCount = 52, kIndexByteCount = 60, kIndexSid = 68;
+inline constexpr std::size_t kBodyOffset = 72, kBodySid = 80, kOperationalPattern = 84;
 }  // namespace pack
 
 // The two UMIDs; in a clip of 64-byte UMIDs their first half.

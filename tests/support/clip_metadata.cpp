@@ -1,8 +1,10 @@
 #include <algorithm>
-#include <string_view>
-#include <utility>
+#include <map>
+#include <sstream>
+#include <string>
 
 #include "support/clip_parts.h"
+#include "support/temp_folder.h"
 #include "timecode/timecode.h"
 
 namespace quorvan::test {
@@ -16,96 +18,90 @@ const std::array<std::uint8_t, 32> kSourceUmid{
 
 namespace {
 
-// By ClipSpec::codec.
-constexpr std::array<Label, 7> kCodingLabels{{
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x03, 4, 1, 2, 2, 1, 0x03, 0x03, 0},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x03, 4, 1, 2, 2, 1, 0x04, 0x03, 0},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x03, 4, 1, 2, 2, 1, 0x03, 0x02, 0},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x03, 4, 1, 2, 2, 1, 0x04, 0x02, 0},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x08, 4, 1, 2, 2, 1, 0x05, 0x02, 0},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x0A, 4, 1, 2, 2, 1, 0x32, 0x30, 1},
-    {0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x0D, 4, 1, 2, 2, 1, 0x31, 0x60, 1},
-}};
-
-constexpr std::uint32_t kSampleRate = 48000;
-constexpr std::uint32_t kFirstAvcRow = 5;
-
-constexpr Label kMultiple{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 3, 0x0D, 1, 3, 1, 2, 0x7F, 1, 0};
-constexpr Label kMpegFrames{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 2, 0x0D, 1, 3, 1, 2, 4, 0x60, 1};
-constexpr Label kAvcFrames{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 0x0A, 0x0D, 1, 3, 1, 2, 0x10, 0x60, 1};
-constexpr Label kAes3Frames{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 0x0D, 1, 3, 1, 2, 6, 3, 0};
-constexpr Label kWaveFrames{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 0x0D, 1, 3, 1, 2, 6, 1, 0};
-constexpr Label kDataFrames{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 9, 0x0D, 1, 3, 1, 2, 0x0E, 0, 0};
-constexpr Label kTimecodeDef{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 1, 3, 2, 1, 1, 0, 0, 0};
-constexpr Label kPictureDef{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 1, 3, 2, 2, 1, 0, 0, 0};
-constexpr Label kSoundDef{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 1, 3, 2, 2, 2, 0, 0, 0};
-constexpr Label kDataDef{0x06, 0x0E, 0x2B, 0x34, 4, 1, 1, 1, 1, 3, 2, 2, 3, 0, 0, 0};
 constexpr Label kAudioKey{0x06, 0x0E, 0x2B, 0x34, 1, 2, 1, 1, 0x0D, 1, 3, 1, 0x16, 0, 3, 0};
+constexpr std::uint32_t kSampleRate = 48000;
+constexpr std::uint32_t kFirstAvcCodec = 5;
+constexpr std::uint16_t kUsualBitRateTag = 0x8000;  // in header_sets.txt
 
-// What the Primer Pack names: one plain tag and the dynamic ones.
-constexpr Label kInstanceUidLabel{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 1, 1, 1, 0x15, 2, 0, 0, 0, 0};
-constexpr Label kBitRateLabel{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 5, 4, 1, 6, 2, 1, 0x0B, 0, 0};
-constexpr Label kAvcRateLabel{0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 0x0E, 4, 1, 6, 6, 1, 0x0B, 0, 0};
-
-const Bytes kCreationDate{0x07, 0xE8, 3, 5, 14, 7, 9, 0};
-const Bytes kModifiedDate{0x07, 0xE8, 3, 6, 8, 30, 0, 0};
-
-Bytes Text(std::u16string_view text) {
-  Bytes bytes;
-  for (const char16_t unit : text)
-    bytes = std::move(bytes) + Big16(unit);
-  return bytes;
-}
-
-bool Mpeg(const ClipSpec& spec) {
-  return spec.codec < kFirstAvcRow;
-}
-
-Label PictureContainer(const ClipSpec& spec) {
-  return Mpeg(spec) ? kMpegFrames : kAvcFrames;
-}
-
-Label AudioContainer(const ClipSpec& spec) {
-  return spec.waveAudio ? kWaveFrames : kAes3Frames;
-}
-
-// References to sets, which no reader follows.
-Bytes References(std::size_t count) {
-  return Batch(count, sizeof(Label), Bytes(count * sizeof(Label)));
-}
-
+// Puts the lines of header_sets.txt together.
 class HeaderBuilder {
  public:
-  explicit HeaderBuilder(const ClipSpec& spec) : spec_(spec), rate_(RowOf(spec.rate)) {}
+  explicit HeaderBuilder(const ClipSpec& spec) : spec_(spec) {
+    const RateRow& rate = RowOf(spec.rate);
+    const auto base = static_cast<std::uint16_t>(FramesPerSecond(rate.fpsIndex));
+    const auto blockAlign = static_cast<std::uint16_t>(spec.bits / 8);
+    told_ = {{tag::kEssenceContainers, {}},
+             {tag::kLinkedPackageUid, Umid(kSourceUmid)},
+             {tag::kDuration, Big64(spec.frames)},
+             {tag::kContainerDuration, Big64(spec.frames)},
+             {tag::kStartTimecode, Big64(FrameCount(spec.start, spec.rate, spec.dropFrame))},
+             {tag::kRoundedTimecodeBase, Big16(base)},
+             {tag::kDropFrame, {spec.dropFrame}},
+             {tag::kSampleRate, Big32(rate.numerator) + Big32(rate.denominator)},
+             {tag::kDisplayHeight, Big32(spec.height)},
+             {tag::kDisplayWidth, Big32(spec.width)},
+             {tag::kFrameLayout, {spec.frameLayout}},
+             {tag::kAvcMaximumBitRate, Big32(spec.bitRate)},
+             {spec.bitRateTag, Big32(spec.bitRate)},
+             {tag::kQuantizationBits, Big32(spec.bits)},
+             {tag::kAvgBps, Big32(kSampleRate * blockAlign)},
+             {tag::kBlockAlign, Big16(blockAlign)}};
+  }
 
   HeaderSets Build() {
-    Add(SetKind::kPrimer,
-        {{tag::kInstanceUid, ToBytes(kInstanceUidLabel)},
-         Mpeg(spec_) ? MetadataItem{spec_.bitRateTag, ToBytes(kBitRateLabel)}
-                     : MetadataItem{tag::kAvcMaximumBitRate, ToBytes(kAvcRateLabel)}});
-    Add(SetKind::kPreface, {{tag::kVersion, {1, 3}},
-                            {tag::kOperationalPattern, ToBytes(kOp1a)},
-                            {tag::kEssenceContainers, LabelBatch(EssenceContainers(spec_))}});
-    Add(SetKind::kIdentification, {{tag::kCompanyName, Text(u"Northlight")},
-                                   {tag::kProductName, Text(u"Bench Writer")},
-                                   {tag::kVersionString, Text(u"1.2.3")},
-                                   {tag::kPlatform, Text(u"Bench")}});
-    Add(SetKind::kContentStorage,
-        {{tag::kPackages, References(2)}, {tag::kEssenceContainerData, References(1)}});
-    Add(SetKind::kEssenceContainerData, {{tag::kLinkedPackageUid, Umid(kSourceUmid)},
-                                         {tag::kIndexSid, Big32(kIndexSid)},
-                                         {tag::kBodySid, Big32(kBodySid)}});
-    AddPackage(SetKind::kMaterialPackage, kMaterialUmid, Umid(kSourceUmid));
-    AddPackage(SetKind::kSourcePackage, kSourceUmid, Bytes(spec_.umidSize));
-    AddDescriptors();
+    Add(spec_.codec < kFirstAvcCodec ? "mpegPrimer" : "avcPrimer");
+    Add("front");
+    AddPackage("material", kMaterialUmid, Umid(kSourceUmid));
+    AddPackage("source", kSourceUmid, Bytes(spec_.umidSize));
+    Add("multiple");
+    Add("codec" + std::to_string(spec_.codec));
+    Add(spec_.waveAudio ? "wave" : "aes3", spec_.tracks);
+    Add("dataDescriptor", spec_.dataTrack);
+    SetOf(sets_, SetKind::kPreface).SetTag(tag::kEssenceContainers, Containers());
     return std::move(sets_);
   }
 
  private:
-  MetadataSet& Add(SetKind kind, const std::vector<MetadataItem>& items) {
-    MetadataSet& set = sets_.emplace_back(EmptySet(kind, sets_.size()));
-    set.items.insert(set.items.end(), items.begin(), items.end());
-    return set;
+  void Add(const std::string& part, std::uint32_t times = 1) {
+    for (std::uint32_t n = 0; n < times; ++n) {
+      std::istringstream lines(text_);
+      for (std::string line; std::getline(lines, line);)
+        if (line.starts_with(part + ' ')) AddSet(std::istringstream(line.substr(part.size())));
+    }
+  }
+
+  void AddSet(std::istringstream cells) {
+    std::uint32_t kind = 0;
+    std::uint16_t tag = 0;
+    std::vector<MetadataItem> items;
+    cells >> std::hex >> kind;
+    for (std::string value; cells >> tag >> value;) {
+      if (tag == kUsualBitRateTag) tag = spec_.bitRateTag;
+      items.push_back({tag, value == "*" ? told_.at(tag) : FromHex(value)});
+    }
+    sets_.push_back(EmptySet(static_cast<SetKind>(kind), sets_.size(), items));
+  }
+
+  static Bytes FromHex(const std::string& digits) {
+    Bytes bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+      bytes.push_back(static_cast<std::uint8_t>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+    return bytes;
+  }
+
+  // A package with its tracks, whose clips come from the package of UMID `clipsOf`.
+  void AddPackage(const char* part, const std::array<std::uint8_t, 32>& umid,
+                  const Bytes& clipsOf) {
+    // References to the tracks, which no reader follows.
+    const std::size_t tracks = spec_.timecodeTracks + 1 + spec_.tracks + spec_.dataTrack;
+    told_[tag::kTracks] = Batch(tracks, sizeof(Label), Bytes(tracks * sizeof(Label)));
+    told_[tag::kPackageUid] = Umid(umid);
+    told_[tag::kSourcePackageId] = clipsOf;
+    Add(part);
+    Add("timecode", spec_.timecodeTracks);
+    Add("picture");
+    Add("sound", spec_.tracks);
+    Add("data", spec_.dataTrack);
   }
 
   Bytes Umid(const std::array<std::uint8_t, 32>& basic) const {
@@ -115,70 +111,20 @@ class HeaderBuilder {
     return umid;
   }
 
-  // A package with its tracks, whose clips come from the package of UMID `clipsOf`.
-  void AddPackage(SetKind kind, const std::array<std::uint8_t, 32>& umid, const Bytes& clipsOf) {
-    std::vector<Label> definitions(spec_.timecodeTracks, kTimecodeDef);
-    definitions.push_back(kPictureDef);
-    definitions.resize(definitions.size() + spec_.tracks, kSoundDef);
-    if (spec_.dataTrack) definitions.push_back(kDataDef);
-    Add(kind, {{tag::kPackageUid, Umid(umid)},
-               {tag::kPackageCreationDate, kCreationDate},
-               {tag::kPackageModifiedDate, kModifiedDate},
-               {tag::kTracks, References(definitions.size())}});
-    for (const Label& definition : definitions) {
-      const std::vector<MetadataItem> items = {{tag::kDataDefinition, ToBytes(definition)},
-                                               {tag::kDuration, Big64(spec_.frames)}};
-      Add(SetKind::kTimelineTrack, {});
-      Add(SetKind::kSequence, items);
-      if (definition == kTimecodeDef) {
-        Add(SetKind::kTimecodeComponent, items)
-            .items.insert(
-                sets_.back().items.end(),
-                {{tag::kStartTimecode, Big64(FrameCount(spec_.start, spec_.rate, spec_.dropFrame))},
-                 {tag::kRoundedTimecodeBase,
-                  Big16(static_cast<std::uint16_t>(FramesPerSecond(rate_.fpsIndex)))},
-                 {tag::kDropFrame, {static_cast<std::uint8_t>(spec_.dropFrame)}}});
-      } else {
-        Add(SetKind::kSourceClip, items).SetTag(tag::kSourcePackageId, clipsOf);
-      }
-    }
-  }
-
-  void AddDescriptors() {
-    AddDescriptor(SetKind::kMultipleDescriptor, kMultiple, {});
-    AddDescriptor(Mpeg(spec_) ? SetKind::kMpegVideoDescriptor : SetKind::kCdciDescriptor,
-                  PictureContainer(spec_),
-                  {{tag::kPictureEssenceCoding, ToBytes(kCodingLabels.at(spec_.codec))},
-                   {tag::kDisplayHeight, Big32(spec_.height)},
-                   {tag::kDisplayWidth, Big32(spec_.width)},
-                   {tag::kFrameLayout, {spec_.frameLayout}},
-                   {tag::kAspectRatio, Big32(16) + Big32(9)}});
-    if (Mpeg(spec_)) {
-      sets_.back().SetTag(spec_.bitRateTag, Big32(spec_.bitRate));
-    } else {
-      Add(SetKind::kAvcSubDescriptor, {{tag::kAvcMaximumBitRate, Big32(spec_.bitRate)}});
-    }
-    const std::uint32_t blockAlign = spec_.bits / 8;
-    for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
-      AddDescriptor(spec_.waveAudio ? SetKind::kWaveDescriptor : SetKind::kAes3Descriptor,
-                    AudioContainer(spec_),
-                    {{tag::kQuantizationBits, Big32(spec_.bits)},
-                     {tag::kAudioSamplingRate, Big32(kSampleRate) + Big32(1)},
-                     {tag::kAvgBps, Big32(kSampleRate * blockAlign)},
-                     {tag::kBlockAlign, Big16(static_cast<std::uint16_t>(blockAlign))}});
-    }
-    if (spec_.dataTrack) AddDescriptor(SetKind::kDataDescriptor, kDataFrames, {});
-  }
-
-  void AddDescriptor(SetKind kind, const Label& container, const std::vector<MetadataItem>& items) {
-    Add(kind, {{tag::kSampleRate, Big32(rate_.numerator) + Big32(rate_.denominator)},
-               {tag::kContainerDuration, Big64(spec_.frames)},
-               {tag::kEssenceContainer, ToBytes(container)}});
-    sets_.back().items.insert(sets_.back().items.end(), items.begin(), items.end());
+  // Those that the descriptors name, each once.
+  Bytes Containers() const {
+    Bytes labels;
+    for (const MetadataSet& set : sets_)
+      for (const auto& [tag, value] : set.items)
+        if (tag == tag::kEssenceContainer && std::ranges::search(labels, value).empty())
+          labels = std::move(labels) + value;
+    return Batch(labels.size() / sizeof(Label), sizeof(Label), labels);
   }
 
   const ClipSpec& spec_;
-  const RateRow& rate_;
+  const Bytes file_ = ReadAll(TESTS_FOLDER "/support/header_sets.txt");
+  const std::string text_{file_.begin(), file_.end()};
+  std::map<std::uint16_t, Bytes> told_;
   HeaderSets sets_;
 };
 
@@ -186,12 +132,6 @@ class HeaderBuilder {
 
 HeaderSets BuildHeaderSets(const ClipSpec& spec) {
   return HeaderBuilder(spec).Build();
-}
-
-std::vector<Label> EssenceContainers(const ClipSpec& spec) {
-  std::vector<Label> labels{kMultiple, PictureContainer(spec), AudioContainer(spec)};
-  if (spec.dataTrack) labels.push_back(kDataFrames);
-  return labels;
 }
 
 Label AudioElementKey(const ClipSpec& spec, std::uint32_t track) {

@@ -1,8 +1,7 @@
 #include "support/clip_parts.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <stdexcept>
 #include <utility>
 
 namespace quorvan::test {
@@ -30,11 +29,6 @@ const RateRow& RowOf(Rate rate) {
   return kRates[static_cast<std::size_t>(rate)];
 }
 
-void Fail(const char* what, SetKind kind, std::size_t number) {
-  std::fprintf(stderr, "clip builder: %s (kind %d, %zu)\n", what, static_cast<int>(kind), number);
-  std::abort();
-}
-
 Bytes operator+(Bytes left, const Bytes& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
@@ -45,20 +39,9 @@ Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items) {
          items;
 }
 
-Bytes LabelBatch(const std::vector<Label>& labels) {
-  Bytes items;
-  for (const Label& label : labels)
-    items = std::move(items) + ToBytes(label);
-  return Batch(labels.size(), sizeof(Label), items);
-}
-
-std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit) {
-  return (value + unit - 1) / unit * unit;
-}
-
 std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit) {
   if (unit == 0) return used;
-  std::uint64_t size = AlignUp(used, unit);
+  std::uint64_t size = (used + unit - 1) / unit * unit;
   while (size != used && size - used < kKlHead)
     size += unit;
   return size;
@@ -68,12 +51,10 @@ void KlvWriter::Put(const Bytes& bytes) {
   out_.insert(out_.end(), bytes.begin(), bytes.end());
 }
 
-KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes, bool longLength) {
+KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes) {
   KlvPlace place{.key = Position(), .valueBytes = valueBytes};
   out_.insert(out_.end(), key.begin(), key.end());
-  Bytes length = longLength ? Big64(valueBytes) : Big32(static_cast<std::uint32_t>(valueBytes));
-  length[0] = longLength ? 0x87 : 0x83;
-  Put(length);
+  Put(Big32(0x83000000 | static_cast<std::uint32_t>(valueBytes)));
   place.value = Position();
   place.totalBytes = place.value - place.key + valueBytes;
   return place;
@@ -91,7 +72,7 @@ SetPlace KlvWriter::Set(const MetadataSet& set) {
   std::uint64_t valueBytes = primer ? kBatchHead : 0;
   for (const MetadataItem& item : set.items)
     valueBytes += itemHead + item.value.size();
-  SetPlace place{.kind = set.kind, .klv = Head(set.key, valueBytes, set.longLength), .tags = {}};
+  SetPlace place{.kind = set.kind, .klv = Head(set.key, valueBytes), .tags = {}};
   if (primer) Put(Batch(set.items.size(), 2 + sizeof(Label), {}));
   for (const MetadataItem& item : set.items) {
     Put(Big16(item.tag));
@@ -102,14 +83,14 @@ SetPlace KlvWriter::Set(const MetadataSet& set) {
   return place;
 }
 
-MetadataSet EmptySet(SetKind kind, std::size_t number) {
-  MetadataSet set;
-  set.kind = kind;
+MetadataSet EmptySet(SetKind kind, std::size_t number, const std::vector<MetadataItem>& items) {
+  MetadataSet set{.kind = kind};
   set.key = {0x06, 0x0E, 0x2B, 0x34, 2, 0x53, 1, 1, 0x0D, 1, 1, 1, 1, 1, 0, 0};
   set.key[14] = static_cast<std::uint8_t>(kind);
   if (kind == SetKind::kPrimer) set.key = kPrimerKey;
   if (kind == SetKind::kIndexTableSegment) set.key = kIndexKey;
   if (kind != SetKind::kPrimer) set.SetTag(tag::kInstanceUid, Big64(number) + Bytes(8, 0x51));
+  set.items.insert(set.items.end(), items.begin(), items.end());
   return set;
 }
 
@@ -122,41 +103,27 @@ void MetadataSet::SetTag(std::uint16_t tag, Bytes value) {
   items.push_back({tag, std::move(value)});
 }
 
-void MetadataSet::RemoveTag(std::uint16_t tag) {
-  std::erase_if(items, [tag](const MetadataItem& item) { return item.tag == tag; });
-}
-
 MetadataSet& SetOf(HeaderSets& sets, SetKind kind, std::size_t occurrence) {
-  std::size_t seen = 0;
-  for (MetadataSet& set : sets) {
-    if (set.kind == kind && seen++ == occurrence) return set;
-  }
-  Fail("no such set", kind, occurrence);
-}
-
-Bytes Big64(std::uint64_t value) {
-  Bytes bytes(8);
-  for (std::size_t i = 0; i < 8; ++i) {
-    bytes[i] = static_cast<std::uint8_t>(value >> (8 * (7 - i)));
-  }
-  return bytes;
-}
-
-Bytes Big32(std::uint32_t value) {
-  const Bytes wide = Big64(value);
-  return Bytes(wide.begin() + 4, wide.end());
+  for (MetadataSet& set : sets)
+    if (set.kind == kind && occurrence-- == 0) return set;
+  throw std::out_of_range("clip builder: no such set");
 }
 
 Bytes Big16(std::uint16_t value) {
-  const Bytes wide = Big64(value);
-  return Bytes(wide.begin() + 6, wide.end());
+  return {static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};
+}
+
+Bytes Big32(std::uint32_t value) {
+  return Big16(static_cast<std::uint16_t>(value >> 16)) + Big16(static_cast<std::uint16_t>(value));
+}
+
+Bytes Big64(std::uint64_t value) {
+  return Big32(static_cast<std::uint32_t>(value >> 32)) + Big32(static_cast<std::uint32_t>(value));
 }
 
 void Patch(Bytes& bytes, std::uint64_t offset, const Bytes& value) {
-  if (offset > bytes.size() || value.size() > bytes.size() - offset) {
-    std::fprintf(stderr, "clip builder: patch behind the end of the file\n");
-    std::abort();
-  }
+  if (offset > bytes.size() || value.size() > bytes.size() - offset)
+    throw std::out_of_range("clip builder: patch behind the end of the file");
   std::copy(value.begin(), value.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 

@@ -26,9 +26,6 @@ struct RateRow {
 
 const RateRow& RowOf(Rate rate);
 
-// Tells of a misuse of the builder and ends the program.
-[[noreturn]] void Fail(const char* what, SetKind kind, std::size_t number);
-
 template <typename Container>
 Bytes ToBytes(const Container& values) {
   return Bytes(values.begin(), values.end());
@@ -36,9 +33,6 @@ Bytes ToBytes(const Container& values) {
 
 Bytes operator+(Bytes left, const Bytes& right);
 Bytes Batch(std::size_t count, std::size_t itemSize, const Bytes& items);
-Bytes LabelBatch(const std::vector<Label>& labels);
-
-std::uint64_t AlignUp(std::uint64_t value, std::uint64_t unit);
 
 // Smallest multiple of `unit` that holds `used` bytes and leaves nothing or room for a fill;
 // `used` itself for a unit of 0.
@@ -53,7 +47,7 @@ class KlvWriter {
   void Put(const Bytes& bytes);
 
   // Writes key and length; the caller writes the value.
-  KlvPlace Head(const Label& key, std::uint64_t valueBytes, bool longLength = false);
+  KlvPlace Head(const Label& key, std::uint64_t valueBytes);
 
   // A KLV Fill up to `position`, which is here or at least kKlHead on.
   void FillTo(std::uint64_t position);
@@ -64,12 +58,11 @@ class KlvWriter {
   Bytes& out_;
 };
 
-// A set with its key and an InstanceUID made from `number`.
-MetadataSet EmptySet(SetKind kind, std::size_t number);
+// A set with its key, an InstanceUID made from `number` and the items.
+MetadataSet EmptySet(SetKind kind, std::size_t number, const std::vector<MetadataItem>& items = {});
 
 // The header metadata that a description asks for, before any edit.
 HeaderSets BuildHeaderSets(const ClipSpec& spec);
-std::vector<Label> EssenceContainers(const ClipSpec& spec);
 Label AudioElementKey(const ClipSpec& spec, std::uint32_t track);
 
 }  // namespace quorvan::test

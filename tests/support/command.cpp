@@ -7,22 +7,17 @@
 #include "support/temp_folder.h"
 
 namespace quorvan::test {
-namespace {
-
-std::string Text(const std::filesystem::path& path) {
-  const auto bytes = ReadAll(path);
-  return {bytes.begin(), bytes.end()};
-}
-
-}  // namespace
-
 CommandResult RunCommand(const std::string& command) {
   const TempFolder folder;
+  const auto text = [](const std::string& path) {
+    const auto bytes = ReadAll(path);
+    return std::string(bytes.begin(), bytes.end());
+  };
   const std::string out = folder.Path() / "out";
   const std::string err = folder.Path() / "err";
   const std::string line = "( " + command + " ) </dev/null >" + out + " 2>" + err;
   const int status = std::system(line.c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Text(out), Text(err)};
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, text(out), text(err)};
 }
 
 std::string MakeFfmpegClip(const std::string& path, const FfmpegClip& clip) {

@@ -17,16 +17,6 @@ bool FailsNow() {
   return true;
 }
 
-void* Allocate(std::size_t size) noexcept {
-  return FailsNow() ? nullptr : std::malloc(size == 0 ? 1 : size);
-}
-
-void* AllocateOrThrow(std::size_t size) {
-  void* memory = Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
 }  // namespace
 
 void FailAllocation(int nth) {
@@ -41,17 +31,19 @@ bool AllocationFailed() {
 }  // namespace quorvan::test
 
 // The program's own forms in place of the library's.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return quorvan::test::FailsNow() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& nothrow) noexcept {
+  return operator new(size, nothrow);
+}
 void* operator new(std::size_t size) {
-  return quorvan::test::AllocateOrThrow(size);
+  void* memory = operator new(size, std::nothrow);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
 }
 void* operator new[](std::size_t size) {
-  return quorvan::test::AllocateOrThrow(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return quorvan::test::Allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return quorvan::test::Allocate(size);
+  return operator new(size);
 }
 void operator delete(void* memory) noexcept {
   std::free(memory);

@@ -3,10 +3,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <system_error>
+#include <stdexcept>
 
 namespace quorvan::test {
 namespace {
@@ -14,20 +13,14 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void Fail(const char* what, const fs::path& path) {
-  std::fprintf(stderr, "test folder: %s: %s\n", what, path.c_str());
-  std::abort();
-}
-
-fs::path PathFromUtf8(const std::string& name) {
-  return fs::path(std::u8string(name.begin(), name.end()));
+  throw std::runtime_error("test folder: " + path.string() + ": " + what);
 }
 
 }  // namespace
 
 TempFolder::TempFolder() {
   std::string name = fs::temp_directory_path() / "quorvan-test-XXXXXX";
-  path_ = name;
-  if (mkdtemp(name.data()) == nullptr) Fail("cannot create", path_);
+  if (mkdtemp(name.data()) == nullptr) Fail("cannot create", name);
   path_ = name;
 }
 
@@ -37,12 +30,12 @@ TempFolder::~TempFolder() {
 }
 
 std::u16string TempFolder::PathOf(const std::string& name) const {
-  return (path_ / PathFromUtf8(name)).u16string();
+  return (path_ / name).u16string();
 }
 
 std::u16string TempFolder::Write(const std::string& name,
                                  const std::vector<std::uint8_t>& bytes) const {
-  const fs::path path = path_ / PathFromUtf8(name);
+  const fs::path path = path_ / name;
   if (!WriteBytes(path, bytes)) Fail("cannot write", path);
   return path.u16string();
 }
@@ -56,12 +49,9 @@ bool WriteBytes(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
 }
 
 std::vector<std::uint8_t> ReadAll(const fs::path& path) {
-  std::error_code error;
-  const std::uintmax_t size = fs::file_size(path, error);
+  std::vector<std::uint8_t> bytes(fs::file_size(path));
   std::ifstream file(path, std::ios::binary);
-  if (error || !file) Fail("cannot read", path);
-  std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
-  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   if (!file) Fail("cannot read", path);
   return bytes;
 }

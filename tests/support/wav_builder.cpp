@@ -16,41 +16,31 @@ constexpr std::uint32_t kExtensibleFmtSize = 40;
 
 using Bytes = std::vector<std::uint8_t>;
 
-void PutLittle(Bytes& bytes, std::uint64_t value, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-  }
+void PatchLittle(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i)
+    bytes.at(offset + i) = static_cast<std::uint8_t>(value >> (8 * i));
 }
 
-void PatchLittle(Bytes& bytes, std::size_t offset, std::uint64_t value, std::size_t count) {
-  for (std::size_t i = 0; i < count && offset + i < bytes.size(); ++i) {
-    bytes[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
-  }
+void PutLittle(Bytes& bytes, std::uint64_t value, std::size_t count) {
+  bytes.resize(bytes.size() + count);
+  PatchLittle(bytes, bytes.size() - count, value, count);
 }
 
 std::uint32_t SampleBytes(const WavSpec& spec) {
   return (spec.bits + 7u) / 8u;
 }
 
-std::uint32_t FrameBytes(const WavSpec& spec) {
-  return SampleBytes(spec) * spec.channels;
-}
-
 Bytes FmtBody(const WavSpec& spec) {
   const std::uint32_t blockAlign =
-      spec.blockAlign.value_or(static_cast<std::uint16_t>(FrameBytes(spec)));
+      spec.blockAlign.value_or(static_cast<std::uint16_t>(SampleBytes(spec) * spec.channels));
+  const std::uint32_t extension =
+      spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0;
   Bytes body;
-  PutLittle(body, spec.formatTag, 2);
-  PutLittle(body, spec.channels, 2);
-  PutLittle(body, spec.sampleRate, 4);
-  PutLittle(body, std::uint64_t{spec.sampleRate} * blockAlign, 4);
-  PutLittle(body, blockAlign, 2);
-  PutLittle(body, spec.bits, 2);
-  PutLittle(body, spec.fmtSize >= kExtensibleFmtSize ? kExtensibleFmtSize - kPlainFmtSize - 2 : 0,
-            2);
-  PutLittle(body, spec.bits, 2);
-  PutLittle(body, 0, 4);  // speaker positions: none
-  PutLittle(body, spec.subFormat, 2);
+  for (const std::uint32_t number :
+       {std::uint32_t{spec.channels} << 16 | spec.formatTag, spec.sampleRate,
+        spec.sampleRate * blockAlign, std::uint32_t{spec.bits} << 16 | blockAlign,
+        std::uint32_t{spec.bits} << 16 | extension, 0u, std::uint32_t{spec.subFormat}})
+    PutLittle(body, number, 4);
   body.resize(spec.fmtSize);
   return body;
 }
@@ -60,7 +50,6 @@ Bytes DataBody(const WavSpec& spec) {
   // Eight bits and fewer are stored with an offset, all others signed.
   const std::int32_t offset = width == 1 ? 0x80 : 0;
   Bytes body;
-  body.reserve(static_cast<std::size_t>(spec.sampleFrames * FrameBytes(spec)));
   for (std::uint64_t index = 0; index < spec.sampleFrames; ++index) {
     for (std::uint32_t channel = 0; channel < spec.channels; ++channel) {
       const std::int32_t value =

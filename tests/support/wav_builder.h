@@ -44,10 +44,7 @@ struct WavSpec {
 struct WavFile {
   std::vector<std::uint8_t> bytes{};
   // File offsets of the chunks' bodies, 0 for a bext that is not there, and bytes of audio.
-  std::uint64_t bextOffset = 0;
-  std::uint64_t fmtOffset = 0;
-  std::uint64_t dataOffset = 0;
-  std::uint64_t dataBytes = 0;
+  std::uint64_t bextOffset = 0, fmtOffset = 0, dataOffset = 0, dataBytes = 0;
 };
 
 WavFile BuildWav(const WavSpec& spec);
