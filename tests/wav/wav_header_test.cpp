@@ -72,17 +72,10 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
     const char* form;
     std::uint32_t dataSize;
     std::uint64_t longSize, bytes, cut;
-  } rows[] = {{"RIFF", 120, 60, 120, 0},
-              {"RIFF", 0, 60, 300, 0},
-              {"RIFF", kElsewhere, 60, 300, 0},
-              {"RIFF", kElsewhere, 60, 297, 1},
-              {"RF64", kElsewhere, 300, 300, 0},
-              {"RF64", kElsewhere, 1ull << 33, 1ull << 33, 0},
-              {"RF64", 120, 60, 60, 0},
-              {"RF64", 0, 60, 60, 0},
-              {"RF64", kElsewhere, 0, 300, 0},
-              {"RF64", 0, 0, 300, 0},
-              {"RF64", kElsewhere, ~0ull, 300, 0},
+  } rows[] = {{"RIFF", 120, 60, 120, 0},         {"RIFF", 0, 60, 300, 0},
+              {"RIFF", kElsewhere, 60, 300, 0},  {"RIFF", kElsewhere, 60, 297, 1},
+              {"RF64", kElsewhere, 300, 300, 0}, {"RF64", kElsewhere, 1ull << 33, 1ull << 33, 0},
+              {"RF64", 120, 60, 60, 0},          {"RF64", 0, 0, 300, 0},
               {"RF64", 0, ~0ull, 299 / 3 * 3, 2}};
   for (const auto& row : rows) {
     WavSpec spec;
@@ -106,7 +99,6 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
     std::size_t cut;
     std::uint64_t bytes;
   } empty[] = {{{{"LIST", {1, 2, 3, 4}}}, 0, 0},
-               {{{"LIST", {1, 2, 3}}}, 0, 0},
                {{{"LIST", {1, 2, 3}}}, 1, 0},  // without its pad
                {{{"LIST", {1, 2, 3, 4}}, {"note", {1}}}, 0, 0},
                {{{"LIST", {1, 2, 3, 4}, 5}}, 0, 12},
@@ -120,17 +112,6 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
     EXPECT_EQ(Read(file.bytes), kWavOk);
     EXPECT_EQ(AudioBytes(header_), row.bytes) << &row - empty;
   }
-  WavSpec cut;  // a long size and a time of which half are there
-  cut.formId = "RF64";
-  cut.timeReference = ~0ull;
-  file_ = BuildWav(cut);
-  file_.bytes[16] = 12;
-  file_.bytes[file_.bextOffset - 4] = 344 & 0xFF;
-  file_.bytes[file_.bextOffset - 3] = 344 >> 8;
-  ASSERT_EQ(Read(file_.bytes), kWavOk);
-  EXPECT_EQ(header_.ds64RiffSize, file_.bytes.size() - 8);
-  EXPECT_EQ(header_.ds64DataSize, 0u);
-  EXPECT_EQ(TimeReference(), 0xFFFFFFFFu);
 }
 
 TEST_F(WavHeader, PassesUnknownChunksOfAnyClaimedSizeAcrossEveryReadBoundary) {
@@ -178,7 +159,6 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
     return WavChunk{tag, std::vector<std::uint8_t>(8), 0xFFFFFFFFu};
   };
   const std::function<void(WavSpec&)> faults[] = {
-      [](WavSpec& w) { w.blockAlign = 0; },
       [](WavSpec& w) { w.channels = 0, w.blockAlign = 3; },
       [](WavSpec& w) { w.channels = 4, w.blockAlign = 3; },
       [](WavSpec& w) { w.fmtSize = 8; },  // ends before the block size
