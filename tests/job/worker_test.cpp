@@ -72,9 +72,7 @@ TEST(Worker, RunsEveryJobAndTellsItsOutcomeOnce) {
 }
 
 TEST(Worker, TellsWhyAJobHasFailed) {
-  ClipSpec spec;
-  spec.umidSize = 64;
-  Face face(spec);
+  Face face({.umidSize = 64});
   face.app.info.useFileIo = Method::kGenericFileIo;
   std::string told = face.Run(kRewriteJob);
   std::filesystem::remove(platform::ToUtf8(face.path));
@@ -116,12 +114,10 @@ TEST(Worker, TellsWhetherAClipIsLoaded) {
     EXPECT_EQ(face.app.mxf.timecode.progressTotal, 10u);
     EXPECT_EQ(face.app.mxf.base.processCode, 1000u);
   }
-  ClipSpec broken, missing, wide;
-  broken.timecodeWords[4] = 0;
-  missing.tracks = wide.tracks = 1;
+  ClipSpec missing{.tracks = 1}, wide{.tracks = 1};
   missing.DropSet(SetKind::kAes3Descriptor);
   wide.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(20));
-  Face face(broken);
+  Face face({.timecodeWords = {{4, 0}}});
   told += face.Run(kAnalysisJob);
   face.app.info.noTimecodeCheck = 1;
   told += face.Run(kAnalysisJob);
@@ -150,10 +146,7 @@ TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
 
 // With the numbers of the job's stage; those of a measurement are the export's.
 TEST(JobCheck, RefusesWhatTheEnginesWould) {
-  ClipSpec untimed, longUmids;
-  untimed.timecodeTracks = 0;
-  longUmids.umidSize = 64;
-  LoadedClip clip{longUmids}, unfit(untimed);
+  LoadedClip clip({.umidSize = 64}), unfit({.timecodeTracks = 0});
   EXPECT_EQ(ClipRefusal(clip.app.info), u"");
   EXPECT_EQ(ClipRefusal(unfit.app.info), FailureText(2000, 2016));
   EXPECT_TRUE(NeedsOldIdentity(clip.app.info));
@@ -161,11 +154,7 @@ TEST(JobCheck, RefusesWhatTheEnginesWould) {
   Face ready;
   for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange})
     ready.SetRange(range, 3, 2);
-  struct Case {
-    JobKind kind;
-    std::int32_t stage;
-    std::int32_t withNothingOn;
-  };
+  using Case = std::tuple<JobKind, int, int>;
   for (const auto& [kind, stage, withNothingOn] :
        {Case{kRewriteJob, 2000, 2015}, {kExportJob, 4000, 4015}, {kLoudnessJob, 4000, 0}}) {
     EXPECT_EQ(CheckClipFor(kind, clip.app.info).result, 0);

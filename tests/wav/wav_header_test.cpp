@@ -47,9 +47,7 @@ class WavHeader : public ::testing::Test {
 
 TEST_F(WavHeader, ReadsFormatAndAudioPlaceWhateverTheFmtSize) {
   for (const std::uint32_t fmtSize : {16u, 18u, 40u, 200u}) {
-    WavSpec spec;
-    spec.channels = 6;
-    spec.fmtSize = fmtSize;
+    WavSpec spec{.channels = 6, .fmtSize = fmtSize};
     ASSERT_EQ(Read(spec), kWavOk) << fmtSize;
     EXPECT_EQ(header_.formatTag, 1);
     EXPECT_EQ(header_.channels, 6);
@@ -78,11 +76,10 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
               {"RF64", 120, 60, 60, 0},          {"RF64", 0, 0, 300, 0},
               {"RF64", 0, ~0ull, 299 / 3 * 3, 2}};
   for (const auto& row : rows) {
-    WavSpec spec;
-    spec.formId = "RF64";
-    spec.sampleFrames = 100;
-    spec.dataSize = row.dataSize;
-    spec.ds64DataSize = row.longSize;
+    WavSpec spec{.formId = "RF64",
+                 .sampleFrames = 100,
+                 .dataSize = row.dataSize,
+                 .ds64DataSize = row.longSize};
     WavFile file = BuildWav(spec);
     std::copy_n(row.form, 4, file.bytes.begin());
     file.bytes.resize(file.bytes.size() - row.cut);
@@ -104,9 +101,7 @@ TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
                {{{"LIST", {1, 2, 3, 4}, 5}}, 0, 12},
                {{{"LIST", {1, 2, 3, 4}, 2}}, 0, 12}};
   for (const auto& row : empty) {
-    WavSpec spec;
-    spec.sampleFrames = 0;
-    spec.chunksBehindData = row.behind;
+    WavSpec spec{.sampleFrames = 0, .chunksBehindData = row.behind};
     WavFile file = BuildWav(spec);
     file.bytes.resize(file.bytes.size() - row.cut);
     EXPECT_EQ(Read(file.bytes), kWavOk);
@@ -119,9 +114,9 @@ TEST_F(WavHeader, PassesUnknownChunksOfAnyClaimedSizeAcrossEveryReadBoundary) {
   const std::size_t beforeTag = 44;  // and the next block begins with the last three bytes
   for (const std::size_t edge : {kBlock, 2 * kBlock - 3}) {
     for (std::size_t pad = edge - beforeTag - 16; pad < edge - beforeTag + 8; ++pad) {
-      WavSpec spec;
-      spec.sampleFrames = 1;
-      spec.chunksBeforeData = {{"JUNK", std::vector<std::uint8_t>(pad, 'd'), 0xFFFFFFF0u}};
+      WavSpec spec{
+          .sampleFrames = 1,
+          .chunksBeforeData = {{"JUNK", std::vector<std::uint8_t>(pad, 'd'), 0xFFFFFFF0u}}};
       ASSERT_EQ(Read(spec), kWavOk) << pad;
       EXPECT_EQ(header_.dataOffset, file_.dataOffset) << pad;
     }
@@ -129,16 +124,14 @@ TEST_F(WavHeader, PassesUnknownChunksOfAnyClaimedSizeAcrossEveryReadBoundary) {
 }
 
 TEST_F(WavHeader, TakesTheLettersOfATagInAnUnknownChunkForTheTag) {
-  WavSpec spec;
-  spec.chunksBeforeData = {{"note", Raw("..data\x10\1\1\1..."), {}}};
+  WavSpec spec{.chunksBeforeData = {{"note", Raw("..data\x10\1\1\1..."), {}}}};
   ASSERT_EQ(Read(spec), kWavOk);
   EXPECT_EQ(header_.dataOffset, file_.fmtOffset + 16 + 8 + 2 + 8);
 }
 
 // Neither the bodies of known chunks nor anything behind the head of the audio.
 TEST_F(WavHeader, DoesNotScanWhatItNeedNot) {
-  WavSpec spec;
-  spec.timeReference = 0x123456789Aull;
+  WavSpec spec{.timeReference = 0x123456789Aull};
   WavFile file = BuildWav(spec);
   std::copy_n("data", 4, file.bytes.begin() + static_cast<std::ptrdiff_t>(file.bextOffset) + 400);
   ASSERT_EQ(Read(file.bytes), kWavOk);
@@ -167,13 +160,11 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
       [&](WavSpec& w) { w.chunksBeforeData = {swallowing("fmt ")}; },
   };
   for (const auto& fault : faults) {
-    WavSpec spec;
-    spec.formId = "RF64";
+    WavSpec spec{.formId = "RF64"};
     fault(spec);
     EXPECT_EQ(Read(spec), kWavHeaderIncomplete) << &fault - faults;
   }
-  WavSpec rf64;
-  rf64.formId = "RF64";
+  WavSpec rf64{.formId = "RF64"};
   const WavFile whole = BuildWav(rf64);
   for (const std::size_t tag : {8ul, 12ul, whole.fmtOffset - 8, whole.dataOffset - 8}) {
     std::vector<std::uint8_t> unknown = whole.bytes;
@@ -183,10 +174,7 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
 }
 
 TEST_F(WavHeader, EveryCutBeforeTheAudioIsRefusedAndNoneBehindIt) {
-  WavSpec spec;
-  spec.formId = "RF64";
-  spec.timeReference = 48000;
-  spec.sampleFrames = 4;
+  WavSpec spec{.formId = "RF64", .sampleFrames = 4, .timeReference = 48000};
   ASSERT_EQ(Read(spec), kWavOk);
   for (std::size_t size = file_.bytes.size(); size-- > 0;) {
     std::filesystem::resize_file(folder_.Path() / "a.wav", size);

@@ -131,9 +131,7 @@ TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
 }
 
 TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
-  WavSpec spec;
-  spec.timeReference = 48000ull * 3600 + 500;
-  spec.sampleFrames = 24000;
+  WavSpec spec{.sampleFrames = 24000, .timeReference = 48000ull * 3600 + 500};
   const std::u16string path = folder_.Write("take.wav", BuildWav(spec).bytes);
   auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
   const platform::FileTimes times{file.Times()->creation, 117000000000000000, 118000000000000000};
@@ -158,9 +156,7 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
 }
 
 TEST_F(WavLibrary, SortsALengthAcrossMidnightAsNegative) {
-  WavSpec spec;
-  spec.timeReference = 48000ull * (24 * 3600 - 1) + 1;
-  spec.sampleFrames = 96000;
+  WavSpec spec{.sampleFrames = 96000, .timeReference = 48000ull * (24 * 3600 - 1) + 1};
   ASSERT_EQ(Add("a", spec), kWavOk);
   EXPECT_EQ(head_.next->durationFrames, 50u);
   EXPECT_EQ(static_cast<std::int64_t>(head_.next->sortKey[SortKeyOf(kDurationColumn)]),
