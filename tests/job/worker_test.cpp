@@ -10,7 +10,6 @@
 #include "../rewrite/call_hook.h"
 #include "job/job_steps.h"
 #include "job/process_table.h"
-#include "mxf/essence/continuity.h"
 #include "platform/text.h"
 #include "support/golden.h"
 #include "support/loaded_clip.h"

@@ -99,6 +99,8 @@ TEST(ClipIdentity, StampsBothPackagesWithTheLocalTime) {
   const Bytes before = StampInZone();
   EXPECT_EQ(clip.Renew(), kUmidsRenewed);
   const Bytes after = StampInZone();
+  unsetenv("TZ");
+  tzset();
   const Bytes now = clip.Now();
   for (const SetKind kind : {SetKind::kMaterialPackage, SetKind::kSourcePackage}) {
     const std::uint64_t place = clip.clip.layout.TagValueOffset(kind, tag::kPackageModifiedDate);
