@@ -214,6 +214,14 @@ TEST_P(Export, MakesNoFileOfWhatIsNoAudioOfItsTrack) {
   }
 }
 
+// The engines take a range that ends in front of its first frame in a clip of the last hour.
+TEST_P(Export, WritesAHeaderAloneForARangeWithoutFrames) {
+  ExportClip clip({.start = {23, 59, 59, 0}}, {0});
+  clip.SetRange(kExportRange, 3, 2);
+  ASSERT_EQ(Run(clip), 0);
+  EXPECT_EQ(clip.File("Track-1.wav").size(), kBwfHeaderBytes);
+}
+
 // Each file, then the folder with their names.
 TEST_P(Export, IsNotDoneBeforeTheMediumHasAll) {
   for (const int flush : {1, 2, 3}) {

@@ -66,46 +66,37 @@ TEST_F(WavHeader, ReadsFormatAndAudioPlaceWhateverTheFmtSize) {
 // file, in whole samples.
 TEST_F(WavHeader, KnowsTheBytesOfAudioByTheSizeThatCounts) {
   constexpr std::uint32_t kElsewhere = 0xFFFFFFFF;
-  const struct {
-    const char* form;
-    std::uint32_t dataSize;
-    std::uint64_t longSize, bytes, cut;
-  } rows[] = {{"RIFF", 120, 60, 120, 0},         {"RIFF", 0, 60, 300, 0},
-              {"RIFF", kElsewhere, 60, 300, 0},  {"RIFF", kElsewhere, 60, 297, 1},
-              {"RF64", kElsewhere, 300, 300, 0}, {"RF64", kElsewhere, 1ull << 33, 1ull << 33, 0},
-              {"RF64", 120, 60, 60, 0},          {"RF64", 0, 0, 300, 0},
-              {"RF64", 0, ~0ull, 299 / 3 * 3, 2}};
-  for (const auto& row : rows) {
-    WavSpec spec{.formId = "RF64",
-                 .sampleFrames = 100,
-                 .dataSize = row.dataSize,
-                 .ds64DataSize = row.longSize};
-    WavFile file = BuildWav(spec);
-    std::copy_n(row.form, 4, file.bytes.begin());
-    file.bytes.resize(file.bytes.size() - row.cut);
+  using Row = std::tuple<std::string, std::uint32_t, std::uint64_t, std::uint64_t, std::uint64_t>;
+  const Row rows[] = {
+      {"RIFF", 120, 60, 120, 0},         {"RIFF", 0, 60, 300, 0},
+      {"RIFF", kElsewhere, 60, 300, 0},  {"RIFF", kElsewhere, 60, 297, 1},
+      {"RF64", kElsewhere, 300, 300, 0}, {"RF64", kElsewhere, 1ull << 33, 1ull << 33, 0},
+      {"RF64", 120, 60, 60, 0},          {"RF64", 0, 0, 300, 0},
+      {"RF64", 0, ~0ull, 299 / 3 * 3, 2}};
+  for (const auto& [form, dataSize, longSize, bytes, cut] : rows) {
+    WavFile file = BuildWav(
+        {.formId = "RF64", .sampleFrames = 100, .dataSize = dataSize, .ds64DataSize = longSize});
+    std::copy_n(form.begin(), 4, file.bytes.begin());
+    file.bytes.resize(file.bytes.size() - cut);
     EXPECT_EQ(Read(file.bytes), kWavOk);
-    EXPECT_EQ(AudioBytes(header_), row.bytes) << row.form << row.dataSize << ' ' << row.longSize;
-    EXPECT_EQ(header_.isRF64, row.form[1] == 'F');
+    EXPECT_EQ(AudioBytes(header_), bytes) << form << dataSize << ' ' << longSize;
+    EXPECT_EQ(header_.isRF64, form[1] == 'F');
     header_.timeReferenceLow = 99;  // counts only with a bext
     EXPECT_EQ(ComputeWavPosition(&header_, 1, 1, 0), 1);
-    EXPECT_EQ(header_.samplePosition[1], row.bytes / 3);
+    EXPECT_EQ(header_.samplePosition[1], bytes / 3);
   }
   // An empty data chunk with a chain of chunks to the end of the file is no stream.
-  const struct {
-    std::vector<WavChunk> behind;
-    std::size_t cut;
-    std::uint64_t bytes;
-  } empty[] = {{{{"LIST", {1, 2, 3, 4}}}, 0, 0},
-               {{{"LIST", {1, 2, 3}}}, 1, 0},  // without its pad
-               {{{"LIST", {1, 2, 3, 4}}, {"note", {1}}}, 0, 0},
-               {{{"LIST", {1, 2, 3, 4}, 5}}, 0, 12},
-               {{{"LIST", {1, 2, 3, 4}, 2}}, 0, 12}};
-  for (const auto& row : empty) {
-    WavSpec spec{.sampleFrames = 0, .chunksBehindData = row.behind};
-    WavFile file = BuildWav(spec);
-    file.bytes.resize(file.bytes.size() - row.cut);
+  const std::tuple<std::vector<WavChunk>, std::size_t, std::uint64_t> empty[] = {
+      {{{"LIST", {1, 2, 3, 4}}}, 0, 0},
+      {{{"LIST", {1, 2, 3}}}, 1, 0},  // without its pad
+      {{{"LIST", {1, 2, 3, 4}}, {"note", {1}}}, 0, 0},
+      {{{"LIST", {1, 2, 3, 4}, 5}}, 0, 12},
+      {{{"LIST", {1, 2, 3, 4}, 2}}, 0, 12}};
+  for (const auto& [behind, cut, bytes] : empty) {
+    WavFile file = BuildWav({.sampleFrames = 0, .chunksBehindData = behind});
+    file.bytes.resize(file.bytes.size() - cut);
     EXPECT_EQ(Read(file.bytes), kWavOk);
-    EXPECT_EQ(AudioBytes(header_), row.bytes) << &row - empty;
+    EXPECT_EQ(AudioBytes(header_), bytes) << behind.back().id << cut;
   }
 }
 
