@@ -13,6 +13,13 @@ namespace {
 
 using namespace test;
 
+TEST(AppState, StartsWithoutTracksAndWithTheFirstSelected) {
+  const AppState fresh;
+  EXPECT_EQ(fresh.info.trackSelected[0], 1);
+  EXPECT_EQ(fresh.tracks.rewrapSwitch[23], kNoSuchTrack);
+  EXPECT_EQ(fresh.tracks.wavBufferIndex, 4u);
+}
+
 TEST(EnterLoadedState, OffersTheTracksOfTheClipAndSelectsTheFirst) {
   AppState app;
   app.mxf.audio.trackCount = 3;
