@@ -228,8 +228,9 @@ TEST_P(Rewrap, TouchesNothingInAClipThatContradictsItself) {
   const auto index = [](const std::function<void(Segments&)>& edit) {
     return ClipSpec{.indexEdits = {edit}};
   };
-  ClipSpec noWidth, narrow{.sliceCount = 0}, otherRate{.rate = Rate::k29_97};
+  ClipSpec noWidth, noRate, narrow{.sliceCount = 0}, otherRate{.rate = Rate::k29_97};
   noWidth.RemoveTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits);
+  noRate.RemoveTag(SetKind::kAes3Descriptor, 0, tag::kAudioSamplingRate);
   // Elements of 24 bits under a descriptor of 16.
   narrow.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(16));
   narrow.SetTag(SetKind::kAes3Descriptor, 0, tag::kBlockAlign, Big16(2));
@@ -238,6 +239,7 @@ TEST_P(Rewrap, TouchesNothingInAClipThatContradictsItself) {
   const std::pair<std::int32_t, ClipSpec> cases[] = {
       {2016, {.timecodeTracks = 0}},
       {2017, noWidth},
+      {2017, noRate},
       {2018, narrow},
       {2018, otherRate},
       // A neighbour's element, behind the key, no entry for the track.
@@ -338,16 +340,14 @@ TEST_P(Rewrap, TouchesNothingWhenASourceIsNoLongerWhatItWas) {
 }
 
 TEST_P(Rewrap, KeepsUmidsThatAreNotThirtyTwoBytesOnlyWhenAskedTo) {
-  ClipSpec spec{.umidSize = 64};
-  RewrapJob job(spec);
+  RewrapJob job({.umidSize = 64});
   job.Put(0, Wav(1, 24, kPlenty));
   ExpectUntouched(job, kUmidTooLong);
   job.app.tracks.keepUmids = 1;
   EXPECT_EQ(job.Run(), kDoneWithNotice);
   EXPECT_EQ(job.app.tracks.umidState, kUmidsKept);
   EXPECT_TRUE(job.Now() == job.Expected(false));
-  spec.umidSize = 48;
-  RewrapJob odd(spec);
+  RewrapJob odd({.umidSize = 48});
   odd.Silence(0);
   odd.app.tracks.keepUmids = 1;
   ExpectUntouched(odd, 2032);
@@ -450,7 +450,6 @@ TEST_P(Rewrap, SetsTheTimesAndKeepsTheCreation) {
 // come from the medium, with tracks left out between those that are replaced.
 TEST_P(Rewrap, WritesTheSameWhereverABlockEnds) {
   constexpr std::uint32_t block = 32;
-  ClipSpec spec{.frames = 70, .framesPerPartition = 30, .tracks = 12};
   // Files that end behind the range, with a block, and within one.
   const std::pair<std::uint32_t, std::uint64_t> cases[] = {{block - 1, 200000},
                                                            {block, block * 1920},
@@ -458,7 +457,7 @@ TEST_P(Rewrap, WritesTheSameWhereverABlockEnds) {
                                                            {2 * block, block * 1920 - 1},
                                                            {2 * block + 1, 200000}};
   for (const auto& [frames, samples] : cases) {
-    RewrapJob job(spec);
+    RewrapJob job({.frames = 70, .framesPerPartition = 30, .tracks = 12});
     job.Put(0, Wav(8, 24, samples));
     job.Silence(9);
     job.Silence(11);
