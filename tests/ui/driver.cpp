@@ -27,6 +27,11 @@ bool EndsByItself(const QObject* object) {
          object->inherits("quorvan::ui::JobDialog");
 }
 
+std::string TextIn(const QWidget* dialog) {
+  const auto* box = qobject_cast<const QMessageBox*>(dialog);
+  return box == nullptr ? "" : box->text().toStdString();
+}
+
 Answer Take(std::deque<Answer>* queue) {
   const Answer first = queue->front();
   queue->pop_front();
@@ -35,14 +40,18 @@ Answer Take(std::deque<Answer>* queue) {
 
 }  // namespace
 
-Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
-  window_->resize(size);
+Driver::Driver() : window_(std::make_unique<ui::MainWindow>()) {
+  window_->resize(1280, 720);
   window_->show();
   window_->activateWindow();
   QObject::connect(&watch_, &QTimer::timeout, [this] { Look(); });
   watch_.start(kWatchMilliseconds);
   qApp->installEventFilter(this);
   Settle();
+}
+
+Driver::~Driver() {
+  EXPECT_TRUE(answers_.empty());
 }
 
 bool Driver::eventFilter(QObject* object, QEvent* event) {
@@ -86,11 +95,9 @@ void Driver::Look() {
   }
   if (top == answered_ || top->objectName() == "answered") return;
   if (EndsByItself(top)) return;
-  if (const auto* box = qobject_cast<QMessageBox*>(top)) heard_.push_back(box->text());
   top->setObjectName("answered");
   if (answers_.empty()) {
-    ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << " "
-                  << (heard_.empty() ? "" : heard_.back().toStdString());
+    ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << TextIn(top);
     top->close();
     return;
   }
@@ -223,16 +230,17 @@ void Driver::Photograph(const QString& name) {
   top->grab().save(folder + "/" + name + ".png");
 }
 
-Answer Press(const QString& nameOrText) {
-  return [nameOrText](QWidget* dialog) {
-    for (auto* button : dialog->findChildren<QAbstractButton*>()) {
-      if (button->objectName() == nameOrText || button->text().remove('&') == nameOrText) {
-        QTest::mouseClick(button, Qt::LeftButton);
-        return;
+Answer Press(const QStringList& buttons, const QString& says) {
+  return [buttons, says](QWidget* dialog) {
+    EXPECT_NE(TextIn(dialog).find(says.toStdString()), std::string::npos) << TextIn(dialog);
+    for (const QString& wanted : buttons) {
+      QAbstractButton* found = nullptr;
+      for (auto* button : dialog->findChildren<QAbstractButton*>()) {
+        if (button->objectName() == wanted || button->text().remove('&') == wanted) found = button;
       }
+      if (found == nullptr) qFatal("no button %s", qPrintable(wanted));
+      QTest::mouseClick(found, Qt::LeftButton);
     }
-    ADD_FAILURE() << "no button " << nameOrText.toStdString();
-    dialog->close();
   };
 }
 
@@ -244,3 +252,12 @@ Answer Choosing(const QString& names) {
 }
 
 }  // namespace quorvan::test
+
+int main(int argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+  quorvan::ui::DressApplication();
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
