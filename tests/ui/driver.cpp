@@ -32,10 +32,13 @@ std::string TextIn(const QWidget* dialog) {
   return box == nullptr ? "" : box->text().toStdString();
 }
 
-Answer Take(std::deque<Answer>* queue) {
-  const Answer first = queue->front();
+// Lets the next answer of the queue do its work, but not from within an event: it may bring up the
+// next box.
+void Let(std::deque<Answer>* queue, QWidget* dialog) {
+  const Answer answer = queue->front();
   queue->pop_front();
-  return first;
+  QMetaObject::invokeMethod(
+      dialog, [answer, dialog] { answer(dialog); }, Qt::QueuedConnection);
 }
 
 }  // namespace
@@ -56,10 +59,7 @@ Driver::~Driver() {
 
 bool Driver::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::Show && EndsByItself(object) && !running_.empty()) {
-    const Answer answer = Take(&running_);
-    auto* dialog = static_cast<QWidget*>(object);
-    QMetaObject::invokeMethod(
-        dialog, [answer, dialog] { answer(dialog); }, Qt::QueuedConnection);
+    Let(&running_, static_cast<QWidget*>(object));
   }
   return QObject::eventFilter(object, event);
 }
@@ -89,22 +89,12 @@ void Driver::Settle() {
 
 void Driver::Look() {
   QWidget* top = QApplication::activeModalWidget();
-  if (top == nullptr || !top->isVisible()) {
-    answered_ = nullptr;
-    return;
-  }
-  if (top == answered_ || top->objectName() == "answered") return;
-  if (EndsByItself(top)) return;
+  if (top == nullptr || !top->isVisible() || EndsByItself(top)) return;
+  if (top->objectName() == "answered") return;
   top->setObjectName("answered");
-  if (answers_.empty()) {
-    ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << TextIn(top);
-    top->close();
-    return;
-  }
-  const Answer answer = Take(&answers_);
-  // Not from within the timer, which would rest meanwhile: an answer may bring up the next box.
-  QMetaObject::invokeMethod(
-      top, [answer, top] { answer(top); }, Qt::QueuedConnection);
+  if (!answers_.empty()) return Let(&answers_, top);
+  ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << TextIn(top);
+  top->close();
 }
 
 QWidget* Driver::Find(const QString& name, QWidget* root) {

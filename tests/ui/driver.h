@@ -85,7 +85,6 @@ class Driver : public QObject {
   QTimer watch_;
   std::deque<Answer> answers_;
   std::deque<Answer> running_;
-  QWidget* answered_ = nullptr;
 };
 
 // Presses one button after the other, each given by its name or its text. What comes up has to be a

@@ -199,25 +199,21 @@ TEST(Window, SortsTheLibraryByEachColumnBothWays) {
   LoadedStage stage;
   Driver& driver = stage.driver;
   // No two columns put the files in the same order.
-  struct File {
-    const char* name;
-    std::uint16_t channels, bits;
-    std::uint64_t start, length;
-    int age;
-  };
+  const std::tuple<const char*, std::uint16_t, std::uint16_t, std::uint64_t, std::uint64_t, int>
+      files[] = {{"b.wav", 2, 16, 20, 4, 3},
+                 {"c.wav", 2, 24, 40, 1, 1},
+                 {"a.wav", 1, 24, 10, 3, 4},
+                 {"d.wav", 1, 16, 30, 2, 2}};
   std::vector<std::u16string> paths;
-  for (const File& file : {File{"b.wav", 2, 16, 20, 4, 3},
-                           {"c.wav", 2, 24, 40, 1, 1},
-                           {"a.wav", 1, 24, 10, 3, 4},
-                           {"d.wav", 1, 16, 30, 2, 2}}) {
+  for (const auto& [name, channels, bits, start, length, age] : files) {
     WavSpec wav;
-    wav.channels = file.channels;
-    wav.bits = file.bits;
-    wav.timeReference = file.start * 48000;
-    wav.sampleFrames = file.length * 4800;
-    paths.push_back(stage.folder.Write(file.name, BuildWav(wav).bytes));
-    const auto time = std::filesystem::file_time_type::clock::now() + std::chrono::hours(file.age);
-    std::filesystem::last_write_time(stage.folder.Path() / file.name, time);
+    wav.channels = channels;
+    wav.bits = bits;
+    wav.timeReference = start * 48000;
+    wav.sampleFrames = length * 4800;
+    paths.push_back(stage.folder.Write(name, BuildWav(wav).bytes));
+    const auto time = std::filesystem::file_time_type::clock::now() + std::chrono::hours(age);
+    std::filesystem::last_write_time(stage.folder.Path() / name, time);
     QTest::qSleep(10);  // of another creation time
   }
   driver.Drop(paths);
@@ -306,6 +302,20 @@ TEST(Window, RefusesWhatDoesNotFit) {
   EXPECT_EQ(driver.Focus(), entry);
   driver.Key(Qt::Key_Escape);
   EXPECT_EQ(driver.TextOf(kInTimecodeText), "--:--:--:--");
+
+  // A clip without a timecode can be looked at; a name without room for a log is told at once.
+  driver.Key(Qt::Key_U, Qt::ControlModifier);
+  ClipSpec mute;
+  mute.timecodeTracks = 0;
+  driver.Expect(Press({"1"}, "情報の表示のみ可能です。"));
+  driver.Drop({stage.folder.Write("mute.mxf", BuildClip(mute).bytes)});
+  EXPECT_EQ(stage.app.mxfLoaded, 1);
+  driver.Key(Qt::Key_U, Qt::ControlModifier);
+  driver.Drop({stage.folder.Write(std::string(250, 'n') + ".mxf", stage.clip.bytes)});
+  driver.ClickView(stage.window.lampRect[0]);
+  driver.EnterRange("10000000", "10000001");
+  driver.Expect(Press({"1"}, "ファイル名が長すぎるため"));
+  driver.Key(Qt::Key_R, Qt::ControlModifier);
 }
 
 // Where a job waits until the operator has done something: at each call of the kind while there is
@@ -351,25 +361,6 @@ TEST(Window, WaitsForTheMediumAndTellsOfUmidsThatStay) {
   platform::SetFaultSeam(nullptr);
   EXPECT_NE(stage.Text("clip_LOG.txt").find("[ UMID ]"), std::string::npos);
   EXPECT_FALSE(stage.IsUntouched());
-}
-
-// A clip without a timecode can be looked at; a name without room for a log is told at once.
-TEST(Window, TellsWhatCannotBeDone) {
-  ClipSpec mute;
-  mute.timecodeTracks = 0;
-  Stage stage(mute);
-  Driver& driver = stage.driver;
-  driver.Expect(Press({"1"}, "情報の表示のみ可能です。"));
-  driver.Drop({stage.path});
-  EXPECT_EQ(stage.app.mxfLoaded, 1);
-
-  driver.Key(Qt::Key_U, Qt::ControlModifier);
-  const std::string name = std::string(250, 'n') + ".mxf";
-  driver.Drop({stage.folder.Write(name, BuildClip(ClipSpec()).bytes)});
-  driver.ClickView(stage.window.lampRect[0]);
-  driver.EnterRange("10000000", "10000001");
-  driver.Expect(Press({"1"}, "ファイル名が長すぎるため"));
-  driver.Key(Qt::Key_R, Qt::ControlModifier);
 }
 
 TEST(Window, KeepsTheFocusWhereItBelongs) {
@@ -504,14 +495,14 @@ TEST(Window, PlacesEverythingByItsSize) {
   const int w = driver.View()->width();
   const int h = driver.View()->height();
   EXPECT_EQ(w, 1920);
-  for (const LabelSpec& label : Labels()) {
-    EXPECT_EQ(driver.View()->Label(label.id)->geometry(), ui::ToQRect(ControlRect(label.id, w, h)))
-        << label.id;
+  int count = 0;
+  for (const QWidget* control : driver.View()->findChildren<QWidget*>()) {
+    const auto id = static_cast<ControlId>(control->objectName().toUInt());
+    if (id == 0 || id == kTimecodeEdit) continue;
+    EXPECT_EQ(control->geometry(), ui::ToQRect(ControlRect(id, w, h))) << id;
+    ++count;
   }
-  for (const ControlId id :
-       {kLoadButton, kViewButton, kRewrapButton, kExportButton, kInButton, kOutButton, kDurButton})
-    EXPECT_EQ(driver.View()->Button(id)->geometry(), ui::ToQRect(ControlRect(id, w, h))) << id;
-  EXPECT_EQ(driver.List()->geometry(), ui::ToQRect(ControlRect(kWavListView, w, h)));
+  EXPECT_EQ(count, 39);
   // A lamp is painted where its row has it.
   EXPECT_EQ(ui::ToQRect(stage.window.lampRect[3]), QRect(144, 329, 52, 52));
   const QImage picture = driver.View()->grab().toImage();
