@@ -164,7 +164,9 @@ TEST_F(CommandLine, TellsWhatIsUncommonInAClip) {
       {"other.mxf", other}, {"mute.mxf", mute}, {"lengths.mxf", lengths}, {"hidden.mxf", hidden}};
   for (const auto& [name, spec] : clips)
     folder_.Write(name, BuildClip(spec).bytes);
-  for (const auto& row : GoldenRows("cli/golden/uncommon.txt")) {
+  const auto rows = GoldenRows("cli/golden/uncommon.txt");
+  EXPECT_EQ(rows.size(), 15u);
+  for (const auto& row : rows) {
     const std::string line = ToUtf8(row.at(1)) + "\n";
     const std::string page = Run("info --no-timecode-check " + ToUtf8(row.at(0)) + ".mxf").output;
     EXPECT_NE(page.find(line), std::string::npos) << line << page;

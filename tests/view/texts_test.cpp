@@ -109,7 +109,9 @@ TEST(TimecodeEntry, KeepsTheRangeWithinTheClip) {
   late.start = {23, 59, 59, 20};
   LoadedClip day{ClipSpec()};
   LoadedClip midnight{late};
-  for (const auto& row : GoldenRows("view/golden/entries.txt")) {
+  const auto rows = GoldenRows("view/golden/entries.txt");
+  EXPECT_EQ(rows.size(), 13u);
+  for (const auto& row : rows) {
     LoadedClip& clip = row.at(0) == u"day" ? day : midnight;
     const TimecodeTarget target = row.at(1) == u"IN" ? kInTarget : kOutTarget;
     EXPECT_EQ(EntryRefusal(Enter(&clip, target, row.at(2))), row.at(3));
