@@ -124,7 +124,7 @@ TEST(Window, GoesTheWholeRoad) {
   Driver& driver = stage.driver;
   const AUDIOTRACK_IO_INFO& tracks = *stage.app.tracks;
   EXPECT_EQ(driver.TextOf(kFileNameText), "clip.mxf");
-  EXPECT_EQ(driver.TextOf(kTracksText), "4");
+  EXPECT_EQ(driver.TextOf(kSizeText), "1920 x 1080");
 
   // Two of three files are assigned: the stereo one to tracks 1 and 2.
   driver.Drop(stage.wavs);
