@@ -10,66 +10,37 @@
 
 #include "support/clip_builder.h"
 #include "support/command.h"
+#include "support/golden.h"
 #include "support/temp_folder.h"
 
 namespace quorvan::test {
 namespace {
 
-// What the analysis has to say of a clip.
-struct Found {
-  std::uint32_t fpsIndex, rateIndex, dropFrame, startFrames, codecIndex;
-};
-
-// Frames from 0, both included, and their timecodes.
-struct Range {
-  std::size_t inFrame, outFrame;
-  const char *in, *out;
-};
-
+// A clip of ffmpeg's, what the analysis has to say of it, and the range that is rewritten: frames
+// from 0, both included, and their timecodes.
 struct Road {
-  const char* name;
+  std::string name;
   FfmpegClip clip;
-  Found found;
-  Range range;  // what is rewritten
+  std::uint32_t fpsIndex, rateIndex, dropFrame, startFrames, codecIndex;
+  std::size_t inFrame, outFrame;
+  std::string in, out;
 };
 void PrintTo(const Road& road, std::ostream* out) {
   *out << road.name;
 }
 
-const Road kRoads[] = {
-    {"OneTrackAt24",
-     {"24", 2, 1, 16},
-     {0, 0, 0, 864000, 1},
-     {12, 24, "10:00:00:12", "10:00:01:00"}},
-    {"FourTracksAt30",
-     {"30", 2, 4, 16},
-     {2, 2, 0, 1080000, 1},
-     {15, 30, "10:00:00:15", "10:00:01:00"}},
-    {"EightTracksAt2398",
-     {"24000/1001", 2.002, 8, 24},
-     {0, 5, 0, 864000, 1},
-     {12, 24, "10:00:00:12", "10:00:01:00"}},
-    {"SixteenTracksAt2997Drop",
-     {"30000/1001", 4.004, 16, 24, false, "23:59:58;00"},
-     {2, 6, 1, 2589348, 1},
-     {30, 61, "23:59:59:00", "00:00:00:01"}},
-    {"TwentyFourTracksAt5994Drop",
-     {"60000/1001", 2.002, 24, 24, false, "00:00:59;00"},
-     {4, 7, 1, 3540, 1},
-     {30, 60, "00:00:59:30", "00:01:00:04"}},
-    {"TwoTracksAt50",
-     {"50", 3, 2, 24, false, "10:00:59:00"},
-     {3, 3, 0, 1802950, 1},
-     {37, 75, "10:00:59:37", "10:01:00:25"}},
-    {"AvcIntraAcrossMidnight",
-     {"25", 4, 4, 24, true, "23:59:58:00"},
-     {1, 1, 0, 2159950, 5},
-     {25, 50, "23:59:59:00", "00:00:00:00"}},
-    {"AMinuteInSixPartitions",
-     {"25", 60, 2, 24, false, "10:00:00:00", "color=c=gray:s=64x64"},
-     {1, 1, 0, 900000, 1},
-     {375, 750, "10:00:15:00", "10:00:30:00"}},
-};
+std::vector<Road> Roads() {
+  std::vector<Road> roads;
+  std::istringstream rows(GoldenText("cli/golden/roads.txt"));
+  for (Road r; rows >> r.name;) {
+    FfmpegClip& clip = r.clip;
+    rows >> clip.rate >> clip.seconds >> clip.tracks >> clip.bits >> clip.avcIntra >> clip.start;
+    rows >> r.fpsIndex >> r.rateIndex >> r.dropFrame >> r.startFrames >> r.codecIndex;
+    rows >> r.inFrame >> r.in >> r.outFrame >> r.out >> clip.picture;
+    roads.push_back(r);
+  }
+  return roads;
+}
 
 class FfmpegRoad : public ::testing::TestWithParam<Road> {
  protected:
@@ -91,9 +62,7 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
   }
 
   // The range as the companion takes it.
-  std::string Points() const {
-    return std::string(" --in ") + GetParam().range.in + " --out " + GetParam().range.out;
-  }
+  std::string Points() const { return " --in " + GetParam().in + " --out " + GetParam().out; }
 
   std::string RawFormat() const { return "s" + std::to_string(GetParam().clip.bits) + "le"; }
 
@@ -149,17 +118,17 @@ void FfmpegRoad::ExpectPlaces(const nlohmann::json& info) const {
   };
   const std::pair<nlohmann::json, nlohmann::json> fields[] = {
       {info["result"], 0},
-      {timecode["fpsIndex"], road.found.fpsIndex},
-      {timecode["rateIndex"], road.found.rateIndex},
-      {timecode["dropFrame"], road.found.dropFrame},
-      {timecode["startFrames"], road.found.startFrames},
+      {timecode["fpsIndex"], road.fpsIndex},
+      {timecode["rateIndex"], road.rateIndex},
+      {timecode["dropFrame"], road.dropFrame},
+      {timecode["startFrames"], road.startFrames},
       {timecode["editRateNumerator"].dump() + "/" + timecode["editRateDenominator"].dump(),
        picture["r_frame_rate"]},
       {audio["trackCount"], road.clip.tracks},
       {audio["quantizationBits"], road.clip.bits},
       {audio["blockAlign"], road.clip.bits / 8},
       {audio["sampleRate"].dump(), probe["streams"][1]["sample_rate"]},
-      {video["codecIndex"], road.found.codecIndex},
+      {video["codecIndex"], road.codecIndex},
       {video["width"], picture["width"]},
       {video["height"], picture["height"]},
       {"0x" + text(base["materialUmid"]), tags["material_package_umid"]},
@@ -207,9 +176,9 @@ void FfmpegRoad::ExpectSamples(const nlohmann::json& entries) const {
   std::vector<Bytes> expected = DecodeTracks();
   MakeSources();
   std::size_t from = 0, bytes = 0;
-  for (std::size_t f = 0; f <= road.range.outFrame; ++f) {
-    (f < road.range.inFrame ? from : bytes) += entries[f]["audioSamples"].get<std::size_t>() *
-                                               static_cast<std::size_t>(road.clip.bits) / 8;
+  for (std::size_t f = 0; f <= road.outFrame; ++f) {
+    (f < road.inFrame ? from : bytes) += entries[f]["audioSamples"].get<std::size_t>() *
+                                         static_cast<std::size_t>(road.clip.bits) / 8;
   }
   // The last track of several stays as it is.
   const auto written = static_cast<std::size_t>(std::max(road.clip.tracks - 1, 1));
@@ -260,8 +229,8 @@ TEST_P(FfmpegRoad, HoldsFromConformToRewrite) {
   ExpectSamples(info["INDEX_ENTRY_ARRAY"]);
 }
 
-INSTANTIATE_TEST_SUITE_P(Clips, FfmpegRoad, ::testing::ValuesIn(kRoads),
-                         [](const auto& road) { return std::string(road.param.name); });
+INSTANTIATE_TEST_SUITE_P(Clips, FfmpegRoad, ::testing::ValuesIn(Roads()),
+                         [](const auto& road) { return road.param.name; });
 
 }  // namespace
 }  // namespace quorvan::test

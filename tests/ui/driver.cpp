@@ -27,16 +27,24 @@ bool EndsByItself(const QObject* object) {
          object->inherits("quorvan::ui::JobDialog");
 }
 
-Answer Take(std::deque<Answer>* queue) {
-  const Answer first = queue->front();
+std::string TextIn(const QWidget* dialog) {
+  const auto* box = qobject_cast<const QMessageBox*>(dialog);
+  return box == nullptr ? "" : box->text().toStdString();
+}
+
+// Lets the next answer of the queue do its work, but not from within an event: it may bring up the
+// next box.
+void Let(std::deque<Answer>* queue, QWidget* dialog) {
+  const Answer answer = queue->front();
   queue->pop_front();
-  return first;
+  QMetaObject::invokeMethod(
+      dialog, [answer, dialog] { answer(dialog); }, Qt::QueuedConnection);
 }
 
 }  // namespace
 
-Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
-  window_->resize(size);
+Driver::Driver() : window_(std::make_unique<ui::MainWindow>()) {
+  window_->resize(1280, 720);
   window_->show();
   window_->activateWindow();
   QObject::connect(&watch_, &QTimer::timeout, [this] { Look(); });
@@ -45,12 +53,13 @@ Driver::Driver(QSize size) : window_(std::make_unique<ui::MainWindow>()) {
   Settle();
 }
 
+Driver::~Driver() {
+  EXPECT_TRUE(answers_.empty());
+}
+
 bool Driver::eventFilter(QObject* object, QEvent* event) {
   if (event->type() == QEvent::Show && EndsByItself(object) && !running_.empty()) {
-    const Answer answer = Take(&running_);
-    auto* dialog = static_cast<QWidget*>(object);
-    QMetaObject::invokeMethod(
-        dialog, [answer, dialog] { answer(dialog); }, Qt::QueuedConnection);
+    Let(&running_, static_cast<QWidget*>(object));
   }
   return QObject::eventFilter(object, event);
 }
@@ -80,24 +89,12 @@ void Driver::Settle() {
 
 void Driver::Look() {
   QWidget* top = QApplication::activeModalWidget();
-  if (top == nullptr || !top->isVisible()) {
-    answered_ = nullptr;
-    return;
-  }
-  if (top == answered_ || top->objectName() == "answered") return;
-  if (EndsByItself(top)) return;
-  if (const auto* box = qobject_cast<QMessageBox*>(top)) heard_.push_back(box->text());
+  if (top == nullptr || !top->isVisible() || EndsByItself(top)) return;
+  if (top->objectName() == "answered") return;
   top->setObjectName("answered");
-  if (answers_.empty()) {
-    ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << " "
-                  << (heard_.empty() ? "" : heard_.back().toStdString());
-    top->close();
-    return;
-  }
-  const Answer answer = Take(&answers_);
-  // Not from within the timer, which would rest meanwhile: an answer may bring up the next box.
-  QMetaObject::invokeMethod(
-      top, [answer, top] { answer(top); }, Qt::QueuedConnection);
+  if (!answers_.empty()) return Let(&answers_, top);
+  ADD_FAILURE() << "nobody answers: " << top->windowTitle().toStdString() << TextIn(top);
+  top->close();
 }
 
 QWidget* Driver::Find(const QString& name, QWidget* root) {
@@ -223,16 +220,17 @@ void Driver::Photograph(const QString& name) {
   top->grab().save(folder + "/" + name + ".png");
 }
 
-Answer Press(const QString& nameOrText) {
-  return [nameOrText](QWidget* dialog) {
-    for (auto* button : dialog->findChildren<QAbstractButton*>()) {
-      if (button->objectName() == nameOrText || button->text().remove('&') == nameOrText) {
-        QTest::mouseClick(button, Qt::LeftButton);
-        return;
+Answer Press(const QStringList& buttons, const QString& says) {
+  return [buttons, says](QWidget* dialog) {
+    EXPECT_NE(TextIn(dialog).find(says.toStdString()), std::string::npos) << TextIn(dialog);
+    for (const QString& wanted : buttons) {
+      QAbstractButton* found = nullptr;
+      for (auto* button : dialog->findChildren<QAbstractButton*>()) {
+        if (button->objectName() == wanted || button->text().remove('&') == wanted) found = button;
       }
+      if (found == nullptr) qFatal("no button %s", qPrintable(wanted));
+      QTest::mouseClick(found, Qt::LeftButton);
     }
-    ADD_FAILURE() << "no button " << nameOrText.toStdString();
-    dialog->close();
   };
 }
 
@@ -244,3 +242,12 @@ Answer Choosing(const QString& names) {
 }
 
 }  // namespace quorvan::test
+
+int main(int argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+  quorvan::ui::DressApplication();
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

@@ -21,7 +21,8 @@ using Answer = std::function<void(QWidget* dialog)>;
 
 class Driver : public QObject {
  public:
-  explicit Driver(QSize size = QSize(1280, 720));
+  Driver();
+  ~Driver() override;  // a queued answer that nobody has asked for fails the test
 
   ui::MainWindow& Window() { return *window_; }
   APP_STATE_INFO& App() { return window_->State(); }
@@ -53,12 +54,8 @@ class Driver : public QObject {
   // Takes back the answers that nobody has asked for.
   void TakeBackAnswers() { answers_.clear(); }
 
-  // Queues what to do with the next boxes and dialogs that come up, one each. The text of every
-  // message box is kept.
+  // Queues what to do with the next boxes and dialogs that come up, one each.
   void Expect(const Answer& answer) { answers_.push_back(answer); }
-  QStringList Heard() { return std::exchange(heard_, {}); }
-  QString LastHeard() const { return heard_.value(heard_.size() - 1); }
-  bool AllAnswered() const { return answers_.empty(); }
 
   // Queues what to do with the next dialog of a running job, as soon as it shows.
   void WhenRunning(const Answer& answer) { running_.push_back(answer); }
@@ -88,12 +85,11 @@ class Driver : public QObject {
   QTimer watch_;
   std::deque<Answer> answers_;
   std::deque<Answer> running_;
-  QStringList heard_;
-  QWidget* answered_ = nullptr;
 };
 
-// Presses the button of that name, or the one with that text in a message box.
-Answer Press(const QString& nameOrText);
+// Presses one button after the other, each given by its name or its text. What comes up has to be a
+// message box that holds the text `says`, when there is one.
+Answer Press(const QStringList& buttons, const QString& says = {});
 
 // Types names into a file dialog and accepts it.
 Answer Choosing(const QString& names);

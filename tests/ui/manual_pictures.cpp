@@ -10,7 +10,6 @@
 #include "platform/text.h"
 #include "state/window_state_info.h"
 #include "support/wav_builder.h"
-#include "ui/main/theme.h"
 
 namespace quorvan::test {
 namespace {
@@ -29,24 +28,14 @@ ClipSpec News() {
 }
 
 // A folder whose name may stand in the pictures.
-class Folder {
- public:
-  Folder() { std::filesystem::create_directories(path_); }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  std::u16string PathOf(const std::string& name) const {
-    return platform::ToUtf16((path_ / name).string());
-  }
-  std::u16string Write(const std::string& name, const Bytes& bytes) const {
-    if (!WriteBytes(path_ / name, bytes)) std::abort();
-    return PathOf(name);
-  }
+const std::filesystem::path kFolder = std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900";
 
- private:
-  std::filesystem::path path_ = std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900";
-};
+std::u16string Write(const std::string& name, const Bytes& bytes) {
+  EXPECT_TRUE(WriteBytes(kFolder / name, bytes));
+  return platform::ToUtf16((kFolder / name).string());
+}
 
-std::u16string WriteWav(const Folder& folder, const std::string& name, std::uint16_t channels,
-                        std::uint32_t level) {
+std::u16string WriteWav(const std::string& name, std::uint16_t channels, std::uint32_t level) {
   WavSpec spec;
   spec.channels = channels;
   spec.sampleFrames = 2 * kMinute;
@@ -55,7 +44,7 @@ std::u16string WriteWav(const Folder& folder, const std::string& name, std::uint
     const auto noise = static_cast<std::uint32_t>((index + channel * 77) * 2654435761u) >> 8;
     return (static_cast<std::int32_t>(noise % level) - static_cast<std::int32_t>(level / 2));
   };
-  return folder.Write(name, BuildWav(spec).bytes);
+  return Write(name, BuildWav(spec).bytes);
 }
 
 // Waits until the bar of a running job has moved, then takes its picture.
@@ -70,19 +59,19 @@ Answer PhotographRunning(Driver* driver, const QString& name) {
 Answer PhotographAndPress(Driver* driver, const QString& name, const QString& button) {
   return [=](QWidget* dialog) {
     driver->Photograph(name);
-    Press(button)(dialog);
+    Press({button})(dialog);
   };
 }
 
-void TakePictures() {
-  const Folder folder;
-  const std::u16string clip = folder.Write("NEWS1900_HI.mxf", BuildClip(News()).bytes);
-  const std::vector<std::u16string> sounds = {
-      WriteWav(folder, "NEWS1900_完パケMIX.wav", 2, 1u << 20),
-      WriteWav(folder, "NEWS1900_ナレーション.wav", 1, 1u << 18),
-      WriteWav(folder, "NEWS1900_国際音声.wav", 2, 1u << 19)};
+TEST(Manual, TakesItsPictures) {
+  ASSERT_FALSE(qEnvironmentVariableIsEmpty("QUORVAN_SCREENSHOTS")) << "set it to a folder";
+  std::filesystem::create_directories(kFolder / "BWF");
+  const std::u16string clip = Write("NEWS1900_HI.mxf", BuildClip(News()).bytes);
+  const std::vector<std::u16string> sounds = {WriteWav("NEWS1900_完パケMIX.wav", 2, 1u << 20),
+                                              WriteWav("NEWS1900_ナレーション.wav", 1, 1u << 18),
+                                              WriteWav("NEWS1900_国際音声.wav", 2, 1u << 19)};
 
-  Driver driver(QSize(1280, 720));
+  Driver driver;
   APP_STATE_INFO& app = driver.App();
   driver.Photograph("start");
   driver.WhenRunning(PhotographRunning(&driver, "analysis"));
@@ -112,14 +101,12 @@ void TakePictures() {
   driver.Expect(PhotographAndPress(&driver, "done", "1"));
   driver.Key(Qt::Key_R, Qt::ControlModifier);
 
-  std::filesystem::create_directory(platform::ToUtf8(folder.PathOf("BWF")));
-  platform::CopyText(app.tracks->exportFolder, 1024, folder.PathOf("BWF"));
+  platform::CopyText(app.tracks->exportFolder, 1024, (kFolder / "BWF").u16string());
   driver.Expect([&](QWidget* dialog) {
-    driver.Click(driver.Find("1056", dialog));
-    for (const char* track : {"1016", "1017"})
-      driver.Click(driver.Find(track, dialog));
+    Press({"1056", "1016", "1017"})(dialog);
+    driver.Settle();
     driver.Photograph("export");
-    driver.Click(driver.Find("2", dialog));
+    Press({"2"})(dialog);
   });
   driver.Key(Qt::Key_B, Qt::ControlModifier);
 
@@ -146,22 +133,9 @@ void TakePictures() {
   broken.frames = 300;
   broken.timecodeWords[200] = 0;
   driver.Expect(PhotographAndPress(&driver, "breaks", "7"));
-  driver.Drop({folder.Write("NEWS1900_HI.mxf", BuildClip(broken).bytes)});
+  driver.Drop({Write("NEWS1900_HI.mxf", BuildClip(broken).bytes)});
+  std::filesystem::remove_all(kFolder);
 }
 
 }  // namespace
 }  // namespace quorvan::test
-
-int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QUORVAN_SCREENSHOTS")) {
-    std::fprintf(stderr, "manual_pictures: set QUORVAN_SCREENSHOTS to a folder\n");
-    return 2;
-  }
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication application(argc, argv);
-  QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-  quorvan::ui::DressApplication();
-  ::testing::InitGoogleTest(&argc, argv);  // the driver reports what it misses through it
-  quorvan::test::TakePictures();
-  return ::testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed() ? 1 : 0;
-}

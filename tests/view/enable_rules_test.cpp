@@ -2,75 +2,35 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
+
+#include "support/golden.h"
 
 namespace quorvan {
 namespace {
 
 // What holds, a letter each: L loaded, U unloaded, R range set, T tracks, E entries in the library,
 // S one of them selected, P two tracks selected.
-std::string LettersOf(const EnableFacts& f) {
-  return std::string(f.loaded ? "L" : "U") + (f.rangeSet ? "R" : "") + (f.hasTracks ? "T" : "") +
-         (f.hasEntries ? "E" : "") + (f.oneWavSelected ? "S" : "") +
-         (f.twoTracksSelected ? "P" : "");
+std::u16string LettersOf(const EnableFacts& f) {
+  return std::u16string(f.loaded ? u"L" : u"U") + (f.rangeSet ? u"R" : u"") +
+         (f.hasTracks ? u"T" : u"") + (f.hasEntries ? u"E" : u"") +
+         (f.oneWavSelected ? u"S" : u"") + (f.twoTracksSelected ? u"P" : u"");
 }
 
 // True if all of the letters hold, which `-` never does.
-bool Holds(std::string_view needs, const EnableFacts& facts) {
-  const std::string letters = LettersOf(facts);
-  return needs.find_first_not_of(letters) == std::string_view::npos;
+bool Holds(std::u16string_view needs, const EnableFacts& facts) {
+  return needs.find_first_not_of(LettersOf(facts)) == std::u16string_view::npos;
 }
 
-struct Row {
-  std::vector<Command> commands;
-  const char* inTrackView;
-  const char* inLibraryView;
-};
-
-const std::vector<Command> kSorts = {kSortByName,       kSortByChannels, kSortByBits,
-                                     kSortBySampleRate, kSortByStart,    kSortByDuration,
-                                     kSortByCreated,    kSortByUpdated,  kSortBySize};
-
-const std::pair<MenuKind, std::vector<Row>> kRules[] = {
-    {MenuKind::kMain,
-     {{{kLoadMxf}, "U", "U"},
-      {{kUnloadMxf, kSwitchView, kOpenLocation, kAddWav, kExportBwf, kMetaInformation,
-        kResetColumnWidths},
-       "L",
-       "L"},
-      {{kRewriteAudio}, "LR", "LR"},
-      {{kSetIn, kSetOut}, "LT", "LT"},
-      {{kAssignWav}, "-", "LES"},
-      {{kMeasureLoudness}, "LP", "-"},
-      {{kSelectAll, kDelete}, "L", "LE"},
-      {{kToggleSelectedTracks, kToggleAllTracks}, "L", "-"},
-      {kSorts, "-", "LE"},
-      {{kQuit, kSettings, kAbout}, "", ""}}},
-    {MenuKind::kTrackPopup,
-     {{{kSwitchView, kAddWav, kUnloadMxf, kSelectAll, kDelete, kToggleSelectedTracks,
-        kToggleAllTracks, kMetaInformation},
-       "L",
-       "L"},
-      {{kLoadMxf}, "U", "U"},
-      {{kMeasureLoudness}, "LP", "LP"}}},
-    {MenuKind::kLibraryPopup,
-     {{{kSwitchView, kResetColumnWidths, kMetaInformation}, "L", "L"},
-      {{kMeasureLoudness}, "-", "-"},
-      {{kSelectAll, kDelete}, "LE", "LE"},
-      {kSorts, "-", "LE"},
-      {{kAssignWav}, "LES", "LES"},
-      {{kAddWav, kLoadMxf, kUnloadMxf}, "", ""}}}};
-
-// The items of a menu and of those in it.
-std::vector<MenuItem> ItemsOf(std::span<const MenuItem> menu) {
-  std::vector<MenuItem> items;
+// The lines of a menu and of those in it.
+std::vector<MenuItem> LinesOf(std::span<const MenuItem> menu) {
+  std::vector<MenuItem> lines;
   for (const MenuItem& item : menu) {
-    if (item.command != kNoCommand) items.push_back(item);
-    for (const MenuItem& inner : ItemsOf(item.submenu))
-      items.push_back(inner);
+    lines.push_back(item);
+    for (const MenuItem& inner : LinesOf(item.submenu))
+      lines.push_back(inner);
   }
-  return items;
+  return lines;
 }
 
 std::vector<EnableFacts> EveryState() {
@@ -82,70 +42,59 @@ std::vector<EnableFacts> EveryState() {
   return states;
 }
 
-// Every item of every menu in every state.
-TEST(EnableRules, HoldRowByRow) {
-  const std::span<const MenuItem> menus[] = {MainMenu(), TrackPopup(), LibraryPopup()};
-  for (std::size_t m = 0; m < std::size(menus); ++m) {
-    const auto& [kind, rows] = kRules[m];
-    const std::vector<MenuItem> items = ItemsOf(menus[m]);
-    std::size_t known = 0;
-    for (const Row& row : rows) {
-      for (const Command command : row.commands) {
-        known += static_cast<std::size_t>(
-            std::count_if(items.begin(), items.end(),
-                          [&](const MenuItem& item) { return item.command == command; }));
-        for (const EnableFacts& facts : EveryState()) {
-          const char* needs = facts.libraryView ? row.inLibraryView : row.inTrackView;
-          ASSERT_EQ(IsEnabled(kind, command, facts), Holds(needs, facts)) << command;
-        }
+// Number, text and keys of each line, what it needs in the track view and in the library, and the
+// accelerator that the keys name.
+TEST(Menus, HoldLineByLineInEveryState) {
+  std::map<Command, std::u16string> accelerators;
+  for (const Accelerator& accelerator : Accelerators())
+    accelerators[accelerator.command].assign(accelerator.keys.begin(), accelerator.keys.end());
+  const auto rows = test::GoldenRows("view/golden/menus.txt");
+  std::size_t count = 0;
+  for (const auto& [kind, menu] : {std::pair{MenuKind::kMain, MainMenu()},
+                                   {MenuKind::kTrackPopup, TrackPopup()},
+                                   {MenuKind::kLibraryPopup, LibraryPopup()}}) {
+    for (const MenuItem& line : LinesOf(menu)) {
+      const auto& row = rows.at(count++);
+      EXPECT_EQ(platform::ToUtf16(std::to_string(line.command)), row.at(0));
+      EXPECT_EQ(line.text, row.at(1));
+      EXPECT_EQ(line.keys, row.at(2));
+      for (const EnableFacts& facts : EveryState()) {
+        const bool enabled = IsEnabled(kind, line.command, facts);
+        ASSERT_EQ(enabled, Holds(row.at(facts.libraryView ? 4 : 3), facts)) << line.command;
+      }
+      if (kind == MenuKind::kMain) {
+        EXPECT_EQ(accelerators[line.command], row.at(5));
       }
     }
-    EXPECT_EQ(known, items.size());
   }
+  EXPECT_EQ(count, rows.size());
   for (const EnableFacts& facts : EveryState()) {
-    EXPECT_EQ(IsEnabled(MainButton::kLoad, facts), Holds("U", facts));
-    EXPECT_EQ(IsEnabled(MainButton::kRewrap, facts), Holds("LR", facts));
+    EXPECT_EQ(IsEnabled(MainButton::kLoad, facts), Holds(u"U", facts));
+    EXPECT_EQ(IsEnabled(MainButton::kRewrap, facts), Holds(u"LR", facts));
     for (const MainButton button : {MainButton::kView, MainButton::kExport, MainButton::kIn,
                                     MainButton::kOut, MainButton::kDuration})
-      EXPECT_EQ(IsEnabled(button, facts), Holds("L", facts));
+      EXPECT_EQ(IsEnabled(button, facts), Holds(u"L", facts));
   }
 }
 
 TEST(EnableRules, LookAtTheState) {
   AppState state;
   APP_STATE_INFO& app = state.info;
-  EXPECT_EQ(LettersOf(FactsOf(app)), "U");
+  EXPECT_EQ(LettersOf(FactsOf(app)), u"U");
   app.mxfLoaded = 1;
   app.rewrapPointSet = {1, 0};
   app.selectedTracks = 3;
   app.selectedWavCount = 2;
-  EXPECT_EQ(LettersOf(FactsOf(app)), "L");
+  EXPECT_EQ(LettersOf(FactsOf(app)), u"L");
   app.rewrapPointSet = {1, 1};
   app.selectedTracks = 2;
   app.selectedWavCount = 1;
   state.mxf.audio.trackCount = 1;
   state.wavHead.entryCount = 1;
-  EXPECT_EQ(LettersOf(FactsOf(app)), "LRTESP");
+  EXPECT_EQ(LettersOf(FactsOf(app)), u"LRTESP");
   EXPECT_FALSE(FactsOf(app).libraryView);
   app.libraryView = 1;
   EXPECT_TRUE(FactsOf(app).libraryView);
-}
-
-TEST(Commands, HaveTheKeysThatTheirItemsShow) {
-  const auto plain = [](auto text) {
-    std::string keys;
-    for (const auto c : text) {
-      if (c != ' ') keys += static_cast<char>(std::tolower(static_cast<int>(c)));
-    }
-    return keys;
-  };
-  std::map<std::string, Command> shown;
-  for (const MenuItem& item : ItemsOf(MainMenu())) {
-    if (!item.keys.empty()) shown[plain(item.keys)] = item.command;
-  }
-  EXPECT_EQ(Accelerators().size(), shown.size());
-  for (const Accelerator& accelerator : Accelerators())
-    EXPECT_EQ(shown[plain(accelerator.keys)], accelerator.command) << accelerator.keys;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "state/track_assignment.h"
+#include "support/golden.h"
 #include "support/loaded_clip.h"
 #include "support/wav_builder.h"
 #include "view/file_drop.h"
@@ -19,28 +20,14 @@ TEST(Texts, TellOfTheClipOrThatThereIsNone) {
   spec.bits = 16;
   LoadedClip clip(spec);
   APP_STATE_INFO& app = clip.app.info;
-  struct Row {
-    ControlId id;
-    const char16_t* loaded;
-    const char16_t* unloaded;
-  };
-  const Row rows[] = {
-      {kFileNameText, u"clip.mxf", u"MXFファイルをウィンドウにドラッグ＆ドロップしてください"},
-      {kRateText, u"23.98 NDF", u"Unknown"},
-      {kHeadText, u"10:00:00:00", kNoTimecode.data()},
-      {kTailText, u"10:00:00:09", kNoTimecode.data()},
-      {kDurText, u"00:00:00:10", kNoTimecode.data()},
-      {kFormatText, u"AES3/LPCM", u"Unknown"},
-      {kTracksText, u"4", u"0"},
-      {kBitsText, u"16bit", u"0bit"},
-      {kFsRateText, u"48kHz", u"0kHz"},
-      {kCodecText, u"MPEG2 i HD422P@HL", u"Unknown"},
-      {kBitRateText, u"50.0Mbps", u"0.0Mbps"},
-      {kFpsText, u"23.976i", u"Unknown"},
-      {kSizeText, u"1920 x 1080", u"Unknown"}};
   const std::u16string folder = clip.path.substr(0, clip.path.rfind(u'/'));
-  for (const Row& row : rows)
-    EXPECT_EQ(InfoText(app, row.id), row.loaded) << row.id;
+  const auto expectFigures = [&](std::size_t column) {
+    auto id = std::uint32_t{kFileNameText};
+    for (const auto& row : GoldenRows("view/golden/figures.txt"))
+      EXPECT_EQ(InfoText(app, static_cast<ControlId>(id++)), row.at(column));
+    EXPECT_EQ(id, kSizeText + 1u);
+  };
+  expectFigures(1);
   EXPECT_EQ(FileToolTip(app).text,
             u"clip.mxf\n" + folder +
                 u"\n182.57 KB\n\n作成日: 2024/03/05  14:07:09\n更新日: 2024/03/06  08:30:00\n\n"
@@ -61,8 +48,7 @@ TEST(Texts, TellOfTheClipOrThatThereIsNone) {
   }
 
   ClearMxfState(&app);
-  for (const Row& row : rows)
-    EXPECT_EQ(InfoText(app, row.id), row.unloaded) << row.id;
+  expectFigures(2);
   EXPECT_EQ(FileToolTip(app).text, u"情報はありません。");
   EXPECT_EQ(FileToolTip(app).width, 200);
   app.selectedTracks = 0;
@@ -80,23 +66,18 @@ TEST(Texts, TellWhatARowWillDo) {
   app.wavIndex = BuildWavIndex(app.wavList, nullptr);
   ASSERT_EQ(AssignWavFile(&app, app.wavList->prev, 2), AssignResult::kAssigned);
   clip.app.tracks.rewrapSwitch[1] = clip.app.tracks.rewrapSwitch[3] = kSwitchOn;
-  struct Row {
-    std::int32_t track;
-    const char16_t* name;
-    const char16_t* state;
-    std::uint8_t green;
-    char16_t mark;
-  };
-  for (const Row& row : {Row{0, u"", u"書換えは実行されません", 255, 0},
-                         {1, u"", u"このトラックには無音が書込まれます。", 255, 0},
-                         {2, u"st.wav", u"書換えは実行されません", 130, u'L'},
-                         {3, u"st.wav", u"", 255, u'R'},
-                         {20, u"", u"トラックがありません", 255, 0}}) {
-    const TrackRowText text = TextOfTrack(app, row.track);
-    EXPECT_EQ(text.name, row.name) << row.track;
-    EXPECT_EQ(text.state, row.state) << row.track;
-    EXPECT_EQ(text.nameColor.green, row.green) << row.track;
-    EXPECT_EQ(text.channelMark, row.mark) << row.track;
+  const std::pair<std::int32_t, std::u16string_view> rows[] = {
+      {0, u"|書換えは実行されません"},
+      {1, u"|このトラックには無音が書込まれます。"},
+      {2, u"L st.wav pale|書換えは実行されません"},
+      {3, u"R st.wav|"},
+      {20, u"|トラックがありません"}};
+  for (const auto& [track, wanted] : rows) {
+    const TrackRowText row = TextOfTrack(app, track);
+    std::u16string text = row.name + (row.nameColor.green == 130 ? u" pale|" : u"|");
+    text += row.state;
+    if (row.channelMark != 0) text.insert(0, {row.channelMark, u' '});
+    EXPECT_EQ(text, wanted);
   }
   EXPECT_EQ(TrackToolTip(app, 0).text, u"ファイルが割当てられていません。");
   EXPECT_EQ(TrackToolTip(app, 0).width, 200);
@@ -117,80 +98,46 @@ TEST(Texts, TellWhatARowWillDo) {
   EXPECT_EQ(CounterStatus(app), u"WAV/BWFファイル :  1個    1個を選択中");
 }
 
-// A loaded clip of ten frames, and what is entered for its range.
-struct Entry {
-  explicit Entry(const ClipSpec& spec) : clip(spec) {}
-  EntryResult In(const char16_t* text) { return Enter(kInTarget, text); }
-  EntryResult Out(const char16_t* text) { return Enter(kOutTarget, text); }
-  EntryResult Enter(TimecodeTarget target, std::u16string_view text) {
-    return ApplyTimecodeEntry(&clip.app.info, target, kExportRange, &points(), text);
-  }
-  PointSet& points() { return clip.app.info.exportPointSet; }
-  std::u16string Range() {
-    const RangeTexts texts = TextsOfRange(clip.app.info, kExportRange, points());
-    return texts.in + u" " + texts.out + u" " + texts.duration;
-  }
-  LoadedClip clip;
-};
+EntryResult Enter(LoadedClip* clip, TimecodeTarget target, std::u16string_view text) {
+  APP_STATE_INFO& app = clip->app.info;
+  return ApplyTimecodeEntry(&app, target, kExportRange, &app.exportPointSet, text);
+}
 
+// One entry after the other in two clips of ten frames, with its refusal and the range behind it.
 TEST(TimecodeEntry, KeepsTheRangeWithinTheClip) {
-  Entry entry{ClipSpec()};
-  EXPECT_EQ(entry.Range(), u"--:--:--:-- --:--:--:-- --:--:--:--");
-  EXPECT_EQ(entry.Out(u"10:00:00:03"), EntryResult::kBeforeStart) << "nine characters";
-  EXPECT_EQ(entry.Out(u"10000003"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Range(), u"--:--:--:-- 10:00:00:03 --:--:--:--");
-  EXPECT_EQ(entry.In(u"10000000"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Range(), u"10:00:00:00 10:00:00:03 00:00:00:04");
-  EXPECT_EQ(entry.In(u"10000005"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Range(), u"10:00:00:05 10:00:00:05 00:00:00:01") << "OUT moves up to IN";
-  EXPECT_EQ(entry.Out(u"10000002"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Out(u"10000025"), EntryResult::kFieldTooLarge);
-  EXPECT_EQ(entry.Range(), u"10:00:00:02 10:00:00:02 00:00:00:01");
-  EXPECT_EQ(entry.Out(u"10000009"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Out(u"10000010"), EntryResult::kBehindEnd);
-  EXPECT_EQ(entry.points(), (PointSet{1, 0}));
-  EXPECT_EQ(entry.Range(), u"10:00:00:02 --:--:--:-- --:--:--:--");
-  EXPECT_EQ(entry.In(u"12"), EntryResult::kBeforeStart);
-  EXPECT_EQ(entry.points(), PointSet{});
-  EXPECT_EQ(entry.Enter(kNoTarget, u"10000005"), EntryResult::kMissing);
+  ClipSpec late;
+  late.start = {23, 59, 59, 20};
+  LoadedClip day{ClipSpec()};
+  LoadedClip midnight{late};
+  const auto rows = GoldenRows("view/golden/entries.txt");
+  EXPECT_EQ(rows.size(), 13u);
+  for (const auto& row : rows) {
+    LoadedClip& clip = row.at(0) == u"day" ? day : midnight;
+    const TimecodeTarget target = row.at(1) == u"IN" ? kInTarget : kOutTarget;
+    EXPECT_EQ(EntryRefusal(Enter(&clip, target, row.at(2))), row.at(3));
+    const APP_STATE_INFO& app = clip.app.info;
+    const RangeTexts texts = TextsOfRange(app, kExportRange, app.exportPointSet);
+    EXPECT_EQ(texts.in + u" " + texts.out + u" " + texts.duration, row.at(4));
+  }
   EXPECT_EQ(NextTarget(kInTarget), kOutTarget);
   EXPECT_EQ(NextTarget(kOutTarget), kNoTarget);
-
-  const std::pair<EntryResult, std::u16string_view> refusals[] = {
-      {EntryResult::kFieldTooLarge, u"不適切な値が入力されています。"},
-      {EntryResult::kBeforeStart, u"メディアの開始タイムより前になっています。"},
-      {EntryResult::kBehindEnd, u"メディアの終了タイムを越えています。"},
-      {EntryResult::kAccepted, u""}};
-  for (const auto& [result, text] : refusals)
-    EXPECT_EQ(EntryRefusal(result), text);
 }
 
 TEST(TimecodeEntry, RefusesFieldsThatAreTooLargeForTheirBase) {
-  Entry entry{ClipSpec()};
+  LoadedClip clip{ClipSpec()};
   const char16_t* largest[] = {u"23595923", u"23595924", u"23595929", u"47595949", u"23595959"};
   for (std::uint32_t base = 0; base < std::size(largest); ++base) {
-    entry.clip.app.mxf.timecode.fpsIndex = base;
-    EXPECT_NE(entry.In(largest[base]), EntryResult::kFieldTooLarge) << base;
+    clip.app.mxf.timecode.fpsIndex = base;
+    EXPECT_NE(Enter(&clip, kInTarget, largest[base]), EntryResult::kFieldTooLarge) << base;
     for (const std::size_t lastDigit : {1u, 3u, 5u, 7u}) {
       std::u16string text = largest[base];
       if (++text[lastDigit] > u'9') {
         text[lastDigit] = u'0';
         ++text[lastDigit - 1];
       }
-      EXPECT_EQ(entry.In(text.c_str()), EntryResult::kFieldTooLarge) << base << lastDigit;
+      EXPECT_EQ(Enter(&clip, kInTarget, text), EntryResult::kFieldTooLarge) << base << lastDigit;
     }
   }
-}
-
-TEST(TimecodeEntry, ComparesAcrossMidnight) {
-  ClipSpec spec;
-  spec.start = {23, 59, 59, 20};
-  Entry entry(spec);
-  EXPECT_EQ(entry.In(u"23595922"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Out(u"00000003"), EntryResult::kAccepted);
-  EXPECT_EQ(entry.Range(), u"23:59:59:22 00:00:00:03 00:00:00:07");
-  EXPECT_EQ(entry.Out(u"00000005"), EntryResult::kBehindEnd);
-  EXPECT_EQ(entry.In(u"23595919"), EntryResult::kBeforeStart);
 }
 
 TEST(TimecodeEntry, HoldsWhatATimecodeIsWrittenWith) {
