@@ -31,7 +31,7 @@ int RunConform(const ConformArguments& arguments) {
   PrintError(fmt::format("{}: {}", arguments.in, result.reason));
   if (result.analysisCode != kSuccess) {
     PrintError(LoadFailureMessage(in, result.processCode, result.analysisCode,
-                                  Method::kGenericFileIo, result.hasAudioDescriptor));
+                                  Method::kMemoryMapping, result.hasAudioDescriptor));
   }
   return kFailed;
 }

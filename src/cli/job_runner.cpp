@@ -27,6 +27,7 @@ std::string_view WithoutWords(std::int32_t result) {
 bool RunAnalysis(APP_STATE_INFO* app) {
   MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
   JobProgress progress;
+  progress.stage = u"";  // an analysis has stages to show, and nothing to count yet
   // The texts of the stages live as long as the program, so that keeping a pointer is enough.
   app->ui.stageTextControl = [&](std::u16string_view text) { progress.stage = text.data(); };
   app->stageThreadStop = 0;

@@ -49,31 +49,22 @@ int CheckIdentity(bool keepUmids, APP_STATE_INFO* app) {
 
 // kFailed when the log beside the clip would have a name that is too long for a file.
 int CheckLogName(const APP_STATE_INFO& app) {
-  if (CanHaveRewrapLog(app.mxfPath)) return kDone;
-  PrintError(NoRewrapLogMessage(app.mxfPath));
+  const std::u16string refusal = NoRewrapLogMessage(app.mxfPath);
+  if (refusal.empty()) return kDone;
+  PrintError(refusal);
   PrintError("--no-log rewrites the clip without a log; nothing was written");
   return kFailed;
 }
 
-// Writes the log of the rewrite. False, with a message on standard error, when there is no log; the
-// rewritten clip stays rewritten.
-bool WriteLog(std::int32_t result, APP_STATE_INFO* app) {
-  std::u16string failure;
-  if (LogRewrite(result, app, &failure)) return true;
-  PrintError(failure);
-  return false;
-}
-
-// Writes the log of a finished rewrite, writes the outcome and returns the exit status. The status
-// tells that the clip is rewritten even when the log or the text of the outcome cannot be written.
+// Ends a rewrite that is done, writes its outcome and returns the exit status. The status tells
+// that the clip is rewritten even when the log or the text of the outcome cannot be written.
 int ReportDone(bool noLog, JobOutcome outcome, APP_STATE_INFO* app) {
   try {
-    const bool logged = !noLog && WriteLog(outcome.result, app);
-    if (outcome.result == kDoneWithNotice) {
-      outcome.text = JobNoticeMessage(app->mxfPath, app->tracks->umidState, logged);
-    }
+    RewriteEnd end = EndRewrite(outcome.result, !noLog, app);
+    if (!end.logFailure.empty()) PrintError(end.logFailure);
+    outcome.text = std::move(end.text);
     const int status = ReportJob(outcome);
-    if (logged) PrintLine(RewrapLogPath(app->mxfPath));
+    if (end.logged) PrintLine(RewrapLogPath(app->mxfPath));
     return status;
   } catch (const std::bad_alloc&) {
     return ReportJob(outcome);

@@ -83,16 +83,22 @@ JobRefusal NoThreadRefusal() {
 }
 
 bool NeedsOldIdentity(const APP_STATE_INFO& app) {
-  return WidthOfUmids(*app.mxf) == UmidWidth::kExtended;
+  return HasExtendedUmid(*app.mxf);
 }
 
-bool LogRewrite(std::int32_t result, APP_STATE_INFO* app, std::u16string* failure) {
-  std::u16string_view notice;
-  if (result == kDoneWithNotice) notice = UmidStateText(app->tracks->umidState);
-  std::uint32_t error = 0;
-  if (WriteRewrapLog(app, notice, &error)) return true;
-  *failure = RewrapLogFailureMessage(app->mxfPath, error);
-  return false;
+RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app) {
+  const bool noticed = result == kDoneWithNotice;
+  const UmidState state = app->tracks->umidState;
+  RewriteEnd end;
+  if (wantsLog) {
+    std::uint32_t error = 0;
+    end.logged =
+        WriteRewrapLog(app, noticed ? UmidStateText(state) : std::u16string_view(), &error);
+    if (!end.logged) end.logFailure = RewrapLogFailureMessage(app->mxfPath, error);
+  }
+  end.text = noticed ? JobNoticeMessage(app->mxfPath, state, end.logged)
+                     : JobDoneMessage(app->mxfPath, kRewriteJob, app->useFileIo);
+  return end;
 }
 
 }  // namespace quorvan

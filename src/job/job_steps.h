@@ -42,15 +42,21 @@ JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app);
 // The text for the operator that no job takes the loaded clip; empty when jobs take the clip.
 std::u16string_view ClipRefusal(const APP_STATE_INFO& app);
 
-// True when a UMID of the loaded clip has 64 bytes and none has an unknown length. A rewrite cannot
-// renew such UMIDs: the front end asks the operator first, and after a Yes sets `keepUmids`, so
-// that the rewrite leaves the UMIDs as they are.
+// True when a UMID of the loaded clip has 64 bytes. A rewrite cannot renew such a UMID: the front
+// end asks the operator first, and after a Yes sets `keepUmids`, so that the rewrite leaves the
+// UMIDs as they are.
 bool NeedsOldIdentity(const APP_STATE_INFO& app);
 
-// Writes the log of the rewrite that has ended with `result`: kSuccess, or kDoneWithNotice, whose
-// reason goes into the log. True when the log is written. False, with the text for the operator in
-// `*failure`, when there is no log; the rewrite is done all the same. Throws std::bad_alloc when
-// there is no memory for the text.
-bool LogRewrite(std::int32_t result, APP_STATE_INFO* app, std::u16string* failure);
+// What the operator is told of a rewrite that is done.
+struct RewriteEnd {
+  bool logged = false;        // the log is written
+  std::u16string logFailure;  // why there is no log; empty when it is written or was not wanted
+  std::u16string text;        // the outcome
+};
+
+// Ends a rewrite whose `result` is kSuccess or kDoneWithNotice: writes its rewrap log when
+// `wantsLog` is true, and has the texts for the operator. The clip is rewritten, whether or not
+// there is a log. Throws std::bad_alloc.
+RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app);
 
 }  // namespace quorvan

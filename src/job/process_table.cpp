@@ -385,7 +385,7 @@ const Stage* FindStage(std::uint32_t processCode) {
   return found == std::end(kStages) ? nullptr : found;
 }
 
-const Job* FindJob(std::uint32_t jobKind) {
+const Job* FindJob(JobKind jobKind) {
   return jobKind < kJobs.size() ? &kJobs[jobKind] : nullptr;
 }
 
@@ -412,12 +412,12 @@ std::u16string Fill(std::u16string_view form, std::initializer_list<std::u16stri
 
 }  // namespace
 
-std::uint32_t JobProcessCode(std::uint32_t jobKind, Method method) {
+std::uint32_t JobProcessCode(JobKind jobKind, Method method) {
   const Job* job = FindJob(jobKind);
   return job == nullptr ? 0 : job->processCodes[static_cast<std::size_t>(method)];
 }
 
-std::u16string_view JobTitle(std::uint32_t jobKind) {
+std::u16string_view JobTitle(JobKind jobKind) {
   const Job* job = FindJob(jobKind);
   return job == nullptr ? std::u16string_view() : job->title;
 }
@@ -506,7 +506,7 @@ std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t resul
               {platform::LastComponent(mxfPath), text, Number(result), MethodName(method)});
 }
 
-std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method) {
+std::u16string JobDoneMessage(std::u16string_view mxfPath, JobKind jobKind, Method method) {
   return Fill(kJobDoneForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(method)});
 }
@@ -526,13 +526,12 @@ std::u16string LongUmidQuestion() {
   return std::u16string(kUmidSizeText) + std::u16string(kLongUmidQuestion);
 }
 
-std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                   Method method) {
+std::u16string JobCancelledMessage(std::u16string_view mxfPath, JobKind jobKind, Method method) {
   return Fill(kJobCancelledForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind), MethodName(method)});
 }
 
-std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
+std::u16string JobFailureMessage(std::u16string_view mxfPath, JobKind jobKind,
                                  std::uint32_t processCode, std::int32_t result, Method method) {
   return Fill(kJobFailureForm,
               {platform::LastComponent(mxfPath), JobTitle(jobKind),

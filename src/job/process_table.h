@@ -21,11 +21,11 @@ namespace quorvan {
 
 // The process code of a job of `jobKind` by `method`, 2000 to 6000. 0 for an analysis, which sets
 // the codes of its stages itself, and for an unknown kind.
-std::uint32_t JobProcessCode(std::uint32_t jobKind, Method method);
+std::uint32_t JobProcessCode(JobKind jobKind, Method method);
 
 // The name of a job of `jobKind` in messages; empty for an analysis and an unknown kind. A zero
 // stands behind a text that is not empty.
-std::u16string_view JobTitle(std::uint32_t jobKind);
+std::u16string_view JobTitle(JobKind jobKind);
 
 // The name of the method in messages.
 std::u16string_view MethodName(Method method);
@@ -98,18 +98,17 @@ std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
 std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
 
 // The message that a rewrite, an export or a measurement is done.
-std::u16string JobDoneMessage(std::u16string_view mxfPath, std::uint32_t jobKind, Method method);
+std::u16string JobDoneMessage(std::u16string_view mxfPath, JobKind jobKind, Method method);
 
 // The message that a rewrite is done, but has not renewed all UMIDs; `state` says what the clip
 // holds. With `hasLog` the message points to the log.
 std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state, bool hasLog);
 
 // The message that a job was cancelled.
-std::u16string JobCancelledMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
-                                   Method method);
+std::u16string JobCancelledMessage(std::u16string_view mxfPath, JobKind jobKind, Method method);
 
 // The message that the job with `processCode` has failed with `result`.
-std::u16string JobFailureMessage(std::u16string_view mxfPath, std::uint32_t jobKind,
+std::u16string JobFailureMessage(std::u16string_view mxfPath, JobKind jobKind,
                                  std::uint32_t processCode, std::int32_t result, Method method);
 
 // The text that says which UMIDs the header metadata of a rewritten clip holds.

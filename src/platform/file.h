@@ -169,7 +169,7 @@ class File {
  private:
   static constexpr std::intptr_t kNoHandle = -1;
 
-  File(std::intptr_t handle, std::filesystem::path name)
+  File(std::intptr_t handle, std::filesystem::path&& name) noexcept
       : handle_(handle), name_(std::move(name)) {}
 
   std::intptr_t handle_ = kNoHandle;

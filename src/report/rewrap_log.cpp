@@ -132,10 +132,6 @@ std::u16string RewrapLogPath(std::u16string_view mxfPath) {
   return std::u16string(platform::WithoutExtension(mxfPath)).append(kLogSuffix);
 }
 
-bool CanHaveRewrapLog(std::u16string_view mxfPath) {
-  return platform::CanBeNamed(RewrapLogPath(mxfPath));
-}
-
 bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32_t* error) {
   *error = 0;
   try {
@@ -159,6 +155,7 @@ std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_
 }
 
 std::u16string NoRewrapLogMessage(std::u16string_view mxfPath) {
+  if (platform::CanBeNamed(RewrapLogPath(mxfPath))) return {};
   return platform::ToUtf16(fmt::format(
       "{}\n\nファイル名が長すぎるため、同じ場所にログファイル(_LOG.txt)を作成できません。\n"
       "ファイル名を短くしてからもう一度お試し下さい。",

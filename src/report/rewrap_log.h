@@ -23,10 +23,6 @@ std::string RewrapLogEnd(const APP_STATE_INFO& app);
 // to its extension and "_LOG.txt".
 std::u16string RewrapLogPath(std::u16string_view mxfPath);
 
-// False when the path of the log is too long for a file. The front ends ask before a rewrite
-// begins.
-bool CanHaveRewrapLog(std::u16string_view mxfPath);
-
 // Writes the log of the rewrite in `app` to RewrapLogPath, where it replaces an earlier log, as
 // LogFile says, and sets `jobEndTime`. `notice` goes into a block of its own at the end, unless it
 // is empty. True when the log is on the medium. False when there is no log: `*error` is then the
@@ -37,7 +33,8 @@ bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32
 // for the system's reason `error`.
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
 
-// The message that tells the operator that the name of the clip is too long for a log beside it.
+// The message that tells the operator that the name of the clip is too long for a log beside the
+// clip; empty when the clip can have a log. The front ends ask before a rewrite begins.
 std::u16string NoRewrapLogMessage(std::u16string_view mxfPath);
 
 // The message that tells the operator that the rewrite of the clip at `mxfPath` is done and its log

@@ -72,7 +72,7 @@ std::int32_t RewrapRun::ProveClip() {
   if (const JobFault fault = CheckClipSize(clip, mxf_)) return Failed(fault);
   if (const JobFault fault = CheckClipFormat(plan_, mxf_)) return Failed(fault);
   if (const JobFault fault = identity_.Locate()) return Failed(fault);
-  const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;
+  const bool renewable = !HasExtendedUmid(mxf_);
   return renewable || tracks_.keepUmids == 1 ? kSuccess : kUmidTooLong;
 }
 
@@ -117,7 +117,7 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
 
 // Renews the UMIDs, brings them onto the medium and reads them back. The job is done only then.
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
-  const bool renewable = WidthOfUmids(mxf_) == UmidWidth::kBasic;
+  const bool renewable = !HasExtendedUmid(mxf_);
   if (renewable) identity_.Renew();
   // Writing the UMIDs has changed the file's times; the end of the audio is put back.
   if (stampTimes) StampTimes(audioEnd);

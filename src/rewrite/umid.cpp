@@ -95,16 +95,15 @@ std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
   return kBadArgumentOrWrite;
 }
 
-UmidWidth WidthOfUmids(const MXF_BASE_INFO& mxf) {
-  const auto width = [](std::uint32_t bytes) {
-    if (bytes == kUmidBytes) return UmidWidth::kBasic;
-    return bytes == kExtendedUmidBytes ? UmidWidth::kExtended : UmidWidth::kUnknown;
-  };
-  return std::max(width(mxf.materialUmidSize), width(mxf.sourceUmidSize));
+bool HasExtendedUmid(const MXF_BASE_INFO& mxf) {
+  return mxf.materialUmidSize == kExtendedUmidBytes || mxf.sourceUmidSize == kExtendedUmidBytes;
 }
 
 JobFault ClipIdentity::Locate() {
-  if (WidthOfUmids(mxf_) == UmidWidth::kUnknown) return kHeaderUnfit;
+  const auto isKnown = [](std::uint32_t bytes) {
+    return bytes == kUmidBytes || bytes == kExtendedUmidBytes;
+  };
+  if (!isKnown(mxf_.materialUmidSize) || !isKnown(mxf_.sourceUmidSize)) return kHeaderUnfit;
   for (HeaderBlock* block : {&wanted_, &now_}) {
     const HeaderState state = block->Read(clip_, mxf_);
     if (state == HeaderState::kFault) return kClipFault;

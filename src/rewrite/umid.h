@@ -41,15 +41,9 @@ std::int32_t RegenerateUmid(platform::File* file, Umid* umid,
                             const std::optional<MetadataPlace>& stampPlace,
                             const PackageStamp& stamp);
 
-enum class UmidWidth {
-  kBasic,     // 32 bytes; only basic UMIDs can be renewed
-  kExtended,  // 64 bytes
-  kUnknown,   // any other length
-};
-
-// Width of the UMIDs of the clip's two packages, by the sizes in the records. The wider of the two
-// decides; kUnknown when either of them is unknown.
-UmidWidth WidthOfUmids(const MXF_BASE_INFO& mxf);
+// True when a UMID of the clip's two packages has 64 bytes, by the sizes in the records. Only UMIDs
+// of 32 bytes can be renewed.
+bool HasExtendedUmid(const MXF_BASE_INFO& mxf);
 
 // Renews the UMIDs of the clip that is being rewritten, in three steps: Locate before the first
 // write, Renew when all audio is on the medium, ReadBack at the end.

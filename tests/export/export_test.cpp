@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "../rewrite/call_hook.h"
 #include "export/bwf_header.h"
 #include "export/export_file_io.h"
 #include "export/export_mapped.h"
 #include "platform/text.h"
+#include "support/call_hook.h"
 #include "support/golden.h"
 #include "support/loaded_clip.h"
 

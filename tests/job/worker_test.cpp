@@ -7,10 +7,10 @@
 #include <thread>
 #include <utility>
 
-#include "../rewrite/call_hook.h"
 #include "job/job_steps.h"
 #include "job/process_table.h"
 #include "platform/text.h"
+#include "support/call_hook.h"
 #include "support/golden.h"
 #include "support/loaded_clip.h"
 

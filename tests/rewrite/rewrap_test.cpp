@@ -7,10 +7,10 @@
 #include <chrono>
 #include <functional>
 
-#include "call_hook.h"
 #include "platform/text.h"
 #include "rewrap_job.h"
 #include "rewrite/umid.h"
+#include "support/call_hook.h"
 #include "support/mxf_tags.h"
 
 namespace quorvan {

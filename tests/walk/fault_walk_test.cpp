@@ -10,10 +10,10 @@
 #include <new>
 #include <optional>
 
-#include "../rewrite/call_hook.h"
 #include "../rewrite/rewrap_job.h"
 #include "cli/commands.h"
 #include "platform/text.h"
+#include "support/call_hook.h"
 #include "support/failing_memory.h"
 
 namespace quorvan::test {

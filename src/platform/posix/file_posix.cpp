@@ -149,12 +149,13 @@ constexpr unsigned kStatxMask = STATX_BASIC_STATS | STATX_BTIME;
 }  // namespace
 
 File File::Open(const std::u16string& path, OpenMode mode) {
-  std::string name = ToUtf8(path);
-  if (name.empty() || name.find('\0') != std::string::npos) return File();
+  // Nothing that can fail stands between the call and the File that owns its handle.
+  std::filesystem::path name(ToUtf8(path));
+  if (name.empty() || name.native().find('\0') != std::string::npos) return File();
   const int handle =
       Uninterrupted(SystemCall::kOpen, [&] { return open(name.c_str(), OpenFlags(mode), 0666); });
   if (handle < 0) return File();
-  File file(handle, std::filesystem::path(std::move(name)));
+  File file(handle, std::move(name));
   if (!IsRegularFile(handle) || !LockFor(handle, mode)) {
     if (mode == OpenMode::kCreateNew) unlink(file.name_.c_str());
     return File();

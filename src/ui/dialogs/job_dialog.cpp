@@ -168,23 +168,14 @@ void JobDialog::OnDone(qint32 result, const QString&) {
 
 void JobDialog::ReportRewrite(qint32 result) {
   setStatus_(u"再ラップ詳細ログを作成中...");
-  std::u16string failure;
-  const bool logged = LogRewrite(result, &app_, &failure);
+  const RewriteEnd end = EndRewrite(result, true, &app_);
   setStatus_(u"再ラップ処理完了");
-  if (!logged) {
-    Tell(parentWidget(), BoxKind::kError, failure, u"再ラップ処理詳細ログの保存");
+  if (!end.logged) {
+    Tell(parentWidget(), BoxKind::kError, end.logFailure, u"再ラップ処理詳細ログの保存");
   }
-  if (result == kDoneWithNotice) {
-    Tell(parentWidget(), BoxKind::kWarning,
-         JobNoticeMessage(app_.mxfPath, app_.tracks->umidState, logged));
-  } else if (logged) {
-    Tell(parentWidget(), BoxKind::kNotice,
-         RewrapCompletionMessage(app_.mxfPath, RewrapLogPath(app_.mxfPath)));
-  } else {
-    // The clip is rewritten, although there is no log.
-    Tell(parentWidget(), BoxKind::kNotice,
-         JobDoneMessage(app_.mxfPath, kRewriteJob, app_.useFileIo));
-  }
+  if (result == kDoneWithNotice) return Tell(parentWidget(), BoxKind::kWarning, end.text);
+  Tell(parentWidget(), BoxKind::kNotice,
+       end.logged ? RewrapCompletionMessage(app_.mxfPath, RewrapLogPath(app_.mxfPath)) : end.text);
 }
 
 }  // namespace quorvan::ui

@@ -455,8 +455,8 @@ void MainWindow::Rewrite() {
   if (const JobRefusal refusal = PrepareJob(kRewriteJob, &app_); refusal.result != 0) {
     return Tell(this, BoxKind::kNotice, refusal.text);
   }
-  if (!CanHaveRewrapLog(app_.mxfPath)) {
-    return Tell(this, BoxKind::kError, NoRewrapLogMessage(app_.mxfPath));
+  if (const std::u16string refusal = NoRewrapLogMessage(app_.mxfPath); !refusal.empty()) {
+    return Tell(this, BoxKind::kError, refusal);
   }
   app_.tracks->keepUmids = 0;
   if (NeedsOldIdentity(app_)) {
