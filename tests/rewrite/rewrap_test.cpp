@@ -315,6 +315,21 @@ TEST_P(Rewrap, IsNotTakenInByAPicture) {
   ExpectUntouched(job, 2019);
 }
 
+// A UMID in a picture under a HeaderByteCount that reaches over the essence, and bytes behind the
+// sets that are no KLV.
+TEST_P(Rewrap, RenewsUmidsInTheHeaderMetadataAlone) {
+  RewrapJob job{ClipSpec()};
+  Bytes bytes = job.clip.bytes;
+  const KlvPlace& last = job.clip.layout.sets.back().klv;
+  Patch(bytes, job.clip.layout.frames[3].picture.value, {kSourceUmid.begin(), kSourceUmid.end()});
+  Patch(bytes, pack::kHeaderByteCount, Big64(bytes.size() - 1));
+  Patch(bytes, last.value + last.valueBytes, Bytes(20));
+  Rewrite(job, bytes);
+  (*job.app.mxf.base.partitionTable)[0].headerByteCount = bytes.size() - 1;
+  job.Silence(1);
+  ExpectExactly(job);
+}
+
 TEST_P(Rewrap, TouchesNothingWhenTheClipIsNoLongerTheOneThatWasAnalysed) {
   RewrapJob job{ClipSpec()};
   job.Silence(0);
