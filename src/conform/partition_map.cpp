@@ -161,7 +161,8 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
                  std::vector<KlvSpan>* klvs) {
   if (count == 0) return true;
   if (!CountMetadata(reader, count)) return false;
-  const std::uint64_t countedWithFill = *cursor + count;  // within file and limit: no wrap
+  // No wrap: the cursor lies in the file, and the count is at most kMostMetadataBytes.
+  const std::uint64_t countedWithFill = *cursor + count;
   std::uint64_t at = SkipFill(*reader, *cursor, end, end);
   const std::uint64_t counted = at + count;
   std::size_t klvsWithFill = 0;

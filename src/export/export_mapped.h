@@ -33,9 +33,9 @@ enum ExportMappedCode : std::int32_t {
 // becomes 1 later, the job stops behind the frame at work, or behind the file that it is flushing.
 //
 // Returns 0 when the job is done, kCancelled when it was stopped, else a failure; `fault` then
-// names the frame or file at fault. Up to kExportNoClipMapping no file was made. New files stay
-// after a stop or a failure, as far as they were written, and may be shorter than their headers
-// say. Throws nothing.
+// names the frame or file at fault. A failure with a number up to kExportNoClipMapping comes before
+// the first file is made. New files stay after a stop or a failure, as far as they were written,
+// and may be shorter than their headers say. Throws nothing.
 std::int32_t ExportMapped(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -32,14 +32,14 @@ void PrepareAnalysis(APP_STATE_INFO* app);
 // the export by memory mapping) plus a JobFault. Throws nothing.
 JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app);
 
-// Why a job did not start for which the system had no thread.
+// The refusal of a job for which the system could not start a thread.
 JobRefusal NoThreadRefusal();
 
 // Why no job takes the loaded clip, whatever its tracks and its range, as the refusal of a job of
 // `kind`; a refusal with `result` 0 when jobs take the clip. Throws nothing.
 JobRefusal CheckClipFor(JobKind kind, const APP_STATE_INFO& app);
 
-// The text for the operator that no job takes the loaded clip; empty when jobs take the clip.
+// Tells the operator why no job takes the loaded clip; empty when jobs take the clip.
 std::u16string_view ClipRefusal(const APP_STATE_INFO& app);
 
 // True when a UMID of the loaded clip has 64 bytes. A rewrite cannot renew such a UMID: the front
@@ -55,7 +55,7 @@ struct RewriteEnd {
 };
 
 // Ends a rewrite whose `result` is kSuccess or kDoneWithNotice: writes its rewrap log when
-// `wantsLog` is true, and has the texts for the operator. The clip is rewritten, whether or not
+// `wantsLog` is true, and returns the texts for the operator. The clip is rewritten, whether or not
 // there is a log. Throws std::bad_alloc.
 RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app);
 

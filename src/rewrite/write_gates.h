@@ -1,6 +1,7 @@
-// The two functions through which a rewrite makes all its writes into a clip. WriteRow overwrites
-// only values of audio elements, WriteMetadata only places within items of the header metadata, so
-// nothing else of a clip can change. A row is the audio elements of one frame in file order.
+// The two functions through which a rewrite makes all its writes into a clip. WriteRow changes only
+// values of audio elements, and may write the bytes between them again as they are. WriteMetadata
+// overwrites only places within items of the header metadata. Nothing else of a clip can change. A
+// row is the audio elements of one frame in file order.
 
 #pragma once
 
@@ -33,12 +34,12 @@ struct RowPiece {
 // Writes the samples of a row into the open clip, together with the bytes of `between` where they
 // are known. The values must ascend in the file. Returns kDone; kRefused, with nothing written,
 // when values overlap or descend or there are more than kMaxTracks pieces; kClipFault or
-// kSampleFault, when part of the row may have been written. Throws nothing.
+// kSampleFault, after which part of the row may have been written. Throws nothing.
 GateResult WriteRow(platform::File* clip, std::span<const RowPiece> row);
 
-// Writes `bytes` to `place` in the open clip. Returns false, with nothing written, when the numbers
-// of bytes differ; or false when the write fails, when some bytes may have been written. Throws
-// nothing.
+// Writes `bytes` to `place` in the open clip. Returns false, with nothing written, when `bytes` and
+// `place` differ in length; or false when the write fails, after which some bytes may have been
+// written. Throws nothing.
 bool WriteMetadata(platform::File* clip, const MetadataPlace& place,
                    std::span<const std::uint8_t> bytes);
 

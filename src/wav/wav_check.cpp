@@ -18,7 +18,8 @@ constexpr std::size_t kSubFormatPlace = 24;
 constexpr std::size_t kExtensibleBytes = kSubFormatPlace + 2;
 constexpr std::uint16_t kExtensibleTag = 0xFFFE;
 constexpr std::uint16_t kPcmTag = 0x0001;
-// Chunks to follow before the audio. More of them are no chunks but a run of zeros.
+// Most chunks to follow in front of the audio. A longer chain is a run of zeros, read as chunks
+// without a body.
 constexpr int kMostChunks = 4096;
 
 // True when the body of a fmt chunk, of which kFormatBytes stand at `fmt`, says the same as the

@@ -23,7 +23,8 @@ enum WavResult : int {
   kWavNotPcm = 9,
   kWavOtherWidth = 10,  // samples of this width cannot be copied into the clip
   kWavCutShort = 11,    // holds less audio than it claims, or claims none but has some
-  // A walk from chunk to chunk by their sizes leads to other audio than the search for the tags.
+  // A walk from chunk to chunk by their sizes leads to another format or to audio elsewhere than
+  // the search for the tags, or the file changed while it was added.
   kWavChunksDiffer = 12,
   kWavUnreadable = 13,
   kWavPathTooLong = 14,

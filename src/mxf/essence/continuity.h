@@ -26,10 +26,11 @@ enum ContinuityCode : std::int32_t {
 
 // Reads the timecode word in the system element of every frame of the open `file` (SMPTE 331),
 // which `mxf` describes completely, and compares each timecode with the timecode of the frame
-// before. Puts every break into the list behind `timecode->errorList`, in the order of the frames,
-// and their number into `errorCount`. Frees the breaks of an earlier check first. A word that is no
-// timecode, or lies behind the end of the file, makes a break. A clip whose timecode base is
-// unknown is not read.
+// before. Where each timecode stands in two frames (always on base 60, in some clips on base 50),
+// compares only every second frame, with the frame two before. Puts every break into the list
+// behind `timecode->errorList`, in the order of the frames, and their number into `errorCount`.
+// Frees the breaks of an earlier check first. A compared word that is no timecode, or lies behind
+// the end of the file, makes a break. A clip whose timecode base is unknown is not read.
 //
 // Clears `stopRequest` at the start, and writes `progressTotal` and `progressFrame` for the thread
 // that shows the progress. A `stopRequest` of 1 stops the check before the next word is read.

@@ -21,7 +21,8 @@ struct ElementRow {
 
 // The row of `tracks`, zero-based and ascending, in the frame of `entry`, as the index gives it.
 // Nothing when there are no tracks, when the index leads to no element for the first or the last
-// track, or when the row would be longer than 16 MiB. Throws nothing.
+// track, when the last element ends in front of the first, or when the row would be longer than
+// 16 MiB. Throws nothing.
 std::optional<ElementRow> LocateRow(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entry,
                                     std::span<const std::uint32_t> tracks);
 
@@ -57,7 +58,8 @@ class ReadAhead {
 
   // Prefetches as Ask does, for a caller that reads through a view and cannot tell whether it had
   // to wait. Every few frames, first tests whether the row of the frame `entryIndex` is in memory,
-  // and makes the clip cold when it is not.
+  // and makes the clip cold when it is not. Frames that were passed before a Rewind are not tested
+  // again.
   void LookAndAsk(std::uint32_t entryIndex);
 
  private:

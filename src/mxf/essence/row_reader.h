@@ -1,7 +1,9 @@
 // Reads and proves the audio of a clip frame by frame.
 //
-// A row is the audio elements of one frame, in file order. Each frame takes two plain reads: the
-// bytes in front of the picture, and the row. The keys in both prove the audio.
+// A row is the audio elements of one frame, in file order. When the first track is wanted, a frame
+// usually takes two plain reads: the bytes in front of the picture, and the row. Every other header
+// that lies outside both, such as that of a track in front of the row, takes a further read. The
+// keys that were read prove the audio.
 
 #pragma once
 

@@ -105,8 +105,9 @@ bool ReadComponentTags(std::span<const std::uint8_t> set, MXF_TIMECODE_INFO* tim
   return startKnown;
 }
 
-// Decides which slot the jobs use (startHour23), and calculates the counts that the file does not
-// state: the first frame in slot 1 and the last frame in both slots.
+// Decides which slot of the frame counts the jobs use (startHour23; for the slots see
+// MXF_TIMECODE_INFO), and calculates the counts that the file does not state: the first frame in
+// slot 1 and the last frame in both slots.
 void FixWorkingDomain(MXF_TIMECODE_INFO* timecode) {
   const std::uint32_t fps = timecode->fpsIndex;
   const std::uint32_t drop = timecode->dropFrame;

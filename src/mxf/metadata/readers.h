@@ -39,8 +39,9 @@ std::int32_t ReadPrefaceSet(platform::File* file, MXF_BASE_INFO* mxf);
 std::int32_t ReadIdentification(platform::File* file, MXF_BASE_INFO* mxf);
 
 // Checks the Content Storage set whose key starts in [startOffset, limitOffset), both file offsets
-// in bytes. Accepts a set with two items out of Packages and EssenceContainerData, each a batch of
-// two references or of references of 16 bytes. Returns 0 or 701 to 704.
+// in bytes. Accepts a set that holds two items with the tag Packages or EssenceContainerData, when
+// each of these items is a batch that counts two references or whose references have 16 bytes.
+// Returns 0 or 701 to 704.
 std::int32_t CheckContentStorage(platform::File* file, std::uint64_t startOffset,
                                  std::uint64_t limitOffset);
 
@@ -60,9 +61,9 @@ std::int32_t ReadMaterialPackage(platform::File* file, MXF_BASE_INFO* mxf);
 // timecode are not touched, because other threads may be reading them. Throws nothing.
 void RefreshMaterialPackage(std::span<const std::uint8_t> set, MXF_BASE_INFO* mxf);
 
-// Reads the UMID of the first Source Package, checks that its Multiple Descriptor names a container
-// with multiple wrappings, and reads the picture descriptor, the edit rate and the first audio
-// descriptor, which stands for all tracks. Returns 0 or 501 to 511.
+// Reads the UMID of the first Source Package, refuses a Multiple Descriptor that names a container
+// other than that of multiple wrappings, and reads the picture descriptor, the edit rate and the
+// first audio descriptor, which stands for all tracks. Returns 0 or 501 to 511.
 std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf);
 
 // Looks up the local tag of the label `*label` in the Primer Pack whose key starts in [startOffset,
@@ -76,10 +77,11 @@ bool LookupPrimerTag(platform::File* file, const KlvKey* label, std::uint16_t* o
 // frame its number of samples, and measures the audio and ancillary elements of the first frame
 // (SMPTE 377). Returns 0; 601 to 606; 607 for more than 26 delta entries in a segment; 608 when
 // there are no entries, when an entry leads behind the end of the file, when a set cannot hold the
-// entries that it claims, or when the table is larger than that of any real clip; 609 when the
-// audio element of the first frame does not hold the samples of a first frame at any rate, or the
-// clip has no block size; 600 plus kStageNoMemory when a block would not fit the memory; or
-// kCancelled when the stop request of `file` came.
+// entries that it claims, when the table is larger than that of any real clip, or when the tables
+// of all partitions are together longer than the file; 609 when the audio element of the first
+// frame does not hold the samples of a first frame at any rate, or the clip has no block size; 600
+// plus kStageNoMemory when the memory for the table or for the entries is not there; or kCancelled
+// when the stop request of `file` came.
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

@@ -87,8 +87,8 @@ int AnalysisDialog::exec() {
   return QDialog::exec();
 }
 
-// Cancel, Escape and the close box only ask the analysis to stop; the dialog closes when the worker
-// reports the end.
+// The button, Escape and the close box only ask the analysis to stop; the dialog closes when the
+// worker reports the end.
 void AnalysisDialog::reject() {
   if (!running_) return QDialog::reject();
   stopping_ = true;
