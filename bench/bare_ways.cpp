@@ -218,26 +218,26 @@ bool BareExport(const APP_STATE_INFO& app, const std::filesystem::path& folder) 
   const WholeFile clip = OpenClip(app, false);
   if (clip.data() == nullptr) return false;
   std::vector<ExportFile> files(UsableTracks(*app.mxf->audio));
-  bool sound = true;
+  bool done = true;
   for (std::uint32_t t = 0; t < files.size(); ++t) {
     files[t].file = open(ExportPath(folder, t).c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-    sound = sound && files[t].file >= 0;
+    done = done && files[t].file >= 0;
     files[t].waiting.reserve(kExportBuffer);
     files[t].waiting.resize(kBwfHeaderBytes);
   }
-  sound = sound && VisitValues(app, [&](std::uint32_t t, const ElementValue& value) {
-            ExportFile& file = files[t];
-            if (file.waiting.size() + value.bytes() > kExportBuffer && !file.Flush()) return false;
-            const std::uint8_t* bytes = clip.data() + value.fileOffset();
-            file.waiting.insert(file.waiting.end(), bytes, bytes + value.bytes());
-            return true;
-          });
+  done = done && VisitValues(app, [&](std::uint32_t t, const ElementValue& value) {
+           ExportFile& file = files[t];
+           if (file.waiting.size() + value.bytes() > kExportBuffer && !file.Flush()) return false;
+           const std::uint8_t* bytes = clip.data() + value.fileOffset();
+           file.waiting.insert(file.waiting.end(), bytes, bytes + value.bytes());
+           return true;
+         });
   for (ExportFile& file : files) {
-    sound = file.Flush() && sound;
-    if (app.tracks->noFlush == 0) sound = fsync(file.file) == 0 && sound;
-    sound = close(file.file) == 0 && sound;
+    done = file.Flush() && done;
+    if (app.tracks->noFlush == 0) done = fsync(file.file) == 0 && done;
+    done = close(file.file) == 0 && done;
   }
-  return sound;
+  return done;
 }
 
 bool HoldExports(const APP_STATE_INFO& app, const std::filesystem::path& folder) {

@@ -52,7 +52,7 @@ class SparseWriter {
     WritePack(footer, footer.essenceOffset - footer.offset, {});
     SetFooterPlace();
     WriteRandomIndex();
-    return sound_;
+    return valid_;
   }
 
  private:
@@ -62,7 +62,7 @@ class SparseWriter {
   };
 
   void Put(std::uint64_t offset, const Bytes& bytes) {
-    sound_ = sound_ && file_.WriteAt(offset, bytes.data(), bytes.size());
+    valid_ = valid_ && file_.WriteAt(offset, bytes.data(), bytes.size());
   }
 
   Bytes Piece(std::uint64_t offset, std::uint64_t size) const {
@@ -188,7 +188,7 @@ class SparseWriter {
   std::vector<Partition> partitions_;
   std::uint64_t end_ = 0;  // file offset of the next byte to write
   std::uint64_t essenceBytes_ = 0;
-  bool sound_ = true;
+  bool valid_ = true;
 };
 
 }  // namespace

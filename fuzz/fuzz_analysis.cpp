@@ -17,7 +17,7 @@ void Require(bool holds) {
   if (!holds) std::abort();
 }
 
-void RequireSoundRecords(const MXF_BASE_INFO& mxf, std::size_t size) {
+void RequireValidRecords(const MXF_BASE_INFO& mxf, std::size_t size) {
   Require(mxf.fileSize == size);
   Require(mxf.audio->trackCount >= 1 && mxf.timecode->frameCount >= 1);
   Require(mxf.timecode->rateIndex <= kUnknownRateIndex);
@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   file.Close();
   if (result != kSuccess) return 0;
 
-  RequireSoundRecords(app.mxf.base, size);
+  RequireValidRecords(app.mxf.base, size);
   WriteSilence(memory.Path(), &app);
   file = platform::File::Open(memory.Path(), platform::OpenMode::kReadAlone);
   Require(file.IsOpen() && file.Size() == size);

@@ -22,9 +22,9 @@ using namespace test;
 constexpr JobKind kJobs[] = {kRewriteJob, kExportJob, kLoudnessJob};
 constexpr Method kMethods[] = {Method::kMemoryMapping, Method::kGenericFileIo};
 
-// A clip ready for every job, with a face that writes down what it is told.
-struct Face : LoadedClip {
-  explicit Face(const ClipSpec& description = {}) : LoadedClip(description) {
+// A clip ready for every job, with a front end that writes down what it is told.
+struct FrontEnd : LoadedClip {
+  explicit FrontEnd(const ClipSpec& description = {}) : LoadedClip(description) {
     AUDIOTRACK_IO_INFO& tracks = app.tracks;
     tracks.rewrapSwitch[0] = tracks.exportSwitch[0] = kSwitchOn;
     tracks.exportCount = 1;
@@ -58,47 +58,47 @@ struct Face : LoadedClip {
 };
 
 TEST(Worker, RunsEveryJobAndTellsItsOutcomeOnce) {
-  Face face;
+  FrontEnd frontEnd;
   std::string told;
   for (const Method method : kMethods) {
-    face.app.info.useFileIo = method;
+    frontEnd.app.info.useFileIo = method;
     for (const JobKind kind : kJobs)
-      told += face.Run(kind);
-    EXPECT_EQ(face.app.mxf.base.processCode, 6000u);
+      told += frontEnd.Run(kind);
+    EXPECT_EQ(frontEnd.app.mxf.base.processCode, 6000u);
   }
   EXPECT_EQ(told, GoldenText("job/golden/jobs_done.txt"));
-  EXPECT_TRUE(platform::QueryFileInfo(face.folder.PathOf("Track-1 1.wav")));
+  EXPECT_TRUE(platform::QueryFileInfo(frontEnd.folder.PathOf("Track-1 1.wav")));
 }
 
 TEST(Worker, TellsWhyAJobHasFailed) {
-  Face face({.umidSize = 64});
-  face.app.info.useFileIo = Method::kGenericFileIo;
-  std::string told = face.Run(kRewriteJob);
-  std::filesystem::remove(platform::ToUtf8(face.path));
-  told += face.Run(kLoudnessJob);
+  FrontEnd frontEnd({.umidSize = 64});
+  frontEnd.app.info.useFileIo = Method::kGenericFileIo;
+  std::string told = frontEnd.Run(kRewriteJob);
+  std::filesystem::remove(platform::ToUtf8(frontEnd.path));
+  told += frontEnd.Run(kLoudnessJob);
   EXPECT_EQ(told, GoldenText("job/golden/jobs_failed.txt"));
   // A name as long as names can be: nothing of the message is lost.
   std::u16string name;
   while (name.size() < 250)
     name += u"\xD842\xDFB7";
   const std::u16string path = u"/none/" + name;
-  face.app.info.mxfPath[path.copy(face.app.info.mxfPath, kMxfPathChars - 1)] = 0;
-  told = face.Run(kExportJob);
+  frontEnd.app.info.mxfPath[path.copy(frontEnd.app.info.mxfPath, kMxfPathChars - 1)] = 0;
+  told = frontEnd.Run(kExportJob);
   EXPECT_NE(told.find('\n' + platform::ToUtf8(name) + "\n\n"), told.npos);
   EXPECT_NE(told.find("ERR: 5007"), told.npos);
 }
 
 TEST(Worker, TellsOfACancel) {
-  Face face;
+  FrontEnd frontEnd;
   const CallHook operatorStops([&](platform::SystemCall, int) {
-    face.app.tracks.cancel = 1;
+    frontEnd.app.tracks.cancel = 1;
     return platform::CallOutcome::kAsEver;
   });
   std::string told;
   for (const JobKind kind : kJobs)
-    told += face.Run(kind);
+    told += frontEnd.Run(kind);
   EXPECT_EQ(told, GoldenText("job/golden/jobs_cancelled.txt"));
-  EXPECT_TRUE(face.Now() == face.clip.bytes);
+  EXPECT_TRUE(frontEnd.Now() == frontEnd.clip.bytes);
 }
 
 // In two phases; then with breaks, which can be left unchecked, with a file that is no clip, and
@@ -106,23 +106,23 @@ TEST(Worker, TellsOfACancel) {
 TEST(Worker, TellsWhetherAClipIsLoaded) {
   std::string told;
   for (const Method method : kMethods) {
-    Face face;
-    face.app.info.useFileIo = method;
-    told += face.Run(kAnalysisJob);
-    EXPECT_EQ(face.app.mxf.timecode.useFileIo, method);
-    EXPECT_EQ(face.app.mxf.timecode.progressTotal, 10u);
-    EXPECT_EQ(face.app.mxf.base.processCode, 1000u);
+    FrontEnd frontEnd;
+    frontEnd.app.info.useFileIo = method;
+    told += frontEnd.Run(kAnalysisJob);
+    EXPECT_EQ(frontEnd.app.mxf.timecode.useFileIo, method);
+    EXPECT_EQ(frontEnd.app.mxf.timecode.progressTotal, 10u);
+    EXPECT_EQ(frontEnd.app.mxf.base.processCode, 1000u);
   }
   ClipSpec missing{.tracks = 1}, wide{.tracks = 1};
   missing.DropSet(SetKind::kAes3Descriptor);
   wide.SetTag(SetKind::kAes3Descriptor, 0, tag::kQuantizationBits, Big32(20));
-  Face face({.timecodeWords = {{4, 0}}});
-  told += face.Run(kAnalysisJob);
-  face.app.info.noTimecodeCheck = 1;
-  told += face.Run(kAnalysisJob);
+  FrontEnd frontEnd({.timecodeWords = {{4, 0}}});
+  told += frontEnd.Run(kAnalysisJob);
+  frontEnd.app.info.noTimecodeCheck = 1;
+  told += frontEnd.Run(kAnalysisJob);
   for (const Bytes& bytes : {Bytes(100000), BuildClip(missing).bytes, BuildClip(wide).bytes}) {
-    ASSERT_TRUE(WriteBytes(platform::ToUtf8(face.path), bytes));
-    told += face.Run(kAnalysisJob);
+    ASSERT_TRUE(WriteBytes(platform::ToUtf8(frontEnd.path), bytes));
+    told += frontEnd.Run(kAnalysisJob);
   }
   EXPECT_EQ(told, GoldenText("job/golden/analyses.txt"));
 }
@@ -131,14 +131,14 @@ TEST(Worker, TellsWhetherAClipIsLoaded) {
 TEST(Worker, AsksWhatToDoWithACheckThatWasStopped) {
   std::string told;
   for (const bool inCheck : {true, false}) {
-    Face face;
+    FrontEnd frontEnd;
     std::atomic<bool> stops = !inCheck;
-    face.whenTold = [&] { stops = true; };
+    frontEnd.whenTold = [&] { stops = true; };
     const CallHook operatorStops([&](platform::SystemCall, int) {
-      face.app.mxf.timecode.stopRequest = stops ? 1 : 0;
+      frontEnd.app.mxf.timecode.stopRequest = stops ? 1 : 0;
       return platform::CallOutcome::kAsEver;
     });
-    told += face.Run(kAnalysisJob);
+    told += frontEnd.Run(kAnalysisJob);
   }
   EXPECT_EQ(told, GoldenText("job/golden/analyses_stopped.txt"));
 }
@@ -150,7 +150,7 @@ TEST(JobCheck, RefusesWhatTheEnginesWould) {
   EXPECT_EQ(ClipRefusal(unfit.app.info), FailureText(2000, 2016));
   EXPECT_TRUE(NeedsOldIdentity(clip.app.info));
   EXPECT_FALSE(NeedsOldIdentity(unfit.app.info));
-  Face ready;
+  FrontEnd ready;
   for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange})
     ready.SetRange(range, 3, 2);
   using Case = std::tuple<JobKind, int, int>;

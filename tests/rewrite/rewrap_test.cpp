@@ -278,19 +278,19 @@ TEST_P(Rewrap, TouchesNothingInAClipThatContradictsItself) {
 // A clip whose index ends early can be filled as far as the index goes, but only when each segment
 // holds what it says.
 TEST_P(Rewrap, TrustsAnIndexThatEndsEarlyAsFarAsItGoes) {
-  for (const bool sound : {true, false}) {
+  for (const bool valid : {true, false}) {
     ClipSpec spec;
     spec.indexEdits.push_back([&](std::vector<IndexSegment>& s) {
       s[1].entries.pop_back();
-      if (sound) --s[1].duration;
+      if (valid) --s[1].duration;
     });
     RewrapJob job(spec);
     job.Put(1, Wav(1, 24, kPlenty));
     job.Range(2, 9);  // with the frame that has no entry
     ExpectUntouched(job, 2031);
     job.Range(2, 8);
-    SCOPED_TRACE(sound);
-    sound ? ExpectExactly(job) : ExpectUntouched(job, 2031);
+    SCOPED_TRACE(valid);
+    valid ? ExpectExactly(job) : ExpectUntouched(job, 2031);
   }
 }
 
