@@ -116,7 +116,8 @@ class HeaderBuilder {
     Bytes labels;
     for (const MetadataSet& set : sets_)
       for (const auto& [tag, value] : set.items)
-        if (tag == tag::kEssenceContainer && std::ranges::search(labels, value).empty())
+        if (tag == tag::kEssenceContainer &&
+            std::search(labels.begin(), labels.end(), value.begin(), value.end()) == labels.end())
           labels = std::move(labels) + value;
     return Batch(labels.size() / sizeof(Label), sizeof(Label), labels);
   }
