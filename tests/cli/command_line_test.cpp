@@ -27,8 +27,7 @@ using platform::ToUtf8;
 class CommandLine : public ::testing::Test {
  protected:
   void SetUp() override {
-    ClipSpec spec;
-    spec.start = {23, 59, 59, 20};
+    ClipSpec spec{.start = {23, 59, 59, 20}};
     clip_ = BuildClip(spec).bytes;
     folder_.Write("clip.mxf", clip_);
     WavSpec wav;
@@ -60,8 +59,7 @@ class CommandLine : public ::testing::Test {
 
 // The status of each command with what it says: on standard output for 0, else on standard error.
 TEST_F(CommandLine, EndsWithAStatusAndItsReason) {
-  ClipSpec longUmid;
-  longUmid.umidSize = 64;
+  ClipSpec longUmid{.umidSize = 64};
   folder_.Write("umid.mxf", BuildClip(longUmid).bytes);
   folder_.Write(std::string(250, 'n') + ".mxf", clip_);
   for (const auto& row : GoldenRows("cli/golden/statuses.txt")) {
@@ -144,16 +142,13 @@ TEST_F(CommandLine, TellsAllOfAClipToPeopleAndPrograms) {
 }
 
 TEST_F(CommandLine, TellsWhatIsUncommonInAClip) {
-  ClipSpec other;
-  other.rate = Rate::k29_97;
+  ClipSpec other{.rate = Rate::k29_97};
   other.dropFrame = other.waveAudio = other.dataTrack = other.dataElement = true;
   other.bits = 16;
   other.frameLayout = 0;
   other.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kAspectRatio, {0, 0, 0, 4, 0, 0, 0, 9});
   other.umidSize = 64;
-  ClipSpec mute;
-  mute.tracks = 1;
-  mute.timecodeTracks = 0;
+  ClipSpec mute{.tracks = 1, .timecodeTracks = 0};
   mute.RemoveTag(SetKind::kAes3Descriptor, 0, tag::kAudioSamplingRate);
   mute.SetTag(SetKind::kMpegVideoDescriptor, 0, tag::kSampleRate, {0, 0, 0, 48, 0, 0, 0, 1});
   ClipSpec lengths;

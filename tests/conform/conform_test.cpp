@@ -75,9 +75,8 @@ void ExpectTrueOffsets(const Bytes& clip) {
 TEST(Conform, KeepsEveryFrameWhereverTheIndexStands) {
   for (int placement = 0; placement < 4; ++placement) {
     SCOPED_TRACE(placement);
-    ClipSpec spec;
-    spec.indexPlacement = static_cast<IndexPlacement>(placement);
-    spec.fillBetweenSegments = true;
+    ClipSpec spec{.indexPlacement = static_cast<IndexPlacement>(placement),
+                  .fillBetweenSegments = true};
     const Clip clip = BuildClip(spec);
     const Bytes conformed = Conformed(clip.bytes);
     ExpectSameFrames(clip, conformed);
@@ -139,8 +138,7 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   const auto& partitions = clip.layout.partitions;
   const std::uint64_t footer = partitions.back().offset;
   // A segment that means the whole essence, which the readers place in one partition.
-  ClipSpec oneSegment;
-  oneSegment.indexPlacement = IndexPlacement::kFooter;
+  ClipSpec oneSegment{.indexPlacement = IndexPlacement::kFooter};
   oneSegment.indexEdits.push_back([](std::vector<IndexSegment>& segments) {
     std::ranges::copy(segments[1].entries, std::back_inserter(segments[0].entries));
     segments[0].duration += segments[1].duration;

@@ -87,12 +87,11 @@ TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
   using Case = std::tuple<Rate, std::uint32_t, std::uint32_t, std::uint32_t>;
   for (const auto& [rate, bits, in, out] :
        {Case{Rate::k25, 16, 7, 49}, {Rate::k29_97, 24, 3, 46}, {Rate::k59_94, 16, 9, 9}}) {
-    ClipSpec spec;
-    spec.rate = rate;
-    spec.bits = bits;
-    spec.frames = 50;
-    spec.framesPerPartition = 24;
-    spec.audio = Swell(bits / 8);
+    ClipSpec spec{.rate = rate,
+                  .frames = 50,
+                  .framesPerPartition = 24,
+                  .bits = bits,
+                  .audio = Swell(bits / 8)};
     LoadedClip clip(spec);
     clip.SetRange(kLoudnessRange, in, out);
     SCOPED_TRACE(out);
@@ -104,9 +103,7 @@ TEST(MeasureLoudness, FeedsTheLibraryTheSamplesOfTheRange) {
 }
 
 TEST(MeasureLoudness, MeasuresTheTwoLowestOfTheSelectedTracksOrSilence) {
-  ClipSpec spec;
-  spec.frames = 20;
-  spec.audio = Swell(3);
+  ClipSpec spec{.frames = 20, .audio = Swell(3)};
   LoadedClip clip(spec);
   ASSERT_EQ(Measure(clip, {0, 2, 3}), 0);
   EXPECT_EQ(ResultsOf(clip), Reference(clip, 0, 2, 0, 19));
@@ -163,10 +160,7 @@ TEST(MeasureLoudness, LeavesTheResultsAloneWhenItFails) {
 }
 
 TEST(MeasureLoudness, StopsWhenItIsCancelledAndSurvivesALostClip) {
-  ClipSpec spec;
-  spec.frames = 3000;
-  spec.framesPerPartition = 1000;
-  spec.tracks = 2;
+  ClipSpec spec{.frames = 3000, .framesPerPartition = 1000, .tracks = 2};
   LoadedClip clip(spec);
   AUDIOTRACK_IO_INFO& tracks = clip.app.tracks;
   // Lost where the frame is walked, and where only the audio behind its key is gone.

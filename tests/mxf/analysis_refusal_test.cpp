@@ -90,8 +90,7 @@ TEST(AnalysisVerdict, IsItsCodeAndLeavesTheFileAlone) {
     spec.indexEdits.push_back(row.change);
     ExpectVerdict(BuildClip(spec).bytes, row.code);
   }
-  ClipSpec silent;
-  silent.tracks = 0;
+  ClipSpec silent{.tracks = 0};
   ExpectVerdict(BuildClip(silent).bytes, 410);
 }
 

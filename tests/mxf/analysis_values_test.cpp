@@ -55,9 +55,7 @@ void ExpectPlaces(const ClipSpec& spec) {
 TEST(Analysis, FindsEveryElementAtEveryRate) {
   for (int rate = 0; rate < 8; ++rate) {
     for (const bool drop : {false, true}) {
-      ClipSpec spec;
-      spec.rate = static_cast<Rate>(rate);
-      spec.dropFrame = drop;
+      ClipSpec spec{.rate = static_cast<Rate>(rate), .dropFrame = drop};
       spec.bits = drop ? 16 : 24;
       spec.waveAudio = drop;
       spec.frames = 13;
@@ -71,8 +69,7 @@ TEST(Analysis, FindsEveryElementAtEveryRate) {
 TEST(Analysis, FindsEveryElementWhereverTheIndexStands) {
   for (int placement = 0; placement < 4; ++placement) {
     for (const bool slices : {false, true}) {
-      ClipSpec spec;
-      spec.indexPlacement = static_cast<IndexPlacement>(placement);
+      ClipSpec spec{.indexPlacement = static_cast<IndexPlacement>(placement)};
       spec.sliceCount = spec.posTableCount = slices;
       spec.fillBetweenSegments = slices;
       spec.frames = 23;
@@ -92,9 +89,7 @@ TEST(Analysis, FindsEveryElementWithAncillaryDataAndWithoutFill) {
 
 TEST(Analysis, TakesOneToTwentyFourTracksAndCountsThoseBehind) {
   for (const std::uint32_t tracks : {1u, 24u, 30u}) {
-    ClipSpec spec;
-    spec.tracks = tracks;
-    spec.frames = 3;
+    ClipSpec spec{.frames = 3, .tracks = tracks};
     spec.indexEdits.push_back([](std::vector<IndexSegment>& segments) {
       for (IndexSegment& segment : segments)
         segment.deltas.resize(std::min<std::size_t>(segment.deltas.size(), kMaxDeltaEntries));
@@ -229,8 +224,7 @@ TEST(Analysis, ReadsThePictureByItsCoding) {
 
 // Another row of the descriptor may own the tag.
 TEST(Analysis, KnowsNoBitRateWhereNoneIsTold) {
-  ClipSpec taken;
-  taken.bitRateTag = 0x800D;
+  ClipSpec taken{.bitRateTag = 0x800D};
   EXPECT_EQ(Analysed(taken).records.video.bitRate, 0u);
 }
 
@@ -252,8 +246,7 @@ TEST(Analysis, TakesNoNumberFromAShortValue) {
     std::int32_t result = -1;
     cells >> name >> std::hex >> kind >> tag >> std::dec >> bytes >> result;
     const auto set = static_cast<SetKind>(kind);
-    ClipSpec whole;
-    whole.dropFrame = true;
+    ClipSpec whole{.dropFrame = true};
     if (set == kAvcSubDescriptor) whole.codec = 5;
     ClipSpec cut = whole, none = whole;
     const Analysed analysed(cut.SetTag(set, 0, tag, Bytes(bytes - 1, 1)));
@@ -274,13 +267,12 @@ TEST(Analysis, CountsOneHourOnWhenTheClipStartsInTheLastHour) {
                       {Rate::k29_97, {22, 59, 59, 29}, 0, 24 * 107892 - 1, 23 * 107892 + 98},
                       {Rate::k59_94, {23, 0, 0, 0}, 1, 0, 23 * 215784 + 99}};
   for (const auto& [rate, start, inLastHour, startShifted, lastFrames] : rows) {
-    ClipSpec spec;
-    spec.frames = 100;
-    spec.framesPerPartition = 50;
-    spec.tracks = 1;
-    spec.rate = rate;
-    spec.dropFrame = true;
-    spec.start = start;
+    ClipSpec spec{.rate = rate,
+                  .dropFrame = true,
+                  .start = start,
+                  .frames = 100,
+                  .framesPerPartition = 50,
+                  .tracks = 1};
     const Analysed analysed(spec);
     const MXF_TIMECODE_INFO& t = analysed.records.timecode;
     EXPECT_EQ(t.startHour23, inLastHour);
@@ -292,14 +284,10 @@ TEST(Analysis, CountsOneHourOnWhenTheClipStartsInTheLastHour) {
 
 // What a file does not tell is unknown, whatever the file before told.
 TEST(Analysis, InheritsNothingFromTheFileBefore) {
-  ClipSpec mute;
-  mute.timecodeTracks = 0;
+  ClipSpec mute{.timecodeTracks = 0};
   mute.SetTag(kMpegVideoDescriptor, 0, tag::kSampleRate, {0, 0, 0xBB, 0x80, 0, 0, 3, 0xE9});
   mute.RemoveTag(kAes3Descriptor, 0, tag::kQuantizationBits);
-  ClipSpec other;
-  other.start = {23, 0, 0, 0};
-  other.dropFrame = true;
-  other.rate = Rate::k29_97;
+  ClipSpec other{.rate = Rate::k29_97, .dropFrame = true, .start = {23, 0, 0, 0}};
   other.dataTrack = other.dataElement = true;
   const TempFolder folder;
   MxfRecords records;

@@ -66,14 +66,13 @@ void ExpectBreaks(ClipSpec spec, const Words& words, const std::vector<Break>& b
 }
 
 ClipSpec Spec(Rate rate, ClipTimecode start = ClipSpec().start, std::uint32_t frames = 23) {
-  ClipSpec spec;
-  spec.rate = rate;
-  spec.dropFrame = true;
-  spec.start = start;
-  spec.frames = frames;
-  spec.framesPerPartition = 7;
-  spec.tracks = 1;
-  spec.bits = 16;
+  ClipSpec spec{.rate = rate,
+                .dropFrame = true,
+                .start = start,
+                .frames = frames,
+                .framesPerPartition = 7,
+                .tracks = 1,
+                .bits = 16};
   return spec;
 }
 

@@ -18,12 +18,11 @@ constexpr std::uint64_t kMinute = 60 * 48000;  // samples
 
 // Two minutes of news as it may come from the edit, with its sound from the mix.
 ClipSpec News() {
-  ClipSpec spec;
-  spec.rate = Rate::k29_97;
-  spec.dropFrame = true;
-  spec.frames = 3600;
-  spec.framesPerPartition = 300;
-  spec.tracks = 8;
+  ClipSpec spec{.rate = Rate::k29_97,
+                .dropFrame = true,
+                .frames = 3600,
+                .framesPerPartition = 300,
+                .tracks = 8};
   return spec;
 }
 
@@ -36,10 +35,9 @@ std::u16string Write(const std::string& name, const Bytes& bytes) {
 }
 
 std::u16string WriteWav(const std::string& name, std::uint16_t channels, std::uint32_t level) {
-  WavSpec spec;
-  spec.channels = channels;
-  spec.sampleFrames = 2 * kMinute;
-  spec.timeReference = std::uint64_t{10} * 60 * kMinute;
+  WavSpec spec{.channels = channels,
+               .sampleFrames = 2 * kMinute,
+               .timeReference = std::uint64_t{10} * 60 * kMinute};
   spec.sample = [level](std::uint32_t channel, std::uint64_t index) {
     const auto noise = static_cast<std::uint32_t>((index + channel * 77) * 2654435761u) >> 8;
     return (static_cast<std::int32_t>(noise % level) - static_cast<std::int32_t>(level / 2));

@@ -32,10 +32,7 @@ struct Stage {
     const std::tuple<const char*, std::uint16_t, std::uint16_t> files[] = {
         {"b_mono.wav", 1, 24}, {"a_stereo.wav", 2, 24}, {"c_narrow.wav", 1, 16}};
     for (const auto& [name, channels, bits] : files) {
-      WavSpec wav;
-      wav.sampleFrames = 96000;
-      wav.channels = channels;
-      wav.bits = bits;
+      WavSpec wav{.channels = channels, .bits = bits, .sampleFrames = 96000};
       wavs.push_back(folder.Write(name, BuildWav(wav).bytes));
     }
   }
@@ -206,11 +203,10 @@ TEST(Window, SortsTheLibraryByEachColumnBothWays) {
                  {"d.wav", 1, 16, 30, 2, 2}};
   std::vector<std::u16string> paths;
   for (const auto& [name, channels, bits, start, length, age] : files) {
-    WavSpec wav;
-    wav.channels = channels;
-    wav.bits = bits;
-    wav.timeReference = start * 48000;
-    wav.sampleFrames = length * 4800;
+    WavSpec wav{.channels = channels,
+                .bits = bits,
+                .sampleFrames = length * 4800,
+                .timeReference = start * 48000};
     paths.push_back(stage.folder.Write(name, BuildWav(wav).bytes));
     const auto time = std::filesystem::file_time_type::clock::now() + std::chrono::hours(age);
     std::filesystem::last_write_time(stage.folder.Path() / name, time);
@@ -305,8 +301,7 @@ TEST(Window, RefusesWhatDoesNotFit) {
 
   // A clip without a timecode can be looked at; a name without room for a log is told at once.
   driver.Key(Qt::Key_U, Qt::ControlModifier);
-  ClipSpec mute;
-  mute.timecodeTracks = 0;
+  ClipSpec mute{.timecodeTracks = 0};
   driver.Expect(Press({"1"}, "情報の表示のみ可能です。"));
   driver.Drop({stage.folder.Write("mute.mxf", BuildClip(mute).bytes)});
   EXPECT_EQ(stage.app.mxfLoaded, 1);
@@ -336,8 +331,7 @@ void HoldJobAt(platform::SystemCall call, const std::atomic<std::uint32_t>* coun
 }
 
 TEST(Window, WaitsForTheMediumAndTellsOfUmidsThatStay) {
-  ClipSpec spec;
-  spec.umidSize = 64;
+  ClipSpec spec{.umidSize = 64};
   LoadedStage stage(spec);
   Driver& driver = stage.driver;
   driver.ClickView(stage.window.lampRect[0]);
@@ -418,8 +412,7 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
 }
 
 TEST(Window, TakesWhatDesktopsAndInputMethodsSend) {
-  ClipSpec spec;
-  spec.tracks = 24;
+  ClipSpec spec{.tracks = 24};
   Stage stage(spec);
   Driver& driver = stage.driver;
   // Addresses with a host, and a name that is no UTF-8.
@@ -511,8 +504,7 @@ TEST(Window, PlacesEverythingByItsSize) {
 }
 
 TEST(Window, ScrollsAndSelectsByPointerWheelAndKeys) {
-  ClipSpec spec;
-  spec.tracks = 24;
+  ClipSpec spec{.tracks = 24};
   LoadedStage stage(spec);
   Driver& driver = stage.driver;
   const auto selection = [&] {

@@ -15,9 +15,7 @@ namespace {
 using namespace test;
 
 TEST(Texts, TellOfTheClipOrThatThereIsNone) {
-  ClipSpec spec;
-  spec.rate = Rate::k23_98;
-  spec.bits = 16;
+  ClipSpec spec{.rate = Rate::k23_98, .bits = 16};
   LoadedClip clip(spec);
   APP_STATE_INFO& app = clip.app.info;
   const std::u16string folder = clip.path.substr(0, clip.path.rfind(u'/'));
@@ -58,9 +56,7 @@ TEST(Texts, TellOfTheClipOrThatThereIsNone) {
 TEST(Texts, TellWhatARowWillDo) {
   LoadedClip clip{ClipSpec()};
   APP_STATE_INFO& app = clip.app.info;
-  WavSpec stereo;
-  stereo.channels = 2;
-  stereo.timeReference = 36000 * 48000ull + 960;
+  WavSpec stereo{.channels = 2, .timeReference = 36000 * 48000ull + 960};
   const std::u16string path = clip.folder.Write("st.wav", BuildWav(stereo).bytes);
   ASSERT_EQ(AddWavFile(path.c_str(), app.wavList, *app.mxf), kWavOk);
   app.wavIndex = BuildWavIndex(app.wavList, nullptr);
@@ -105,8 +101,7 @@ EntryResult Enter(LoadedClip* clip, TimecodeTarget target, std::u16string_view t
 
 // One entry after the other in two clips of ten frames, with its refusal and the range behind it.
 TEST(TimecodeEntry, KeepsTheRangeWithinTheClip) {
-  ClipSpec late;
-  late.start = {23, 59, 59, 20};
+  ClipSpec late{.start = {23, 59, 59, 20}};
   LoadedClip day{ClipSpec()};
   LoadedClip midnight{late};
   const auto rows = GoldenRows("view/golden/entries.txt");
