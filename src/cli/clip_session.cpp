@@ -22,8 +22,9 @@ bool Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
   return false;
 }
 
-// The text of the outcome. Some texts of the worker ask the operator what to do next; the console
-// asks nothing, and its texts for these outcomes only tell what has happened.
+// The text of the outcome of an analysis. Some texts of the worker ask the operator what to do
+// next. The console does not ask after an analysis: for these outcomes it has texts that only tell
+// what has happened.
 std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, JobOutcome outcome) {
   if (outcome.result == kContinuityBreaks) return TimecodeBreaksMessage(app.mxfPath);
   if (outcome.result == kCancelled) return LoadStoppedMessage(app.mxfPath);

@@ -14,14 +14,14 @@ namespace quorvan::cli {
 struct ClipSession {
   AppState app;
   std::int32_t result = 0;  // of the analysis; kNoFileHandle when the clip was not opened
-  std::u16string message;   // why the clip is not loaded; empty when it is
+  std::u16string message;   // why the clip is not loaded; empty for a loaded clip
 };
 
 // Opens the clip at `path` (UTF-8), analyses it and closes it again. The analysis compares the
-// timecodes of all frames unless `arguments` leave that out. True when the analysis accepts the
-// clip; `session`, which must be new, then holds it as loaded. Otherwise `session->result` and
-// `session->message` say why, and the records hold what the analysis has found up to there. Throws
-// std::bad_alloc.
+// timecodes of all frames, unless `noTimecodeCheck` of `arguments` is true. True when the analysis
+// accepts the clip; `session`, which must be new, then holds the clip as loaded. Otherwise
+// `session->result` and `session->message` say why the clip is not loaded, and the records hold
+// what the analysis found before it ended. Throws std::bad_alloc.
 bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSession* session);
 
 // Calls LoadClip for a command that cannot work without the clip, and writes the message of a

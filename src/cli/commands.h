@@ -1,7 +1,7 @@
 // The commands of the console companion, each with the record of its arguments. A command writes
 // its result to standard output and its messages to standard error, and returns the exit status.
-// Texts and paths are UTF-8; bytes that are none are kept. A command throws std::bad_alloc when
-// memory is out.
+// Texts and paths are UTF-8; bytes that are not valid UTF-8 are kept as they are. A command throws
+// std::bad_alloc when memory is out.
 
 #pragma once
 
@@ -24,7 +24,7 @@ enum ExitStatus : int {
 
 // How the clip is read and analysed before a command works on it.
 struct LoadArguments {
-  Method method = Method::kMemoryMapping;  // also of the job behind the analysis
+  Method method = Method::kMemoryMapping;  // of the analysis and of the job that follows it
   bool noTimecodeCheck = false;            // do not compare the timecodes of the frames
 };
 

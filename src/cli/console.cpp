@@ -13,8 +13,8 @@ constexpr std::size_t kBlockBytes = 65536;
 
 std::atomic<std::uint32_t> interrupted = 0;
 
-// Writes the text and flushes the stream; false when that fails. A failure ends no job, since a
-// terminal may go away while a job runs.
+// Writes the text and flushes the stream; false when either fails. A running job goes on after a
+// failure, since the terminal may be closed while the job runs.
 bool Put(std::FILE* file, std::string_view text) {
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   return std::fflush(file) == 0 && written;

@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view kUnit = "frames";
 constexpr char16_t kFlushText[] = u"waiting until all of it is on the medium";
 
-// The text that replaces the text of an outcome when memory for it is out.
+// The text to print when there is no memory for the text of an outcome with `result`.
 std::string_view WithoutWords(std::int32_t result) {
   if (result == kSuccess) return "done; out of memory for the message\n";
   if (result == kDoneWithNotice) return "done, but the UMIDs are not as they should be\n";
@@ -86,7 +86,7 @@ JobOutcome RunJob(APP_STATE_INFO* app) {
 }
 
 int ReportJob(const JobOutcome& outcome) {
-  // The exit status is that of the job even when memory for its text is out.
+  // The exit status tells how the job has ended, even when there is no memory for the text.
   try {
     outcome.result == kSuccess ? static_cast<void>(PrintLine(outcome.text))
                                : PrintError(outcome.text);

@@ -21,8 +21,8 @@ struct JobOutcome {
 // + kNoThread, and the job has not begun. May throw std::bad_alloc before the job begins.
 JobOutcome RunJob(APP_STATE_INFO* app);
 
-// Writes the text of the outcome of a rewrite, an export or a measurement: that of kSuccess to
-// standard output, any other to standard error. Returns kDone for kSuccess, kDoneNotice for
+// Writes the text of the outcome of a rewrite, an export or a measurement: to standard output when
+// the result is kSuccess, else to standard error. Returns kDone for kSuccess, kDoneNotice for
 // kDoneWithNotice, kInterrupted for kCancelled, else kFailed, whether or not the text could be
 // written. Throws nothing.
 int ReportJob(const JobOutcome& outcome);

@@ -26,12 +26,13 @@ int CheckClipOrSay(JobKind kind, const APP_STATE_INFO& app);
 // before a failure stay placed.
 int PlaceAll(const PlacementArguments& arguments, APP_STATE_INFO* app);
 
-// Stores the range of `arguments` in the members of `tracks` that `fields` names. kWrongUsage when
-// a text is no timecode on the base of the clip. PrepareOrSay compares the range with the clip.
+// Stores the range of `arguments` in the members of `app->tracks` that `fields` names. kWrongUsage
+// when a text is no timecode on the timecode base of the clip. Does not check whether the range
+// lies within the clip: PrepareOrSay does.
 int SetRange(const RangeArguments& arguments, const RangeFields& fields, APP_STATE_INFO* app);
 
-// Makes `kind` the job of `app` and checks its arguments (PrepareJob). kFailed when it cannot
-// start.
+// Makes `kind` the job of `app` and checks the arguments of the job (PrepareJob). kFailed when the
+// job cannot start.
 int PrepareOrSay(JobKind kind, APP_STATE_INFO* app);
 
 // Reads a list such as "1,3-5" into `*tracks`: tracks from 0, ascending, each once. kWrongUsage,

@@ -1,5 +1,5 @@
-// Writes JSON (RFC 8259) as text, indented by two blanks for each level. Every value is written
-// when it comes, and no tree of values is held in memory.
+// Writes JSON (RFC 8259) as text, indented by two blanks for each level. Every call writes its
+// value at once, and no tree of values is held in memory.
 
 #pragma once
 
@@ -34,7 +34,7 @@ class JsonWriter {
   // Writes a text as an item of an array.
   void Item(std::string_view text) { Field({}, text); }
 
-  // Writes an object or an array, whose contents `fill`, called without arguments, writes.
+  // Writes an object or an array. Calls `fill`, without arguments, to write the contents.
   template <typename Fill>
   void Object(std::string_view name, Fill fill) {
     Nest(name, '{', '}', fill);

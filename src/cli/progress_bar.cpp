@@ -57,7 +57,7 @@ void Draw(const JobProgress& progress, std::string_view unit, double started) {
   PrintRaw("\r" + line + "\x1b[K");
 }
 
-// Draws the bar. A bar for which memory is out is left out: it must not end the job.
+// Draws the bar. Without memory for the bar it draws nothing: the job must go on.
 void TryToDraw(const JobProgress& progress, std::string_view unit, double started) {
   try {
     Draw(progress, unit, started);

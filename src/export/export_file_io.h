@@ -18,8 +18,9 @@ enum ExportFileIoCode : std::int32_t {
 
 // Exports as ExportMapped does, but reads the clip with plain file access. It takes the same
 // arguments, makes the same files except for cbSize of the fmt chunk, and returns the same results,
-// with the codes above and kStageExportFileIo in place of those of ExportMapped; up to
-// kFileExportNoClip no file was made. Throws nothing.
+// with ExportFileIoCode in place of ExportMappedCode and kStageExportFileIo in place of
+// kStageExportMapped. A failure with a number up to kFileExportNoClip comes before the first file
+// is made. Throws nothing.
 //
 // A row is the audio elements of one frame in file order; the job reads each row in one go. It
 // writes to the new files after every block of rows. A block is as many rows as stay in the

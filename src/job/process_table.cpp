@@ -28,7 +28,7 @@ constexpr std::u16string_view kGeneralStageText = u"Loading MXF file...";
 
 constexpr std::size_t kOwnColumns = 15;  // the columns from 15 on mean the same for every engine
 
-// Failures that both stages and engines have.
+// Texts of failures that the stages of an analysis and the engines share.
 constexpr std::u16string_view kUnreadableText =
     u"MXFファイルの読込み中にエラーが発生しました。\n接続デバイスを確認して下さい。";
 constexpr std::u16string_view kNoMemoryText =
@@ -262,8 +262,8 @@ constexpr FailureRow kExportFileIoFailures = OfExport({{
     u"BWFファイルを作成できません。\nファイルの保存場所・ストレージなどを確認して下さい。",
 }});
 
-// A measurement uses the numbers of the export by memory mapping, from 4001 on. From 4006 on a
-// number has a meaning of its own.
+// The results of a measurement count from 4001 on, as those of the export by memory mapping do.
+// 4006 to 4008 have other meanings than in that export.
 constexpr FailureRow kMeasurementFailures = OfEngine({{
     {},
     kExportMappedFailures[1],
@@ -353,7 +353,7 @@ constexpr std::u16string_view kLongUmidQuestion = u"\n\n元のUMIDのまま、�
 constexpr std::u16string_view kSeeLogText = u"\n同時に作成されたログテキストをご覧ください。";
 constexpr std::u16string_view kJobNoticeWithoutLogForm = u"%s\n\n64バイトのUMIDのため、アプリ仕様上更新ができませんでした。\nラッピングは完了しています。";
 constexpr std::u16string_view kUmidNoticeForm = u"%s\n\nラッピングは完了していますが、UMIDの更新が正しく行われませんでした。\n%s%s";
-// What the clip holds when its UMIDs were not all renewed, by UmidState.
+// Which UMIDs a rewritten clip holds, by UmidState; kUmidsKept, the last state, has kUmidSizeText.
 constexpr std::array<std::u16string_view, 5> kUmidStateTexts = {{
     u"MXFファイルのUMIDは新しいものです。",
     u"MXFファイルのUMIDは元のままです。",
@@ -468,7 +468,7 @@ std::u16string_view BackupQuestion(bool keepsUmids) {
 
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, Method method, bool hasAudioDescriptor) {
-  // The stage has one result for a missing descriptor and for one with another sample width.
+  // With a descriptor, the result says that its samples do not have 16 or 24 bits.
   const bool otherWidth = result == kAudioDescriptorUnfit && hasAudioDescriptor;
   return Fill(kLoadFailureForm, {platform::LastComponent(mxfPath),
                                  otherWidth ? kSampleBitsText : FailureText(processCode, result),
@@ -540,7 +540,8 @@ std::u16string JobFailureMessage(std::u16string_view mxfPath, JobKind jobKind,
 
 namespace {
 
-// The timecode of the plain count `count`, in which a clip that passes midnight goes on counting.
+// The timecode of the real count `count`. In a clip that passes midnight, `count` may exceed a day;
+// the timecode then starts again at 00:00:00:00.
 std::u16string WrittenTimecode(const MXF_TIMECODE_INFO& timecode, std::int64_t count) {
   const std::int64_t day = FramesPerDay(timecode.fpsIndex, timecode.dropFrame);
   return platform::ToUtf16(TimecodeText(timecode, day > 0 ? count % day : count));

@@ -23,8 +23,8 @@ namespace quorvan {
 // the codes of its stages itself, and for an unknown kind.
 std::uint32_t JobProcessCode(JobKind jobKind, Method method);
 
-// The name of a job of `jobKind` in messages; empty for an analysis and an unknown kind. A zero
-// stands behind a text that is not empty.
+// The name of a job of `jobKind` in messages; empty for an analysis and an unknown kind. A name
+// that is not empty is zero terminated.
 std::u16string_view JobTitle(JobKind jobKind);
 
 // The name of the method in messages.
@@ -33,13 +33,13 @@ std::u16string_view MethodName(Method method);
 // The name of the stage with `processCode`; empty for stage 6000 and for a code without a stage.
 std::u16string_view StageName(std::uint32_t processCode);
 
-// The text that the operator reads while the stage with `processCode` runs; a general text for a
-// code without one.
+// The text that the operator reads while the stage with `processCode` runs; a general text when
+// the stage has no text or there is no such stage.
 std::u16string_view StageText(std::uint32_t processCode);
 
 // The text that tells the operator why the stage with `processCode` ended with `result`; a filler
-// text when the stage has no such result or there is no such stage. A measurement (6000) has
-// results from 4001 on, and also those from 6001 on. At most 255 characters.
+// text when the stage has no such result or there is no such stage. For a measurement (6000),
+// results from 4001 on and results from 6001 on both have texts. At most 255 characters.
 std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
 
 // The messages. `mxfPath` is the path of the clip; a message shows its last component, of any
@@ -62,9 +62,9 @@ std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath);
 std::u16string LongUmidQuestion();
 
 // The message that the stage `processCode` of the analysis sequence has refused the clip with
-// `result`. `hasAudioDescriptor` says whether the analysis has found an audio descriptor: the
-// source package stage has one result for a missing descriptor and for one with another sample
-// width.
+// `result`. `hasAudioDescriptor` says whether the analysis has found an audio descriptor. It
+// selects the text for kAudioDescriptorUnfit, which the source package stage returns both for a
+// missing descriptor and for a descriptor whose samples have neither 16 nor 24 bits.
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, Method method,
                                   bool hasAudioDescriptor = false);
@@ -73,8 +73,9 @@ std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t pro
 // reason `code`, shown in hexadecimal.
 std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint32_t code);
 
-// The message that the loaded clip has more tracks than kMaxTracks; empty for a clip that has not.
-// `checked` says whether the continuity check has run to its end, which changes the words.
+// The message that the loaded clip has more than kMaxTracks tracks; empty when it has at most
+// kMaxTracks. `checked` says whether the continuity check has run to its end; the words depend on
+// it.
 std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
 
 // The message that a job was refused with `result` before it began, for the reason `text`.

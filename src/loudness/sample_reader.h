@@ -58,8 +58,8 @@ class SampleReader {
   static bool CanConvert(std::uint32_t blockAlign);
 
  private:
-  // Frames in the ring, and frames that Next gives back to the reading thread together: waking the
-  // other thread costs as much as reading a frame.
+  // Frames in the ring, and number of frames whose slots Next gives back to the reading thread at
+  // once, because waking that thread costs as much as reading a frame.
   static constexpr std::uint32_t kSlots = 64;
   static constexpr std::uint32_t kGivenBack = 16;
   static constexpr std::uint32_t kStopped = ~std::uint32_t{0};

@@ -56,7 +56,7 @@ struct MXF_PARTITION_INFO {
   std::uint64_t headerByteCount;  // bytes
   std::uint64_t indexByteCount;   // bytes
   std::uint32_t indexSid;
-  std::uint64_t bodyOffset;  // bytes of this essence in earlier partitions
+  std::uint64_t bodyOffset;  // bytes of the essence with `bodySid` in earlier partitions
   std::uint32_t bodySid;
   std::uint64_t essenceBase;  // file offset = StreamOffset + essenceBase, modulo 2^64
 };
@@ -90,7 +90,7 @@ enum class Method : std::uint8_t {
 // in hour 23 and passes midnight still ascend. CountedSlot tells which slot the jobs use.
 //
 // The thread that runs an analysis or a continuity check writes the fields. It shares the atomic
-// words with the thread that shows the progress: the running job writes the progress and clears
+// fields with the thread that shows the progress: the running job writes the progress and clears
 // `stopRequest`, the watching thread sets `stopRequest`.
 struct MXF_TIMECODE_INFO {
   std::uint32_t dropFrame;     // first byte of the DropFrame value
@@ -192,10 +192,10 @@ struct MXF_BASE_INFO {
   char16_t platform[32];
   std::array<std::uint8_t, kUmidBytes> materialUmid;
   std::array<std::uint8_t, kUmidBytes> sourceUmid;
-  std::uint32_t materialUmidSize;  // bytes of the UID in the file, 32 or 64
+  std::uint32_t materialUmidSize;  // bytes of the PackageUID in the file, normally 32 or 64
   std::uint32_t sourceUmidSize;
   std::uint32_t hasAncillaryData;      // 1 when the Material Package has a data track
-  std::uint32_t ancillaryElementSize;  // bytes with key, length and fill; 0 without such data
+  std::uint32_t ancillaryElementSize;  // bytes with key, length and fill; 0 when none was found
   PartitionTableCell* partitionTable;  // permanent cell, empty while no file is loaded
   MXF_TIMECODE_INFO* timecode;
   MXF_AUDIO_INFO* audio;
@@ -225,7 +225,7 @@ struct MxfRecords {
 
 // Clears the records before an analysis, so that it inherits nothing from the file before. Does
 // what UnloadMxf does, and also clears the file size, the UMIDs, the places of the package sets and
-// the timecode. The pointers of `mxf` must be set. Keeps `useFileIo`, the atomic words, and the
+// the timecode. The pointers of `mxf` must be set. Keeps `useFileIo`, the atomic fields, and the
 // list of breaks with its count. Throws nothing.
 void ForgetMxf(MXF_BASE_INFO* mxf);
 

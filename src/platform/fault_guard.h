@@ -16,7 +16,7 @@ struct GuardResult {
 // guarded body must not call RunGuarded. Several threads may run guarded bodies at the same time.
 GuardResult RunGuarded(void (*body)(void* context), void* context);
 
-// Runs `body()` in the same way. `body` is a callable object that the caller owns.
+// Runs `body()` as RunGuarded(body, context) does; `body` is a callable object of the caller.
 template <typename Body>
 GuardResult RunGuarded(Body& body) {
   return RunGuarded([](void* context) { (*static_cast<Body*>(context))(); }, &body);

@@ -73,7 +73,7 @@ class File {
   // (for kCreateNew: when the name exists), when rights are missing, or when another program holds
   // a conflicting lock; LastSystemError tells why. An empty path, and a path that contains a
   // zero, open no file either; LastSystemError then tells nothing. Where a file system has no
-  // locks, files are opened for reading without one; kRewrite and kCreateNew fail.
+  // locks, files are opened for reading without a lock; kRewrite and kCreateNew fail.
   static File Open(const std::u16string& path, OpenMode mode);
 
   bool IsOpen() const { return handle_ != kNoHandle; }
@@ -105,8 +105,8 @@ class File {
   std::uint64_t Position() const { return position_; }
 
   // Reads up to `length` bytes at the file pointer into `buffer` and moves the pointer past the
-  // bytes read. Returns their number: fewer than `length` at the end of the file, for the reason
-  // that Trouble gives, or (0) when the range ends above offset 2^63 - 1.
+  // bytes read. Returns their number: fewer than `length` at the end of the file or for the reason
+  // that Trouble gives; 0 when the range ends above offset 2^63 - 1.
   std::size_t Read(void* buffer, std::size_t length);
 
   // Writes `length` bytes at the file pointer and moves the pointer past them. False, with the
@@ -179,8 +179,8 @@ class File {
   mutable ReadTrouble trouble_ = ReadTrouble::kNone;
 };
 
-// Size and times of the regular file at `path`, or to which a link there leads. Nothing when there
-// is no such file or it cannot be reached.
+// Size and times of the regular file at `path`, or of the regular file to which a link at `path`
+// leads. Nothing when there is no such file or the file cannot be reached.
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
 
 // True when anything has the name `path`: a file, a folder, or a link, even one that leads nowhere.

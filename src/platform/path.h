@@ -35,7 +35,8 @@ std::u16string LowerCaseExtension(std::u16string_view path);
 // when the environment names no home folder.
 std::u16string DesktopFolder();
 
-// `path` as an absolute path, relative to the working directory. Links and ".." are not resolved.
+// The absolute form of `path`, which may be relative to the working directory. Links and ".." are
+// not resolved.
 // Returns `path` itself when the system does not tell the working directory.
 std::u16string AbsolutePath(std::u16string_view path);
 

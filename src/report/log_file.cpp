@@ -24,9 +24,9 @@ bool IsMaterial(const std::u16string& path, const APP_STATE_INFO& app) {
   return false;
 }
 
-// The system's error number that tells why a log must not replace the file at `path`; 0 when it
-// may: when there is no regular file, when `path` is a link, and when the file does not begin as
-// MXF, RIFF or FORM.
+// The system's error number that tells why a log must not replace the file at `path`. 0 when the
+// log may replace the file: when there is no regular file, when `path` is a link, and when the file
+// can be read and does not begin as MXF, RIFF or FORM.
 std::uint32_t WhyNotToReplace(const std::u16string& path) {
   constexpr std::array<std::string_view, 6> starts = {
       "\x06\x0E\x2B\x34", "RIFF", "RF64", "BW64", "riff", "FORM"};

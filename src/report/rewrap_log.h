@@ -12,11 +12,11 @@
 
 namespace quorvan {
 
-// The log without its last block, in UTF-8 with CR LF. `now` is the local time that the log gives
-// as its date.
+// The log up to the block that RewrapLogEnd returns, in UTF-8 with CR LF. `now` is the local time
+// that the log gives as its date.
 std::string RewrapLogText(const APP_STATE_INFO& app, const platform::CalendarTime& now);
 
-// The last block of the log: when the job of `app` started and ended.
+// The block of the log that follows RewrapLogText: when the job of `app` started and ended.
 std::string RewrapLogEnd(const APP_STATE_INFO& app);
 
 // The path of the log of the clip at `mxfPath`: in the folder of the clip, with the clip's name up
@@ -24,9 +24,9 @@ std::string RewrapLogEnd(const APP_STATE_INFO& app);
 std::u16string RewrapLogPath(std::u16string_view mxfPath);
 
 // Writes the log of the rewrite in `app` to RewrapLogPath, where it replaces an earlier log, as
-// LogFile says, and sets `jobEndTime`. `notice` goes into a block of its own at the end, unless it
-// is empty. True when the log is on the medium. False when there is no log: `*error` is then the
-// system's error number, or 0 when memory is out. Throws nothing.
+// LogFile says, and sets `jobEndTime`. A `notice` that is not empty goes into a block of its own
+// behind RewrapLogEnd. True when the log is on the medium. False when there is no log: `*error` is
+// then the system's error number, or 0 when memory is out. Throws nothing.
 bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32_t* error);
 
 // The message that tells the operator that the log of the clip at `mxfPath` could not be written,
@@ -34,7 +34,7 @@ bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32
 std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
 
 // The message that tells the operator that the name of the clip is too long for a log beside the
-// clip; empty when the clip can have a log. The front ends ask before a rewrite begins.
+// clip; empty when the clip can have a log. The front ends call this before a rewrite begins.
 std::u16string NoRewrapLogMessage(std::u16string_view mxfPath);
 
 // The message that tells the operator that the rewrite of the clip at `mxfPath` is done and its log

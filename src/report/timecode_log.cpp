@@ -19,7 +19,7 @@ using platform::ToUtf8;
 
 constexpr std::array<std::string_view, 5> kKindTexts = {"**", "**", "inc", "dec", "still"};
 
-// At 60 frames a second, the timecode words of the frames count 30 values a second.
+// With the timecode base 60, the timecode word of a frame counts pairs of frames, 30 a second.
 constexpr std::uint32_t kFpsIndex60 = 4;
 
 std::string_view ScanMark(const MXF_VIDEO_INFO& video) {

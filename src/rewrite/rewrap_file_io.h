@@ -22,9 +22,10 @@ enum RewrapFileIoCode : std::int32_t {
 // with the codes above and kStageRewrapFileIo in place of those of RewrapMapped. Throws nothing.
 //
 // `wavBufferIndex` of `tracks` picks the buffer duration, which says how far ahead the source files
-// are prefetched: at most so many frames, and at most kMostBlockBytes. The frames that are worked
-// on at a time are a smaller block, which stays in the processor's cache between being read and
-// being written (state/wav_buffer.h). The clip gets the times that the system gives it.
+// are prefetched: at most the frames of this duration, and at most kMostBlockBytes, but at least
+// one frame. The job works on one block of frames at a time, small enough to stay in the
+// processor's cache between being read and being written (state/wav_buffer.h). The clip
+// keeps the times that the system sets when the clip is written.
 std::int32_t RewrapFileIo(const char16_t* path, AUDIOTRACK_IO_INFO* tracks, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

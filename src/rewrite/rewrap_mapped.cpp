@@ -32,8 +32,8 @@ class MappedRewrite {
  private:
   // Opens and maps the clip and the source files and allocates the buffers. The proof reads the
   // clip through a view, because scattered bytes cost least there. The rows are written through the
-  // file: for a write through a view the system would prepare each page separately and would mark
-  // everything that it caches together with the page as changed.
+  // file: for a write through a view the system would prepare each page separately. It would also
+  // count a page as changed together with all pages that it caches as one unit with that page.
   std::int32_t Prepare(const std::u16string& path) {
     run_.clip = platform::File::Open(path, platform::OpenMode::kRewrite);
     if (!run_.clip.IsOpen()) return kRewrapNoClip;

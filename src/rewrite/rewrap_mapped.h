@@ -25,7 +25,7 @@ enum RewrapMappedCode : std::int32_t {
 // Overwrites the audio of the clip at `path` on the tracks that are ON, from the frame `inFrame` to
 // the frame `outFrame` of `tracks`, both included. Each track gets the samples of its source file,
 // or silence (state/track_plan.h). Then gives the clip new UMIDs (SMPTE 330M). `mxf` holds the
-// analysis of the clip; its UMIDs and dates are renewed with those in the clip.
+// analysis of the clip; the UMIDs and dates in `mxf` are renewed together with those in the clip.
 //
 // Proves everything before it writes the first byte. The index ascends from frame to frame without
 // a gap. In each frame of the range a walk over the frame's own keys and lengths leads to the audio
@@ -39,9 +39,10 @@ enum RewrapMappedCode : std::int32_t {
 // `cancel` when the job is prepared. When `cancel` becomes 1 later, the job stops behind the frame
 // that it is proving or writing, or behind the flush of the audio.
 //
-// Returns 0 when the job is done. Returns kDoneWithNotice when the job is done but the UMIDs
-// are not all renewed; `umidState` tells what the clip holds. Returns kCancelled when the job was
-// stopped: the frames up to the stop are rewritten, and the UMIDs are the old ones. Refuses a clip
+// Returns 0 when the job is done. Returns kDoneWithNotice when the job is done but not all UMIDs
+// and their dates are renewed; `umidState` tells what the clip holds. Returns kCancelled when the
+// job was stopped: the frames written before the stop keep the new audio, and the UMIDs are the old
+// UMIDs (a stop during the proof leaves the clip unchanged). Refuses a clip
 // with 64-byte UMIDs with kUmidTooLong, unless `keepUmids` is 1. Every other result is a failure:
 // `fault` tells into how many frames, from IN on, the job has written, and the frame or file at
 // fault. Throws nothing.

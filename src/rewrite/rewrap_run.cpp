@@ -50,8 +50,8 @@ std::int32_t RewrapRun::ProveAndWrite(const platform::MappedView* view) {
 }
 
 // Proves everything that must hold before the first write: the clip is the clip that was analysed,
-// every source file is the file that was added and holds the audio that it claims, and every value
-// is that of its track in its frame.
+// every source file is the file that was added and holds the audio that it claims, and every audio
+// element to be overwritten belongs to the track and frame for which the index gives it.
 std::int32_t RewrapRun::Prove(const platform::MappedView* view) {
   if (const std::int32_t failed = ProveClip()) return failed;
   const SourceCheck sources = files.Check();
@@ -119,7 +119,7 @@ std::int32_t RewrapRun::Finish(bool stampTimes) {
 std::int32_t RewrapRun::RenewIdentity(platform::FileTime audioEnd, bool stampTimes) {
   const bool renewable = !HasExtendedUmid(mxf_);
   if (renewable) identity_.Renew();
-  // Writing the UMIDs has changed the file's times; the end of the audio is put back.
+  // Writing the UMIDs has changed the file's times, which must tell when the audio was complete.
   if (stampTimes) StampTimes(audioEnd);
   const bool flushed = Flush();
   tracks_.umidState = renewable ? identity_.ReadBack() : kUmidsKept;
@@ -131,8 +131,8 @@ bool RewrapRun::Flush() {
   return tracks_.noFlush == 1 || clip.Flush();
 }
 
-// Keeps the creation time. When the system cannot set times, the file keeps those of its last
-// write.
+// Sets the times of the last access and the last write, and keeps the creation time. When the
+// system cannot set times, the file keeps the times of the UMID write.
 void RewrapRun::StampTimes(platform::FileTime time) {
   auto times = clip.Times();
   if (!times) return;

@@ -25,10 +25,11 @@ class RowGaps {
   // Takes memory for `frames` frames. Returns false, or throws std::bad_alloc, when memory is out.
   bool Allocate(std::uint32_t frames);
 
-  // Keeps the gaps of the row that `reader` has read last, as those of frame `frame` (zero-based in
-  // the plan). `tracks` are zero-based and ascending, `values` are their values in the row. Keeps
-  // nothing, and returns true, when the values do not ascend, when a gap is not in the row that was
-  // read, when the gaps of a row are longer than 64 KiB, or when there are 64 kinds already.
+  // Keeps the gaps of the row that `reader` has read last, as the gaps of frame `frame` (zero-based
+  // in the plan). `tracks` are zero-based and ascending; `values` has the value of each track in
+  // the row. Keeps nothing, and returns true, when the values do not ascend, when a gap is not in
+  // the row that was read, when the gaps of the row together are longer than 64 KiB, or when the
+  // gaps differ from all kinds and there are 64 kinds already.
   // Returns false when the storage behind the reader's view fails. Throws std::bad_alloc.
   bool Keep(std::uint32_t frame, std::span<const std::uint32_t> tracks,
             std::span<const ElementValue> values, const RowReader& reader);

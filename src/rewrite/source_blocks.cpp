@@ -12,7 +12,7 @@ namespace quorvan {
 namespace {
 
 // Copies one channel out of interleaved sample frames, each sample into the upper bytes of a target
-// sample. The widths are compile-time constants so that each copy is a move or two.
+// sample. The widths are compile-time constants so that each copy is one or two instructions.
 template <std::uint32_t kSampleBytes, std::uint32_t kTargetBytes>
 void Split(const std::uint8_t* source, std::uint32_t frames, std::uint32_t blockAlign,
            std::uint8_t* target) {

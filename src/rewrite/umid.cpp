@@ -20,7 +20,8 @@ constexpr std::size_t kMaterialNumberPlace = 16;
 
 constexpr std::int32_t kBadArgumentOrWrite = -1;
 
-// Most places that hold the UMID of one package; no real clip comes near this number.
+// Largest number of places that may hold the UMID of one package; no real clip comes near this
+// number.
 constexpr std::size_t kMostReferences = std::size_t{1} << 16;
 
 bool IsUmid(const Umid& umid) {

@@ -19,7 +19,8 @@ namespace quorvan {
 using Umid = std::array<std::uint8_t, kUmidBytes>;
 
 // Makes a new basic UMID. It keeps bytes 7 and 10 (zero-based) of `old`. The instance number is
-// zero and the material number is a new UUID, or zeros when the system has none. Throws nothing.
+// zero. The material number is a new UUID, or zeros when the system cannot make a UUID. Throws
+// nothing.
 Umid MakeUmid(const Umid& old);
 
 // The modification stamp of a package, as it stands in the file: year (two bytes, high byte first),
@@ -27,11 +28,11 @@ Umid MakeUmid(const Umid& old);
 using PackageStamp = std::array<std::uint8_t, 8>;
 
 // Gives one package a new UMID. Writes the new UMID in place of `*umid` to all `references`, then
-// to `own`, the package's PackageUID, and then `stamp` to `stampPlace` when the package has one. In
-// this order an interrupted step leaves references that lead to no package, never a package to
-// which no reference leads. When `*umid` does not begin as a UMID, it stays and only the stamp is
-// written. A write that fails is tried once more. When a UMID still cannot be written, the old UMID
-// is put back everywhere, as far as writes succeed.
+// to `own`, the package's PackageUID, and then `stamp` to `stampPlace` when the package has one. An
+// interruption before `own` is written leaves references that lead to no package. When `*umid` does
+// not begin as a UMID, it stays and only the stamp is written. A write that fails is tried once
+// more. When a UMID still cannot be written, the old UMID is put back everywhere, as far as writes
+// succeed.
 //
 // Returns 0, with the package's UMID in `*umid`. Returns -1 for a null argument, or when a write
 // has failed: `*umid` is then the old UMID, or the new UMID when only the stamp was not written.

@@ -76,13 +76,13 @@ inline bool FitsMxfPath(std::u16string_view path) {
 struct WINDOW_STATE_INFO;
 
 // The process has one instance. Tracks count from 0; flags are 0 or 1. The front end's thread
-// writes all fields. While a job runs, the worker alone writes `jobStartTime`, `mxfFile` and the
-// records behind `mxf` and `tracks`. The front end meanwhile reads only what the job does not
-// write: the choices made before the job, and the atomic words.
+// writes the fields, with one exception: while a job runs, the worker writes `jobStartTime`,
+// `mxfFile` and the records behind `mxf` and `tracks`. The front end then reads of these only the
+// atomic words and the choices that were made before the job.
 struct APP_STATE_INFO {
   UI_HANDLES ui;
   WAV_FILE_INFO* wavList;  // head of the library; its entryCount is the number of files
-  // The library's entries in display order. Who calls AddWavFile builds the index anew afterwards.
+  // The library's entries in display order. After AddWavFile, the caller must build a new index.
   WavIndex wavIndex;
   MXF_BASE_INFO* mxf;
   AUDIOTRACK_IO_INFO* tracks;
@@ -105,7 +105,8 @@ struct APP_STATE_INFO {
   std::uint8_t noAutoTrackSwitch;  // 1: a switch turns alone, without the other tracks of its file
   std::uint8_t noTimecodeCheck;    // 1: an analysis leaves out the continuity check
   std::uint8_t analysisOk;         // 1: the last analysis accepted its file
-  std::array<std::uint32_t, 2> enteredTimecode;  // FramePoint of the timecode entered last
+  // Both counts of the timecode that was entered last, in the order of a FramePoint.
+  std::array<std::uint32_t, 2> enteredTimecode;
   PointSet rewrapPointSet;
   PointSet exportPointSet;
   PointSet loudnessPointSet;

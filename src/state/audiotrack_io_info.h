@@ -29,10 +29,10 @@ inline constexpr std::uint32_t kWavGroupBase = 100;
 // again. CountedSlot tells which of the two a job works with.
 using FramePoint = std::array<std::int32_t, 2>;
 
-// The front end writes the fields before a job, PrepareJob the atomic words among them. While a job
-// runs, only the job's thread writes: `wavHandle`, `umidState`, `fault`, and the words
+// Before a job, the front end writes the fields and PrepareJob sets the atomic words. While a job
+// runs, the job's thread alone writes `wavHandle`, `umidState`, `fault`, and the atomic words
 // `currentFrame`, `totalFrames` and `phase`, which the front end shows. The front end sets
-// `cancel`; the job clears `cancel` when it starts and when it stops.
+// `cancel`; the job clears `cancel` when the job starts and when it stops.
 struct AUDIOTRACK_IO_INFO {
   std::array<WAV_FILE_INFO*, kMaxTracks> wav;  // library entry; null without a file; not owned
   std::array<platform::File, kMaxTracks> wavHandle;   // source files of the running engine
@@ -50,8 +50,8 @@ struct AUDIOTRACK_IO_INFO {
   FramePoint loudnessOut;                             // last frame of the measurement, inclusive
   char16_t exportFolder[1024];
   char16_t exportName[256];  // beginning of the new files' names
-  // Frames that the running job has done. An export writes the number of the frame, from 0, that it
-  // has done last.
+  // Number of frames that the running job has done. An export instead writes the number (from 0) of
+  // the frame that was done last.
   std::atomic<std::uint32_t> currentFrame;
   std::atomic<std::uint32_t> totalFrames;  // frames of the running job
   std::atomic<std::uint32_t> cancel;       // 1 asks the running job to stop

@@ -11,8 +11,8 @@ namespace quorvan {
 
 // A failed job's result is the process code of its stage plus a JobFault. A measurement adds the
 // JobFault to 4000, the process code of the export by memory mapping. The numbers 6 to 14 mean
-// something else in each stage. The next fault is 33; job/process_table.cpp gives every number its
-// text, and grows with the faults by kResultColumns.
+// something else in each stage. The next fault is 33. The tables of job/process_table.cpp hold a
+// text for every number; a new fault needs a text there and a higher kResultColumns.
 enum JobFault : std::int32_t {
   kNoFault = 0,
   kNoPath = 1,
@@ -89,7 +89,7 @@ constexpr JobFault FaultOfFrame(ElementState state) {
 // others read it after the job has ended.
 struct JOB_FAULT_INFO {
   std::uint32_t frame = kNoFrame;  // frame at fault: place in the INDEX_ENTRY_ARRAY
-  std::uint32_t framesBegun = 0;   // frames from IN on whose audio may be overwritten
+  std::uint32_t framesBegun = 0;   // frames from IN on whose audio may have been overwritten
   char16_t path[1024] = {};        // file at fault; empty for none and for the clip
 };
 

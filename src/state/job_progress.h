@@ -8,7 +8,7 @@
 namespace quorvan {
 
 // The thread that watches the job writes `cancel`. The job's thread writes the other fields; for a
-// job that counts in other records, the front end's threads copy the counts into this one.
+// job that counts in another record, the front end's threads copy the counts into JobProgress.
 struct JobProgress {
   // What the job does while it has nothing to count; null for no text. The text lives as long as
   // the program.

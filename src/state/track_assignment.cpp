@@ -192,8 +192,8 @@ bool RenewWavIndex(APP_STATE_INFO* app) {
 bool RemoveSelectedEntries(APP_STATE_INFO* app,
                            const std::function<bool(const WAV_FILE_INFO&)>& mayRemove) {
   if (!IsWired(app) || app->wavList == nullptr) return false;
-  // The selected entries are collected before the first question, because the window shows the
-  // library with the question and may then change the selection.
+  // Collects the selected entries before the first question: while the question is open, the window
+  // shows the library and may change the selection.
   std::vector<WAV_FILE_INFO*> chosen;
   for (WAV_FILE_INFO* entry = app->wavList->next; entry != nullptr; entry = entry->next) {
     if (entry->selected != 0) chosen.push_back(entry);

@@ -54,13 +54,13 @@ std::uint32_t TakeOffSelectedTracks(APP_STATE_INFO* app);
 std::uint32_t TakeOffEveryTrack(APP_STATE_INFO* app, const WAV_FILE_INFO* entry);
 
 // Takes `entry` off every track, removes it from the index and from the library, and frees it.
-// Returns the entry that followed in the library; null when `entry` was the last entry, or null
-// itself.
+// Returns the entry that followed in the library; null when `entry` was the last entry. Returns
+// null, with nothing changed, when `entry` is null or a record is missing.
 WAV_FILE_INFO* RemoveFromLibrary(APP_STATE_INFO* app, WAV_FILE_INFO* entry);
 
 // Builds the index anew with the entries in list order, or frees it when the library is empty.
-// False when memory is out: the index then stays as it is; removed entries are not in it, because
-// RemoveFromLibrary has taken them out. Throws nothing.
+// Returns false, with the index unchanged, when memory is out or a record is missing. The unchanged
+// index is safe to use: RemoveFromLibrary has already dropped the removed entries. Throws nothing.
 bool RenewWavIndex(APP_STATE_INFO* app);
 
 // Removes every selected entry from the library and builds the index anew. For each selected entry

@@ -34,7 +34,7 @@ inline constexpr std::uint32_t kBandHeight =
 // The process has one instance, to which APP_STATE_INFO points; InitializeAppState gives the zeroed
 // fields their first values. The front end's thread writes and reads all of it.
 struct WINDOW_STATE_INFO {
-  std::uint32_t repaintMask;  // parts to redraw next; the toolkit repaints without it
+  std::uint32_t repaintMask;  // parts to redraw next; Qt repaints without reading this mask
   ScrollArrowState upArrowState;
   ScrollArrowState downArrowState;
   std::uint32_t rowRemainder;      // visible pixels of the cut row; 0 when no row is cut

@@ -41,8 +41,8 @@ std::uint32_t DroppedPerMinute(const TimecodeBase& base, std::uint32_t dropFrame
   return dropFrame == 1 ? base.droppedPerMinute : 0;
 }
 
-// Labels that drop frame skips from hour 0 up to and including the labels of the given minute of
-// the given hour, when it skips `perMinute` in a minute.
+// Number of labels that drop frame skips from 00:00:00:00 to the end of minute `minutes` of hour
+// `hours`. `perMinute` is the number of labels that each dropping minute skips.
 std::uint64_t DroppedBy(std::uint32_t perMinute, std::uint64_t hours, std::uint64_t minutes) {
   return perMinute * (hours * kDroppingMinutesPerHour + minutes - minutes / 10);
 }

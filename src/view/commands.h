@@ -61,7 +61,7 @@ struct Accelerator {
   std::string_view keys;
   Command command;
 };
-// Every key of the program.
+// All keys that run a command.
 std::span<const Accelerator> Accelerators();
 
 }  // namespace quorvan

@@ -125,7 +125,7 @@ bool Meets(const EnableFacts& facts, std::uint32_t needs) {
 }  // namespace
 
 EnableFacts FactsOf(const APP_STATE_INFO& app) {
-  const bool loaded = app.mxfLoaded == 1;  // while not, a worker may be writing the records
+  const bool loaded = app.mxfLoaded == 1;  // without a clip, a worker may be writing the records
   return {loaded,
           IsRangeSet(app.rewrapPointSet),
           loaded && app.mxf->audio->trackCount != 0,

@@ -38,8 +38,9 @@ RowColors ColorsOfRow(std::size_t row, bool assigned);
 using NameOrder = std::function<bool(std::u16string_view, std::u16string_view)>;
 
 // Sorts `wavIndex` of `app` by the column whose sort command is `command`, ascending or descending;
-// file names are compared by `order`. Rows with equal values keep their order, and the list of the
-// library keeps its own. Does nothing when no column has that command or the library has no index.
+// file names are compared by `order`. Rows with equal values keep their order; the order of the
+// library's list does not change. Does nothing when no column has that command or the library has
+// no index.
 void SortLibrary(APP_STATE_INFO* app, Command command, bool ascending, const NameOrder& order);
 
 // Stores the selection of the table in `app`: `selected` of each entry, selectedWavCount and

@@ -102,7 +102,7 @@ std::span<const LabelSpec> Labels();
 // the status bar. Empty when no control has that number.
 RECTANGLE ControlRect(ControlId id, std::int32_t width, std::int32_t height);
 
-// The rectangle whose width the `share` of each library column multiplies, in a view of `width` x
+// The rectangle from whose width the library columns take their `share`, in a view of `width` x
 // `height` pixels.
 RECTANGLE ListReference(std::int32_t width, std::int32_t height);
 

@@ -40,8 +40,8 @@ void MoveRows(APP_STATE_INFO* app, std::int32_t distance) {
   }
 }
 
-// Stores how many rows fit, the track of the first row, and the height of the row that is cut, if
-// there is one.
+// Stores how many rows show, the track of the first row, and how many pixels of the cut row show, 0
+// when no row is cut.
 void CountRows(APP_STATE_INFO* app, std::int32_t height) {
   const std::int32_t room = std::max(height - kRowsOutside, 0);
   const std::int32_t tracks = TrackCount(*app);

@@ -10,7 +10,7 @@ namespace quorvan {
 
 enum class SourceState {
   kUsable,
-  kChanged,     // not the file that was added, or its chunks lead to another format or place
+  kChanged,     // size, last write, format or place of the audio differs from the library entry
   kNotPcm,      // the sub-format of the extensible format is not PCM
   kCutShort,    // the file holds less audio than it claims, or claims none but has some
   kUnreadable,  // the file or its size or times cannot be read

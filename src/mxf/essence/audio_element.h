@@ -86,7 +86,7 @@ struct FrameElements {
 // Takes one step of the walk through a frame: reads the header of the KLV whose key is at `key`,
 // and adds the KLV to `*elements`, which must have room for it, when it is an audio element.
 // `keyOffset` is the file offset of the key, and `rest` the number of bytes from the key to the end
-// of the frame. At `key` there must be kMostKlvHeaderBytes bytes, or `rest` when that is less.
+// of the frame. At `key` there must be the smaller of kMostKlvHeaderBytes and `rest` bytes.
 // Returns the bytes from this key to the next key; nothing when no KLV starts at `key` or it does
 // not end within `rest`. Throws nothing.
 std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t keyOffset,
@@ -100,7 +100,8 @@ ElementState CompareWithIndex(const FrameElements& elements, const MXF_BASE_INFO
                               std::span<const std::uint32_t> tracks);
 
 // Number of tracks from track 0 up to and including the last track of an ascending list; 0 for an
-// empty list. So many audio elements of a frame have to be found to prove these tracks.
+// empty list. It is also the number of audio elements that a walk must find in a frame to prove the
+// listed tracks.
 std::uint32_t TracksUpToLast(std::span<const std::uint32_t> tracks);
 
 // The file offset at which the frame `entryIndex` (zero-based) ends at the latest: the start of the

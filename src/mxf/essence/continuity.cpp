@@ -16,8 +16,8 @@ namespace {
 // Number of coming frames whose words are prefetched: enough to keep the queue of a disk full.
 constexpr std::uint32_t kWordsAhead = 256;
 
-// Bytes that must be free before further breaks are listed. That is more than the breaks up to the
-// next check need, because FitsMemory always returns true for up to 64 MiB.
+// Bytes that must be free before further breaks are listed. The breaks up to the next check need
+// far less, but FitsMemory returns true for every number up to 64 MiB, so the limit is higher.
 constexpr std::uint64_t kBytesForNodes = std::uint64_t{65} << 20;
 
 // Frames that are handled between two checks for a stop request, in loops that read nothing. Also
@@ -231,8 +231,8 @@ class ContinuityCheck {
     return true;
   }
 
-  // True when at least one word has the flag `mark`, or no flag is needed. Without a flag, a
-  // timecode that stands still would pass for a timecode that stands in two frames.
+  // True when at least one word has the flag `mark`, or `mark` is 0. In a clip without marks, a
+  // reading with a mark would take a timecode that stands still for the timecode of two frames.
   bool HasMark(std::uint32_t mark) const {
     const std::uint32_t* words = words_.get();
     return mark == 0 ||
@@ -303,8 +303,8 @@ std::int32_t CheckTimecodeContinuity(platform::File* file, MXF_BASE_INFO* mxf) {
   if (mxf->indexEntries == nullptr || *mxf->indexEntries == nullptr) return kContinuityNoMemory;
   FreeTimecodeErrors(mxf->timecode);
   mxf->timecode->stopRequest = 0;
-  // Without a timecode base the words have no counts. Such a clip can be looked at, but no job
-  // takes it.
+  // Without a timecode base the words have no counts, so there is nothing to compare. The clip can
+  // be displayed, but every job refuses it.
   if (mxf->timecode->fpsIndex >= kTimecodeBases) return kSuccess;
   const std::int32_t result = ContinuityCheck(*file, *mxf).Run();
   if (result == kCancelled) {

@@ -6,7 +6,7 @@
 namespace quorvan {
 namespace {
 
-// While a frame is proven, the keys of the frame so many frames later are prefetched.
+// Number of frames between the frame that is being proven and the frame whose keys are prefetched.
 constexpr std::uint32_t kKeyFramesAhead = 2;
 
 }  // namespace
@@ -30,8 +30,8 @@ bool RowReader::Allocate(std::uint32_t rowsKept) {
   return headBytes_ != nullptr && rowBytes_ != nullptr;
 }
 
-// Reads `bytes` bytes at `offset` into `*window`. False when the clip cannot be read so far. The
-// first read that has to wait for the medium shows that the clip is not in memory: from then on the
+// Reads `bytes` bytes at `offset` into `*window`. False when fewer bytes could be read. The first
+// read that has to wait for the medium shows that the clip is not in memory: from then on the
 // coming frames are prefetched. A cached clip needs no prefetch.
 bool RowReader::Fill(Window* window, std::uint64_t offset, std::uint64_t bytes) {
   const auto wanted = static_cast<std::size_t>(bytes);
@@ -52,9 +52,9 @@ const std::uint8_t* RowReader::At(std::uint64_t fileOffset, std::uint64_t length
 }
 
 // The `wanted` bytes of the header at the file offset `offset`. `rest` is the number of bytes from
-// there to the end of the frame. Within the row, reads up to the end of the row; elsewhere reads
-// only kHeadBytes, because the headers in front of a picture usually lie within them. Null when the
-// read fails (`failed_` is then true) or does not reach so far.
+// `offset` to the end of the frame. Within the row, reads up to the end of the row. Elsewhere reads
+// at most kHeadBytes, which usually hold all headers in front of a picture. Null when the read
+// fails (`failed_` is then true) or yields fewer than `wanted` bytes.
 const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted,
                                         const ElementRow& row, std::uint64_t rest) {
   const bool inRow = offset >= row.start && offset - row.start < row.bytes;
@@ -67,8 +67,9 @@ const std::uint8_t* RowReader::HeaderAt(std::uint64_t offset, std::size_t wanted
   return failed_ ? nullptr : window->At(offset, wanted);
 }
 
-// Prefetches the keys of a frame and of the fill behind its values into the processor's cache. The
-// keys lie far apart, so the proof would wait for each of them.
+// Prefetches into the processor's cache the first key of a frame, the keys of its audio elements
+// and the keys of the fill behind them. The keys lie far apart: without the prefetch, the proof
+// would wait for the memory at each key.
 void RowReader::PrefetchKeys(std::uint32_t entryIndex) const {
   if (entryIndex >= firstEntry_ + frames_) return;
   const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];

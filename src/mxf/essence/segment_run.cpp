@@ -14,7 +14,7 @@ std::uint64_t FrameBytes(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entr
       kElementHeaderBytes + std::uint64_t{mxf.audio->blockAlign} * entry.audioSamples;
   const std::uint64_t trailing =
       mxf.hasAncillaryData != 0 ? mxf.ancillaryElementSize : mxf.audio->elementSize;
-  std::uint32_t farthest = 0;  // delta of the last element; the last entry in a valid index
+  std::uint32_t farthest = 0;  // largest delta; in a valid index, the delta of the last entry
   for (std::uint32_t k = 0; k < entry.deltaCount; ++k)
     farthest = std::max(farthest, entry.delta[k].elementDelta);
   const std::uint64_t lastElement = std::uint64_t{entry.sliceOffset} + farthest;

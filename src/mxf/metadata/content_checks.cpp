@@ -13,8 +13,8 @@ constexpr int kEssenceDataTags = 3;
 constexpr std::uint32_t kOp1aPackages = 2;
 constexpr std::uint32_t kReferenceBytes = 16;
 
-// Reads the set with `key`. Nothing when no such set starts in [startOffset, limitOffset), both
-// file offsets in bytes.
+// Reads the first set with `key`. Nothing when no set with `key` starts in [startOffset,
+// limitOffset), both file offsets in bytes, or when MetadataSet::Read refuses it as too long.
 std::optional<MetadataSet> FindSet(platform::File* file, const KlvKey& key,
                                    std::uint64_t startOffset, std::uint64_t limitOffset) {
   std::uint64_t length = 0;

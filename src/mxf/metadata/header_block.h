@@ -38,7 +38,7 @@ class MetadataPlace {
 // Results of HeaderBlock::Read.
 enum class HeaderState {
   kRead,   // the header metadata is in memory
-  kNone,   // the records give no range for the header metadata, or one above 256 MiB
+  kNone,   // the records give an empty range for the header metadata, or a range above 256 MiB
   kFault,  // the file cannot be read, or is shorter than the records say
 };
 

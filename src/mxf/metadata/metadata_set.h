@@ -16,9 +16,9 @@ namespace quorvan {
 class MetadataSet {
  public:
   // Reads the value at the file pointer and leaves the pointer behind it. Its length in bytes is
-  // the low 32 bits of `length`; the value is shorter when the file ends before or a read fails.
-  // Returns nothing, with the pointer unchanged, when the value is longer than 256 MiB, which no
-  // set is. Throws std::bad_alloc when memory is out.
+  // the low 32 bits of `length`; the value is shorter when the file ends early or a read fails.
+  // Returns nothing, with the pointer unchanged, when the value is longer than 256 MiB; the sets of
+  // real clips are far shorter. Throws std::bad_alloc when memory is out.
   static std::optional<MetadataSet> Read(platform::File* file, std::uint64_t length);
 
   std::span<const std::uint8_t> value() const { return {bytes_.get(), size_}; }

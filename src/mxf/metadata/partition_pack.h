@@ -32,13 +32,13 @@ inline constexpr std::size_t kPackStatusByte = 14;
 inline constexpr std::uint8_t kHeaderPackKind = 2;
 inline constexpr std::uint8_t kFooterPackKind = 4;
 
-// True when `status` is that of an open partition, incomplete or complete.
+// True when the status byte `status` says that the partition is open, incomplete or complete.
 constexpr bool IsOpenPartition(std::uint8_t status) {
   return status == 1 || status == 3;
 }
 
-// The Random Index Pack: an entry for each partition, BodySID and ByteOffset, and behind the
-// entries the length of the whole pack.
+// Sizes in the Random Index Pack, in bytes: of the entry of each partition, which consists of
+// BodySID and ByteOffset, and of the length of the whole pack, which follows the last entry.
 inline constexpr std::uint64_t kRandomIndexEntryBytes = 12;
 inline constexpr std::uint64_t kOverallLengthBytes = 4;
 

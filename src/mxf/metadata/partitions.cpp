@@ -13,7 +13,7 @@ namespace quorvan {
 namespace {
 
 constexpr std::uint32_t kMostPartitions = 1u << 20;
-constexpr std::size_t kPackBytes = kElementHeaderBytes + 80;  // up to the operational pattern
+constexpr std::size_t kPackBytes = kElementHeaderBytes + 80;  // operational pattern included
 
 constexpr std::array<std::uint8_t, 13> kPackKeyStart = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01,
                                                         0x01, 0x0D, 0x01, 0x02, 0x01, 0x01};

@@ -178,7 +178,7 @@ struct SearchRange {
 struct EitherSet {
   bool found;
   bool isFirst;          // the set has the first key
-  std::uint64_t length;  // bytes of the value, on which the file pointer stands
+  std::uint64_t length;  // length of the value in bytes; the file pointer is on the value
 };
 
 EitherSet FindEither(const SearchRange& range, std::uint64_t from, const KlvKey& first,
@@ -224,8 +224,9 @@ std::int32_t CheckMultipleDescriptor(const SearchRange& range) {
   return kSuccess;
 }
 
-// The tag of the bit rate in the picture descriptor. An MPEG descriptor has the tag that the Primer
-// Pack gives to the label; 0 when the Primer Pack gives none. Leaves the file pointer where it was.
+// The tag of the bit rate in the picture descriptor. In an MPEG descriptor it is the tag that the
+// Primer Pack gives to kBitRateLabel; 0 when the Primer Pack does not list this label. Leaves the
+// file pointer where it was.
 std::uint16_t BitRateTag(const SearchRange& range, bool isMpeg) {
   if (!isMpeg) return tags::kCdciBitRate;
   const std::uint64_t value = range.file->Position();

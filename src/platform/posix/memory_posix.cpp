@@ -8,8 +8,8 @@
 namespace quorvan::platform {
 namespace {
 
-// The number after `label` at the start of a line of the file `path`; with an empty label, the
-// number at the start of the first line that begins with one. Nothing when there is none.
+// The number in the first line of the file `path` that begins with `label` and a number; with an
+// empty label, in the first line that begins with a number. Nothing when there is no such line.
 std::optional<std::uint64_t> NumberIn(const char* path, const char* label) {
   std::FILE* file = std::fopen(path, "re");
   if (file == nullptr) return std::nullopt;

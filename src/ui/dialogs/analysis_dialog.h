@@ -55,7 +55,7 @@ class AnalysisDialog : public QDialog {
   bool checking_ = false;  // the comparison of the timecodes has begun
   bool running_ = false;
   bool stopping_ = false;                  // the operator has asked the analysis to stop
-  std::uint32_t shownStage_ = UINT32_MAX;  // process code of the shown stage; none yet
+  std::uint32_t shownStage_ = UINT32_MAX;  // process code of the shown stage; UINT32_MAX for none
 };
 
 }  // namespace quorvan::ui

@@ -22,7 +22,7 @@ constexpr int kLastPage = 2;
 constexpr int kLampSize = 52;
 constexpr int kMostPrefixChars = 32;
 
-// The switch of a track: number `number` (0 to 7) of the page that shows.
+// The switch of one track of the shown page; `number`, 0 to 7, is its place on the page.
 class LampButton : public QAbstractButton {
  public:
   LampButton(const APP_STATE_INFO& app, const ExportDialogMemory& memory, int number,

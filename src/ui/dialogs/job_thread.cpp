@@ -65,8 +65,8 @@ void JobThread::Look() {
   }
 }
 
-// Joins the worker's thread. After the last message the thread has nothing left to do, so that the
-// call does not wait for work.
+// Joins the worker's thread. After the worker's last message this does not block, because the
+// thread has nothing left to do; before that message it waits for the end of the job.
 void JobThread::Finish() {
   if (app_.workerThread.joinable()) app_.workerThread.join();
 }

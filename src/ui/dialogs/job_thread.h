@@ -45,8 +45,8 @@ class JobThread : public QObject {
   QTimer look_;
   bool phaseTold_ = false;  // PhaseEntered has been emitted
 
-  // The worker writes the fields below, the two flags last; the dialog's thread reads a field only
-  // after its flag is set.
+  // The worker writes the fields below, and sets `ended_` after `message_`, `result_` and `text_`.
+  // The dialog's thread reads these three only when `ended_` is set.
   std::atomic<bool> inSecondPhase_ = false;
   std::atomic<bool> ended_ = false;
   JobMessage message_ = JOB_MSG_DONE;

@@ -36,10 +36,10 @@ class RangeDialog : public QDialog {
                           int height, const QPoint& textStart,
                           HorizontalAlign align = HorizontalAlign::kLeft);
 
-  // The message when the range of the rewrite cannot be taken over because a point of it is not
-  // set.
+  // The message when the range of the rewrite cannot be taken over, because its IN or OUT point is
+  // not set.
   virtual std::u16string_view RewrapRangeRefusal() const = 0;
-  // The title of that message.
+  // The title of the message that RewrapRangeRefusal returns.
   virtual std::u16string_view RewrapRangeTitle() const = 0;
 
   // True when both points of the range are set. Otherwise tells the operator, under the title

@@ -11,7 +11,8 @@ namespace quorvan::ui {
 // Shows the three settings of the program, and stores them in `app` when the operator confirms.
 void ShowSettings(APP_STATE_INFO* app, QWidget* parent);
 
-// Shows what the metadata of the clip tells about its identity, in fields whose text can be copied.
+// Shows the clip's file, dates, writing application, UMIDs and element sizes in fields whose text
+// can be copied.
 void ShowMetaInformation(const APP_STATE_INFO& app, QWidget* parent);
 
 // Shows name and version of the program.

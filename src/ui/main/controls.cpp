@@ -44,7 +44,7 @@ bool IsForeignText(const QKeyEvent& key) {
 }
 
 // Accepts the characters of a timecode and no others from an input method and from the clipboard.
-// Of typed characters keyPressEvent lets only digits through.
+// Typed characters other than digits do not come here: keyPressEvent drops them.
 class TimecodeCharacters : public QValidator {
  public:
   using QValidator::QValidator;

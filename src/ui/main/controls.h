@@ -61,7 +61,8 @@ class PictureButton : public QAbstractButton {
   ControlId id_;
 };
 
-// The field in which a timecode is typed; it lies over the display of its point.
+// The field in which the operator types the timecode of an IN or OUT point; it lies over the label
+// that shows the point.
 class TimecodeEdit : public QLineEdit {
   Q_OBJECT
 

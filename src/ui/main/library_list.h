@@ -46,8 +46,8 @@ class LibraryList : public QTreeView {
   void RenewRows();
 
   // Sorts the rows by the column of `command`, ascending or descending. The selected files stay
-  // selected, and the last selected row gets the focus; without a selection the row with the same
-  // number keeps it.
+  // selected, and the last selected row gets the focus; without a selection the focus stays on its
+  // row number.
   void Sort(Command command, bool ascending);
 
   // Sets the width of every column for a view of `viewWidth` x `viewHeight` pixels, the client area

@@ -27,8 +27,9 @@ QString LockPath() {
   return QDir(folder.isEmpty() ? QDir::tempPath() : folder).filePath(kInstanceName);
 }
 
-// True when this is the only instance, or when that cannot be found out. A lock file that names no
-// process, such as a full disk leaves behind, is stale and is removed.
+// True when this is the only instance, or when an error of the lock file leaves the question open.
+// A lock file that names no process is stale and is removed; an instance that met a full disk
+// leaves such a lock file behind.
 bool TakeInstance(QLockFile* instance) {
   instance->setStaleLockTime(0);
   if (instance->tryLock(kPatienceMilliseconds)) return true;

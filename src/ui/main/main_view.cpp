@@ -19,7 +19,7 @@ namespace {
 constexpr ControlId kButtons[] = {kLoadButton, kViewButton, kRewrapButton, kExportButton,
                                   kInButton,   kOutButton,  kDurButton};
 constexpr int kRowClipMargin = 10;
-constexpr int kTrackBandExcess = 5;  // pixels by which its fill reaches into the bottom band
+constexpr int kTrackBandExcess = 5;  // pixels of the bottom band that the track band's fill covers
 constexpr int kWheelNotch = 120;
 constexpr COLOR kTitleColor = {255, 105, 0};
 constexpr COLOR kSubtitleColor = {255, 225, 255};
@@ -34,7 +34,7 @@ SelectMode ModeOf(Qt::KeyboardModifiers modifiers) {
 }  // namespace
 
 MainView::MainView(APP_STATE_INFO* app, QWidget* parent) : QWidget(parent), app_(*app) {
-  setFocusPolicy(Qt::TabFocus);  // mousePressEvent gives the focus to the view
+  setFocusPolicy(Qt::TabFocus);  // not ClickFocus: mousePressEvent decides which press focuses
   for (const LabelSpec& spec : Labels()) {
     auto* label = new DrawnLabel(spec, this);
     label->SetText(ToQString(spec.caption));
@@ -191,7 +191,7 @@ void MainView::mousePressEvent(QMouseEvent* event) {
 
 void MainView::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::RightButton && app_.libraryView == 0) {
-    ReleasePress();  // the popup menu receives the releases that follow
+    ReleasePress();  // the popup menu will receive the release of the left button
     emit PopupRequested(event->globalPosition().toPoint());
     setFocus();
     return;

@@ -56,9 +56,9 @@ constexpr std::pair<MainButton, ControlId> kButtonIds[] = {
     {MainButton::kIn, kInButton},         {MainButton::kOut, kOutButton},
     {MainButton::kDuration, kDurButton}};
 
-// Accepts a drop of files as a copy, or ignores it; true when it is accepted. The program only
-// reads the files. A source that is told of a move would delete them, so the answer is never
-// anything but a copy, whatever the source proposes.
+// Accepts a drop of files as a copy, or ignores the drop; true when the drop is accepted. A drop
+// that the source proposes as a move is answered as a copy, too: after a move the source would
+// delete the files, which the program uses where they lie.
 bool AcceptAsCopy(QDropEvent* event) {
   const bool taken = QApplication::activeModalWidget() == nullptr && event->mimeData()->hasUrls() &&
                      (event->possibleActions() & Qt::CopyAction) != 0;
@@ -67,8 +67,8 @@ bool AcceptAsCopy(QDropEvent* event) {
   return taken;
 }
 
-// The path of a file on this machine, with the bytes that the address spells; nothing for any other
-// address.
+// The path that `url` spells, byte for byte, when `url` names a file on this machine; nothing for
+// any other URL.
 std::optional<std::u16string> PathOfUrl(const QUrl& url) {
   const QString host = url.host();
   const bool here =
@@ -368,8 +368,8 @@ void MainWindow::AddByDialog() {
   ShowAddedFiles(kAddTitle);
 }
 
-// Adds the files to the library; true when at least one was added. Tells each refusal of a file,
-// and a refusal of the clip only once.
+// Adds the files to the library; true when at least one was added. Shows a message for each refused
+// file. When no job takes the loaded clip, shows one message in all and adds nothing.
 bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16string_view title) {
   if (const std::u16string_view refusal = ClipRefusal(app_); !paths.empty() && !refusal.empty()) {
     Tell(this, BoxKind::kWarning, refusal, title);

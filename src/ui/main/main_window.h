@@ -48,7 +48,7 @@ class MainWindow : public QMainWindow {
   std::function<void(std::u16string_view)> StatusSetter();
   void ShowPopup(std::span<const MenuItem> items, MenuKind kind, const QPoint& place);
 
-  // Commands that take more than one call.
+  // Commands, their steps, and dropped files.
   void LoadByDialog();
   bool OpenClip(const std::u16string& path);
   void AnalyseOpenClip(const std::u16string& path);

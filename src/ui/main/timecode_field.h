@@ -68,7 +68,7 @@ class TimecodeField : public QObject {
   QWidget* host_;
   TimecodeEdit* edit_;
   TimecodeTarget target_ = kNoTarget;
-  bool checking_ = false;  // a confirmed text is being checked: the loss of focus comes from it
+  bool checking_ = false;  // Confirm is running, whose message box takes the focus of the field
 };
 
 }  // namespace quorvan::ui
