@@ -229,7 +229,7 @@ TEST_F(CommandLine, IsCancelledByTheInterruptKeyBeforeItWrites) {
   // A terminal that asks for the backup, the interrupt key, and a yes that comes too late.
   const CommandResult asked =
       Run("--help >/dev/null; touch asked; (until grep -q バックアップ asked; do sleep 0.01; done; "
-          "printf '\\003'; sleep 0.2; echo y) | script -qefc '" COMPANION
+          "printf '\\003'; sleep 0.2; echo y) | script -qefc 'exec " COMPANION
           " rewrap clip.mxf --silence 3' asked; echo status $?");
   EXPECT_NE(asked.output.find("status 3"), std::string::npos) << asked.output;
   EXPECT_TRUE(IsUntouched());
