@@ -85,10 +85,11 @@ bool MakeCamera(const fs::path& picture, std::uint32_t seconds, std::uint32_t tr
 bool Conform(const fs::path& camera, const fs::path& target) {
   if (fs::exists(target)) return true;
   JobProgress progress;
-  const ConformResult result = ConformClip(platform::ToUtf16(camera.string()),
-                                           platform::ToUtf16(target.string()), &progress);
-  if (!result.done) fmt::print(stderr, "{}: {}\n", camera.string(), result.reason);
-  return result.done;
+  const ConformResult result = ConformClip(
+      {.in = platform::ToUtf16(camera.string()), .out = platform::ToUtf16(target.string())},
+      &progress);
+  if (!result.IsDone()) fmt::print(stderr, "{}: {}\n", camera.string(), result.reason);
+  return result.IsDone();
 }
 
 bool MakeNoise(std::uint32_t seconds, std::uint32_t channels, std::uint32_t seed,

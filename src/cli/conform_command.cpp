@@ -17,14 +17,15 @@ int RunConform(const ConformArguments& arguments) {
   WatchForInterrupts();
   JobProgress progress;
   ConformResult result;
-  const bool ran =
-      RunWithProgress([&] { result = ConformClip(in, out, &progress); }, "bytes", &progress);
+  const bool ran = RunWithProgress([&] { result = ConformClip({.in = in, .out = out}, &progress); },
+                                   "bytes", &progress);
   if (!ran) {
+    result.fault = ConformFault::kNoMemory;
     result.reason = "no thread for the copy";
   }
 
-  if (result.done) return kDone;
-  if (result.cancelled) {
+  if (result.IsDone()) return kDone;
+  if (result.fault == ConformFault::kCancelled) {
     PrintError(fmt::format("{}: cancelled, no copy was left", arguments.in));
     return kInterrupted;
   }

@@ -24,16 +24,15 @@ namespace {
 
 constexpr std::size_t kCopyBlockBytes = 4 << 20;
 
-ConformResult Refused(std::string reason) {
+ConformResult Refused(ConformFault fault, std::string reason) {
   ConformResult result;
+  result.fault = fault;
   result.reason = std::move(reason);
   return result;
 }
 
 ConformResult Cancelled() {
-  ConformResult result = Refused("cancelled");
-  result.cancelled = true;
-  return result;
+  return Refused(ConformFault::kCancelled, "cancelled");
 }
 
 bool CancelWanted(const JobProgress& progress) {
@@ -214,10 +213,8 @@ ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
   ConformResult result;
   const std::int32_t code = AnalyzeMxfFile(file, &records->base);
   if (code == kCancelled) return Cancelled();
-  if (code <= 0) {
-    result.done = true;
-    return result;
-  }
+  if (code <= 0) return result;
+  result.fault = ConformFault::kUnfit;
   result.analysisCode = code;
   result.processCode = records->base.processCode;
   result.hasAudioDescriptor = records->audio.hasDescriptor == 1;
@@ -235,17 +232,18 @@ ConformResult CheckSkeleton(platform::File* file) {
 ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
   MxfRecords records;
   ConformResult result = AnalyzeCopy(file, &records);
-  if (!result.done || IndexLeadsToFrames(*file, layout, records)) return result;
+  if (!result.IsDone() || IndexLeadsToFrames(*file, layout, records)) return result;
   if (file->Trouble() == platform::ReadTrouble::kFailed) {
-    return Refused("the copy cannot be read back");
+    return Refused(ConformFault::kUnwritable, "the copy cannot be read back");
   }
-  return Refused("the index table does not lead to the frames");
+  return Refused(ConformFault::kUnfit, "the index table does not lead to the frames");
 }
 
 ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartition>& map,
                         const std::u16string& out, JobProgress* progress) {
   UnfinishedCopy copy(out);
-  if (!copy.file().IsOpen()) return Refused("no file can be created where the copy shall stand");
+  if (!copy.file().IsOpen())
+    return Refused(ConformFault::kUnwritable, "no file can be created where the copy shall stand");
   const ConformLayout layout = LayOutClip(map);
   progress->total.store(layout.fileSize, std::memory_order_relaxed);
   CopyWriter writer{
@@ -254,57 +252,101 @@ ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartit
       progress,
       std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[kCopyBlockBytes]),
       {}};
-  if (!writer.block) return Refused("no memory for the copy");
+  if (!writer.block) return Refused(ConformFault::kNoMemory, "no memory for the copy");
   copy.file().StopOn(&progress->cancel);
   const auto writeFault = [&writer, progress] {
-    return CancelWanted(*progress) ? Cancelled() : Refused(writer.reason);
+    return CancelWanted(*progress) ? Cancelled()
+                                   : Refused(ConformFault::kUnwritable, writer.reason);
   };
   if (!WriteSkeleton(map, layout, &writer)) return writeFault();
-  if (ConformResult result = CheckSkeleton(&copy.file()); !result.done) {
+  if (ConformResult result = CheckSkeleton(&copy.file()); !result.IsDone()) {
     return CancelWanted(*progress) ? Cancelled() : result;
   }
   if (!WriteEssence(map, layout, &writer)) return writeFault();
-  if (!copy.file().Flush()) return Refused("the copy cannot be brought onto the medium");
+  if (!copy.file().Flush())
+    return Refused(ConformFault::kUnwritable, "the copy cannot be brought onto the medium");
   ConformResult result = CheckCopy(&copy.file(), layout);
   if (CancelWanted(*progress)) return Cancelled();
-  if (!result.done) return result;
-  if (in.Trouble() != platform::ReadTrouble::kNone) return Refused("the clip cannot be read");
+  if (!result.IsDone()) return result;
+  if (in.Trouble() != platform::ReadTrouble::kNone)
+    return Refused(ConformFault::kUnreadable, "the clip cannot be read");
   if (!copy.TakeName(out)) {
-    return Refused("the copy cannot take its name, or the name not be brought onto the medium");
+    return Refused(ConformFault::kUnwritable,
+                   "the copy cannot take its name, or the name not be brought onto the medium");
   }
   return result;
 }
 
-ConformResult Conform(const std::u16string& in, const std::u16string& out, JobProgress* progress) {
+ConformResult Conform(const ConformRequest& request, JobProgress* progress) {
+  const std::u16string& in = request.in;
+  const std::u16string& out = request.out;
   if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
-    return Refused("the copy would replace the clip itself");
+    return Refused(ConformFault::kSameFile, "the copy would replace the clip itself");
   }
   if (platform::IsNameTaken(out)) {
-    return Refused(fmt::format("{} exists already", platform::ToUtf8(out)));
+    return Refused(ConformFault::kNameTaken,
+                   fmt::format("{} exists already", platform::ToUtf8(out)));
   }
   platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
-  if (!file.IsOpen()) return Refused("the clip cannot be opened");
+  if (!file.IsOpen()) return Refused(ConformFault::kUnreadable, "the clip cannot be opened");
   file.StopOn(&progress->cancel);
   const std::optional<std::uint64_t> size = file.Size();
-  if (!size) return Refused("the size of the clip is unknown");
+  if (!size) return Refused(ConformFault::kUnreadable, "the size of the clip is unknown");
   std::vector<SourcePartition> map;
   std::string reason;
   if (!ReadPartitionMap(file, *size, progress->cancel, &map, &reason)) {
     if (CancelWanted(*progress)) return Cancelled();
     const bool failed = file.Trouble() == platform::ReadTrouble::kFailed;
-    return Refused(failed ? "the clip cannot be read" : reason);
+    return failed ? Refused(ConformFault::kUnreadable, "the clip cannot be read")
+                  : Refused(ConformFault::kUnfit, reason);
   }
   return WriteCopy(file, map, out, progress);
 }
 
 }  // namespace
 
-ConformResult ConformClip(const std::u16string& in, const std::u16string& out,
-                          JobProgress* progress) {
+ConformResult ConformClip(const ConformRequest& request, JobProgress* progress) {
   try {
-    return Conform(in, out, progress);
+    return Conform(request, progress);
   } catch (const std::bad_alloc&) {
-    return Refused("out of memory");
+    return Refused(ConformFault::kNoMemory, "out of memory");
+  }
+}
+
+std::string MendText(const MendNote& note) {
+  return fmt::format("{}: {}", MendName(note.mend), note.count);
+}
+
+const char* MendName(Mend mend) {
+  static constexpr std::array<const char*, 13> kNames = {
+      "layout",         "byteCounts", "randomIndex", "bytesBehind", "footer",
+      "openPartitions", "metadata",   "setOrder",    "durations",   "noIndex",
+      "index",          "frames",     "cutOff"};
+  return kNames[static_cast<std::size_t>(mend)];
+}
+
+bool MayConform(std::int32_t analysisCode) {
+  switch (analysisCode) {
+    case kRandomIndexNotFound:
+    case kPartitionOpen:
+    case kNoFooterPartition:
+    case kPrefaceNotFound:
+    case kContentStorageNotFound:
+    case kEssenceDataNotFound:
+    case kMaterialPackageNotFound:
+    case kTimelineTrackMissing:
+    case kSequenceMissing:
+    case kTimecodeComponentMissing:
+    case kDurationZero:
+    case kNoSoundTrack:
+    case kSourcePackageNotFound:
+    case kMultipleDescriptorNotFound:
+    case kPictureDescriptorNotFound:
+    case kAudioDescriptorUnfit:
+    case kNoIndexTable:
+      return true;
+    default:
+      return false;
   }
 }
 

@@ -22,16 +22,17 @@ std::size_t FilesIn(const TempFolder& folder) {
 ConformResult Conform(const TempFolder& folder, const Bytes& clip) {
   JobProgress progress;
   std::filesystem::remove(folder.Path() / "out.mxf");
-  return ConformClip(folder.Write("in.mxf", clip), folder.PathOf("out.mxf"), &progress);
+  return ConformClip({.in = folder.Write("in.mxf", clip), .out = folder.PathOf("out.mxf")},
+                     &progress);
 }
 
 // The conformed form of `clip`, which must have one.
 Bytes Conformed(const Bytes& clip) {
   const TempFolder folder;
   const ConformResult result = Conform(folder, clip);
-  EXPECT_TRUE(result.done) << result.reason;
-  EXPECT_EQ(FilesIn(folder), result.done ? 2U : 1U);
-  return result.done ? ReadAll(folder.Path() / "out.mxf") : Bytes();
+  EXPECT_TRUE(result.IsDone()) << result.reason;
+  EXPECT_EQ(FilesIn(folder), result.IsDone() ? 2U : 1U);
+  return result.IsDone() ? ReadAll(folder.Path() / "out.mxf") : Bytes();
 }
 
 // Frames of the conformed clip, as the analysis finds them, against those of the built one.
@@ -171,7 +172,7 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
     SCOPED_TRACE(fault);
     const TempFolder folder;
     const ConformResult result = Conform(folder, bytes);
-    EXPECT_FALSE(result.done || result.cancelled || result.reason.empty());
+    EXPECT_FALSE(result.IsDone() || result.reason.empty());
     EXPECT_EQ(result.analysisCode, code) << result.reason;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
@@ -183,18 +184,20 @@ TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
   const std::u16string in = folder.Write("in.mxf", clip);
   const std::u16string taken = folder.Write("taken.mxf", {1, 2, 3});
   JobProgress progress;
-  EXPECT_FALSE(ConformClip(in, in, &progress).done);
-  EXPECT_FALSE(ConformClip(in, taken, &progress).done);
-  EXPECT_FALSE(ConformClip(in, folder.PathOf("no/out.mxf"), &progress).done);
-  EXPECT_FALSE(ConformClip(folder.PathOf("none.mxf"), folder.PathOf("out.mxf"), &progress).done);
+  EXPECT_FALSE(ConformClip({.in = in, .out = in}, &progress).IsDone());
+  EXPECT_FALSE(ConformClip({.in = in, .out = taken}, &progress).IsDone());
+  EXPECT_FALSE(ConformClip({.in = in, .out = folder.PathOf("no/out.mxf")}, &progress).IsDone());
+  EXPECT_FALSE(
+      ConformClip({.in = folder.PathOf("none.mxf"), .out = folder.PathOf("out.mxf")}, &progress)
+          .IsDone());
   EXPECT_EQ(ReadAll(folder.Path() / "in.mxf"), clip);
   EXPECT_EQ(ReadAll(folder.Path() / "taken.mxf"), Bytes({1, 2, 3}));
   progress.cancel = 1;
-  const ConformResult result = ConformClip(in, folder.PathOf("out.mxf"), &progress);
-  EXPECT_TRUE(result.cancelled && !result.done);
+  const ConformResult result = ConformClip({.in = in, .out = folder.PathOf("out.mxf")}, &progress);
+  EXPECT_TRUE(result.fault == ConformFault::kCancelled);
   EXPECT_EQ(FilesIn(folder), 2U);
   progress.cancel = 0;
-  EXPECT_TRUE(ConformClip(in, folder.PathOf("out.mxf"), &progress).done);
+  EXPECT_TRUE(ConformClip({.in = in, .out = folder.PathOf("out.mxf")}, &progress).IsDone());
   EXPECT_EQ(progress.done, progress.total);
   EXPECT_EQ(progress.done, ReadAll(folder.Path() / "out.mxf").size());
 }

@@ -30,8 +30,8 @@ TEST_P(FfmpegClipConformed, LoadsAfterwardsAndHoldsTheSameEssence) {
   const std::int32_t code = Analyze(in, &refused);
   EXPECT_TRUE(code == kRandomIndexNotFound || code == kPrefaceNotFound) << code;
   JobProgress progress;
-  const ConformResult result = ConformClip(in, out, &progress);
-  ASSERT_TRUE(result.done) << result.reason;
+  const ConformResult result = ConformClip({.in = in, .out = out}, &progress);
+  ASSERT_TRUE(result.IsDone()) << result.reason;
   ASSERT_EQ(Analyze(out, &records), 0);
   EXPECT_EQ(records.timecode.frameCount, records.timecode.duration);
   EXPECT_EQ(records.audio.trackCount, GetParam().tracks);
@@ -50,7 +50,7 @@ TEST_P(FfmpegClipConformed, LoadsAfterwardsAndHoldsTheSameEssence) {
     EXPECT_EQ(before, answer(outName)) << question;
   }
 
-  ASSERT_TRUE(ConformClip(out, folder.PathOf("twice.mxf"), &progress).done);
+  ASSERT_TRUE(ConformClip({.in = out, .out = folder.PathOf("twice.mxf")}, &progress).IsDone());
   EXPECT_EQ(ReadAll(outName), ReadAll(folder.Path() / "twice.mxf"));
 }
 
