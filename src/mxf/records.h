@@ -35,6 +35,9 @@ inline constexpr std::size_t kExtendedUmidBytes = 64;  // SMPTE 330M extended UM
 inline constexpr std::uint32_t kUnknownFpsIndex = 5;
 inline constexpr std::uint32_t kUnknownRateIndex = 8;
 
+// Value of MXF_AUDIO_INFO.patternStart when the first frames hold no pattern of the edit rate.
+inline constexpr std::uint32_t kUnknownPatternStart = 5;
+
 enum PartitionKind : std::uint32_t {
   kHeaderPartition = 0,
   kBodyPartition = 1,
@@ -134,6 +137,9 @@ struct MXF_AUDIO_INFO {
   double loudnessRange;             // LU
   AudioElementKind elementKind;     // of the first frame's first audio element
   std::uint32_t hasDescriptor;      // 1 when the file has an audio descriptor
+  // Position in the 5-frame sample pattern at which the clip starts, 0 where all is well; else
+  // kUnknownPatternStart.
+  std::uint32_t patternStart;
 };
 
 struct MXF_VIDEO_INFO {

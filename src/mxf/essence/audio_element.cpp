@@ -10,18 +10,18 @@
 namespace quorvan {
 namespace {
 
-AudioElementKind KindOf(const std::uint8_t* key) {
+AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::uint64_t length) {
+  const bool followed = key[kKlvKeyBytes] == kFourByteLength;
+  return {keyOffset, followed ? std::optional(length) : std::nullopt, KindOfElement(key)};
+}
+
+}  // namespace
+
+AudioElementKind KindOfElement(const std::uint8_t* key) {
   if (KeyMatches(key, keys::kAes3Element)) return kAes3Element;
   if (KeyMatches(key, keys::kWaveElement)) return kWaveElement;
   return kNoAudioElement;
 }
-
-AudioElement ElementAt(const std::uint8_t* key, std::uint64_t keyOffset, std::uint64_t length) {
-  const bool followed = key[kKlvKeyBytes] == kFourByteLength;
-  return {keyOffset, followed ? std::optional(length) : std::nullopt, KindOf(key)};
-}
-
-}  // namespace
 
 std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t keyOffset,
                                          std::uint64_t rest, FrameElements* elements) {
@@ -29,7 +29,7 @@ std::optional<std::uint64_t> TakeElement(const std::uint8_t* key, std::uint64_t 
   const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(rest, kMostKlvHeaderBytes));
   const std::size_t header = ReadKlvHeader({key, held}, &length);
   if (header == 0 || length > rest - header) return std::nullopt;
-  if (KindOf(key) != kNoAudioElement) {
+  if (KindOfElement(key) != kNoAudioElement) {
     elements->element[elements->count++] = ElementAt(key, keyOffset, length);
   }
   return header + length;

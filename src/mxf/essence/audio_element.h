@@ -83,6 +83,10 @@ struct FrameElements {
   std::array<AudioElement, kMaxTracks> element;
 };
 
+// The kind of the audio element with the 16 bytes of key at `key`; kNoAudioElement for the key of
+// anything else. Throws nothing.
+AudioElementKind KindOfElement(const std::uint8_t* key);
+
 // Takes one step of the walk through a frame: reads the header of the KLV whose key is at `key`,
 // and adds the KLV to `*elements`, which must have room for it, when it is an audio element.
 // `keyOffset` is the file offset of the key, and `rest` the number of bytes from the key to the end

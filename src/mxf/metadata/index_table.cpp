@@ -1,12 +1,14 @@
 #include <algorithm>
-#include <array>
+#include <functional>
 #include <limits>
-#include <memory>
+#include <map>
 #include <new>
-#include <vector>
+#include <unordered_map>
+#include <utility>
 
 #include "mxf/analysis.h"
-#include "mxf/metadata/local_tags.h"
+#include "mxf/essence/index_proof.h"
+#include "mxf/metadata/index_segments.h"
 #include "mxf/metadata/metadata_set.h"
 #include "mxf/metadata/readers.h"
 #include "mxf/sample_pattern.h"
@@ -15,227 +17,101 @@
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kDeltaEntryBytes = 6;
-constexpr std::size_t kFixedEntryBytes = 11;
-constexpr std::size_t kStreamOffsetPlace = 3;
-constexpr std::size_t kSliceOffsetBytes = 4;
-constexpr std::size_t kPosTableBytes = 8;
-
 constexpr std::uint64_t kFillSearchBytes = 16;
 constexpr std::uint64_t kElementSearchBytes = 28;
-
-// Limits for the whole index table: frames (more than three days at 60 frames a second), bytes of
-// the table of one partition, and segments. No real clip reaches them; a larger table is damaged.
-constexpr std::uint64_t kMostFrames = 1u << 24;
-constexpr std::uint64_t kLargestIndexBlock = std::uint64_t{1} << 30;
-constexpr std::size_t kMostSegments = std::size_t{1} << 18;
 
 // Entries that are handled between two checks for a stop request.
 constexpr std::uint32_t kEntriesPerLook = 1u << 14;
 
 constexpr std::int32_t kNoMemory = static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
 
-// An index entry as it stands in the file.
-struct RawEntry {
-  std::int8_t temporalOffset;
-  std::int8_t keyFrameOffset;
-  std::uint8_t flags;
-  std::uint64_t streamOffset;  // bytes from the start of the essence
-  std::uint32_t sliceOffset;   // of the last slice, bytes; 0 without slices
-};
-
-// An index table segment.
-struct Segment {
-  std::uint64_t start = 0;     // frame number
-  std::uint64_t duration = 0;  // frames, as the segment claims
-  std::uint32_t bodySid = 0;
-  std::uint8_t sliceCount = 0;
-  std::uint8_t posTableCount = 0;
-  std::uint32_t deltaCount = 0;
-  std::array<DELTA_ENTRY, kMaxDeltaEntries> delta{};
-  std::vector<RawEntry> entries;
-  const MXF_PARTITION_INFO* foundIn = nullptr;    // the partition that holds the segment
-  const MXF_PARTITION_INFO* partition = nullptr;  // the partition that holds its frames
-};
-
-std::int32_t ReadDeltaEntries(std::span<const std::uint8_t> value, Segment* segment) {
-  const std::uint32_t count = ReadBatchHeader(value).count;
-  if (count > kMaxDeltaEntries) return kTooManyDeltaEntries;
-  if (value.size() < kBatchHeaderBytes + count * kDeltaEntryBytes) {
-    return count == 0 ? kSuccess : kNoIndexTable;
-  }
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const std::uint8_t* p = value.data() + kBatchHeaderBytes + i * kDeltaEntryBytes;
-    segment->delta[i] = {p[0], p[1], ReadBe32(p + 2)};
-  }
-  segment->deltaCount = count;
-  return kSuccess;
-}
-
-RawEntry ReadEntry(const std::uint8_t* p, std::uint8_t sliceCount) {
-  RawEntry entry{};
-  entry.temporalOffset = static_cast<std::int8_t>(p[0]);
-  entry.keyFrameOffset = static_cast<std::int8_t>(p[1]);
-  entry.flags = p[2];
-  entry.streamOffset = ReadBe64(p + kStreamOffsetPlace);
-  if (sliceCount > 0) {
-    entry.sliceOffset = ReadBe32(p + kFixedEntryBytes + (sliceCount - 1u) * kSliceOffsetBytes);
-  }
-  return entry;
-}
-
-std::int32_t ReadIndexEntries(std::span<const std::uint8_t> value, Segment* segment) {
-  const std::uint32_t count = ReadBatchHeader(value).count;
-  const std::size_t step = kFixedEntryBytes + segment->sliceCount * kSliceOffsetBytes +
-                           segment->posTableCount * kPosTableBytes;
-  if (count == 0) return kSuccess;
-  if (count > (value.size() - kBatchHeaderBytes) / step) return kNoIndexTable;
-  if (count > kMostFrames - segment->entries.size()) return kNoIndexTable;
-  if (!platform::FitsMemory(count * sizeof(RawEntry))) return kNoMemory;
-  // Only the first item reserves exactly: in a set of many such items, reserving exactly for each
-  // item would copy quadratically.
-  if (segment->entries.empty()) segment->entries.reserve(count);
-  for (std::uint32_t i = 0; i < count; ++i) {
-    segment->entries.push_back(
-        ReadEntry(value.data() + kBatchHeaderBytes + i * step, segment->sliceCount));
-  }
-  return kSuccess;
-}
-
-std::int32_t ReadSegmentItem(const LocalItem& item, Segment* segment) {
-  const std::uint8_t* p = item.value.data();
-  const std::size_t size = item.value.size();
-  switch (item.tag) {
-    case tags::kIndexStartPosition:
-      if (size >= 8) segment->start = ReadBe64(p);
-      return kSuccess;
-    case tags::kIndexDuration:
-      if (size >= 8) segment->duration = ReadBe64(p);
-      return kSuccess;
-    case tags::kBodySid:
-      if (size >= 4) segment->bodySid = ReadBe32(p);
-      return kSuccess;
-    case tags::kSliceCount:
-      if (size >= 1) segment->sliceCount = *p;
-      return kSuccess;
-    case tags::kPosTableCount:
-      if (size >= 1) segment->posTableCount = *p;
-      return kSuccess;
-    case tags::kDeltaEntries:
-      return ReadDeltaEntries(item.value, segment);
-    case tags::kIndexEntries:
-      return ReadIndexEntries(item.value, segment);
-    default:
-      return kSuccess;
-  }
-}
-
-// The segments of all partitions, in the order in which they were read.
-struct SegmentList {
-  std::vector<Segment> segments;
-  std::uint64_t frames = 0;     // index entries of all segments
-  std::uint64_t bytesRead = 0;  // bytes of the index tables read so far
-};
-
-std::int32_t AppendSegment(const platform::File& file, std::span<const std::uint8_t> set,
-                           const MXF_PARTITION_INFO& partition, SegmentList* list) {
-  if (list->segments.size() == kMostSegments) return kNoIndexTable;
-  Segment& segment = list->segments.emplace_back();
-  segment.foundIn = &partition;
-  segment.partition = &partition;
-  LocalItem item;
-  for (LocalSetWalk walk(set); walk.Next(&item);) {
-    if (const std::int32_t refused = ReadSegmentItem(item, &segment)) return refused;
-    if (file.StopAsked()) return kCancelled;
-  }
-  list->frames += segment.entries.size();
-  return list->frames > kMostFrames ? kNoIndexTable : kSuccess;
-}
-
-std::int32_t ReadSegmentsOfBlock(const platform::File& file, std::span<const std::uint8_t> block,
-                                 const MXF_PARTITION_INFO& partition, SegmentList* list) {
-  // The search skips fill between the segments by its length, like any other KLV. A search that
-  // finds no segment has therefore seen the whole block.
-  std::uint64_t position = 0;
-  while (position < block.size()) {
-    const auto rest = block.subspan(static_cast<std::size_t>(position));
-    std::uint64_t value = 0;
-    std::uint64_t length = 0;
-    if (!FindKlvKeyInBuffer(keys::kIndexTableSegment, rest.data(), rest.size(), &value, &length,
-                            &file)) {
-      break;
-    }
-    const auto set = rest.subspan(static_cast<std::size_t>(value));
-    const auto held = static_cast<std::size_t>(std::min<std::uint64_t>(length, set.size()));
-    if (const std::int32_t refused = AppendSegment(file, set.first(held), partition, list)) {
-      return refused;
-    }
-    position += value + length;
-  }
-  return kSuccess;
-}
-
-// Reads the index table of one partition and appends its segments to `list`. Refuses when all index
-// tables together are longer than the file: many partitions then claim the same bytes, and each
-// would be read again.
-std::int32_t ReadPartitionIndex(const platform::File& file, const MXF_PARTITION_INFO& partition,
-                                std::uint64_t fileSize, SegmentList* list) {
-  const std::uint64_t start =
-      partition.thisPartition + partition.kagSize + partition.headerByteCount;
-  if (start >= fileSize) return kSuccess;
-  const std::uint64_t wanted = std::min(partition.indexByteCount, fileSize - start);
-  list->bytesRead += wanted;
-  if (wanted > kLargestIndexBlock || list->bytesRead > fileSize) return kNoIndexTable;
-  if (!platform::FitsMemory(wanted)) return kNoMemory;
-  const auto size = static_cast<std::size_t>(wanted);
-  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[size + 1]);
-  if (block == nullptr) return kNoMemory;
-  const std::size_t held = file.ReadAt(start, block.get(), size);
-  return ReadSegmentsOfBlock(file, {block.get(), held}, partition, list);
-}
-
-std::int32_t ReadAllSegments(const platform::File& file, const MXF_BASE_INFO& mxf,
-                             SegmentList* list) {
-  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  for (std::uint32_t i = 0; i < table[0].partitionCount; ++i) {
-    if (table[i].indexSid == 0) continue;
-    if (const std::int32_t refused = ReadPartitionIndex(file, table[i], mxf.fileSize, list)) {
-      return refused;
-    }
-  }
-  return kSuccess;
-}
-
 // Keeps only the footer's segments when one of them starts at frame 0: the footer then repeats the
 // whole index table.
 void ChooseSegments(SegmentList* list) {
-  const auto inFooter = [](const Segment& s) { return s.foundIn->kind == kFooterPartition; };
+  const auto inFooter = [](const IndexSegment& s) { return s.foundIn->kind == kFooterPartition; };
   const bool footerIsComplete =
       std::any_of(list->segments.begin(), list->segments.end(),
-                  [&](const Segment& s) { return inFooter(s) && s.start == 0; });
+                  [&](const IndexSegment& s) { return inFooter(s) && s.start == 0; });
   if (!footerIsComplete) return;
-  std::erase_if(list->segments, [&](const Segment& s) { return !inFooter(s); });
+  std::erase_if(list->segments, [&](const IndexSegment& s) { return !inFooter(s); });
   list->frames = 0;
-  for (const Segment& segment : list->segments)
+  for (const IndexSegment& segment : list->segments)
     list->frames += segment.entries.size();
 }
+
+// Gives the partition that holds the frame with the stream offset `streamOffset` of a segment.
+using PartitionOf = std::function<const MXF_PARTITION_INFO*(const IndexSegment& segment,
+                                                            std::uint64_t streamOffset)>;
 
 // Tells each segment the partition that holds its frames, by order alone: the first partition with
 // the BodySID of the first segment belongs to this segment, the next partition with the BodySID of
 // the second segment belongs to the second, and so on. A segment for which no partition is left
 // keeps the partition in which it was found.
-void AssignPartitions(const MXF_BASE_INFO& mxf, std::vector<Segment>* segments) {
+PartitionOf PartitionsByOrder(const MXF_BASE_INFO& mxf, const SegmentList& list) {
   const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
-  auto cursor = segments->begin();
-  for (std::uint32_t i = 0; i < table[0].partitionCount && cursor != segments->end(); ++i) {
+  std::unordered_map<const IndexSegment*, const MXF_PARTITION_INFO*> partitionOf;
+  auto cursor = list.segments.begin();
+  for (std::uint32_t i = 0; i < table[0].partitionCount && cursor != list.segments.end(); ++i) {
     if (table[i].bodySid == 0 || table[i].bodySid != cursor->bodySid) continue;
-    cursor->partition = &table[i];
+    partitionOf[&*cursor] = &table[i];
     ++cursor;
   }
+  return [partitionOf = std::move(partitionOf)](const IndexSegment& segment, std::uint64_t) {
+    const auto found = partitionOf.find(&segment);
+    return found == partitionOf.end() ? segment.foundIn : found->second;
+  };
+}
+
+// Finds the partition of each frame by its stream offset: the last partition with the BodySID of
+// the segment whose BodyOffset is not behind the frame. Gives null where there is none.
+PartitionOf PartitionsByOffset(const MXF_BASE_INFO& mxf) {
+  const MXF_PARTITION_INFO* table = mxf.partitionTable->get();
+  std::map<std::pair<std::uint32_t, std::uint64_t>, const MXF_PARTITION_INFO*> partitionAt;
+  for (std::uint32_t i = 0; i < table[0].partitionCount; ++i) {
+    if (table[i].bodySid != 0) partitionAt[{table[i].bodySid, table[i].bodyOffset}] = &table[i];
+  }
+  return [partitionAt = std::move(partitionAt)](
+             const IndexSegment& segment, std::uint64_t streamOffset) -> const MXF_PARTITION_INFO* {
+    auto behind = partitionAt.upper_bound({segment.bodySid, streamOffset});
+    if (behind == partitionAt.begin()) return nullptr;
+    --behind;
+    return behind->first.first == segment.bodySid ? behind->second : nullptr;
+  };
+}
+
+// Brings the segments into the order of their frames, each once, and gives entries to segments
+// without entries whose frames all have one size. A duration of 0 stands for the rest of the clip.
+std::int32_t CompleteSegments(const MXF_BASE_INFO& mxf, SegmentList* list) {
+  auto& segments = list->segments;
+  const auto byStart = [](const IndexSegment& a, const IndexSegment& b) {
+    return a.start < b.start;
+  };
+  std::stable_sort(segments.begin(), segments.end(), byStart);
+  const auto repeated = [](const IndexSegment& a, const IndexSegment& b) {
+    return a.start == b.start && a.bodySid == b.bodySid;
+  };
+  segments.erase(std::unique(segments.begin(), segments.end(), repeated), segments.end());
+  list->frames = 0;
+  for (IndexSegment& segment : segments) {
+    if (segment.entries.empty() && segment.editUnitBytes != 0) {
+      if (segment.duration == 0 && mxf.timecode->duration > segment.start) {
+        segment.duration = mxf.timecode->duration - segment.start;
+      }
+      const std::uint64_t most = std::min(kMostFrames, mxf.fileSize / segment.editUnitBytes);
+      if (segment.start > most || segment.duration > most - segment.start) return kNoIndexTable;
+      if (!platform::FitsMemory(segment.duration * sizeof(SegmentEntry))) return kNoMemory;
+      for (std::uint64_t i = 0; i < segment.duration; ++i) {
+        segment.entries.emplace_back().streamOffset = (segment.start + i) * segment.editUnitBytes;
+      }
+    }
+    list->frames += segment.entries.size();
+    if (list->frames > kMostFrames) return kNoIndexTable;
+  }
+  return list->frames == 0 ? kNoIndexTable : kSuccess;
 }
 
 // Largest ElementDelta of a segment's delta entries, in bytes.
-std::uint32_t LargestDelta(const Segment& segment) {
+std::uint32_t LargestDelta(const IndexSegment& segment) {
   std::uint32_t largest = 0;
   for (std::uint32_t k = 0; k < segment.deltaCount; ++k) {
     largest = std::max(largest, segment.delta[k].elementDelta);
@@ -244,15 +120,17 @@ std::uint32_t LargestDelta(const Segment& segment) {
 }
 
 // Fills the record of one frame, except for its number of samples, from its index entry. `reach` is
-// the segment's largest element delta in bytes. False when the frame or its farthest element starts
-// behind the end of the file.
-bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t reach,
-                  std::uint64_t fileSize, INDEX_ENTRY_ARRAY* entry) {
-  entry->fileOffset = raw.streamOffset + segment.partition->essenceBase;
+// the segment's largest element delta in bytes. False when `partition`, which holds the frame, is
+// null, or when the frame or its farthest element starts behind the end of the file.
+bool FlattenEntry(const IndexSegment& segment, const SegmentEntry& raw,
+                  const MXF_PARTITION_INFO* partition, std::uint64_t reach, std::uint64_t fileSize,
+                  INDEX_ENTRY_ARRAY* entry) {
+  if (partition == nullptr) return false;
+  entry->fileOffset = raw.streamOffset + partition->essenceBase;
   if (entry->fileOffset >= fileSize || raw.sliceOffset + reach >= fileSize - entry->fileOffset) {
     return false;
   }
-  entry->partition = segment.partition;
+  entry->partition = partition;
   entry->segmentStart = segment.start;
   entry->segmentDuration = segment.duration;
   entry->temporalOffset = raw.temporalOffset;
@@ -265,7 +143,8 @@ bool FlattenEntry(const Segment& segment, const RawEntry& raw, std::uint64_t rea
 }
 
 // Fills the array of index entries from the segments, in their order.
-std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BASE_INFO* mxf) {
+std::int32_t Flatten(const platform::File& file, const SegmentList& list,
+                     const PartitionOf& partitionOf, MXF_BASE_INFO* mxf) {
   MXF_TIMECODE_INFO* timecode = mxf->timecode;
   const std::uint64_t fileSize = mxf->fileSize;
   IndexEntryCell& cell = *mxf->indexEntries;
@@ -275,11 +154,12 @@ std::int32_t Flatten(const platform::File& file, const SegmentList& list, MXF_BA
 
   std::uint64_t longest = 0;
   std::uint32_t frame = 0;
-  for (const Segment& segment : list.segments) {
+  for (const IndexSegment& segment : list.segments) {
     const std::uint64_t reach = LargestDelta(segment);
-    for (const RawEntry& raw : segment.entries) {
+    for (const SegmentEntry& raw : segment.entries) {
       INDEX_ENTRY_ARRAY* entry = &cell[frame];
-      if (!FlattenEntry(segment, raw, reach, fileSize, entry)) {
+      const MXF_PARTITION_INFO* partition = partitionOf(segment, raw.streamOffset);
+      if (!FlattenEntry(segment, raw, partition, reach, fileSize, entry)) {
         cell.reset();
         return kNoIndexTable;
       }
@@ -354,6 +234,32 @@ std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
   return kSuccess;
 }
 
+// The position in the 5-frame sample pattern at which the clip starts: the position from which on
+// the first audio elements of the first frames hold the samples of the pattern; the first such
+// position when the frames are too few to tell. kUnknownPatternStart when there is none.
+std::uint32_t FindPatternStart(const platform::File& file, const MXF_BASE_INFO& mxf) {
+  const std::uint32_t rate = mxf.timecode->rateIndex;
+  if (rate >= kRateCount || mxf.audio->blockAlign == 0) return kUnknownPatternStart;
+  const std::uint32_t frames = std::min(mxf.timecode->frameCount, kPatternFrames);
+  for (std::uint32_t start = 0; start < kPatternFrames; ++start) {
+    std::uint32_t fitting = 0;
+    while (fitting < frames &&
+           FirstElementBytes(file, mxf, fitting) ==
+               std::uint64_t{SamplesInFrame(rate, start + fitting)} * mxf.audio->blockAlign) {
+      ++fitting;
+    }
+    if (fitting == frames) return start;
+  }
+  return kUnknownPatternStart;
+}
+
+// Measures the elements of the first frame.
+std::int32_t Measure(platform::File* file, MXF_BASE_INFO* mxf) {
+  mxf->audio->patternStart = FindPatternStart(*file, *mxf);
+  MeasureAncillaryElement(file, mxf);
+  return MeasureAudioElement(file, mxf);
+}
+
 std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kIndexNoFile;
   if (mxf == nullptr) return kIndexNoBaseInfo;
@@ -366,20 +272,60 @@ std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INF
   return kSuccess;
 }
 
+// The index table in the reading that was tried first, while another reading is tried.
+struct SetAside {
+  explicit SetAside(MXF_BASE_INFO* of)
+      : mxf(of),
+        entries(std::move(*of->indexEntries)),
+        frameCount(of->timecode->frameCount),
+        maxIndexDuration(of->timecode->maxIndexDuration) {}
+
+  // Makes this reading the index table of the clip again.
+  void PutBack(platform::File* file) {
+    *mxf->indexEntries = std::move(entries);
+    mxf->timecode->frameCount = frameCount;
+    mxf->timecode->maxIndexDuration = maxIndexDuration;
+    if (*mxf->indexEntries != nullptr) Measure(file, mxf);
+  }
+
+  MXF_BASE_INFO* mxf;
+  IndexEntryCell entries;
+  std::uint32_t frameCount;
+  std::uint32_t maxIndexDuration;
+};
+
+std::int32_t ReadByOffset(platform::File* file, SegmentList* list, MXF_BASE_INFO* mxf) {
+  if (const std::int32_t refused = CompleteSegments(*mxf, list)) return refused;
+  const PartitionOf partitionOf = PartitionsByOffset(*mxf);
+  if (const std::int32_t refused = Flatten(*file, *list, partitionOf, mxf)) return refused;
+  return Measure(file, mxf);
+}
+
 }  // namespace
 
-std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
+std::int32_t ReadIndexTableByOrder(platform::File* file, MXF_BASE_INFO* mxf, SegmentList* list) {
   if (const std::int32_t refused = MissingIndexArgument(file, mxf)) return refused;
   mxf->indexEntries->reset();
+  if (const std::int32_t refused = ReadIndexSegments(*file, *mxf, list)) return refused;
+  ChooseSegments(list);
+  if (list->frames == 0) return kNoIndexTable;
+  const PartitionOf partitionOf = PartitionsByOrder(*mxf, *list);
+  if (const std::int32_t refused = Flatten(*file, *list, partitionOf, mxf)) return refused;
+  return Measure(file, mxf);
+}
 
+std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   SegmentList list;
-  if (const std::int32_t refused = ReadAllSegments(*file, *mxf, &list)) return refused;
-  ChooseSegments(&list);
-  if (list.frames == 0) return kNoIndexTable;
-  AssignPartitions(*mxf, &list.segments);
-  if (const std::int32_t refused = Flatten(*file, list, mxf)) return refused;
-  MeasureAncillaryElement(file, mxf);
-  return MeasureAudioElement(file, mxf);
+  const std::int32_t byOrder = ReadIndexTableByOrder(file, mxf, &list);
+  if (byOrder != kSuccess && byOrder != kNoIndexTable) return byOrder;
+  if (byOrder == kSuccess && BorderKeysAgree(*file, *mxf)) return kSuccess;
+  if (list.segments.empty()) return byOrder;
+
+  SetAside first(mxf);
+  const std::int32_t byOffset = ReadByOffset(file, &list, mxf);
+  if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
+  first.PutBack(file);
+  return byOrder;
 }
 
 }  // namespace quorvan

@@ -56,6 +56,7 @@ inline constexpr std::uint16_t kAvcBitRate = 0x800D;
 inline constexpr std::uint16_t kCdciBitRate = 0x800F;
 
 // Index Table Segment
+inline constexpr std::uint16_t kEditUnitByteCount = 0x3F05;
 inline constexpr std::uint16_t kSliceCount = 0x3F08;
 inline constexpr std::uint16_t kDeltaEntries = 0x3F09;
 inline constexpr std::uint16_t kIndexEntries = 0x3F0A;

@@ -21,6 +21,8 @@
 
 namespace quorvan {
 
+struct SegmentList;
+
 // Reads the Random Index Pack, and every partition pack that it lists, into the table of
 // `mxf->partitionTable`, in the order of the Random Index Pack (SMPTE 377). The last four of the
 // `fileSize` bytes of the file lead to the Random Index Pack. Returns 0 or 201 to 209. The table is
@@ -73,6 +75,11 @@ std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf);
 bool LookupPrimerTag(platform::File* file, const KlvKey* label, std::uint16_t* outTag,
                      std::uint64_t startOffset, std::uint64_t limitOffset);
 
+// Reads the index table by the order of the segments: the frames of the n-th segment lie in the
+// n-th partition with its BodySID. Fills `*list` with the segments that count. Else as
+// ReadIndexTable, but compares nothing with the frames.
+std::int32_t ReadIndexTableByOrder(platform::File* file, MXF_BASE_INFO* mxf, SegmentList* list);
+
 // Reads the index table into the array of `mxf->indexEntries`, one entry for each frame, gives each
 // frame its number of samples, and measures the audio and ancillary elements of the first frame
 // (SMPTE 377). Returns 0; 601 to 606; 607 for more than 26 delta entries in a segment; 608 when
@@ -82,6 +89,13 @@ bool LookupPrimerTag(platform::File* file, const KlvKey* label, std::uint16_t* o
 // frame does not hold the samples of a first frame at any rate, or the clip has no block size; 600
 // plus kStageNoMemory when the memory for the table or for the entries is not there; or kCancelled
 // when the stop request of `file` came.
+//
+// The frames are placed by the order of the segments, as ReadIndexTableByOrder does. When this
+// leads behind the end of the file, or when the keys of the first or last frame of a segment
+// contradict it, the frames are placed by their stream offsets among the BodyOffsets of the
+// partitions, and segments without entries count with their EditUnitByteCount. This second reading
+// is kept only when a walk over every frame finds the audio elements where it says; else the result
+// of the first reading stands.
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf);
 
 }  // namespace quorvan

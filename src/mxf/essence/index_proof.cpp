@@ -1,0 +1,157 @@
+#include "mxf/essence/index_proof.h"
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <span>
+
+#include "mxf/essence/audio_element.h"
+#include "mxf/essence/read_ahead.h"
+#include "mxf/metadata/klv.h"
+
+namespace quorvan {
+namespace {
+
+using TrackNumbers = std::array<std::uint32_t, kMaxTracks>;
+
+// The tracks to which the index entry leads, among the tracks that the jobs use.
+std::uint32_t IndexedTracks(const MXF_BASE_INFO& mxf, const INDEX_ENTRY_ARRAY& entry) {
+  const std::uint32_t elements = entry.deltaCount - std::min(entry.deltaCount, kDeltasBeforeAudio);
+  return std::min(elements, UsableTracks(*mxf.audio));
+}
+
+// Reads the header of the audio element of `track` into `*header`. Returns the number of its bytes,
+// at least those of a key; 0 when no audio element stands where the index says.
+std::size_t ReadElementHeader(const platform::File& file, const MXF_BASE_INFO& mxf,
+                              const INDEX_ENTRY_ARRAY& entry, std::uint32_t track,
+                              std::array<std::uint8_t, kMostKlvHeaderBytes>* header) {
+  const auto value = LocateElementValue(mxf, entry, track);
+  if (!value) return 0;
+  const std::size_t held = file.ReadAt(value->keyOffset(), header->data(), header->size());
+  return held >= kKlvKeyBytes && KindOfElement(header->data()) != kNoAudioElement ? held : 0;
+}
+
+bool KeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf,
+               const INDEX_ENTRY_ARRAY& entry) {
+  std::array<std::uint8_t, kUlPrefix.size()> prefix{};
+  if (file.ReadAt(entry.fileOffset, prefix.data(), prefix.size()) != prefix.size() ||
+      prefix != kUlPrefix) {
+    return false;
+  }
+  const std::uint32_t tracks = IndexedTracks(mxf, entry);
+  if (tracks == 0) return true;
+  std::array<std::uint8_t, kMostKlvHeaderBytes> header;
+  return ReadElementHeader(file, mxf, entry, 0, &header) != 0 &&
+         ReadElementHeader(file, mxf, entry, tracks - 1, &header) != 0;
+}
+
+// A walk over the headers of a clip's frames.
+class FrameWalk {
+ public:
+  FrameWalk(const platform::File& file, const MXF_BASE_INFO& mxf,
+            std::span<const std::uint32_t> tracks)
+      : file_(file),
+        mxf_(mxf),
+        tracks_(tracks),
+        ahead_(file, mxf, tracks, 0, mxf.timecode->frameCount) {}
+
+  // True when the frame `entryIndex` stands where the index says.
+  bool Stands(std::uint32_t entryIndex) {
+    const INDEX_ENTRY_ARRAY& entry = (*mxf_.indexEntries)[entryIndex];
+    const std::uint64_t end = FrameEnd(mxf_, entryIndex);
+    const bool isLast = entryIndex + 1 == mxf_.timecode->frameCount;
+    const bool joins = !isLast && (*mxf_.indexEntries)[entryIndex + 1].partition == entry.partition;
+    ahead_.Ask(entryIndex);
+    FrameElements elements;
+    std::uint64_t at = entry.fileOffset;
+    while (at < end) {
+      const std::uint8_t* key = HeaderAt(at);
+      if (key == nullptr) return false;
+      if (!IsOfFrame(key)) break;
+      // No room for more elements is needed: the last wanted element has been found then.
+      FrameElements others;
+      FrameElements* found = elements.count < tracks_.size() ? &elements : &others;
+      const auto step = TakeElement(key, at, end - at, found);
+      if (!step) return false;
+      at += *step;
+    }
+    if (joins && at != end) return false;
+    const ElementState state = CompareWithIndex(elements, mxf_, entry, tracks_);
+    return state == ElementState::kProven || state == ElementState::kOtherLength;
+  }
+
+ private:
+  // True for the keys of the generic container's elements and of fill (SMPTE ST 379).
+  static bool IsOfFrame(const std::uint8_t* key) {
+    constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
+    return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key + 8) ||
+           KeyMatches(key, keys::kFill);
+  }
+
+  // The header at the file offset `offset`; bytes behind the end of the file are zeros. Null when
+  // not even the key can be read.
+  const std::uint8_t* HeaderAt(std::uint64_t offset) {
+    const bool isHeld = offset >= start_ && offset - start_ <= held_ &&
+                        held_ - (offset - start_) >= kMostKlvHeaderBytes;
+    if (!isHeld) Fill(offset);
+    const std::size_t place = static_cast<std::size_t>(offset - start_);
+    return held_ - place < kKlvKeyBytes ? nullptr : window_.data() + place;
+  }
+
+  void Fill(std::uint64_t offset) {
+    start_ = offset;
+    held_ = window_.size();
+    if (!ahead_.IsCold() && file_.ReadCachedAt(offset, window_.data(), held_)) return;
+    ahead_.SetCold();
+    held_ = file_.ReadAt(offset, window_.data(), held_);
+    std::fill(window_.begin() + static_cast<std::ptrdiff_t>(held_), window_.end(), 0);
+  }
+
+  const platform::File& file_;
+  const MXF_BASE_INFO& mxf_;
+  std::span<const std::uint32_t> tracks_;
+  ReadAhead ahead_;
+  std::array<std::uint8_t, ReadAhead::kHeadBytes> window_{};
+  std::uint64_t start_ = 0;  // file offset of the window
+  std::size_t held_ = 0;     // valid bytes of the window
+};
+
+}  // namespace
+
+bool BorderKeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf) {
+  const std::uint32_t count = mxf.timecode->frameCount;
+  const INDEX_ENTRY_ARRAY* entries = mxf.indexEntries->get();
+  const auto sameSegment = [entries](std::uint32_t a, std::uint32_t b) {
+    return entries[a].segmentStart == entries[b].segmentStart &&
+           entries[a].partition == entries[b].partition;
+  };
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const bool inner = i != 0 && i + 1 != count && sameSegment(i - 1, i) && sameSegment(i, i + 1);
+    if (!inner && !KeysAgree(file, mxf, entries[i])) return false;
+  }
+  return true;
+}
+
+bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf) {
+  TrackNumbers tracks;
+  std::iota(tracks.begin(), tracks.end(), 0);
+  const std::uint32_t count = IndexedTracks(mxf, (*mxf.indexEntries)[0]);
+  if (count == 0) return false;
+  FrameWalk walk(file, mxf, std::span(tracks).first(count));
+  for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
+    if (!walk.Stands(i)) return false;
+  }
+  return true;
+}
+
+std::optional<std::uint64_t> FirstElementBytes(const platform::File& file, const MXF_BASE_INFO& mxf,
+                                               std::uint32_t entryIndex) {
+  std::array<std::uint8_t, kMostKlvHeaderBytes> header;
+  const std::size_t held =
+      ReadElementHeader(file, mxf, (*mxf.indexEntries)[entryIndex], 0, &header);
+  std::uint64_t length = 0;
+  if (held == 0 || ReadKlvHeader(std::span(header).first(held), &length) == 0) return std::nullopt;
+  return length;
+}
+
+}  // namespace quorvan

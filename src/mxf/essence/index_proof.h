@@ -1,0 +1,33 @@
+// Compares an index table with the keys in the frames, header by header.
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "mxf/records.h"
+#include "platform/file.h"
+
+namespace quorvan {
+
+// True when the first and the last frame of every stretch of frames with the same index table
+// segment and partition stand where the index says: a key starts at the frame's offset, and keys of
+// audio elements stand where the deltas of the first and the last track lead. Reads few bytes of
+// few frames. Throws nothing.
+bool BorderKeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf);
+
+// True when every frame stands where the index says: from the frame's offset a walk from key to key
+// finds the audio elements of all tracks where the index has them, each of the kind that the
+// analysis found and with a length field of four bytes, and ends where the next frame of the same
+// partition starts. Does not compare the lengths of the audio with the sample pattern. Reads the
+// headers of all elements of all frames. False also when a read fails or a stop was requested.
+// Throws nothing.
+bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf);
+
+// Length in bytes of the value of the first track's audio element in the frame `entryIndex`
+// (zero-based), by its own length field. Nothing when no audio element stands where the index says.
+// Throws nothing.
+std::optional<std::uint64_t> FirstElementBytes(const platform::File& file, const MXF_BASE_INFO& mxf,
+                                               std::uint32_t entryIndex);
+
+}  // namespace quorvan
