@@ -33,41 +33,56 @@ std::uint8_t PatternByte(std::uint32_t track, std::uint32_t frame, std::uint32_t
 
 // ---- Index ----
 
+std::vector<KlvPlace> BehindPicture(const FramePlace& frame) {
+  std::vector<KlvPlace> elements = frame.audio;
+  if (frame.data) elements.push_back(*frame.data);
+  return elements;
+}
+
+// The slice of the last element.
+std::uint8_t LastSlice(const ClipSpec& spec) {
+  return static_cast<std::uint8_t>(spec.sliceCount + spec.audioSlices - 1);
+}
+
 std::vector<DeltaEntry> DeltasOf(const ClipSpec& spec, const FramePlace& frame) {
-  const std::uint64_t start = frame.streamOffset + (spec.sliceCount == 0 ? 0 : frame.sliceOffset);
   const auto system = static_cast<std::uint32_t>(frame.system.totalBytes);
   std::vector<DeltaEntry> deltas{{0, 0, 0}, {0xFF, 0, system}};
-  const auto add = [&](const KlvPlace& element) {
-    deltas.push_back({0, spec.sliceCount, static_cast<std::uint32_t>(element.key - start)});
-  };
-  std::for_each(frame.audio.begin(), frame.audio.end(), add);
-  if (frame.data) add(*frame.data);
+  if (!spec.systemElement) deltas.erase(deltas.begin());
+  std::uint64_t start = frame.streamOffset;
+  std::uint8_t slice = 0;
+  for (const KlvPlace& element : BehindPicture(frame)) {
+    if (slice < LastSlice(spec)) {
+      slice = slice == 0 ? spec.sliceCount : static_cast<std::uint8_t>(slice + 1);
+      start = element.key;
+    }
+    deltas.push_back({0, slice, static_cast<std::uint32_t>(element.key - start)});
+  }
   return deltas;
 }
 
 std::size_t EntryBytes(const ClipSpec& spec) {
-  return kIndexItem + 4u * spec.sliceCount + 8u * spec.posTableCount;
-}
-
-std::uint32_t FramesPerPartition(const ClipSpec& spec) {
-  const auto most = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / EntryBytes(spec));
-  return spec.framesPerPartition == 0 ? most : std::min(spec.framesPerPartition, most);
+  return kIndexItem + 4u * LastSlice(spec) + 8u * spec.posTableCount;
 }
 
 std::vector<IndexSegment> PlanIndex(const ClipSpec& spec, const std::vector<FramePlace>& frames) {
-  const std::uint32_t perPartition = FramesPerPartition(spec);
   std::vector<IndexSegment> segments;
-  for (std::uint32_t first = 0; first == 0 || first < frames.size(); first += perPartition) {
-    IndexSegment segment;
+  for (std::uint32_t first = 0; first < spec.frames; first += spec.framesPerSegment) {
+    const std::uint32_t end = first + std::min(spec.framesPerSegment, spec.frames - first);
+    IndexSegment& segment = segments.emplace_back();
     segment.startPosition = first;
+    segment.duration = end - first;
     segment.deltas = DeltasOf(spec, frames[0]);
-    for (std::uint32_t n = first; n < frames.size() && n - first < perPartition; ++n) {
-      segment.entries.push_back({0, static_cast<std::uint8_t>(0 - n % 3),
-                                 static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22),
-                                 frames[n].streamOffset, frames[n].sliceOffset});
+    if (spec.constantBytes) segment.editUnitByteCount = frames[0].bytes;
+    for (std::uint32_t n = first; n < end && !spec.constantBytes; ++n) {
+      IndexEntry& entry = segment.entries.emplace_back(
+          IndexEntry{0, static_cast<std::uint8_t>(0 - n % 3),
+                     static_cast<std::uint8_t>(n % 3 == 0 ? 0xC0 : 0x22), frames[n].streamOffset,
+                     frames[n].sliceOffset});
+      const std::vector<KlvPlace> elements = BehindPicture(frames[n]);
+      for (std::size_t e = 1; e < spec.audioSlices; ++e)
+        entry.laterSlices.push_back(
+            static_cast<std::uint32_t>(elements.at(e).key - frames[n].offset));
     }
-    segment.duration = static_cast<std::int64_t>(segment.entries.size());
-    segments.push_back(std::move(segment));
   }
   return segments;
 }
@@ -81,13 +96,16 @@ Bytes DeltaArray(const IndexSegment& segment) {
 }
 
 Bytes EntryArray(const ClipSpec& spec, const IndexSegment& segment) {
-  const std::uint32_t toPicture = segment.deltas.size() > 1 ? segment.deltas[1].elementDelta : 0;
+  const std::uint32_t toPicture =
+      segment.deltas.size() > 1 && spec.systemElement ? segment.deltas[1].elementDelta : 0;
   Bytes items;
   for (const IndexEntry& entry : segment.entries) {
     items = std::move(items) + Bytes{entry.temporalOffset, entry.keyFrameOffset, entry.flags} +
             Big64(entry.streamOffset);
     for (std::uint8_t s = 1; s <= spec.sliceCount; ++s)
       items = std::move(items) + Big32(s == spec.sliceCount ? entry.sliceOffset : toPicture);
+    for (const std::uint32_t offset : entry.laterSlices)
+      items = std::move(items) + Big32(offset);
     items.resize(items.size() + std::size_t{8} * spec.posTableCount);
   }
   return Batch(segment.entries.size() + segment.missingEntries, EntryBytes(spec), items);
@@ -100,10 +118,10 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
                   {{tag::kIndexEditRate, Big32(rate.numerator) + Big32(rate.denominator)},
                    {tag::kIndexStartPosition, Big64(start)},
                    {tag::kIndexDuration, Big64(static_cast<std::uint64_t>(segment.duration))},
-                   {tag::kEditUnitByteCount, Big32(0)},
+                   {tag::kEditUnitByteCount, Big32(segment.editUnitByteCount)},
                    {tag::kIndexSid, Big32(kIndexSid)},
                    {tag::kBodySid, Big32(kBodySid)},
-                   {tag::kSliceCount, {spec.sliceCount}},
+                   {tag::kSliceCount, {LastSlice(spec)}},
                    {tag::kPosTableCount, {spec.posTableCount}},
                    {tag::kDeltaEntryArray, DeltaArray(segment)},
                    {tag::kIndexEntryArray, EntryArray(spec, segment)}});
@@ -111,9 +129,27 @@ MetadataSet SegmentSet(const ClipSpec& spec, const IndexSegment& segment) {
 
 // ---- The file ----
 
+// The description with all that it implies.
+ClipSpec Complete(ClipSpec spec) {
+  if (spec.noFill) spec.kagSize = 1;
+  if (spec.noFill) spec.elementKag = 0;
+  if (spec.constantBytes) spec.sliceCount = 0;
+  if (spec.sliceCount == 0) spec.audioSlices = 1;
+  spec.references |= spec.setsInTurn;
+  const auto listed = static_cast<std::uint32_t>((kLargestItem - kBatchHead) / EntryBytes(spec));
+  const std::uint32_t most = spec.constantBytes ? spec.frames : listed;
+  const bool own = spec.framesPerSegment != 0;
+  const std::uint32_t perPartition = own ? spec.frames : most;
+  if (spec.framesPerPartition == 0) spec.framesPerPartition = perPartition;
+  spec.framesPerPartition = std::min(spec.framesPerPartition, perPartition);
+  spec.framesPerSegment = own ? std::min(spec.framesPerSegment, most) : spec.framesPerPartition;
+  return spec;
+}
+
 class ClipWriter {
  public:
-  explicit ClipWriter(const ClipSpec& spec) : spec_(spec), klv_(clip_.bytes) {}
+  explicit ClipWriter(const ClipSpec& spec)
+      : spec_(Complete(spec)), klv_(clip_.bytes, spec.mixedLengths) {}
 
   // The frames are written twice: at first to learn what the index says of them.
   Clip Build() {
@@ -122,17 +158,20 @@ class ClipWriter {
     for (std::uint32_t n = 0; n < spec_.frames; ++n)
       frames_.push_back(WriteFrame(klv, n));
     std::vector<IndexSegment> segments = PlanIndex(spec_, frames_);
-    const std::size_t bodies = segments.size();
     for (const auto& edit : spec_.indexEdits)
       edit(segments);
-    for (const IndexSegment& segment : segments)
+    for (const IndexSegment& segment : segments) {
       segments_.push_back(SegmentSet(spec_, segment));
-    containers_ = SetOf(sets_, SetKind::kPreface).items.back().value;
+      if (spec_.constantBytes) segments_.back().items.pop_back();
+    }
+    for (const MetadataItem& item : SetOf(sets_, SetKind::kPreface).items)
+      if (item.tag == tag::kEssenceContainers) containers_ = item.value;
     for (const auto& edit : spec_.headerEdits)
       edit(sets_);
     WriteHeader();
-    for (std::size_t body = 0; body < bodies; ++body)
-      WriteBody(body);
+    std::size_t bodies = 0;
+    for (; bodies * spec_.framesPerPartition < spec_.frames; ++bodies)
+      WriteBody(bodies);
     WriteFooter(bodies);
     SetPartitionLinks();
     WriteRandomIndex();
@@ -151,27 +190,32 @@ class ClipWriter {
     const std::uint64_t start = klv.Position();
     const auto sinceStart = [&] { return static_cast<std::uint32_t>(klv.Position() - start); };
     FramePlace frame{.offset = start, .streamOffset = start};
-    frame.samples = SamplesOfFrame(spec_.rate, number);
-    frame.system = Element(klv, kSystemKey, SystemValue(number));
-    frame.picture = Element(klv, kPictureKey, PictureValue(number));
+    frame.samples = SamplesOfFrame(spec_.rate, number + spec_.patternStart);
+    std::size_t form = spec_.elementKag != 0 ? number : 0;
+    if (spec_.systemElement) frame.system = Element(klv, form++, kSystemKey, SystemValue(number));
+    frame.picture = Element(klv, form++, kPictureKey, PictureValue(number));
     frame.sliceOffset = sinceStart();
-    // One size for all frames, with room for a fill in each, so that the delta entries hold for
-    // all. The first frame has the most samples.
-    const std::uint64_t most = 2 * kKlHead + spec_.bits / 8 * SamplesOfFrame(spec_.rate, 0);
+    // One size for all frames, so that the delta entries hold for all. The pattern begins with the
+    // most samples.
+    const std::uint64_t most = spec_.bits / 8 * SamplesOfFrame(spec_.rate, 0);
     for (std::uint32_t t = 0; t < spec_.tracks; ++t) {
       const Bytes value = AudioValue(number, t, frame.samples);
-      frame.audio.push_back(Element(klv, AudioElementKey(spec_, t), value, most));
+      frame.audio.push_back(Element(klv, form++, AudioElementKey(spec_, t), value, most));
     }
-    if (spec_.dataElement) frame.data = Element(klv, kDataKey, Bytes(spec_.dataSize, 0x61));
+    if (spec_.dataElement) frame.data = Element(klv, form, kDataKey, Bytes(spec_.dataSize, 0x61));
     frame.bytes = sinceStart();
     return frame;
   }
 
-  // With fill, an element takes `least` bytes or more.
-  KlvPlace Element(KlvWriter& klv, const Label& key, const Bytes& value,
-                   std::uint64_t least = 0) const {
-    KlvPlace place = klv.Head(key, value.size());
+  // With fill, an element takes as many bytes as one with a value of `largest` bytes, the longest
+  // length field and a fill.
+  KlvPlace Element(KlvWriter& klv, std::size_t form, const Label& key, const Bytes& value,
+                   std::uint64_t largest = 0) const {
+    const bool mixed = spec_.mixedElementLengths;
+    KlvPlace place = klv.Head(key, value.size(), mixed ? form : kFourBytes);
     klv.Put(value);
+    std::uint64_t least = largest == 0 ? 0 : 2 * kKlHead + largest;
+    if (mixed) least = kLongestHead + kKlHead + std::max<std::uint64_t>(largest, value.size());
     if (spec_.elementKag != 0)
       place.totalBytes = FilledSize(std::max(place.totalBytes, least), spec_.elementKag);
     klv.FillTo(place.key + place.totalBytes);
@@ -211,12 +255,14 @@ class ClipWriter {
     Label key = kPackKey;
     key[13] = keyKind;
     const std::uint64_t packStart = klv_.Position();
-    const KlvPlace place =
-        klv_.Head(key, pack::kOperationalPattern - kKlHead + sizeof(Label) + containers_.size());
-    clip_.bytes.resize(static_cast<std::size_t>(packStart) + pack::kOperationalPattern);
+    const std::uint64_t fields = pack::kOperationalPattern - kKlHead;
+    const KlvPlace place = klv_.Head(key, fields + sizeof(Label) + containers_.size());
+    Layout().partitions.back().packValue = place.value;
+    clip_.bytes.resize(static_cast<std::size_t>(place.value + fields));
     klv_.Put(ToBytes(kOp1a));
     klv_.Put(containers_);
     klv_.FillTo(packStart + FilledSize(place.totalBytes, spec_.kagSize));
+    if (keyKind == kKeyHeader || spec_.metadataEverywhere) WriteMetadata();
     return Layout().partitions.back();
   }
 
@@ -237,14 +283,22 @@ class ClipWriter {
 
   // The fill at the end is at least a pack long: the header's byte count, read as an offset from
   // the start of the file, then still lies behind the last set.
+  void WriteMetadata() {
+    PartitionPlace& partition = Layout().partitions.back();
+    const std::uint64_t start = klv_.Position();
+    for (const MetadataSet& set : sets_) {
+      const SetPlace place = klv_.Set(set);
+      if (partition.keyKind == kKeyHeader) Layout().sets.push_back(place);
+    }
+    partition.headerByteCount = klv_.Position() - start;
+    if (spec_.kagSize > 1)
+      partition.headerByteCount =
+          FilledSize(klv_.Position() - partition.offset + kKlHead, spec_.kagSize);
+    klv_.FillTo(start + partition.headerByteCount);
+  }
+
   void WriteHeader() {
     PartitionPlace& partition = BeginPartition(kKeyHeader);
-    const std::uint64_t start = klv_.Position();
-    for (const MetadataSet& set : sets_)
-      Layout().sets.push_back(klv_.Set(set));
-    partition.headerByteCount =
-        FilledSize(klv_.Position() - partition.offset + kKlHead, spec_.kagSize);
-    klv_.FillTo(start + partition.headerByteCount);
     Layout().headerByteCount = partition.headerByteCount;
     partition.indexOffset = partition.essenceOffset = klv_.Position();
   }
@@ -256,9 +310,9 @@ class ClipWriter {
       WriteIndex(partition, own ? body : body - 1, own ? body + 1 : body);
     partition.bodySid = kBodySid;
     partition.essenceOffset = klv_.Position();
-    const std::uint32_t first = static_cast<std::uint32_t>(body) * FramesPerPartition(spec_);
+    const std::uint32_t first = static_cast<std::uint32_t>(body) * spec_.framesPerPartition;
     partition.bodyOffset = frames_[first].streamOffset;
-    for (std::uint32_t n = first; n < spec_.frames && n - first < FramesPerPartition(spec_); ++n) {
+    for (std::uint32_t n = first; n < spec_.frames && n - first < spec_.framesPerPartition; ++n) {
       FramePlace& frame = Layout().frames.emplace_back(WriteFrame(klv_, n));
       frame.streamOffset = frames_[n].streamOffset;
       frame.partition = body + 1;
@@ -267,11 +321,10 @@ class ClipWriter {
 
   void WriteFooter(std::size_t bodies) {
     PartitionPlace& partition = BeginPartition(kKeyFooter);
-    if (spec_.indexPlacement == IndexPlacement::kFollowingPartition) {
-      WriteIndex(partition, bodies - 1, segments_.size());
-    } else if (spec_.indexPlacement != IndexPlacement::kOwnPartition) {
-      WriteIndex(partition, 0, segments_.size());
-    }
+    std::size_t first = 0;
+    if (spec_.indexPlacement == IndexPlacement::kFollowingPartition) first = bodies - 1;
+    if (spec_.indexPlacement == IndexPlacement::kOwnPartition) first = bodies;
+    WriteIndex(partition, first, segments_.size());
     partition.essenceOffset = klv_.Position();
   }
 
@@ -279,7 +332,7 @@ class ClipWriter {
     std::uint64_t previous = 0;
     const std::uint64_t footer = Layout().partitions.back().offset;
     for (const PartitionPlace& partition : Layout().partitions) {
-      Patch(clip_.bytes, partition.offset + pack::kMajorVersion,
+      Patch(clip_.bytes, partition.packValue,
             Bytes{0, 1, 0, 3} + Big32(spec_.kagSize) + Big64(partition.offset) + Big64(previous) +
                 Big64(footer) + Big64(partition.headerByteCount) + Big64(partition.indexByteCount) +
                 Big32(partition.indexSid) + Big64(partition.bodyOffset) + Big32(partition.bodySid));
@@ -292,9 +345,8 @@ class ClipWriter {
     for (const PartitionPlace& partition : Layout().partitions) {
       value = std::move(value) + Big32(partition.bodySid) + Big64(partition.offset);
     }
-    const auto length = static_cast<std::uint32_t>(kKlHead + value.size() + 4);
     Layout().randomIndex = klv_.Head(kRandomIndexKey, value.size() + 4);
-    klv_.Put(value + Big32(length));
+    klv_.Put(value + Big32(static_cast<std::uint32_t>(Layout().randomIndex.totalBytes)));
   }
 
   // The first half of a 64-byte UMID differs from the basic one in front of byte 16 only.
@@ -310,7 +362,7 @@ class ClipWriter {
     return offsets;
   }
 
-  const ClipSpec& spec_;
+  const ClipSpec spec_;
   Clip clip_;
   KlvWriter klv_;
   std::vector<FramePlace> frames_;  // in a file of their own

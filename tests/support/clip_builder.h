@@ -78,15 +78,17 @@ struct DeltaEntry {
 struct IndexEntry {
   std::uint8_t temporalOffset = 0, keyFrameOffset = 0, flags = 0;
   std::uint64_t streamOffset = 0;
-  std::uint32_t sliceOffset = 0;  // the last slice offset; any before it lead to the picture
+  std::uint32_t sliceOffset = 0;  // to the first audio element; any before it lead to the picture
+  std::vector<std::uint32_t> laterSlices{};  // the offsets behind it
 };
 
-// An index table segment before it is written, one for each body partition.
+// An index table segment before it is written.
 struct IndexSegment {
   std::int64_t startPosition = 0;
   std::int64_t duration = 0;
   std::vector<DeltaEntry> deltas{};
   std::vector<IndexEntry> entries{};
+  std::uint32_t editUnitByteCount = 0;
   // Items that the head of a batch claims beyond those that it has.
   std::size_t missingDeltas = 0, missingEntries = 0;
 };
@@ -99,7 +101,10 @@ struct ClipSpec {
   bool dropFrame = false;  // takes effect on the bases 30 and 60 only
   ClipTimecode start{10, 0, 0, 0};
   std::uint32_t frames = 10;
-  std::uint32_t framesPerPartition = 5;  // 0: all; at most what a segment's 64 kB item can list
+  std::uint32_t framesPerPartition = 5;  // 0: all; at most what a segment can list if it has one
+  std::uint32_t framesPerSegment = 0;  // 0: an index segment for each body partition. At most what
+                                       // its 64 kB item can list
+  std::uint32_t patternStart = 0;      // position of frame 0 in the five-frame sample pattern
 
   std::uint32_t tracks = 4;  // 0 to 30
   std::uint32_t bits = 24;   // 16 or 24
@@ -107,9 +112,13 @@ struct ClipSpec {
   // Byte `i` of the audio value; a pattern when empty.
   std::function<std::uint8_t(std::uint32_t track, std::uint32_t frame, std::uint32_t i)> audio{};
 
-  std::uint32_t kagSize = 512;     // 256 or more: a partition pack with its fill takes one
+  std::uint32_t kagSize = 512;     // 256 or more: a partition pack with its fill takes one; or 1:
+                                   // no fill outside of the frames
   std::uint32_t elementKag = 512;  // fill behind each element up to this; 0: no fill. Without fill
-                                   // an uneven sample pattern departs from the delta entries
+                                   // an uneven sample pattern departs from the delta entries,
+                                   // unless each element has a slice
+  bool noFill = false;             // the same as kagSize 1 and elementKag 0
+  bool systemElement = true;       // false: a frame begins with the picture
   std::uint32_t pictureSize = 300;
   std::uint32_t pictureStep = 400;  // added 0, 1, 2 times in turn; unused with SliceCount 0
   bool dataTrack = false;           // a data track in the packages
@@ -125,9 +134,20 @@ struct ClipSpec {
 
   std::uint32_t umidSize = 32;  // or 64: followed by source information
   std::uint32_t timecodeTracks = 1;
+  // The sets refer to each other, and tracks have IDs, numbers and edit rates.
+  bool references = false;
+  bool setsInTurn = false;          // with references: track n of both packages, then track n + 1
+  bool metadataEverywhere = false;  // in the body partitions and the footer, too
+  // Length fields of 1, 2, 3, 4, 8 and 9 bytes in turn, where the length fits: of packs and sets,
+  // and of the elements. Without element fill, element n of all frames has the same form.
+  bool mixedLengths = false, mixedElementLengths = false;
 
   IndexPlacement indexPlacement = IndexPlacement::kFollowingPartition;
-  std::uint8_t sliceCount = 1;  // 0: delta entries count from the start of the frame
+  std::uint8_t sliceCount = 1;    // 0: delta entries count from the start of the frame
+  std::uint32_t audioSlices = 1;  // slices for the elements behind the picture; at most as many as
+                                  // elements. The last one has all that are left over
+  bool constantBytes = false;     // EditUnitByteCount instead of entries; includes sliceCount 0. An
+                                  // uneven sample pattern needs element fill
   std::uint8_t posTableCount = 0;
   bool fillBetweenSegments = false;
 
@@ -171,8 +191,9 @@ struct FramePlace {
 };
 
 struct PartitionPlace {
-  std::uint8_t keyKind = 0;  // byte 13 of the key: 2 header, 3 body, 4 footer
-  std::uint64_t offset = 0;  // of the pack's key
+  std::uint8_t keyKind = 0;     // byte 13 of the key: 2 header, 3 body, 4 footer
+  std::uint64_t offset = 0;     // of the pack's key
+  std::uint64_t packValue = 0;  // of its value, behind the length field
   std::uint64_t headerByteCount = 0;
   std::uint64_t indexOffset = 0, indexByteCount = 0;
   std::uint64_t essenceOffset = 0, bodyOffset = 0;
@@ -181,9 +202,9 @@ struct PartitionPlace {
 
 struct ClipLayout {
   std::vector<PartitionPlace> partitions{};
-  std::vector<SetPlace> sets{};  // of the header metadata, in file order
+  std::vector<SetPlace> sets{};  // of the header partition's metadata, in file order
   std::vector<FramePlace> frames{};
-  std::vector<std::uint64_t> materialUmids{}, sourceUmids{};  // all in the header metadata
+  std::vector<std::uint64_t> materialUmids{}, sourceUmids{};  // all in these sets
   std::uint64_t headerByteCount = 0;
   KlvPlace randomIndex{};  // all 0 when there is none
   std::uint32_t startFrames = 0, blockAlign = 0;

@@ -22,6 +22,7 @@ constexpr Label kAudioKey{0x06, 0x0E, 0x2B, 0x34, 1, 2, 1, 1, 0x0D, 1, 3, 1, 0x1
 constexpr std::uint32_t kSampleRate = 48000;
 constexpr std::uint32_t kFirstAvcCodec = 5;
 constexpr std::uint16_t kUsualBitRateTag = 0x8000;  // in header_sets.txt
+constexpr std::uint16_t kReferenceCell = 0;         // there, too
 
 // Puts the lines of header_sets.txt together.
 class HeaderBuilder {
@@ -38,6 +39,7 @@ class HeaderBuilder {
              {tag::kRoundedTimecodeBase, Big16(base)},
              {tag::kDropFrame, {spec.dropFrame}},
              {tag::kSampleRate, Big32(rate.numerator) + Big32(rate.denominator)},
+             {tag::kEditRate, Big32(rate.numerator) + Big32(rate.denominator)},
              {tag::kDisplayHeight, Big32(spec.height)},
              {tag::kDisplayWidth, Big32(spec.width)},
              {tag::kFrameLayout, {spec.frameLayout}},
@@ -58,6 +60,7 @@ class HeaderBuilder {
     Add(spec_.waveAudio ? "wave" : "aes3", spec_.tracks);
     Add("dataDescriptor", spec_.dataTrack);
     SetOf(sets_, SetKind::kPreface).SetTag(tag::kEssenceContainers, Containers());
+    if (spec_.setsInTurn) OrderInTurn();
     return std::move(sets_);
   }
 
@@ -73,13 +76,52 @@ class HeaderBuilder {
   void AddSet(std::istringstream cells) {
     std::uint32_t kind = 0;
     std::uint16_t tag = 0;
-    std::vector<MetadataItem> items;
     cells >> std::hex >> kind;
+    MetadataSet set = EmptySet(static_cast<SetKind>(kind), sets_.size());
     for (std::string value; cells >> tag >> value;) {
       if (tag == kUsualBitRateTag) tag = spec_.bitRateTag;
-      items.push_back({tag, value == "*" ? told_.at(tag) : FromHex(value)});
+      if (tag == kReferenceCell && !spec_.references) break;
+      if (tag == kReferenceCell)
+        Refer(set.items[0].value, FromHex(value));
+      else
+        set.items.push_back({tag, value == "*" ? told_.at(tag) : FromHex(value)});
     }
-    sets_.push_back(EmptySet(static_cast<SetKind>(kind), sets_.size(), items));
+    sets_.push_back(std::move(set));
+  }
+
+  // `cell` as header_sets.txt explains it.
+  void Refer(const Bytes& uid, const Bytes& cell) {
+    const auto parent = std::find_if(sets_.rbegin(), sets_.rend(), [&](const MetadataSet& set) {
+      const bool source = set.kind == SetKind::kSourcePackage;
+      return (source ? SetKind::kMaterialPackage : set.kind) == static_cast<SetKind>(cell[0]);
+    });
+    const auto tag = static_cast<tag::Tag>(cell[1] << 8 | cell[2]);
+    Bytes& uids = references_[{parent->items[0].value, tag}];
+    uids = std::move(uids) + uid;
+    const auto count = static_cast<std::uint32_t>(uids.size() / sizeof(Label));
+    parent->SetTag(tag, cell[3] != 0 ? Batch(count, sizeof(Label), uids) : uids);
+    if (tag == tag::kSubDescriptors)
+      told_[tag::kLinkedTrackId] = Big32(spec_.timecodeTracks + count);
+    if (tag != tag::kTracks) return;
+    const Label sound = AudioElementKey(spec_, count - spec_.timecodeTracks - 2);
+    told_[tag::kTrackId] = Big32(count);
+    told_[tag::kTrackNumber] = Bytes(sound.begin() + 12, sound.end());
+    told_[tag::kSourceTrackId] = Big32(parent->kind == SetKind::kMaterialPackage ? count : 0);
+  }
+
+  // Track n of both packages stands in front of track n + 1, and the descriptors at the end.
+  void OrderInTurn() {
+    std::map<std::size_t, HeaderSets> turns;
+    std::size_t turn = 0;
+    for (MetadataSet& set : sets_) {
+      if (set.kind == SetKind::kSourcePackage) turn = 0;
+      if (set.kind == SetKind::kTimelineTrack) ++turn;
+      if (set.kind == SetKind::kMultipleDescriptor) turn = sets_.size();
+      turns[turn].push_back(std::move(set));
+    }
+    sets_.clear();
+    for (const auto& [number, sets] : turns)
+      sets_.insert(sets_.end(), sets.begin(), sets.end());
   }
 
   static Bytes FromHex(const std::string& digits) {
@@ -92,7 +134,7 @@ class HeaderBuilder {
   // A package with its tracks, whose clips come from the package of UMID `clipsOf`.
   void AddPackage(const char* part, const std::array<std::uint8_t, 32>& umid,
                   const Bytes& clipsOf) {
-    // References to the tracks, which no reader follows.
+    // References of 0 to the tracks, unless the description asks for real ones.
     const std::size_t tracks = spec_.timecodeTracks + 1 + spec_.tracks + spec_.dataTrack;
     told_[tag::kTracks] = Batch(tracks, sizeof(Label), Bytes(tracks * sizeof(Label)));
     told_[tag::kPackageUid] = Umid(umid);
@@ -126,6 +168,7 @@ class HeaderBuilder {
   const Bytes file_ = ReadAll(TESTS_FOLDER "/support/header_sets.txt");
   const std::string text_{file_.begin(), file_.end()};
   std::map<std::uint16_t, Bytes> told_;
+  std::map<std::pair<Bytes, tag::Tag>, Bytes> references_;  // by InstanceUID and tag
   HeaderSets sets_;
 };
 

@@ -51,10 +51,15 @@ void KlvWriter::Put(const Bytes& bytes) {
   out_.insert(out_.end(), bytes.begin(), bytes.end());
 }
 
-KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes) {
+KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes, std::size_t form) {
   KlvPlace place{.key = Position(), .valueBytes = valueBytes};
   out_.insert(out_.end(), key.begin(), key.end());
-  Put(Big32(0x83000000 | static_cast<std::uint32_t>(valueBytes)));
+  const auto bytes = [&] { return kLengthForms[form % kLengthForms.size()]; };
+  while (bytes() == 1 ? valueBytes > 0x7F : bytes() < 4 && valueBytes >> 8 * (bytes() - 1) != 0)
+    ++form;
+  if (bytes() > 1) Put({static_cast<std::uint8_t>(0x80 + bytes() - 1)});
+  const Bytes length = Big64(valueBytes);
+  out_.insert(out_.end(), length.end() - std::max(bytes() - 1, 1), length.end());
   place.value = Position();
   place.totalBytes = place.value - place.key + valueBytes;
   return place;
@@ -62,7 +67,7 @@ KlvPlace KlvWriter::Head(const Label& key, std::uint64_t valueBytes) {
 
 void KlvWriter::FillTo(std::uint64_t position) {
   if (position == Position()) return;
-  Head(kFillKey, position - Position() - kKlHead);
+  Head(kFillKey, position - Position() - kKlHead, kFourBytes);
   out_.resize(static_cast<std::size_t>(position));
 }
 

@@ -6,8 +6,12 @@
 
 namespace quorvan::test {
 
-inline constexpr std::size_t kKlHead = 20;    // key and 4-byte length
-inline constexpr std::size_t kBatchHead = 8;  // count and item size
+inline constexpr std::size_t kKlHead = 20;  // key and 4-byte length
+// Bytes of a length field, by its form.
+inline constexpr std::array<int, 6> kLengthForms{4, 8, 9, 1, 2, 3};
+inline constexpr std::size_t kFourBytes = 0;
+inline constexpr std::size_t kLongestHead = 25;  // key and 9-byte length
+inline constexpr std::size_t kBatchHead = 8;     // count and item size
 inline constexpr std::uint32_t kBodySid = 1;
 inline constexpr std::uint32_t kIndexSid = 2;
 
@@ -41,13 +45,18 @@ std::uint64_t FilledSize(std::uint64_t used, std::uint64_t unit);
 // Appends to a file in memory.
 class KlvWriter {
  public:
-  explicit KlvWriter(Bytes& out) : out_(out) {}
+  // `mixed`: with all forms of length fields in turn, instead of 4 bytes.
+  explicit KlvWriter(Bytes& out, bool mixed = false) : out_(out), mixed_(mixed) {}
 
   std::uint64_t Position() const { return out_.size(); }
   void Put(const Bytes& bytes);
 
-  // Writes key and length; the caller writes the value.
-  KlvPlace Head(const Label& key, std::uint64_t valueBytes);
+  // Writes key and length; the caller writes the value. A form that is too short for the length
+  // gives way to the next one.
+  KlvPlace Head(const Label& key, std::uint64_t valueBytes, std::size_t form);
+  KlvPlace Head(const Label& key, std::uint64_t valueBytes) {
+    return Head(key, valueBytes, mixed_ ? turn_++ : kFourBytes);
+  }
 
   // A KLV Fill up to `position`, which is here or at least kKlHead on.
   void FillTo(std::uint64_t position);
@@ -56,6 +65,8 @@ class KlvWriter {
 
  private:
   Bytes& out_;
+  bool mixed_;
+  std::size_t turn_ = 0;
 };
 
 // A set with its key, an InstanceUID made from `number` and the items.

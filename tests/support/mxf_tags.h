@@ -19,10 +19,13 @@ inline constexpr Tag kIndexSid = 0x3F06, kBodySid = 0x3F07;
 // Packages
 inline constexpr Tag kPackageUid = 0x4401, kTracks = 0x4403;
 inline constexpr Tag kPackageModifiedDate = 0x4404, kPackageCreationDate = 0x4405;
+// Timeline Track
+inline constexpr Tag kTrackId = 0x4801, kTrackNumber = 0x4804, kEditRate = 0x4B01;
 // Sequence, Timecode Component and Source Clip
-inline constexpr Tag kDuration = 0x0202, kSourcePackageId = 0x1101;
+inline constexpr Tag kDuration = 0x0202, kSourcePackageId = 0x1101, kSourceTrackId = 0x1102;
 inline constexpr Tag kStartTimecode = 0x1501, kRoundedTimecodeBase = 0x1502, kDropFrame = 0x1503;
 // Descriptors of any kind, of pictures and of sound
+inline constexpr Tag kSubDescriptors = 0x3F01, kLinkedTrackId = 0x3006;
 inline constexpr Tag kSampleRate = 0x3001, kContainerDuration = 0x3002, kEssenceContainer = 0x3004;
 inline constexpr Tag kDisplayHeight = 0x3208;
 inline constexpr Tag kDisplayWidth = 0x3209, kFrameLayout = 0x320C, kAspectRatio = 0x320E;
