@@ -87,8 +87,10 @@ struct VerifyArguments {
 };
 
 struct ConformArguments {
-  std::string in;   // the clip, only read
-  std::string out;  // the copy; must not exist
+  std::string in;      // the clip, only read
+  std::string out;     // the copy; must not exist; unused with check
+  bool check = false;  // only tell what a copy would mend
+  bool json = false;   // one JSON object instead of text
 };
 
 // Analyses a clip and shows what was found, as text or JSON; writes the list of timecode breaks
@@ -113,7 +115,8 @@ int RunLoudness(const LoudnessArguments& arguments);
 // error.
 int RunVerify(const VerifyArguments& arguments);
 
-// Copies a clip whose metadata lengths cannot be followed into a new clip that can be loaded.
+// Copies a clip whose layout the analysis cannot follow into a new clip that can be loaded, and
+// tells what the copy mends.
 int RunConform(const ConformArguments& arguments);
 
 }  // namespace quorvan::cli

@@ -127,7 +127,11 @@ void AddVerify(CLI::App* app, VerifyArguments* arguments) {
 
 void AddConform(CLI::App* app, ConformArguments* arguments) {
   app->add_option("IN", arguments->in, "MXF clip, only read")->required();
-  app->add_option("OUT", arguments->out, "Copy to be made; must not exist")->required();
+  app->add_option("OUT", arguments->out, "Copy to be made; must not exist");
+  app->add_flag("--check", arguments->check, "Only tell what a copy would mend; write nothing");
+  app->add_flag("--json", arguments->json,
+                "One JSON object: done, check, frames, mended (name, count, text); reason, result "
+                "and message when there is no copy");
 }
 
 int Dispatch(int argc, const char* const* argv) {
@@ -155,8 +159,7 @@ int Dispatch(int argc, const char* const* argv) {
   CLI::App* loudnessCommand = app.add_subcommand(
       "loudness", "Measure integrated loudness, true peak and loudness range (EBU R128)");
   CLI::App* conformCommand = app.add_subcommand(
-      "conform",
-      "Copy a clip whose metadata lengths cannot be followed into one that can be loaded");
+      "conform", "Copy a clip whose layout cannot be followed into one that can be loaded");
   AddInfo(infoCommand, &info);
   AddRewrap(rewrapCommand, &rewrap);
   AddVerify(verifyCommand, &verify);

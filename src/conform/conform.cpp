@@ -3,26 +3,26 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <memory>
 #include <new>
 #include <optional>
 #include <utility>
-#include <vector>
 
+#include "conform/copy_file.h"
+#include "conform/frame_map.h"
 #include "conform/layout.h"
+#include "conform/metadata_sets.h"
 #include "conform/partition_map.h"
 #include "mxf/analysis.h"
-#include "mxf/records.h"
+#include "mxf/essence/index_proof.h"
+#include "mxf/metadata/readers.h"
 #include "platform/file.h"
 #include "platform/path.h"
 #include "platform/text.h"
-#include "platform/uuid.h"
 
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kCopyBlockBytes = 4 << 20;
+constexpr std::uint32_t kUsualIndexSid = 2;
 
 ConformResult Refused(ConformFault fault, std::string reason) {
   ConformResult result;
@@ -31,276 +31,369 @@ ConformResult Refused(ConformFault fault, std::string reason) {
   return result;
 }
 
-ConformResult Cancelled() {
-  return Refused(ConformFault::kCancelled, "cancelled");
+PictureCoding CodingOf(const MetadataSets& sets) {
+  // Byte 13 of the coding labels of MPEG-2 and AVC pictures (SMPTE registry of labels).
+  constexpr std::size_t kFamilyByte = 13;
+  const auto label = PictureCodingLabel(sets);
+  if (!label) return PictureCoding::kOther;
+  switch ((*label)[kFamilyByte] & 0xF0) {
+    case 0x00:
+      return PictureCoding::kMpeg2;
+    case 0x30:
+      return PictureCoding::kAvc;
+    default:
+      return PictureCoding::kOther;
+  }
 }
 
-bool CancelWanted(const JobProgress& progress) {
-  return progress.cancel.load(std::memory_order_relaxed) != 0;
+// Takes a file offset of the copy to the place of the same byte in the clip. Nothing outside of the
+// essence, or when the frames are laid anew.
+std::optional<std::uint64_t> PlaceInClip(const CopyPlan& plan, std::uint64_t offset) {
+  if (plan.laidFrames != nullptr) return std::nullopt;
+  auto behind = std::upper_bound(plan.partitions.begin(), plan.partitions.end(), offset,
+                                 [](std::uint64_t wanted, const CopyPartition& partition) {
+                                   return wanted < partition.offset;
+                                 });
+  if (behind == plan.partitions.begin()) return std::nullopt;
+  const CopyPartition& partition = *--behind;
+  const std::uint64_t essence = plan.EssenceOffset(partition);
+  if (offset < essence || offset - essence >= partition.essenceBytes) return std::nullopt;
+  return partition.sourceOffset + (offset - essence);
 }
 
-// The file of the copy, under a temporary name until TakeName renames it. The destructor removes
-// the file unless TakeName has succeeded.
-class UnfinishedCopy {
+// One copy of one clip.
+class Conformer {
  public:
-  UnfinishedCopy(const UnfinishedCopy&) = delete;
-  UnfinishedCopy& operator=(const UnfinishedCopy&) = delete;
+  Conformer(platform::File* clip, std::uint64_t size, JobProgress* progress)
+      : clip_(*clip), size_(size), progress_(*progress) {}
 
-  explicit UnfinishedCopy(const std::u16string& out) : path_(NameBeside(out)) {
-    file_ = platform::File::Open(path_, platform::OpenMode::kCreateNew);
-    exists_ = file_.IsOpen();
+  // Decides what the copy holds. False when there can be none; `result` then tells why.
+  bool Plan() {
+    std::string reason;
+    if (!ReadSourceClip(clip_, size_, &source_, &reason)) return Unfit(std::move(reason));
+    if (!ReadMetadata()) return Unreadable();
+    return PlanWithIndex() || (!HasEnded() && PlanWithFrames());
   }
 
-  ~UnfinishedCopy() {
-    file_.Close();
-    if (exists_) platform::RemoveFile(path_);
+  // Writes the copy to `out`.
+  void Write(const std::u16string& out) {
+    const auto room = platform::FreeBytesBeside(out);
+    if (room && *room < plan_.fileSize) {
+      return End(ConformFault::kNoRoom,
+                 fmt::format("the copy needs {} bytes, where {} are free", plan_.fileSize, *room));
+    }
+    UnfinishedCopy copy(out);
+    if (!copy.file().IsOpen()) {
+      return End(ConformFault::kUnwritable, "no file can be created where the copy shall stand");
+    }
+    copy.file().StopOn(&progress_.cancel);
+    switch (WriteCopy(plan_, clip_, &copy.file(), &progress_)) {
+      case CopyEnd::kDone:
+        break;
+      case CopyEnd::kStopped:
+        return EndStopped();
+      case CopyEnd::kUnreadable:
+        Unreadable();
+        return;
+      case CopyEnd::kUnwritable:
+        return End(ConformFault::kUnwritable, "the copy cannot be written or read back");
+    }
+    if (!CheckCopy(&copy.file())) return;
+    if (!copy.TakeName(out)) {
+      End(ConformFault::kUnwritable,
+          "the copy cannot take its name, or the name not be brought onto the medium");
+    }
   }
 
-  platform::File& file() { return file_; }
-
-  // Closes the copy, renames it to `out` and brings the folder with the name onto the medium. False
-  // when one of these steps fails; the destructor then removes the file.
-  bool TakeName(const std::u16string& out) {
-    if (!file_.Close() || !platform::RenameWithoutReplacing(path_, out)) return false;
-    path_ = out;
-    exists_ = !platform::FlushFolderOf(out);
-    return !exists_;
+  ConformResult TakeResult() {
+    result_.frames = frames_;
+    std::stable_sort(result_.mended.begin(), result_.mended.end(),
+                     [](const MendNote& a, const MendNote& b) { return a.mend < b.mend; });
+    return std::move(result_);
   }
 
  private:
-  static std::u16string NameBeside(const std::u16string& out) {
-    const std::u16string absolute = platform::AbsolutePath(out);
-    std::string name = "conform-";
-    if (const auto uuid = platform::NewUuid()) {
-      for (const std::uint8_t byte : *uuid)
-        name += fmt::format("{:02x}", byte);
-    }
-    name += ".part";
-    const std::size_t folder = absolute.size() - platform::LastComponent(absolute).size();
-    return absolute.substr(0, folder) + platform::ToUtf16(name);
+  bool HasEnded() const { return result_.fault != ConformFault::kNone; }
+
+  void End(ConformFault fault, std::string reason) {
+    result_.fault = fault;
+    result_.reason = std::move(reason);
   }
 
-  std::u16string path_;
-  platform::File file_;
-  bool exists_ = false;
-};
+  void EndStopped() { End(ConformFault::kStopped, "cancelled"); }
 
-// Writes the parts of the copy and counts the bytes in `progress`. A function that returns false
-// has put the cause into `reason`.
-struct CopyWriter {
-  const platform::File& in;
-  platform::File& out;
-  JobProgress* progress;
-  std::unique_ptr<std::uint8_t[]> block;
-  std::string reason;
-  std::uint64_t written = 0;
-
-  bool Fail(const char* text) {
-    reason = text;
+  // Each ends the work and is false.
+  bool Unreadable() {
+    if (progress_.cancel != 0) {
+      EndStopped();
+    } else {
+      End(ConformFault::kUnreadable, "the clip cannot be read");
+    }
+    return false;
+  }
+  bool Unfit(std::string reason) {
+    if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
+    End(ConformFault::kUnfit, std::move(reason));
     return false;
   }
 
-  bool Write(const std::uint8_t* data, std::size_t length) {
-    if (length == 0) return true;
-    if (CancelWanted(*progress)) return Fail("cancelled");
-    if (!out.Write(data, length)) return Fail("the copy cannot be written: no room, or a fault");
-    written += length;
-    progress->done.store(written, std::memory_order_relaxed);
+  void Note(Mend mend, std::uint64_t count = 0) { result_.mended.push_back({mend, count}); }
+
+  // Reads the metadata of all partitions. The header gets the metadata of the last closed and
+  // complete partition that has any, when its own are of an earlier state.
+  bool ReadMetadata() {
+    metadata_.resize(source_.partitions.size());
+    std::size_t best = 0;
+    for (std::size_t i = 0; i < metadata_.size(); ++i) {
+      const SourcePartition& partition = source_.partitions[i];
+      if (!LoadSets(clip_, partition.metadata, &metadata_[i])) return false;
+      const bool isComplete = partition.pack.Status() == kClosedCompletePack;
+      if (isComplete && !partition.metadata.empty()) best = i;
+    }
+    if (source_.partitions.front().pack.Status() != kClosedCompletePack && best != 0) {
+      metadata_.front() = metadata_[best];
+      Note(Mend::kMetadataOfPartition, source_.partitions[best].offset);
+    }
+    if (const std::uint32_t moved = OrderSets(&metadata_.front())) Note(Mend::kSetOrder, moved);
+    NoteSkeleton();
     return true;
   }
 
-  bool Write(const std::vector<std::uint8_t>& bytes) { return Write(bytes.data(), bytes.size()); }
-
-  bool GoTo(std::uint64_t offset) {
-    return out.Seek(offset) || Fail("the copy cannot be written: too long");
+  void NoteSkeleton() {
+    if (source_.wrongCounts != 0) Note(Mend::kByteCounts, source_.wrongCounts);
+    if (!source_.hasRandomIndex) Note(Mend::kRandomIndex);
+    if (source_.bytesBehind != 0) Note(Mend::kBytesBehind, source_.bytesBehind);
+    if (!source_.HasFooter()) Note(Mend::kFooter);
+    if (source_.unfinished != 0) Note(Mend::kOpenPartitions, source_.unfinished);
   }
 
-  bool CopyStretch(std::uint64_t offset, std::uint64_t length) {
-    while (length != 0) {
-      const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(length, kCopyBlockBytes));
-      if (in.ReadAt(offset, block.get(), part) != part) return Fail("the clip cannot be read");
-      if (!Write(block.get(), part)) return false;
-      offset += part;
-      length -= part;
+  // True when the layout of the copy differs from that of the clip.
+  bool ChangesLayout() const {
+    if (plan_.partitions.size() != source_.partitions.size()) return true;
+    for (std::size_t i = 0; i < plan_.partitions.size(); ++i) {
+      const CopyPartition& target = plan_.partitions[i];
+      const SourcePartition& source = source_.partitions[i];
+      const PartitionPack& pack = source.pack;
+      if (target.offset != source.offset ||
+          target.headerByteCount != pack.U64(pack_field::kHeaderByteCount) ||
+          plan_.kagSize != pack.U32(pack_field::kKagSize)) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  // Plans a copy with the partitions and the index table of the clip. False when the index table
+  // does not lead to the audio of every frame, and when the work has ended.
+  bool PlanWithIndex() {
+    const bool hasIndex =
+        std::any_of(source_.partitions.begin(), source_.partitions.end(),
+                    [](const SourcePartition& p) { return !p.indexSegments.empty(); });
+    if (!hasIndex || source_.cutBytes != 0 || !source_.HasFooter()) return false;
+    for (std::size_t i = 0; i < source_.partitions.size(); ++i) {
+      const SourcePartition& from = source_.partitions[i];
+      CopyPartition& to = plan_.partitions.emplace_back(CopyPartition{.pack = from.pack});
+      to.metadata = metadata_[i];
+      if (!LoadSets(clip_, from.indexSegments, &to.indexSegments)) return Unreadable();
+      to.sourceOffset = from.essenceStart;
+      to.sourceBytes = from.end - from.essenceStart;
+    }
+    PlaceParts(&plan_);
+    MxfRecords records;
+    const std::int32_t code = AnalyzeSkeleton(&records);
+    if (HasEnded()) return false;
+    const bool isOfIndex = code == kDurationZero || code / 100 == kStageIndexTable / 100;
+    if (code != kSuccess && !isOfIndex) return RefusedBy(records, code);
+    const MXF_TIMECODE_INFO& timecode = records.timecode;
+    const bool isComplete = !HasRange(timecode) || timecode.duration == timecode.frameCount;
+    if (code != kSuccess || !isComplete || !IndexFits(size_, &records)) {
+      plan_ = {};
+      return false;
+    }
+    frames_ = records.timecode.frameCount;
+    if (ChangesLayout()) Note(Mend::kLayout);
+    return !HasEnded();
+  }
+
+  // Plans a copy of the frames that a walk over the essence finds, with a new index table in the
+  // footer.
+  bool PlanWithFrames() {
+    MetadataSets& sets = metadata_.front();
+    const std::optional<Fraction> rate = PictureRate(sets);
+    if (!rate) return Unfit("the metadata do not tell the rate of the picture");
+    std::string reason;
+    if (!ReadFrames(clip_, source_, CodingOf(sets), &map_, &reason)) return Unfit(reason);
+    frames_ = static_cast<std::uint32_t>(map_.frames.size());
+    const bool isUnfinished = source_.unfinished != 0 || source_.cutBytes != 0 ||
+                              map_.lostBytes != 0 || !source_.HasFooter();
+    const bool changesTime = SetDurations(frames_, *rate, !isUnfinished, &sets);
+    const std::uint32_t named = IndexSidOf(sets);
+    const std::uint32_t indexSid = named == 0 ? kUsualIndexSid : named;
+    SetIndexSid(indexSid, &sets);
+    if (!map_.isRegular) plan_.laidFrames = &map_;
+    PlanPartitions(!changesTime);
+    WriteIndex(map_, *rate, indexSid, &plan_);
+    PlaceParts(&plan_);
+    NoteFrames(changesTime);
+    MxfRecords records;
+    const std::int32_t code = AnalyzeSkeleton(&records);
+    if (HasEnded()) return false;
+    if (code != kSuccess) return RefusedBy(records, code);
+    const SourceFrame& lastFrame = map_.frames.back();
+    if (records.timecode.frameCount != frames_) return Unfit("the new index table cannot be read");
+    if (map_.isRegular && !IndexFits(lastFrame.offset + lastFrame.bytes, &records)) {
+      return HasEnded() ? false : Unfit("the new index table does not lead to the frames");
     }
     return true;
   }
 
-  bool WriteFill(std::uint64_t bytes) {
-    std::vector<std::uint8_t> fill;
-    AppendFill(bytes, &fill);
-    return Write(fill);
+  void NoteFrames(bool changesTime) {
+    const bool hadIndex =
+        std::any_of(source_.partitions.begin(), source_.partitions.end(),
+                    [](const SourcePartition& p) { return !p.indexSegments.empty(); });
+    const std::uint64_t lost = source_.cutBytes + map_.lostBytes;
+    if (ChangesLayout()) Note(Mend::kLayout);
+    if (changesTime) Note(Mend::kDurations, frames_);
+    Note(hadIndex ? Mend::kIndex : Mend::kNoIndex, frames_);
+    if (!map_.isRegular) Note(Mend::kFrames, frames_);
+    if (lost != 0) Note(Mend::kCutOff, lost);
   }
 
-  // Copies the KLVs with new headers, and writes a fill behind them up to `bytes` bytes in all.
-  bool WriteKlvs(const std::vector<KlvSpan>& klvs, std::uint64_t bytes) {
-    for (const KlvSpan& klv : klvs) {
-      std::vector<std::uint8_t> header;
-      AppendKlvHeader(klv.key, klv.length, &header);
-      if (!Write(header) || !CopyStretch(klv.valueOffset, klv.length)) return false;
+  // Plans the partitions of a copy of the frames. Metadata that are repeated behind the header are
+  // kept only with `keepsRepetitions`.
+  void PlanPartitions(bool keepsRepetitions) {
+    std::size_t frame = 0;
+    for (std::size_t i = 0; i < source_.partitions.size(); ++i) {
+      const SourcePartition& from = source_.partitions[i];
+      CopyPartition to{.pack = from.pack};
+      if (i == 0 || keepsRepetitions) to.metadata = metadata_[i];
+      to.firstFrame = static_cast<std::uint32_t>(frame);
+      while (frame < map_.frames.size() && map_.frames[frame].partition == i)
+        ++frame;
+      to.frames = static_cast<std::uint32_t>(frame) - to.firstFrame;
+      const bool isOther = from.pack.U32(pack_field::kBodySid) != map_.bodySid;
+      if (to.frames == 0 && isOther) {
+        to.sourceOffset = from.essenceStart;
+        to.sourceBytes = from.end - from.essenceStart;
+      }
+      const bool isEmpty = to.frames == 0 && to.sourceBytes == 0 && to.metadata.empty();
+      const bool isFooter = from.pack.Kind() == kFooterPackKind;
+      if (i == 0 || isFooter || !isEmpty) plan_.partitions.push_back(std::move(to));
     }
-    return WriteFill(bytes - WrittenBytes(klvs));
+    if (source_.HasFooter()) return;
+    CopyPartition footer{.pack = source_.partitions.front().pack};
+    footer.pack.key[kPackKindByte] = kFooterPackKind;
+    PutBe32(footer.pack.value.data() + pack_field::kBodySid, 0);
+    PutBe64(footer.pack.value.data() + pack_field::kBodyOffset, 0);
+    plan_.partitions.push_back(std::move(footer));
   }
+
+  // Analyses the copy without its essence, in memory, so that a clip with unfit metadata is refused
+  // before anything is written. Returns the result of the analysis; any number when the work has
+  // ended.
+  std::int32_t AnalyzeSkeleton(MxfRecords* records) {
+    platform::File skeleton = platform::File::OpenInMemory();
+    skeleton.StopOn(&progress_.cancel);
+    const CopyEnd end = skeleton.IsOpen() ? WriteSkeleton(plan_, &skeleton) : CopyEnd::kUnwritable;
+    if (end == CopyEnd::kStopped) EndStopped();
+    if (end == CopyEnd::kUnwritable) End(ConformFault::kNoMemory, "no memory for the copy");
+    return end == CopyEnd::kDone ? Analyze(&skeleton, records) : kSuccess;
+  }
+
+  std::int32_t Analyze(platform::File* file, MxfRecords* records) {
+    records->timecode.useFileIo = Method::kGenericFileIo;
+    const std::int32_t code = AnalyzeMxfFile(file, &records->base);
+    if (code == quorvan::kCancelled) EndStopped();
+    return code;
+  }
+
+  bool RefusedBy(const MxfRecords& records, std::int32_t code) {
+    result_.analysisCode = code;
+    result_.processCode = records.base.processCode;
+    result_.hasAudioDescriptor = records.audio.hasDescriptor == 1;
+    End(ConformFault::kUnfit,
+        fmt::format("the clip is refused in its conformed form too, with {}", code));
+    return false;
+  }
+
+  // True when the index of the copy leads to all frames of the clip and to the audio in them, as a
+  // walk over the clip's own keys finds them. `records` are those of the copy; their offsets become
+  // those of the clip, whose frames end at the file offset `end`.
+  bool IndexFits(std::uint64_t end, MxfRecords* records) {
+    const std::uint32_t count = records->timecode.frameCount;
+    for (std::uint32_t i = 0; i < count; ++i) {
+      INDEX_ENTRY_ARRAY& entry = records->indexEntries[i];
+      const auto place = PlaceInClip(plan_, entry.fileOffset);
+      if (!place) return false;
+      entry.fileOffset = *place;
+    }
+    records->base.fileSize = end;
+    const std::int32_t unfit = MeasureFirstFrame(&clip_, &records->base);
+    if (unfit != kSuccess) return RefusedBy(*records, unfit);
+    const bool fits = EveryFrameStands(clip_, records->base);
+    if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
+    return fits;
+  }
+
+  // The analysis accepts the copy, and its index leads to every frame.
+  bool CheckCopy(platform::File* file) {
+    MxfRecords records;
+    const std::int32_t code = Analyze(file, &records);
+    if (HasEnded()) return false;
+    if (code != kSuccess) return RefusedBy(records, code);
+    if (EveryFrameStands(*file, records.base) && records.timecode.frameCount == frames_) {
+      return true;
+    }
+    if (progress_.cancel != 0) {
+      EndStopped();
+    } else {
+      End(ConformFault::kUnwritable, "the copy cannot be read back");
+    }
+    return false;
+  }
+
+  platform::File& clip_;
+  const std::uint64_t size_;
+  JobProgress& progress_;
+  SourceClip source_;
+  std::vector<MetadataSets> metadata_;  // of each partition of the clip
+  FrameMap map_;
+  CopyPlan plan_;
+  std::uint32_t frames_ = 0;  // of the copy
+  ConformResult result_;
 };
 
-std::uint64_t EssenceOffset(const ConformLayout& layout, const TargetPartition& partition) {
-  return partition.offset + layout.kagSize + partition.headerByteCount + partition.indexByteCount;
-}
-
-// Writes all parts of the copy but the essence, each part at its place.
-bool WriteSkeleton(const std::vector<SourcePartition>& map, const ConformLayout& layout,
-                   CopyWriter* writer) {
-  for (std::size_t i = 0; i < map.size(); ++i) {
-    const TargetPartition& target = layout.partitions[i];
-    if (!writer->GoTo(target.offset) || !writer->Write(WritePack(map, layout, i)) ||
-        !writer->WriteKlvs(map[i].metadata, target.headerByteCount) ||
-        !writer->WriteKlvs(map[i].indexSegments, target.indexByteCount)) {
-      return false;
-    }
-  }
-  return writer->GoTo(layout.randomIndexOffset) && writer->Write(WriteRandomIndex(map, layout));
-}
-
-bool WriteEssence(const std::vector<SourcePartition>& map, const ConformLayout& layout,
-                  CopyWriter* writer) {
-  for (std::size_t i = 0; i < map.size(); ++i) {
-    const TargetPartition& target = layout.partitions[i];
-    if (!writer->GoTo(EssenceOffset(layout, target)) ||
-        !writer->CopyStretch(map[i].essenceStart, target.essenceBytes)) {
-      return false;
-    }
-  }
-  return true;
-}
-
-// True when a KLV key starts at file offset `offset` and the offset lies in the essence of a
-// partition. The analysis assumes that the essence of a partition is one stretch behind its index
-// table, and does not read at the places to which the index leads. Without this check, an index
-// that counts from another place would give frames with wrong bytes.
-bool FrameStandsAt(const platform::File& file, const ConformLayout& layout, std::uint64_t offset) {
-  const bool inEssence = std::any_of(
-      layout.partitions.begin(), layout.partitions.end(), [&](const TargetPartition& partition) {
-        const std::uint64_t start = EssenceOffset(layout, partition);
-        return offset >= start && offset - start < partition.essenceBytes;
-      });
-  std::array<std::uint8_t, kUlPrefix.size()> prefix{};
-  return inEssence && file.ReadAt(offset, prefix.data(), prefix.size()) == prefix.size() &&
-         prefix == kUlPrefix;
-}
-
-// True when the index leads to the first and the last frame of every stretch of frames with the
-// same index table segment and partition; the frames between these two lie one behind the other.
-// False also when the index is empty or a stop was requested.
-bool IndexLeadsToFrames(const platform::File& file, const ConformLayout& layout,
-                        const MxfRecords& records) {
-  const std::uint32_t count = records.timecode.frameCount;
-  const INDEX_ENTRY_ARRAY* entries = records.indexEntries.get();
-  const auto sameSegment = [entries](std::uint32_t a, std::uint32_t b) {
-    return entries[a].segmentStart == entries[b].segmentStart &&
-           entries[a].partition == entries[b].partition;
-  };
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const bool inner = i != 0 && i + 1 != count && sameSegment(i - 1, i) && sameSegment(i, i + 1);
-    if (!inner && (file.StopAsked() || !FrameStandsAt(file, layout, entries[i].fileOffset))) {
-      return false;
-    }
-  }
-  return count != 0;
-}
-
-ConformResult AnalyzeCopy(platform::File* file, MxfRecords* records) {
-  records->timecode.useFileIo = Method::kGenericFileIo;
-  ConformResult result;
-  const std::int32_t code = AnalyzeMxfFile(file, &records->base);
-  if (code == kCancelled) return Cancelled();
-  if (code <= 0) return result;
-  result.fault = ConformFault::kUnfit;
-  result.analysisCode = code;
-  result.processCode = records->base.processCode;
-  result.hasAudioDescriptor = records->audio.hasDescriptor == 1;
-  result.reason = fmt::format("the clip is refused in its conformed form too, with {}", code);
-  return result;
-}
-
-// Analyses the copy while its essence is still missing, so that a clip with unfit metadata is
-// refused before the essence is copied.
-ConformResult CheckSkeleton(platform::File* file) {
+// What the analysis says of the clip itself, for the refusal of a clip that has no copy.
+void AddAnalysisOf(platform::File* clip, ConformResult* result) {
+  if (result->fault != ConformFault::kUnfit || result->analysisCode != 0) return;
   MxfRecords records;
-  return AnalyzeCopy(file, &records);
-}
-
-ConformResult CheckCopy(platform::File* file, const ConformLayout& layout) {
-  MxfRecords records;
-  ConformResult result = AnalyzeCopy(file, &records);
-  if (!result.IsDone() || IndexLeadsToFrames(*file, layout, records)) return result;
-  if (file->Trouble() == platform::ReadTrouble::kFailed) {
-    return Refused(ConformFault::kUnwritable, "the copy cannot be read back");
-  }
-  return Refused(ConformFault::kUnfit, "the index table does not lead to the frames");
-}
-
-ConformResult WriteCopy(const platform::File& in, const std::vector<SourcePartition>& map,
-                        const std::u16string& out, JobProgress* progress) {
-  UnfinishedCopy copy(out);
-  if (!copy.file().IsOpen())
-    return Refused(ConformFault::kUnwritable, "no file can be created where the copy shall stand");
-  const ConformLayout layout = LayOutClip(map);
-  progress->total.store(layout.fileSize, std::memory_order_relaxed);
-  CopyWriter writer{
-      in,
-      copy.file(),
-      progress,
-      std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[kCopyBlockBytes]),
-      {}};
-  if (!writer.block) return Refused(ConformFault::kNoMemory, "no memory for the copy");
-  copy.file().StopOn(&progress->cancel);
-  const auto writeFault = [&writer, progress] {
-    return CancelWanted(*progress) ? Cancelled()
-                                   : Refused(ConformFault::kUnwritable, writer.reason);
-  };
-  if (!WriteSkeleton(map, layout, &writer)) return writeFault();
-  if (ConformResult result = CheckSkeleton(&copy.file()); !result.IsDone()) {
-    return CancelWanted(*progress) ? Cancelled() : result;
-  }
-  if (!WriteEssence(map, layout, &writer)) return writeFault();
-  if (!copy.file().Flush())
-    return Refused(ConformFault::kUnwritable, "the copy cannot be brought onto the medium");
-  ConformResult result = CheckCopy(&copy.file(), layout);
-  if (CancelWanted(*progress)) return Cancelled();
-  if (!result.IsDone()) return result;
-  if (in.Trouble() != platform::ReadTrouble::kNone)
-    return Refused(ConformFault::kUnreadable, "the clip cannot be read");
-  if (!copy.TakeName(out)) {
-    return Refused(ConformFault::kUnwritable,
-                   "the copy cannot take its name, or the name not be brought onto the medium");
-  }
-  return result;
+  records.timecode.useFileIo = Method::kGenericFileIo;
+  const std::int32_t code = AnalyzeMxfFile(clip, &records.base);
+  if (code <= 0 || code == quorvan::kCancelled) return;
+  result->analysisCode = code;
+  result->processCode = records.base.processCode;
+  result->hasAudioDescriptor = records.audio.hasDescriptor == 1;
 }
 
 ConformResult Conform(const ConformRequest& request, JobProgress* progress) {
-  const std::u16string& in = request.in;
-  const std::u16string& out = request.out;
-  if (platform::AbsolutePath(in) == platform::AbsolutePath(out)) {
+  const bool writes = !request.checkOnly;
+  if (writes && platform::AbsolutePath(request.in) == platform::AbsolutePath(request.out)) {
     return Refused(ConformFault::kSameFile, "the copy would replace the clip itself");
   }
-  if (platform::IsNameTaken(out)) {
+  if (writes && platform::IsNameTaken(request.out)) {
     return Refused(ConformFault::kNameTaken,
-                   fmt::format("{} exists already", platform::ToUtf8(out)));
+                   fmt::format("{} exists already", platform::ToUtf8(request.out)));
   }
-  platform::File file = platform::File::Open(in, platform::OpenMode::kReadShared);
-  if (!file.IsOpen()) return Refused(ConformFault::kUnreadable, "the clip cannot be opened");
-  file.StopOn(&progress->cancel);
-  const std::optional<std::uint64_t> size = file.Size();
+  platform::File clip = platform::File::Open(request.in, platform::OpenMode::kReadShared);
+  if (!clip.IsOpen()) return Refused(ConformFault::kUnreadable, "the clip cannot be opened");
+  clip.StopOn(&progress->cancel);
+  const std::optional<std::uint64_t> size = clip.Size();
   if (!size) return Refused(ConformFault::kUnreadable, "the size of the clip is unknown");
-  std::vector<SourcePartition> map;
-  std::string reason;
-  if (!ReadPartitionMap(file, *size, progress->cancel, &map, &reason)) {
-    if (CancelWanted(*progress)) return Cancelled();
-    const bool failed = file.Trouble() == platform::ReadTrouble::kFailed;
-    return failed ? Refused(ConformFault::kUnreadable, "the clip cannot be read")
-                  : Refused(ConformFault::kUnfit, reason);
-  }
-  return WriteCopy(file, map, out, progress);
+  Conformer conformer(&clip, *size, progress);
+  if (conformer.Plan() && writes) conformer.Write(request.out);
+  ConformResult result = conformer.TakeResult();
+  AddAnalysisOf(&clip, &result);
+  return result;
 }
 
 }  // namespace
@@ -310,43 +403,6 @@ ConformResult ConformClip(const ConformRequest& request, JobProgress* progress) 
     return Conform(request, progress);
   } catch (const std::bad_alloc&) {
     return Refused(ConformFault::kNoMemory, "out of memory");
-  }
-}
-
-std::string MendText(const MendNote& note) {
-  return fmt::format("{}: {}", MendName(note.mend), note.count);
-}
-
-const char* MendName(Mend mend) {
-  static constexpr std::array<const char*, 13> kNames = {
-      "layout",         "byteCounts", "randomIndex", "bytesBehind", "footer",
-      "openPartitions", "metadata",   "setOrder",    "durations",   "noIndex",
-      "index",          "frames",     "cutOff"};
-  return kNames[static_cast<std::size_t>(mend)];
-}
-
-bool MayConform(std::int32_t analysisCode) {
-  switch (analysisCode) {
-    case kRandomIndexNotFound:
-    case kPartitionOpen:
-    case kNoFooterPartition:
-    case kPrefaceNotFound:
-    case kContentStorageNotFound:
-    case kEssenceDataNotFound:
-    case kMaterialPackageNotFound:
-    case kTimelineTrackMissing:
-    case kSequenceMissing:
-    case kTimecodeComponentMissing:
-    case kDurationZero:
-    case kNoSoundTrack:
-    case kSourcePackageNotFound:
-    case kMultipleDescriptorNotFound:
-    case kPictureDescriptorNotFound:
-    case kAudioDescriptorUnfit:
-    case kNoIndexTable:
-      return true;
-    default:
-      return false;
   }
 }
 

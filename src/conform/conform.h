@@ -37,8 +37,8 @@ struct MendNote {
 
 // Why there is no copy.
 enum class ConformFault : std::uint8_t {
-  kNone,  // there is one, or with checkOnly there could be
-  kCancelled,
+  kNone,        // there is one, or with checkOnly there could be
+  kStopped,     // cancelled by the operator
   kSameFile,    // the copy would replace the clip
   kNameTaken,   // the name of the copy exists already
   kNoRoom,      // less room than the copy needs where the copy shall stand

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <unordered_map>
 #include <utility>
 
@@ -14,13 +15,11 @@ constexpr std::uint64_t kLongestPack = 64 * 1024;
 constexpr std::uint64_t kMostMetadataBytes = 256ULL << 20;  // in the whole clip
 constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // in the whole clip
 constexpr std::size_t kMostPartitions = 1 << 16;
+constexpr std::size_t kZeroBlockBytes = 1 << 20;
 
 // 0xFF in the bytes of kind and status matches any value (KeyMatches).
 constexpr KlvKey kAnyPartitionPack = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01, 0x01,
                                       0x0D, 0x01, 0x02, 0x01, 0x01, 0xFF, 0xFF, 0x00};
-
-// Bytes 8 to 11 of the keys of the generic container's elements (SMPTE 379).
-constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
 
 bool Is(const KlvSpan& klv, const KlvKey& wanted) {
   return KeyMatches(klv.key.data(), wanted);
@@ -37,13 +36,12 @@ bool IsIndexSegment(const KlvSpan& klv) {
 
 bool IsMetadata(const KlvSpan& klv) {
   return !IsPartitionPack(klv) && !IsIndexSegment(klv) && !Is(klv, keys::kRandomIndexPack) &&
-         !std::equal(kGenericContainer.begin(), kGenericContainer.end(), klv.key.begin() + 8);
+         !IsContainerElement(klv.key);
 }
 
 struct MapReader {
   const platform::File& file;
   std::uint64_t fileSize;
-  const std::atomic<std::uint32_t>& cancel;
   std::string* reason;
   std::uint64_t metadataBytes = 0;
   std::size_t metadataKlvs = 0;
@@ -106,20 +104,54 @@ bool OffsetsFromRandomIndex(const MapReader& reader, std::vector<std::uint64_t>*
   return true;
 }
 
-// Finds the partition offsets by a walk over every KLV, up to the random index or the end of the
-// file. `*end` becomes the offset at which the walk ended. False, with a reason, when the walk
-// cannot go on.
-bool OffsetsFromWalk(MapReader* reader, std::vector<std::uint64_t>* offsets, std::uint64_t* end) {
+// True when all bytes from the file offset `offset` to the end of the file are zeros, as recorders
+// that reserve room leave them.
+bool HoldsOnlyZeros(const MapReader& reader, std::uint64_t offset) {
+  std::vector<std::uint8_t> block(kZeroBlockBytes);
+  while (offset < reader.fileSize) {
+    const auto wanted =
+        static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), reader.fileSize - offset));
+    if (reader.file.ReadAt(offset, block.data(), wanted) != wanted) return false;
+    if (std::any_of(block.begin(), block.begin() + static_cast<std::ptrdiff_t>(wanted),
+                    [](std::uint8_t byte) { return byte != 0; })) {
+      return false;
+    }
+    offset += wanted;
+  }
+  return true;
+}
+
+// True when the clip was cut off within the KLV at the file offset `offset`, where no whole KLV
+// stands: the KLV reaches behind the end of the file, or nothing but zeros is there.
+bool IsCutOffAt(const MapReader& reader, std::uint64_t offset) {
+  std::array<std::uint8_t, kMostKlvHeaderBytes> head{};
+  const std::size_t held = reader.file.ReadAt(offset, head.data(), head.size());
+  const std::size_t compared = std::min(held, kUlPrefix.size());
+  const bool isKey =
+      held != 0 && std::equal(head.begin(), head.begin() + compared, kUlPrefix.begin());
+  std::uint64_t length = 0;
+  if (isKey && held < head.size()) return true;
+  if (isKey && ReadKlvHeader(std::span(head).first(held), &length) != 0) return true;
+  return HoldsOnlyZeros(reader, offset);
+}
+
+// Finds the partition offsets by a walk over every KLV, up to the random index or the place where
+// the file was cut off. `*end` becomes the offset at which the walk ended. False, with a reason,
+// when the walk cannot go on.
+bool OffsetsFromWalk(MapReader* reader, SourceClip* clip, std::vector<std::uint64_t>* offsets,
+                     std::uint64_t* end) {
   std::uint64_t at = 0;
   for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
-    if (reader->cancel.load(std::memory_order_relaxed) != 0) return reader->Refuse("cancelled");
     if (!ReadKlvSpan(reader->file, at, reader->fileSize, &klv)) {
-      return reader->Refuse(fmt::format("no whole KLV at byte {}", at));
+      if (!IsCutOffAt(*reader, at)) {
+        return reader->Refuse(fmt::format("no whole KLV at byte {}", at));
+      }
+      clip->cutBytes = reader->fileSize - at;
+      break;
     }
     if (Is(klv, keys::kRandomIndexPack)) {
-      *end = at;
-      if (klv.End() == reader->fileSize) return true;
-      return reader->Refuse(fmt::format("data behind the random index at byte {}", klv.End()));
+      clip->bytesBehind = reader->fileSize - klv.End();
+      break;
     }
     if (!IsPartitionPack(klv)) continue;
     if (offsets->size() == kMostPartitions) return reader->Refuse("too many partitions");
@@ -191,22 +223,47 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
   return true;
 }
 
-// Checks kind and status of the partition's pack. Only the first partition may and must be a header
-// partition, only the last a footer partition, and none may be open.
+// Checks the kind of the partition's pack: only the first partition may and must be a header
+// partition, and a footer partition must be the last.
 bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, bool last) {
-  if (IsOpenPartition(partition.pack.key[kPackStatusByte])) {
-    return reader->Refuse(fmt::format(
-        "the partition at byte {} is open: the clip was never finished", partition.offset));
-  }
-  const std::uint8_t kind = partition.pack.key[kPackKindByte];
+  const std::uint8_t kind = partition.pack.Kind();
   if ((kind == kHeaderPackKind) != first) {
     return reader->Refuse(
         fmt::format("the partition at byte {} is out of order", partition.offset));
   }
-  if ((kind == kFooterPackKind) != last) {
+  if (kind == kFooterPackKind && !last) {
     return reader->Refuse(
-        last ? "the clip has no footer partition: it was never finished"
-             : fmt::format("a footer partition at byte {} is not the last", partition.offset));
+        fmt::format("a footer partition at byte {} is not the last", partition.offset));
+  }
+  return true;
+}
+
+// Finds metadata and index table by the byte counts of the pack. False when a count does not end at
+// a KLV, or when metadata or index segments stand behind both.
+bool ReadByCounts(MapReader* reader, SourcePartition* partition, std::uint64_t* cursor) {
+  const PartitionPack& pack = partition->pack;
+  if (!ReadCounted(reader, pack.U64(pack_field::kHeaderByteCount), partition->end,
+                   "header metadata", IsMetadata, cursor, &partition->metadata) ||
+      !ReadCounted(reader, pack.U64(pack_field::kIndexByteCount), partition->end, "index table",
+                   IsIndexSegment, cursor, &partition->indexSegments)) {
+    return false;
+  }
+  KlvSpan behind;
+  const std::uint64_t next = SkipFill(*reader, *cursor, partition->end, partition->end);
+  return !ReadKlvSpan(reader->file, next, partition->end, &behind) || !IsIndexSegment(behind);
+}
+
+// Finds metadata and index table by the keys of the KLVs from `*cursor` on, and moves it behind
+// them.
+bool ReadByKeys(MapReader* reader, SourcePartition* partition, std::uint64_t* cursor) {
+  for (KlvSpan klv; ReadKlvSpan(reader->file, *cursor, partition->end, &klv);) {
+    const bool isFill = Is(klv, keys::kFill);
+    if (!isFill && !IsIndexSegment(klv) && !IsMetadata(klv)) break;
+    *cursor = klv.End();
+    if (isFill) continue;
+    if (!CountMetadata(reader, klv.length)) return false;
+    if (++reader->metadataKlvs > kMostMetadataKlvs) return reader->Refuse("too many metadata sets");
+    (IsIndexSegment(klv) ? partition->indexSegments : partition->metadata).push_back(klv);
   }
   return true;
 }
@@ -215,23 +272,25 @@ bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, 
 // `*behindCounted` becomes the file offset behind the index table. False, with a reason, when the
 // partition cannot be laid out anew.
 bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bool last,
-                   std::uint64_t* behindCounted) {
+                   SourceClip* clip, std::uint64_t* behindCounted) {
   KlvSpan klv;
   if (!ReadPack(reader->file, partition->offset, partition->end, &klv, &partition->pack)) {
     return reader->Refuse(fmt::format("no partition pack at byte {}", partition->offset));
   }
   if (!CheckPack(reader, *partition, first, last)) return false;
-  const PartitionPack& pack = partition->pack;
+  if (partition->pack.Status() != kClosedCompletePack) ++clip->unfinished;
+  const auto primerFirst = [partition] {
+    return !partition->metadata.empty() && Is(partition->metadata.front(), keys::kPrimerPack);
+  };
   *behindCounted = klv.End();
-  if (!ReadCounted(reader, pack.U64(pack_field::kHeaderByteCount), partition->end,
-                   "header metadata", IsMetadata, behindCounted, &partition->metadata) ||
-      !ReadCounted(reader, pack.U64(pack_field::kIndexByteCount), partition->end, "index table",
-                   IsIndexSegment, behindCounted, &partition->indexSegments)) {
-    return false;
-  }
-  const bool primerFirst =
-      !partition->metadata.empty() && Is(partition->metadata.front(), keys::kPrimerPack);
-  if (primerFirst || (partition->metadata.empty() && !first)) return true;
+  const bool counted = ReadByCounts(reader, partition, behindCounted);
+  if (counted && (primerFirst() || (partition->metadata.empty() && !first))) return true;
+  ++clip->wrongCounts;
+  partition->metadata.clear();
+  partition->indexSegments.clear();
+  *behindCounted = klv.End();
+  if (!ReadByKeys(reader, partition, behindCounted)) return false;
+  if (primerFirst() || (partition->metadata.empty() && !first)) return true;
   return reader->Refuse(
       fmt::format("no header metadata where the partition at byte {} has it", partition->offset));
 }
@@ -269,10 +328,14 @@ void PlaceEssences(const MapReader& reader, const std::vector<std::uint64_t>& be
 
 }  // namespace
 
-bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
-                      const std::atomic<std::uint32_t>& cancel, std::vector<SourcePartition>* map,
-                      std::string* reason) {
-  MapReader reader{file, fileSize, cancel, reason};
+bool IsContainerElement(const KlvKey& key) {
+  constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
+  return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key.begin() + 8);
+}
+
+bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
+                    std::string* reason) {
+  MapReader reader{file, fileSize, reason};
   std::vector<std::uint64_t> offsets;
   std::uint64_t end = 0;
   KlvSpan klv;
@@ -281,21 +344,24 @@ bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
     return reader.Refuse(
         "no partition pack at the start of the file: no MXF clip, or one with a run-in");
   }
-  if (!OffsetsFromRandomIndex(reader, &offsets, &end)) {
+  clip->hasRandomIndex = OffsetsFromRandomIndex(reader, &offsets, &end);
+  if (!clip->hasRandomIndex) {
     offsets.clear();
-    if (!OffsetsFromWalk(&reader, &offsets, &end)) return false;
+    if (!OffsetsFromWalk(&reader, clip, &offsets, &end)) return false;
   }
   offsets.push_back(end);
   const std::size_t count = offsets.size() - 1;
   std::vector<std::uint64_t> behindCounted(count);
-  map->assign(count, {});
+  clip->partitions.assign(count, {});
   for (std::size_t i = 0; i < count; ++i) {
-    (*map)[i].offset = offsets[i];
-    (*map)[i].end = offsets[i + 1];
-    if (!ReadPartition(&reader, &(*map)[i], i == 0, i + 1 == count, &behindCounted[i]))
+    SourcePartition& partition = clip->partitions[i];
+    partition.offset = offsets[i];
+    partition.end = offsets[i + 1];
+    if (!ReadPartition(&reader, &partition, i == 0, i + 1 == count, clip, &behindCounted[i])) {
       return false;
+    }
   }
-  PlaceEssences(reader, behindCounted, map);
+  PlaceEssences(reader, behindCounted, &clip->partitions);
   return true;
 }
 

@@ -1,9 +1,9 @@
 // Finds the parts of each partition of a clip: the header metadata, the index table and the essence
-// (SMPTE 377). Accepts lengths of every BER form, which the readers of the analysis do not.
+// (SMPTE ST 377-1). Accepts lengths of every BER form, which the readers of the analysis do not,
+// and clips that were never finished or were cut off.
 
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -22,6 +22,9 @@ struct PartitionPack {
   // The number at byte offset `field` of the value.
   std::uint32_t U32(std::size_t field) const { return ReadBe32(value.data() + field); }
   std::uint64_t U64(std::size_t field) const { return ReadBe64(value.data() + field); }
+
+  std::uint8_t Kind() const { return key[kPackKindByte]; }
+  std::uint8_t Status() const { return key[kPackStatusByte]; }
 };
 
 // One partition of the clip that is copied. Offsets are file offsets.
@@ -34,14 +37,29 @@ struct SourcePartition {
   std::uint64_t essenceStart;          // first byte of the essence; `end` when there is none
 };
 
-// Reads the partitions of `file`, which is `fileSize` bytes long, into `*map`, in file order. Takes
-// the partitions from the random index when the index agrees with the packs, else from a walk over
-// every KLV of the file. The walk ends when `cancel` is not 0. Returns false when the walk was
-// cancelled, when a read fails, or when the clip cannot be laid out anew: a run-in, an open
-// partition, no footer partition, byte counts that do not end at a KLV, or more metadata than real
-// clips have. `*reason` then tells why, in English. Throws std::bad_alloc.
-bool ReadPartitionMap(const platform::File& file, std::uint64_t fileSize,
-                      const std::atomic<std::uint32_t>& cancel, std::vector<SourcePartition>* map,
-                      std::string* reason);
+struct SourceClip {
+  std::vector<SourcePartition> partitions;  // in file order
+  bool hasRandomIndex = false;              // a Random Index Pack that agrees with the packs
+  std::uint64_t bytesBehind = 0;            // bytes behind the Random Index Pack
+  std::uint32_t unfinished = 0;             // partitions that are open or incomplete
+  std::uint32_t wrongCounts = 0;            // partitions whose byte counts are wrong
+  std::uint64_t cutBytes = 0;  // bytes behind the last whole KLV of a clip that was cut off
+
+  bool HasFooter() const { return partitions.back().pack.Kind() == kFooterPackKind; }
+};
+
+// True for the keys of the elements of the generic container: picture, sound, data and system
+// elements (SMPTE ST 379).
+bool IsContainerElement(const KlvKey& key);
+
+// Reads the partitions of `file`, which is `fileSize` bytes long, into `*clip`. Takes the
+// partitions from the random index when the index agrees with the packs, else from a walk over
+// every KLV of the file. Takes the parts of a partition by its byte counts when these end at a KLV,
+// else by the keys of the KLVs. Returns false when a read fails or is stopped, or when the clip
+// cannot be laid out anew: a run-in, partitions out of order, bytes in the middle that are no KLV,
+// no header metadata, or more metadata than real clips have. `*reason` then tells why, in English.
+// Throws std::bad_alloc.
+bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
+                    std::string* reason);
 
 }  // namespace quorvan

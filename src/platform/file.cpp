@@ -1,6 +1,10 @@
 #include "platform/file.h"
 
+#include <system_error>
 #include <utility>
+
+#include "platform/path.h"
+#include "platform/text.h"
 
 namespace quorvan::platform {
 
@@ -25,6 +29,15 @@ File& File::operator=(File&& other) noexcept {
 
 File::~File() {
   Close();
+}
+
+std::optional<std::uint64_t> FreeBytesBeside(const std::u16string& path) {
+  const std::u16string absolute = AbsolutePath(path);
+  const std::filesystem::path folder(
+      ToUtf8(absolute.substr(0, absolute.size() - LastComponent(absolute).size())));
+  std::error_code failed;
+  const std::filesystem::space_info space = std::filesystem::space(folder, failed);
+  return failed ? std::nullopt : std::optional<std::uint64_t>(space.available);
 }
 
 bool File::Seek(std::uint64_t offset) {

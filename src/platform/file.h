@@ -76,6 +76,10 @@ class File {
   // locks, files are opened for reading without a lock; kRewrite and kCreateNew fail.
   static File Open(const std::u16string& path, OpenMode mode);
 
+  // Opens a new file that has no name and stands in memory as far as it is written; it is gone when
+  // it is closed. Returns a File that is not open when the system has none. Throws nothing.
+  static File OpenInMemory();
+
   bool IsOpen() const { return handle_ != kNoHandle; }
 
   // Closes the file. False when the system reports on closing that written data is lost. True for a
@@ -182,6 +186,10 @@ class File {
 // Size and times of the regular file at `path`, or of the regular file to which a link at `path`
 // leads. Nothing when there is no such file or the file cannot be reached.
 std::optional<FileInfo> QueryFileInfo(const std::u16string& path);
+
+// The room in bytes that the file system of the folder of `path` has for this program. Nothing when
+// the system cannot tell.
+std::optional<std::uint64_t> FreeBytesBeside(const std::u16string& path);
 
 // True when anything has the name `path`: a file, a folder, or a link, even one that leads nowhere.
 bool IsNameTaken(const std::u16string& path);

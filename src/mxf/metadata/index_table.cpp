@@ -253,13 +253,6 @@ std::uint32_t FindPatternStart(const platform::File& file, const MXF_BASE_INFO& 
   return kUnknownPatternStart;
 }
 
-// Measures the elements of the first frame.
-std::int32_t Measure(platform::File* file, MXF_BASE_INFO* mxf) {
-  mxf->audio->patternStart = FindPatternStart(*file, *mxf);
-  MeasureAncillaryElement(file, mxf);
-  return MeasureAudioElement(file, mxf);
-}
-
 std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INFO* mxf) {
   if (!IsUsable(file)) return kIndexNoFile;
   if (mxf == nullptr) return kIndexNoBaseInfo;
@@ -271,6 +264,16 @@ std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INF
   if (mxf->audio == nullptr) return kIndexNoAudioInfo;
   return kSuccess;
 }
+
+}  // namespace
+
+std::int32_t MeasureFirstFrame(platform::File* file, MXF_BASE_INFO* mxf) {
+  mxf->audio->patternStart = FindPatternStart(*file, *mxf);
+  MeasureAncillaryElement(file, mxf);
+  return MeasureAudioElement(file, mxf);
+}
+
+namespace {
 
 // The index table in the reading that was tried first, while another reading is tried.
 struct SetAside {
@@ -285,7 +288,7 @@ struct SetAside {
     *mxf->indexEntries = std::move(entries);
     mxf->timecode->frameCount = frameCount;
     mxf->timecode->maxIndexDuration = maxIndexDuration;
-    if (*mxf->indexEntries != nullptr) Measure(file, mxf);
+    if (*mxf->indexEntries != nullptr) MeasureFirstFrame(file, mxf);
   }
 
   MXF_BASE_INFO* mxf;
@@ -298,7 +301,7 @@ std::int32_t ReadByOffset(platform::File* file, SegmentList* list, MXF_BASE_INFO
   if (const std::int32_t refused = CompleteSegments(*mxf, list)) return refused;
   const PartitionOf partitionOf = PartitionsByOffset(*mxf);
   if (const std::int32_t refused = Flatten(*file, *list, partitionOf, mxf)) return refused;
-  return Measure(file, mxf);
+  return MeasureFirstFrame(file, mxf);
 }
 
 }  // namespace
@@ -311,7 +314,7 @@ std::int32_t ReadIndexTableByOrder(platform::File* file, MXF_BASE_INFO* mxf, Seg
   if (list->frames == 0) return kNoIndexTable;
   const PartitionOf partitionOf = PartitionsByOrder(*mxf, *list);
   if (const std::int32_t refused = Flatten(*file, *list, partitionOf, mxf)) return refused;
-  return Measure(file, mxf);
+  return MeasureFirstFrame(file, mxf);
 }
 
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {

@@ -7,6 +7,9 @@
 
 namespace quorvan::tags {
 
+// Every set
+inline constexpr std::uint16_t kInstanceUid = 0x3C0A;
+
 // Preface
 inline constexpr std::uint16_t kVersion = 0x3B05;
 inline constexpr std::uint16_t kOperationalPattern = 0x3B09;
@@ -33,6 +36,9 @@ inline constexpr std::uint16_t kTracks = 0x4403;
 inline constexpr std::uint16_t kModifiedDate = 0x4404;
 inline constexpr std::uint16_t kCreationDate = 0x4405;
 
+// Timeline Track
+inline constexpr std::uint16_t kEditRate = 0x4B01;
+
 // Sequence and Timecode Component
 inline constexpr std::uint16_t kDataDefinition = 0x0201;
 inline constexpr std::uint16_t kDuration = 0x0202;
@@ -42,6 +48,7 @@ inline constexpr std::uint16_t kDropFrame = 0x1503;
 
 // Descriptors
 inline constexpr std::uint16_t kSampleRate = 0x3001;
+inline constexpr std::uint16_t kContainerDuration = 0x3002;
 inline constexpr std::uint16_t kEssenceContainer = 0x3004;
 inline constexpr std::uint16_t kPictureCoding = 0x3201;
 inline constexpr std::uint16_t kStoredHeight = 0x3208;
@@ -56,6 +63,7 @@ inline constexpr std::uint16_t kAvcBitRate = 0x800D;
 inline constexpr std::uint16_t kCdciBitRate = 0x800F;
 
 // Index Table Segment
+inline constexpr std::uint16_t kIndexEditRate = 0x3F0B;
 inline constexpr std::uint16_t kEditUnitByteCount = 0x3F05;
 inline constexpr std::uint16_t kSliceCount = 0x3F08;
 inline constexpr std::uint16_t kDeltaEntries = 0x3F09;

@@ -30,7 +30,9 @@ inline constexpr std::size_t kPackVersionByte = 7;
 inline constexpr std::size_t kPackKindByte = 13;
 inline constexpr std::size_t kPackStatusByte = 14;
 inline constexpr std::uint8_t kHeaderPackKind = 2;
+inline constexpr std::uint8_t kBodyPackKind = 3;
 inline constexpr std::uint8_t kFooterPackKind = 4;
+inline constexpr std::uint8_t kClosedCompletePack = 4;  // status
 
 // True when the status byte `status` says that the partition is open, incomplete or complete.
 constexpr bool IsOpenPartition(std::uint8_t status) {

@@ -75,6 +75,10 @@ std::int32_t ReadSourcePackage(platform::File* file, MXF_BASE_INFO* mxf);
 bool LookupPrimerTag(platform::File* file, const KlvKey* label, std::uint16_t* outTag,
                      std::uint64_t startOffset, std::uint64_t limitOffset);
 
+// Measures the audio and ancillary elements of the first frame of the index, and finds where in the
+// sample pattern the clip starts. Returns 0, or 609 as ReadIndexTable does.
+std::int32_t MeasureFirstFrame(platform::File* file, MXF_BASE_INFO* mxf);
+
 // Reads the index table by the order of the segments: the frames of the n-th segment lie in the
 // n-th partition with its BodySID. Fills `*list` with the segments that count. Else as
 // ReadIndexTable, but compares nothing with the frames.

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -161,6 +162,12 @@ File File::Open(const std::u16string& path, OpenMode mode) {
     return File();
   }
   return file;
+}
+
+File File::OpenInMemory() {
+  const int handle =
+      Uninterrupted(SystemCall::kOpen, [] { return memfd_create("unnamed", MFD_CLOEXEC); });
+  return handle < 0 ? File() : File(handle, {});
 }
 
 bool File::Close() {
