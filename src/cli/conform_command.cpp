@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <new>
+
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/json_writer.h"
@@ -54,9 +56,19 @@ std::string ResultText(const ConformArguments& arguments, const ConformResult& r
   return text;
 }
 
-int StatusOf(const ConformResult& result) {
-  if (result.IsDone()) return kDone;
-  return result.fault == ConformFault::kStopped ? kInterrupted : kFailed;
+// Tells why there is no copy, and what the copy mends. False when standard output cannot be
+// written.
+bool Report(const ConformArguments& arguments, const std::u16string& clip,
+            const ConformResult& result) {
+  const std::u16string message = AnalysisMessage(clip, result);
+  if (!result.IsDone()) {
+    const bool stopped = result.fault == ConformFault::kStopped;
+    PrintError(fmt::format("{}: {}", arguments.in,
+                           stopped ? "cancelled, no copy was left" : result.reason));
+    if (!message.empty()) PrintError(message);
+  }
+  if (arguments.json) return PrintLine(ResultJson(arguments, message, result));
+  return !result.IsDone() || PrintLine(ResultText(arguments, result));
 }
 
 }  // namespace
@@ -76,20 +88,16 @@ int RunConform(const ConformArguments& arguments) {
     result.fault = ConformFault::kNoMemory;
     result.reason = "no thread for the copy";
   }
-  const std::u16string message = AnalysisMessage(request.in, result);
-  if (!result.IsDone()) {
-    const bool stopped = result.fault == ConformFault::kStopped;
-    PrintError(fmt::format("{}: {}", arguments.in,
-                           stopped ? "cancelled, no copy was left" : result.reason));
-    if (!message.empty()) PrintError(message);
+  bool printed = false;
+  try {
+    printed = Report(arguments, request.in, result);
+  } catch (const std::bad_alloc&) {
+    if (!result.IsDone()) throw;
+    PrintRaw("mxf-quorvan-cli: the copy is made; no memory to tell what it mends\n");
+    return kDone;
   }
-  bool printed = true;
-  if (arguments.json) {
-    printed = PrintLine(ResultJson(arguments, message, result));
-  } else if (result.IsDone()) {
-    printed = PrintLine(ResultText(arguments, result));
-  }
-  return printed ? StatusOf(result) : kFailed;
+  if (!result.IsDone()) return result.fault == ConformFault::kStopped ? kInterrupted : kFailed;
+  return printed ? kDone : kFailed;
 }
 
 }  // namespace quorvan::cli

@@ -303,7 +303,11 @@ class Conformer {
   std::int32_t Analyze(platform::File* file, MxfRecords* records) {
     records->timecode.useFileIo = Method::kGenericFileIo;
     const std::int32_t code = AnalyzeMxfFile(file, &records->base);
-    if (code == quorvan::kCancelled) EndStopped();
+    if (code == kCancelled) EndStopped();
+    if (code % 100 == kStageNoMemory) End(ConformFault::kNoMemory, "no memory for the analysis");
+    if (code % 100 == kStageUnreadable) {
+      End(ConformFault::kUnwritable, "the copy cannot be read back");
+    }
     return code;
   }
 
@@ -369,7 +373,7 @@ void AddAnalysisOf(platform::File* clip, ConformResult* result) {
   MxfRecords records;
   records.timecode.useFileIo = Method::kGenericFileIo;
   const std::int32_t code = AnalyzeMxfFile(clip, &records.base);
-  if (code <= 0 || code == quorvan::kCancelled) return;
+  if (code <= 0 || code == kCancelled) return;
   result->analysisCode = code;
   result->processCode = records.base.processCode;
   result->hasAudioDescriptor = records.audio.hasDescriptor == 1;

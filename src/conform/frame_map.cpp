@@ -135,7 +135,7 @@ class FrameReader {
       return Refuse(fmt::format("the frame at byte {} holds no audio element", start));
     }
     // Where the clip was cut off, another frame has to show how many elements a frame holds.
-    const bool mayBeCut = clip_.cutBytes != 0 && isLast;
+    const bool mayBeCut = isLast && (clip_.cutBytes != 0 || !clip_.HasFooter());
     const bool isWhole =
         SameElement(elements.front().key, opener_) &&
         (isFirst ? !mayBeCut
