@@ -111,7 +111,7 @@ std::u16string ChoosePath(const std::u16string& clip, QWidget* parent) {
     chooser.setOption(QFileDialog::DontConfirmOverwrite);  // a name that is taken is refused
     chooser.selectFile(ToQString(platform::LastComponent(proposed)));
     if (chooser.exec() != QDialog::Accepted) return {};
-    const std::u16string path = FromQString(chooser.selectedFiles().value(0));
+    std::u16string path = FromQString(chooser.selectedFiles().value(0));
     const std::u16string refusal = PathRefusal(path);
     if (refusal.empty()) return path;
     Tell(parent, BoxKind::kError, refusal, kSaveTitle);
