@@ -24,7 +24,7 @@ constexpr int kWatchMilliseconds = 2;
 // True for the dialogs of running jobs.
 bool EndsByItself(const QObject* object) {
   return object->inherits("quorvan::ui::AnalysisDialog") ||
-         object->inherits("quorvan::ui::JobDialog");
+         object->inherits("quorvan::ui::JobDialog") || object->objectName() == "conform";
 }
 
 std::string TextIn(const QWidget* dialog) {

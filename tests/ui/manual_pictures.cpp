@@ -6,7 +6,11 @@
 #include <QProgressBar>
 #include <QTest>
 
+#include <chrono>
+#include <thread>
+
 #include "driver.h"
+#include "platform/fault_seam.h"
 #include "platform/text.h"
 #include "state/window_state_info.h"
 #include "support/wav_builder.h"
@@ -14,6 +18,7 @@
 namespace quorvan::test {
 namespace {
 
+constexpr std::chrono::milliseconds kSlowWrite(20);
 constexpr std::uint64_t kMinute = 60 * 48000;  // samples
 
 // Two minutes of news as it may come from the edit, with its sound from the mix.
@@ -45,10 +50,10 @@ std::u16string WriteWav(const std::string& name, std::uint16_t channels, std::ui
   return Write(name, BuildWav(spec).bytes);
 }
 
-// Waits until the bar of a running job has moved, then takes its picture.
-Answer PhotographRunning(Driver* driver, const QString& name) {
+// Waits until the bar of a running job has come to `percent`, then takes its picture.
+Answer PhotographRunning(Driver* driver, const QString& name, int percent = 1) {
   return [=](QWidget* dialog) {
-    while (dialog->isVisible() && dialog->findChild<QProgressBar*>()->value() == 0)
+    while (dialog->isVisible() && dialog->findChild<QProgressBar*>()->value() < percent)
       QTest::qWait(1);
     driver->Photograph(name);
   };
@@ -132,6 +137,23 @@ TEST(Manual, TakesItsPictures) {
   broken.timecodeWords[200] = 0;
   driver.Expect(PhotographAndPress(&driver, "breaks", "7"));
   driver.Drop({Write("NEWS1900_HI.mxf", BuildClip(broken).bytes)});
+
+  Clip cut = BuildClip(News());
+  cut.bytes.resize(cut.layout.randomIndex.key);
+  driver.Expect(Press({"1"}));
+  driver.Expect(PhotographAndPress(&driver, "conform", "6"));
+  driver.Expect([&](QWidget* dialog) {
+    driver.WhenRunning(PhotographRunning(&driver, "conforming", 40));
+    platform::SetFaultSeam([](platform::SystemCall call) {
+      if (call == platform::SystemCall::kWrite) std::this_thread::sleep_for(kSlowWrite);
+      return platform::CallOutcome::kAsEver;
+    });
+    static_cast<QDialog*>(dialog)->accept();
+  });
+  driver.Expect(Press({"1"}));
+  driver.Drop({Write("NEWS1900_LO.mxf", cut.bytes)});
+  driver.TakeBackAnswers();  // without a note of what was mended there is no message
+  platform::SetFaultSeam(nullptr);
   std::filesystem::remove_all(kFolder);
 }
 

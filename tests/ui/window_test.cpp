@@ -316,15 +316,15 @@ TEST(Window, RefusesWhatDoesNotFit) {
 // Where a job waits until the operator has done something: at each call of the kind while there is
 // no counter or it counts.
 std::atomic<bool> goesOn = true;
-platform::SystemCall waitsAt;
+platform::SystemCall chosenCall;
 const std::atomic<std::uint32_t>* counter = nullptr;
 
 void HoldJobAt(platform::SystemCall call, const std::atomic<std::uint32_t>* counts) {
-  waitsAt = call;
+  chosenCall = call;
   counter = counts;
   goesOn = false;
   platform::SetFaultSeam([](platform::SystemCall made) {
-    while (made == waitsAt && !goesOn && (counter == nullptr || *counter != 0))
+    while (made == chosenCall && !goesOn && (counter == nullptr || *counter != 0))
       std::this_thread::yield();
     return platform::CallOutcome::kAsEver;
   });
@@ -609,6 +609,71 @@ TEST(Window, StopsEachJobWhenAsked) {
   stopNext(platform::SystemCall::kGatheredWrite);
   driver.Key(Qt::Key_R, Qt::ControlModifier);
   platform::SetFaultSeam(nullptr);
+}
+
+// A refused clip is copied only when the operator says so, under a free name.
+TEST(Window, OffersAConformedCopyOfARefusedClip) {
+  Stage stage;
+  Driver& driver = stage.driver;
+  Bytes cut = stage.clip.bytes;
+  cut.resize(stage.clip.layout.randomIndex.key);
+  const std::u16string path = stage.folder.Write("cut.mxf", cut);
+  const auto countFiles = [&] {
+    return std::distance(std::filesystem::directory_iterator(stage.folder.Path()), {});
+  };
+  const auto dropAnd = [&](const QString& button, const std::vector<Answer>& answers) {
+    driver.Expect(Press({"1"}, "ランダム・インデックス・テーブルが見つかりません。"));
+    driver.Expect(Press({button}, "構造を整えたコピー"));
+    std::ranges::for_each(answers, [&](const Answer& answer) { driver.Expect(answer); });
+    driver.Drop({path});
+  };
+  const auto propose = [](QWidget* dialog) { static_cast<QDialog*>(dialog)->accept(); };
+  const auto giveUp = [](QWidget* dialog) { dialog->close(); };
+  const auto proposeAndStop = [&](QWidget* chooser) {
+    HoldJobAt(platform::SystemCall::kRead, nullptr);
+    driver.WhenRunning([&](QWidget* dialog) {
+      driver.Key(Qt::Key_Escape);
+      EXPECT_TRUE(dialog->isVisible());
+      EXPECT_EQ(qobject_cast<QLabel*>(driver.Find("1017", dialog))->text(),
+                "中断処理を行っています、お待ちください...");
+      goesOn = true;
+    });
+    propose(chooser);
+  };
+  const std::string start = LookOf(driver);
+  const auto files = countFiles();
+  dropAnd("7", {});
+  dropAnd("6", {giveUp});
+  dropAnd("6", {proposeAndStop, Press({"1"}, "コピーの作成を中断しました。")});
+  platform::SetFaultSeam(nullptr);
+  const auto proposeAndFailAt = [&](platform::SystemCall call) {
+    return [=](QWidget* chooser) {
+      chosenCall = call;
+      platform::SetFaultSeam([](platform::SystemCall made) {
+        return made == chosenCall ? platform::CallOutcome::kFails : platform::CallOutcome::kAsEver;
+      });
+      propose(chooser);
+    };
+  };
+  dropAnd("6", {proposeAndFailAt(platform::SystemCall::kThread),
+                Press({"1"}, "処理用のスレッドを開始できません。")});
+  platform::SetFaultSeam(nullptr);
+  dropAnd("6", {proposeAndFailAt(platform::SystemCall::kWrite),
+                Press({"1"}, "コピーを書込めません。"), giveUp});
+  platform::SetFaultSeam(nullptr);
+  EXPECT_EQ(countFiles(), files);
+  EXPECT_EQ(LookOf(driver), start);
+
+  stage.folder.Write("cut_CNF.mxf", {1});
+  dropAnd("6", {Choosing("cut_CNF.mxf"),
+                Press({"1"}, "cut_CNF.mxf\n\n同じ名前のファイルがすでにあります。"), propose,
+                Press({"1"}, "構造を整えたコピーを作成しました。")});
+  driver.TakeBackAnswers();  // without a note of what was mended there is no message
+  EXPECT_EQ(stage.app.mxfLoaded, 1);
+  EXPECT_EQ(driver.TextOf(kFileNameText), "cut_CNF2.mxf");
+  EXPECT_EQ(ReadAll(path), cut);
+  EXPECT_EQ(ReadAll(stage.folder.Path() / "cut_CNF.mxf"), Bytes{1});
+  EXPECT_EQ(countFiles(), files + 2);
 }
 
 TEST(Placement, BringsTheWindowOntoAScreenThatIsThere) {

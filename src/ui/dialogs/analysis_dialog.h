@@ -26,7 +26,8 @@ class AnalysisDialog : public QDialog {
 
   // Runs the analysis and returns when it has ended and the operator has seen its messages.
   // `analysisOk` of `app` is then 1 when the clip counts as loaded: it was accepted, or the
-  // operator stopped the comparison of the timecodes and wants to load the clip anyway.
+  // operator stopped the comparison of the timecodes and wants to load the clip anyway. Returns the
+  // result of an analysis that failed or was stopped, else QDialog::Accepted.
   int exec() override;
 
  protected:

@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QUrl>
 
+#include "conform/conform.h"
 #include "job/job_steps.h"
 #include "job/process_table.h"
 #include "platform/path.h"
@@ -20,6 +21,7 @@
 #include "state/program_name.h"
 #include "state/track_assignment.h"
 #include "ui/dialogs/analysis_dialog.h"
+#include "ui/dialogs/conform_dialog.h"
 #include "ui/dialogs/job_dialog.h"
 #include "ui/dialogs/loudness_dialog.h"
 #include "ui/dialogs/small_dialogs.h"
@@ -314,14 +316,17 @@ void MainWindow::LoadByDialog() {
   const QString path =
       QFileDialog::getOpenFileName(this, "MXFファイルをロード", QString(), kMxfFilter, nullptr,
                                    QFileDialog::HideNameFilterDetails);
-  if (path.isEmpty()) return;
-  const std::u16string chosen = FromQString(path);
-  if (!FitsMxfPath(chosen)) return Tell(this, BoxKind::kError, ClipPathTooLongMessage(chosen));
-  if (!OpenClip(chosen)) {
+  if (!path.isEmpty()) LoadChosen(FromQString(path));
+}
+
+// Loads the clip at `path`, or tells why it cannot be opened.
+void MainWindow::LoadChosen(const std::u16string& path) {
+  if (!FitsMxfPath(path)) return Tell(this, BoxKind::kError, ClipPathTooLongMessage(path));
+  if (!OpenClip(path)) {
     return Tell(this, BoxKind::kError,
-                ClipCannotBeLoadedMessage(chosen, platform::LastSystemError()));
+                ClipCannotBeLoadedMessage(path, platform::LastSystemError()));
   }
-  AnalyseOpenClip(chosen);
+  AnalyseOpenClip(path);
 }
 
 bool MainWindow::OpenClip(const std::u16string& path) {
@@ -330,9 +335,11 @@ bool MainWindow::OpenClip(const std::u16string& path) {
   return app_.mxfFile.IsOpen();
 }
 
+// Analyses the clip at `path`, which is open, and loads it. After a refusal that a conformed copy
+// may avoid, offers such a copy and loads it instead.
 void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   platform::CopyText(app_.mxfPath, kMxfPathChars, path);
-  AnalysisDialog(&app_, StatusSetter(), this).exec();
+  const int result = AnalysisDialog(&app_, StatusSetter(), this).exec();
   app_.mxfFile.Close();
   if (app_.analysisOk == 1) {
     EnterLoadedState(&app_);
@@ -343,6 +350,8 @@ void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   entry_->Refresh();
   view_->LayOut();
   RequestRefresh(kRefreshMenus | kRefreshTracks);
+  if (!MayConform(result)) return;
+  if (const auto copy = OfferConformedCopy(path, StatusSetter(), this)) LoadChosen(*copy);
 }
 
 void MainWindow::Unload() {

@@ -50,6 +50,7 @@ class MainWindow : public QMainWindow {
 
   // Commands, their steps, and dropped files.
   void LoadByDialog();
+  void LoadChosen(const std::u16string& path);
   bool OpenClip(const std::u16string& path);
   void AnalyseOpenClip(const std::u16string& path);
   void TakeDropped(const std::vector<std::u16string>& paths);
