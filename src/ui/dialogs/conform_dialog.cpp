@@ -253,7 +253,7 @@ std::optional<std::u16string> OfferConformedCopy(
         Tell(parent, BoxKind::kNotice, ConformedMessage(clip, result->mended));
       return request.out;
     }
-    setStatus(TextOf(ConformFault::kCancelled).text);
+    setStatus(TextOf(ConformFault::kStopped).text);
     Tell(parent, BoxKind::kWarning,
          result ? NotConformedMessage(clip, *result) : About(clip, NoThreadRefusal().text),
          kCoreName);
