@@ -658,7 +658,7 @@ TEST(Window, OffersAConformedCopyOfARefusedClip) {
   dropAnd("6", {proposeAndFailAt(platform::SystemCall::kThread),
                 Press({"1"}, "処理用のスレッドを開始できません。")});
   platform::SetFaultSeam(nullptr);
-  dropAnd("6", {proposeAndFailAt(platform::SystemCall::kWrite),
+  dropAnd("6", {proposeAndFailAt(platform::SystemCall::kFlush),
                 Press({"1"}, "コピーを書込めません。"), giveUp});
   platform::SetFaultSeam(nullptr);
   EXPECT_EQ(countFiles(), files);
