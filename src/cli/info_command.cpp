@@ -36,6 +36,9 @@ int RunInfo(const InfoArguments& arguments) {
   }
   const bool printed = (!arguments.json && !accepted) || output.Finish();
   if (!accepted) PrintError(session.message);
+  if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
+    PrintError(PatternLine(session.app.mxf.audio));
+  }
   const bool logged = WriteLog(arguments, session);
   if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;
   return accepted && printed && logged ? kDone : kFailed;

@@ -97,6 +97,8 @@ void AudioInfo(const MXF_AUDIO_INFO& a, JsonWriter* json) {
   json->Field("integratedLoudness", a.integratedLoudness);
   json->Field("truePeak", a.truePeak);
   json->Field("loudnessRange", a.loudnessRange);
+  json->Field("indexedElements", a.indexedElements);
+  json->Field("patternStart", a.patternStart);
 }
 
 void VideoInfo(const MXF_VIDEO_INFO& v, JsonWriter* json) {

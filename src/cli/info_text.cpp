@@ -142,6 +142,12 @@ void AddIndex(const MXF_BASE_INFO& mxf, Page* page) {
 
 }  // namespace
 
+std::string PatternLine(const MXF_AUDIO_INFO& audio) {
+  return fmt::format(
+      "the 5-frame sample pattern starts at its position {} instead of 0: no job takes the clip",
+      audio.patternStart);
+}
+
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
   std::vector<std::string> lines;
   for (const ClipNotice notice : NoticesOf(mxf)) {
@@ -161,10 +167,18 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
         lines.push_back(fmt::format("the duration says {} frames, the index holds {}",
                                     mxf.timecode->duration, mxf.timecode->frameCount));
         break;
+      case ClipNotice::kOtherPattern:
+        lines.push_back(PatternLine(*mxf.audio));
+        break;
+      case ClipNotice::kIndexContradicted:
+        lines.emplace_back(
+            "the index does not lead to the audio of the frames: no job takes the clip, but a "
+            "conformed copy gets another index");
+        break;
       case ClipNotice::kHiddenTracks:
         lines.push_back(
             fmt::format("the index holds {} audio elements a frame, {} audio tracks were counted",
-                        IndexedAudioElements(mxf), mxf.audio->trackCount));
+                        mxf.audio->indexedElements, mxf.audio->trackCount));
         break;
     }
   }

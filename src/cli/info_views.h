@@ -10,6 +10,10 @@
 
 namespace quorvan::cli {
 
+// The sentence that the sample pattern of the clip does not start with the clip, and where it
+// starts.
+std::string PatternLine(const MXF_AUDIO_INFO& audio);
+
 // One English sentence for each notice of the accepted clip of `mxf`.
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
 

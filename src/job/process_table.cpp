@@ -17,7 +17,7 @@
 namespace quorvan {
 namespace {
 
-constexpr std::size_t kResultColumns = 33;
+constexpr std::size_t kResultColumns = 34;
 
 // The texts of a stage's failures, by result minus process code. kFillerText stands in for an empty
 // text.
@@ -64,6 +64,7 @@ constexpr std::u16string_view kEngineFailures[kResultColumns - kOwnColumns] = {
     u"BWFファイルを書込めません。\n空き容量と接続デバイスを確認して下さい。",
     u"インデックステーブルが、範囲の全てのフレームを順に示していません。",
     u"ヘッダーメタデータの中に、パッケージのUMIDを確認できません。\nMXFファイルの構造に問題があります。",
+    u"5フレーム１セットのサンプルパターンがクリップの先頭から始まっていないため、処理ができません。",
 };
 constexpr std::u16string_view kNoExportOnText = u"書出しトラックのON/OFFスイッチが全てOFFになっています。";
 constexpr std::u16string_view kSampleBitsText = u"サンプルビット数が対応していません。このアプリは24bit または 16bitに対応しています。 ";
@@ -325,6 +326,11 @@ constexpr std::u16string_view kCannotBeLoadedForm =
     u"接続デバイス、他のアプリで使用していないか確認して下さい。\nERR: %s";
 constexpr std::u16string_view kHiddenTracksForm = u"アプリの設計上 %s から %sトラックは認識されません。";
 constexpr std::u16string_view kHiddenTracksUncheckedForm = u"アプリの仕様上 %s から %sトラックは認識されません。\nご了承ください。";
+constexpr std::u16string_view kOtherElementsForm =
+    u"フレーム内のオーディオエレメント: %s\n認識されたオーディオトラック: %s\n\n"
+    u"数が一致しないため、使用できないトラックがあります。";
+constexpr std::u16string_view kIndexContradictedText =
+    u"インデックステーブルがオーディオエレメントを示していないため、\nこのクリップは処理ができません。";
 constexpr std::u16string_view kBackupQuestion =
     u"MXFファイルのバックアップは済んでいますか？\n\n全てのUMID(識別子)を書換えるため、\n"
     u"完了後のファイルは、新規素材として認識されます。\n開始してもよろしいでしょうか？";
@@ -460,6 +466,14 @@ std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked) {
   const std::int32_t tracks = audio.trackCount;
   return checked ? Fill(kHiddenTracksForm, {Number(kMaxTracks + 1), Number(tracks)})
                  : Fill(kHiddenTracksUncheckedForm, {Number(kMaxTracks), Number(tracks)});
+}
+
+std::u16string IndexNoticeMessage(const MXF_BASE_INFO& mxf) {
+  if (mxf.indexContradicted != 0) return std::u16string(kIndexContradictedText);
+  const MXF_AUDIO_INFO& audio = *mxf.audio;
+  if (audio.indexedElements == UsableTracks(audio)) return {};
+  return Fill(kOtherElementsForm, {Number(static_cast<std::int32_t>(audio.indexedElements)),
+                                   Number(audio.trackCount)});
 }
 
 std::u16string_view BackupQuestion(bool keepsUmids) {

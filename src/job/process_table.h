@@ -78,6 +78,10 @@ std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint3
 // it.
 std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
 
+// The message that the index of the loaded clip does not lead to the audio of the frames, or leads
+// to more or fewer audio elements than tracks were counted; empty when all is well.
+std::u16string IndexNoticeMessage(const MXF_BASE_INFO& mxf);
+
 // The message that a job was refused with `result` before it began, for the reason `text`.
 std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t result,
                                  std::u16string_view text, Method method);

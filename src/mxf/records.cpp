@@ -59,6 +59,7 @@ void UnloadMxf(MXF_BASE_INFO* mxf) {
   *mxf->video = {};
   mxf->hasAncillaryData = 0;
   mxf->ancillaryElementSize = 0;
+  mxf->indexContradicted = 0;
   mxf->versionMajor = 0;
   mxf->versionMinor = 0;
   mxf->companyName[0] = 0;
@@ -91,6 +92,10 @@ bool HasKnownRate(const MXF_TIMECODE_INFO& timecode) {
 
 bool HasSampleFormat(const MXF_AUDIO_INFO& audio) {
   return audio.sampleRate != 0 && audio.quantizationBits != 0;
+}
+
+bool HasOtherPattern(const MXF_AUDIO_INFO& audio) {
+  return audio.patternStart != 0 && audio.patternStart != kUnknownPatternStart;
 }
 
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio) {

@@ -137,6 +137,7 @@ struct MXF_AUDIO_INFO {
   double loudnessRange;             // LU
   AudioElementKind elementKind;     // of the first frame's first audio element
   std::uint32_t hasDescriptor;      // 1 when the file has an audio descriptor
+  std::uint32_t indexedElements;    // audio elements of the first frame to which the index leads
   // Position in the 5-frame sample pattern at which the clip starts, 0 where all is well; else
   // kUnknownPatternStart.
   std::uint32_t patternStart;
@@ -208,6 +209,7 @@ struct MXF_BASE_INFO {
   MXF_VIDEO_INFO* video;
   IndexEntryCell* indexEntries;            // permanent cell, empty while no file is loaded
   std::atomic<std::uint32_t> processCode;  // running stage (ProcessCode); other threads read it
+  std::uint32_t indexContradicted;         // 1 when keys of the frames contradict the index
   METADATA_SET_PLACE materialPackageSet;   // the set that the analysis has accepted
   METADATA_SET_PLACE sourcePackageSet;     // the set that the analysis has accepted
 };
@@ -258,6 +260,9 @@ bool HasKnownRate(const MXF_TIMECODE_INFO& timecode);
 
 // True when the file tells sampling rate and sample width.
 bool HasSampleFormat(const MXF_AUDIO_INFO& audio);
+
+// True when the sample pattern of the clip is known and does not start with the clip.
+bool HasOtherPattern(const MXF_AUDIO_INFO& audio);
 
 // Number of tracks that the jobs use: trackCount, but at most kMaxTracks.
 std::uint32_t UsableTracks(const MXF_AUDIO_INFO& audio);

@@ -43,12 +43,6 @@ std::uint32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode) {
   return WorkingLast(timecode) - WorkingStart(timecode) + 1;
 }
 
-std::uint32_t IndexedAudioElements(const MXF_BASE_INFO& mxf) {
-  const std::uint32_t others = kDeltasBeforeAudio + (mxf.hasAncillaryData != 0 ? 1 : 0);
-  const std::uint32_t deltas = (*mxf.indexEntries)[0].deltaCount;
-  return deltas > others ? deltas - others : 0;
-}
-
 std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf) {
   const MXF_TIMECODE_INFO& timecode = *mxf.timecode;
   const MXF_AUDIO_INFO& audio = *mxf.audio;
@@ -59,7 +53,12 @@ std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf) {
   if (HasRange(timecode) && timecode.duration != timecode.frameCount) {
     notices.push_back(ClipNotice::kOtherLength);
   }
-  if (IndexedAudioElements(mxf) > audio.trackCount) notices.push_back(ClipNotice::kHiddenTracks);
+  if (HasOtherPattern(audio)) notices.push_back(ClipNotice::kOtherPattern);
+  if (mxf.indexContradicted != 0) {
+    notices.push_back(ClipNotice::kIndexContradicted);
+  } else if (audio.indexedElements != UsableTracks(audio)) {
+    notices.push_back(ClipNotice::kHiddenTracks);
+  }
   return notices;
 }
 

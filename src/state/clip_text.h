@@ -32,19 +32,17 @@ std::uint32_t LengthInFrames(const MXF_TIMECODE_INFO& timecode);
 
 // What an operator should know of a clip.
 enum class ClipNotice {
-  kNoRange,         // start, timecode base or duration is unknown: no job takes the clip
-  kUnknownRate,     // the edit rate is not in the table: no job takes the clip
-  kNoSampleFormat,  // sampling rate or sample width is unknown: no job takes the clip
-  kOtherLength,     // the index has more or fewer frames than the duration says
-  kHiddenTracks,    // a frame has more audio elements than the clip has sound tracks
+  kNoRange,            // start, timecode base or duration is unknown: no job takes the clip
+  kUnknownRate,        // the edit rate is not in the table: no job takes the clip
+  kNoSampleFormat,     // sampling rate or sample width is unknown: no job takes the clip
+  kOtherLength,        // the index has more or fewer frames than the duration says
+  kOtherPattern,       // the sample pattern does not start with the clip: no job takes the clip
+  kIndexContradicted,  // the index does not lead to the audio: no job takes the clip
+  kHiddenTracks,       // the index leads to more or fewer audio elements than tracks were counted
 };
 
 // All notices that apply to the clip, in the order of ClipNotice. `mxf` must hold an accepted
 // analysis.
 std::vector<ClipNotice> NoticesOf(const MXF_BASE_INFO& mxf);
-
-// The number of audio elements in a frame: the delta entries of the first index entry without those
-// of the system element, the picture and the ancillary data. `mxf` must hold an accepted analysis.
-std::uint32_t IndexedAudioElements(const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

@@ -17,7 +17,8 @@ bool HasRecords(const MXF_BASE_INFO* mxf) {
 JobFault CheckClip(const MXF_BASE_INFO& mxf) {
   if (!HasRange(*mxf.timecode)) return kNoRange;
   if (!HasKnownRate(*mxf.timecode)) return kUnknownRate;
-  return HasSampleFormat(*mxf.audio) ? kNoFault : kNoSampleFormat;
+  if (!HasSampleFormat(*mxf.audio)) return kNoSampleFormat;
+  return HasOtherPattern(*mxf.audio) ? kOtherPattern : kNoFault;
 }
 
 JobFault CheckClipSize(const platform::File& clip, const MXF_BASE_INFO& mxf) {

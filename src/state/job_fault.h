@@ -11,7 +11,7 @@ namespace quorvan {
 
 // A failed job's result is the process code of its stage plus a JobFault. A measurement adds the
 // JobFault to 4000, the process code of the export by memory mapping. The numbers 6 to 14 mean
-// something else in each stage. The next fault is 33. The tables of job/process_table.cpp hold a
+// something else in each stage. The next fault is 34. The tables of job/process_table.cpp hold a
 // text for every number; a new fault needs a text there and a higher kResultColumns.
 enum JobFault : std::int32_t {
   kNoFault = 0,
@@ -35,10 +35,11 @@ enum JobFault : std::int32_t {
   kNotFlushed = 26,       // the written audio may not be on the medium
   kUmidsNotFlushed = 27,  // the audio is on the medium, the UMIDs may not be
   kOutOfMemory = 28,
-  kNoThread = 29,     // a thread could not be started
-  kTargetFault = 30,  // a new file cannot be written
-  kIndexUnfit = 31,   // the index table does not count every frame of the range
-  kHeaderUnfit = 32,  // the UMIDs cannot be found in the header metadata
+  kNoThread = 29,      // a thread could not be started
+  kTargetFault = 30,   // a new file cannot be written
+  kIndexUnfit = 31,    // the index table does not count every frame of the range
+  kHeaderUnfit = 32,   // the UMIDs cannot be found in the header metadata
+  kOtherPattern = 33,  // the sample pattern does not start with the clip
 };
 
 // Result of both rewrite engines, whatever their process code, for a clip with a UMID of 64 bytes

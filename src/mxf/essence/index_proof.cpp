@@ -144,6 +144,16 @@ bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf) {
   return true;
 }
 
+std::uint32_t CountIndexedElements(const platform::File& file, const MXF_BASE_INFO& mxf) {
+  const INDEX_ENTRY_ARRAY& first = (*mxf.indexEntries)[0];
+  std::array<std::uint8_t, kMostKlvHeaderBytes> header;
+  std::uint32_t count = 0;
+  for (std::uint32_t track = 0; track < kMaxTracks; ++track) {
+    if (ReadElementHeader(file, mxf, first, track, &header) != 0) ++count;
+  }
+  return count;
+}
+
 std::optional<std::uint64_t> FirstElementBytes(const platform::File& file, const MXF_BASE_INFO& mxf,
                                                std::uint32_t entryIndex) {
   std::array<std::uint8_t, kMostKlvHeaderBytes> header;

@@ -24,6 +24,10 @@ bool BorderKeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf);
 // Throws nothing.
 bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf);
 
+// Number of audio elements in the first frame that stand where the index says, at most kMaxTracks.
+// Throws nothing.
+std::uint32_t CountIndexedElements(const platform::File& file, const MXF_BASE_INFO& mxf);
+
 // Length in bytes of the value of the first track's audio element in the frame `entryIndex`
 // (zero-based), by its own length field. Nothing when no audio element stands where the index says.
 // Throws nothing.

@@ -269,6 +269,7 @@ std::int32_t MissingIndexArgument(const platform::File* file, const MXF_BASE_INF
 
 std::int32_t MeasureFirstFrame(platform::File* file, MXF_BASE_INFO* mxf) {
   mxf->audio->patternStart = FindPatternStart(*file, *mxf);
+  mxf->audio->indexedElements = CountIndexedElements(*file, *mxf);
   MeasureAncillaryElement(file, mxf);
   return MeasureAudioElement(file, mxf);
 }
@@ -322,12 +323,11 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   const std::int32_t byOrder = ReadIndexTableByOrder(file, mxf, &list);
   if (byOrder != kSuccess && byOrder != kNoIndexTable) return byOrder;
   if (byOrder == kSuccess && BorderKeysAgree(*file, *mxf)) return kSuccess;
-  if (list.segments.empty()) return byOrder;
-
   SetAside first(mxf);
   const std::int32_t byOffset = ReadByOffset(file, &list, mxf);
   if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
   first.PutBack(file);
+  mxf->indexContradicted = 1;
   return byOrder;
 }
 

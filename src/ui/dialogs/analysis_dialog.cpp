@@ -127,6 +127,8 @@ void AnalysisDialog::TellNotices(bool checked) {
   if (!refusal.empty()) Tell(this, BoxKind::kWarning, refusal);
   const std::u16string hidden = HiddenTracksMessage(*app_.mxf->audio, checked);
   if (!hidden.empty()) Tell(this, BoxKind::kWarning, hidden);
+  const std::u16string index = IndexNoticeMessage(*app_.mxf);
+  if (!index.empty()) Tell(this, BoxKind::kWarning, index);
 }
 
 void AnalysisDialog::OnDone() {
