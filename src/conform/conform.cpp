@@ -72,7 +72,8 @@ class Conformer {
     std::string reason;
     if (!ReadSourceClip(clip_, size_, &source_, &reason)) return Unfit(std::move(reason));
     if (!ReadMetadata()) return Unreadable();
-    return PlanWithIndex() || (!HasEnded() && PlanWithFrames());
+    if (!PlanWithIndex() && (HasEnded() || !PlanWithFrames())) return false;
+    return clip_.Trouble() == platform::ReadTrouble::kNone || Unreadable();
   }
 
   // Writes the copy to `out`.
@@ -99,6 +100,10 @@ class Conformer {
         return End(ConformFault::kUnwritable, "the copy cannot be written or read back");
     }
     if (!CheckCopy(&copy.file())) return;
+    if (clip_.Trouble() != platform::ReadTrouble::kNone) {
+      Unreadable();
+      return;
+    }
     if (!copy.TakeName(out)) {
       End(ConformFault::kUnwritable,
           "the copy cannot take its name, or the name not be brought onto the medium");
@@ -206,7 +211,8 @@ class Conformer {
     if (code != kSuccess && !isOfIndex) return RefusedBy(records, code);
     const MXF_TIMECODE_INFO& timecode = records.timecode;
     const bool isComplete = !HasRange(timecode) || timecode.duration == timecode.frameCount;
-    if (code != kSuccess || !isComplete || !IndexFits(size_, &records)) {
+    if (code != kSuccess || !isComplete || !IndexFits(size_, &records) ||
+        !EndsWithFrame(records.indexEntries[timecode.frameCount - 1].fileOffset)) {
       plan_ = {};
       return false;
     }
@@ -337,6 +343,26 @@ class Conformer {
     const bool fits = EveryFrameStands(clip_, records->base);
     if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
     return fits;
+  }
+
+  // True when the frame at the file offset `offset` is the last one of the clip's essence: the key
+  // with which it starts does not stand behind it again.
+  bool EndsWithFrame(std::uint64_t offset) const {
+    const auto holds = [offset](const SourcePartition& p) {
+      return offset >= p.essenceStart && offset < p.end;
+    };
+    const auto& partitions = source_.partitions;
+    const auto last = std::find_if(partitions.begin(), partitions.end(), holds);
+    KlvSpan first;
+    if (last == partitions.end() || !ReadKlvSpan(clip_, offset, last->end, &first)) return false;
+    KlvSpan klv;
+    for (std::uint64_t at = first.End(); ReadKlvSpan(clip_, at, last->end, &klv); at = klv.End()) {
+      if (klv.key == first.key && IsContainerElement(klv.key)) return false;
+    }
+    const std::uint32_t bodySid = last->pack.U32(pack_field::kBodySid);
+    return std::none_of(last + 1, partitions.end(), [bodySid](const SourcePartition& p) {
+      return p.pack.U32(pack_field::kBodySid) == bodySid && p.essenceStart < p.end;
+    });
   }
 
   // The analysis accepts the copy, and its index leads to every frame.

@@ -63,6 +63,7 @@ class FrameReader {
       const SourcePartition& partition = clip_.partitions[i];
       if (partition.essenceStart < partition.end && !ReadPartition(i)) return false;
     }
+    if (map_.bodySid == 0) map_.bodySid = 1;  // 0 would say that there is no essence
     return !map_.frames.empty() || Refuse("the clip holds no whole frame");
   }
 

@@ -218,8 +218,11 @@ void WriteIndex(const FrameMap& map, Fraction rate, std::uint32_t indexSid, Copy
   for (CopyPartition& partition : plan->partitions) {
     std::uint8_t* pack = partition.pack.value.data();
     PutBe32(pack + pack_field::kIndexSid, 0);
-    if (partition.frames == 0) continue;
-    PutBe64(pack + pack_field::kBodyOffset, streamOffset);
+    const bool hasFrames = partition.frames != 0;
+    if (!hasFrames && partition.sourceBytes != 0) continue;  // another stream
+    PutBe32(pack + pack_field::kBodySid, hasFrames ? map.bodySid : 0);
+    PutBe64(pack + pack_field::kBodyOffset, hasFrames ? streamOffset : 0);
+    if (!hasFrames) continue;
     segments.push_back(writer.Write(partition.firstFrame, partition.frames, streamOffset));
     streamOffset += EssenceBytes(*plan, partition);
   }

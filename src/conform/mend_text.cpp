@@ -23,9 +23,9 @@ constexpr std::array<MendRow, 13> kMends = {{
     {"openPartitions", "{} partitions that were open or incomplete"},
     {"metadataOfPartition", "the header gets the complete metadata of the partition at byte {}"},
     {"setOrder", "the order of the metadata sets: {} sets stand at another place"},
-    {"durations", "durations that were unknown or wrong: {} frames"},
-    {"noIndex", "the index table, which was missing: {} frames"},
-    {"index", "the index table, which did not lead to the audio of every frame: {} frames"},
+    {"durations", "durations that were unknown or wrong, {} frames now"},
+    {"noIndex", "the index table, which was missing, for {} frames"},
+    {"index", "the index table, which is written anew for {} frames"},
     {"frames", "fill and length fields of the elements in {} frames"},
     {"cutOff", "{} bytes behind the last whole frame are left out"},
 }};
