@@ -2,6 +2,7 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/info_views.h"
+#include "conform/conform.h"
 #include "mxf/analysis.h"
 #include "platform/file.h"
 #include "platform/path.h"
@@ -39,6 +40,7 @@ int RunInfo(const InfoArguments& arguments) {
   if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
     PrintError(PatternLine(session.app.mxf.audio));
   }
+  if (MayConform(session.result)) PrintError("conform may make a copy of this clip that loads");
   const bool logged = WriteLog(arguments, session);
   if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;
   return accepted && printed && logged ? kDone : kFailed;

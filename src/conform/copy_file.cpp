@@ -6,9 +6,7 @@
 #include <memory>
 #include <utility>
 
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
+#include "conform/checksum.h"
 #include "platform/path.h"
 #include "platform/text.h"
 #include "platform/uuid.h"
@@ -29,23 +27,6 @@ std::u16string NameBeside(const std::u16string& out) {
   const std::size_t folder = absolute.size() - platform::LastComponent(absolute).size();
   return absolute.substr(0, folder) + platform::ToUtf16(name);
 }
-
-// The checksum of a row of bytes that come in pieces.
-class Checksum {
- public:
-  Checksum() { XXH3_128bits_reset(&state_); }
-
-  void Add(const std::uint8_t* data, std::size_t length) {
-    XXH3_128bits_update(&state_, data, length);
-  }
-
-  bool operator==(const Checksum& other) const {
-    return XXH128_isEqual(XXH3_128bits_digest(&state_), XXH3_128bits_digest(&other.state_)) != 0;
-  }
-
- private:
-  XXH3_state_t state_;
-};
 
 class CopyWriter {
  public:
@@ -72,7 +53,7 @@ class CopyWriter {
     for (const CopyPartition& partition : plan_.partitions) {
       if (!ReadBack(partition)) return end_;
     }
-    return written_ == readBack_ ? CopyEnd::kDone : CopyEnd::kUnwritable;
+    return written_.Digest() == readBack_.Digest() ? CopyEnd::kDone : CopyEnd::kUnwritable;
   }
 
  private:
@@ -94,7 +75,7 @@ class CopyWriter {
   bool Put(const std::vector<std::uint8_t>& bytes) { return Put(bytes.data(), bytes.size()); }
 
   bool PutEssence(const std::uint8_t* data, std::size_t length) {
-    written_.Add(data, length);
+    written_.Add({data, length});
     return Put(data, length);
   }
 
@@ -140,7 +121,7 @@ class CopyWriter {
       if (out_.ReadAt(offset, block_.data(), part) != part) {
         return EndWith(progress_.cancel == 0 ? CopyEnd::kUnwritable : CopyEnd::kStopped);
       }
-      readBack_.Add(block_.data(), part);
+      readBack_.Add({block_.data(), part});
       if (!CountBytes(part)) return false;
       offset += part;
       left -= part;

@@ -4,11 +4,11 @@
 #include <array>
 #include <span>
 
+#include "conform/checksum.h"
 #include "conform/picture_type.h"
 #include "mxf/metadata/index_segments.h"
 #include "mxf/metadata/local_tags.h"
 #include "mxf/metadata/metadata_set.h"
-#include "platform/uuid.h"
 
 namespace quorvan {
 namespace {
@@ -44,6 +44,17 @@ void AppendNumber(std::uint16_t tag, std::uint64_t value, int bytes,
 
 // ---- The index table ----
 
+// An instance UID made of the set's own items, so that the same clip always gives the same copy: a
+// UUID of version 8 (RFC 9562).
+std::array<std::uint8_t, 16> InstanceUidFor(const std::vector<std::uint8_t>& items) {
+  Checksum checksum;
+  checksum.Add(items);
+  std::array<std::uint8_t, 16> uid = checksum.Digest();
+  uid[6] = static_cast<std::uint8_t>((uid[6] & 0x0F) | 0x80);
+  uid[8] = static_cast<std::uint8_t>((uid[8] & 0x3F) | 0x80);
+  return uid;
+}
+
 // Writes the index segments of one clip.
 class SegmentWriter {
  public:
@@ -64,8 +75,6 @@ class SegmentWriter {
   LoadedKlv Write(std::uint32_t first, std::uint32_t count, std::uint64_t streamOffset) const {
     LoadedKlv segment{kWrittenSegment, {}};
     std::vector<std::uint8_t>& value = segment.value;
-    const auto uuid = platform::NewUuid().value_or(std::array<std::uint8_t, 16>{});
-    AppendItem(tags::kInstanceUid, uuid, &value);
     AppendNumber(tags::kIndexEditRate, std::uint64_t{rate_.numerator} << 32 | rate_.denominator, 8,
                  &value);
     AppendNumber(tags::kIndexStartPosition, first, 8, &value);
@@ -77,6 +86,7 @@ class SegmentWriter {
     AppendNumber(tags::kPosTableCount, 0, 1, &value);
     AppendItem(tags::kDeltaEntries, Deltas(), &value);
     AppendItem(tags::kIndexEntries, Entries(first, count, streamOffset), &value);
+    AppendItem(tags::kInstanceUid, InstanceUidFor(value), &value);
     return segment;
   }
 

@@ -348,6 +348,7 @@ bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceCl
   if (!clip->hasRandomIndex) {
     offsets.clear();
     if (!OffsetsFromWalk(&reader, clip, &offsets, &end)) return false;
+    if (offsets.empty()) return reader.Refuse("the clip cannot be read");
   }
   offsets.push_back(end);
   const std::size_t count = offsets.size() - 1;

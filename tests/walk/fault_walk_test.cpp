@@ -277,13 +277,19 @@ TEST_F(FaultWalk, ACopyIsWholeOrNotThere) {
     EXPECT_TRUE(status == cli::kDone || Output().size() <= 1);
     return status;
   };
-  const End good = RunCommand(command);
-  ASSERT_EQ(good.status, cli::kDone) << good.error;
-  const Bytes copy = ReadAll(arguments.out);
-  Walk(command, [&](const End& end) {
-    EXPECT_TRUE(job_.Now() == job_.clip.bytes);
-    EXPECT_TRUE(end.status != cli::kDone || ReadAll(arguments.out) == copy);
-  });
+  // A whole clip, and one that was cut off in its last frame.
+  for (const std::uint64_t cut :
+       {std::uint64_t{0}, job_.clip.layout.frames.back().audio[0].value}) {
+    if (cut != 0) job_.clip.bytes.resize(cut);
+    Restore();
+    const End good = RunCommand(command);
+    ASSERT_EQ(good.status, cli::kDone) << good.error;
+    const Bytes copy = ReadAll(arguments.out);
+    Walk(command, [&](const End& end) {
+      EXPECT_TRUE(job_.Now() == job_.clip.bytes);
+      EXPECT_TRUE(end.status != cli::kDone || ReadAll(arguments.out) == copy);
+    });
+  }
 }
 
 }  // namespace
