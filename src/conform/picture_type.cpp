@@ -36,8 +36,10 @@ constexpr std::array<std::uint8_t, 4> kTypeFlags = {0x00, 0x00, 0x22, 0x33};  //
 
 // The bytes behind the next start code prefix; empty without one.
 Bytes NextUnit(Bytes bytes) {
-  const auto prefix = std::ranges::search(bytes, kStartCodePrefix);
-  return {prefix.end(), bytes.end()};
+  const auto prefix =
+      std::search(bytes.begin(), bytes.end(), kStartCodePrefix.begin(), kStartCodePrefix.end());
+  if (prefix == bytes.end()) return {};
+  return {prefix + kStartCodePrefix.size(), bytes.end()};
 }
 
 PictureFacts ReadMpeg2(Bytes head) {
