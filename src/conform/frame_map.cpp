@@ -186,7 +186,7 @@ class FrameReader {
       const bool opensFrame = &element == &elements.front();
       if (!NeedsFourByteLength(element.key, opensFrame)) continue;
       if (element.valueOffset - element.offset != kElementHeaderBytes) map_.isRegular = false;
-      if (opensFrame) {
+      if (opensFrame && !IsAudio(element.key)) {
         shorter = element.valueOffset - element.offset - WrittenHeaderBytes(element.length);
       }
     }
