@@ -149,6 +149,11 @@ class FrameReader {
     if (frameEnd_ - start > kLongestFrame || map_.frames.size() == kMostFrames) {
       return Refuse(fmt::format("the frame at byte {} is longer than a frame can be", start));
     }
+    // The readers take any other KLV for the end of the partition's essence.
+    if (!std::all_of(elements.begin(), isLast ? behind : elements.end(),
+                     [](const KlvSpan& klv) { return IsContainerElement(klv.key); })) {
+      return Refuse(fmt::format("the frame at byte {} holds a KLV that is no element", start));
+    }
     if (isFirst) Begin(elements, {first, behind}, behind);
     return Take(partition, elements, {first, behind}, behind);
   }
@@ -159,6 +164,7 @@ class FrameReader {
   void Begin(const std::vector<KlvSpan>& elements, Elements audio, Place behind) {
     map_.elements = static_cast<std::uint32_t>(elements.size());
     map_.slots.resize(audio.size());
+    kind_ = KindOfElement(audio[0].key.data());
     for (const KlvSpan& element : audio)
       map_.deltas.push_back(static_cast<std::uint32_t>(element.offset - audio[0].offset));
     const auto picture = std::find_if(elements.begin(), elements.end(),
@@ -177,6 +183,10 @@ class FrameReader {
     for (std::size_t t = 0; t < audio.size(); ++t) {
       if (audio[t].length > kLongestAudioElement) {
         return Refuse(fmt::format("the audio element at byte {} is too long", audio[t].offset));
+      }
+      if (KindOfElement(audio[t].key.data()) != kind_) {
+        return Refuse(
+            fmt::format("the audio element at byte {} is of another kind", audio[t].offset));
       }
       map_.slots[t] = std::max(map_.slots[t], SlotFor(audio[t].length));
       if (audio[t].offset - audio[0].offset != map_.deltas[t]) map_.isRegular = false;
@@ -227,9 +237,10 @@ class FrameReader {
   std::string& reason_;
   bool hasOpener_ = false;
   KlvKey opener_{};
-  std::vector<KlvSpan> elements_;  // of the frame that is being read, without fill
-  std::uint64_t frameEnd_ = 0;     // file offset up to which the frame has been read
-  std::uint64_t lostStart_ = 0;    // the bytes that were left out: file offsets
+  AudioElementKind kind_ = kNoAudioElement;  // of the first frame's audio
+  std::vector<KlvSpan> elements_;            // of the frame that is being read, without fill
+  std::uint64_t frameEnd_ = 0;               // file offset up to which the frame has been read
+  std::uint64_t lostStart_ = 0;              // the bytes that were left out: file offsets
   std::uint64_t lostEnd_ = 0;
 };
 
