@@ -58,15 +58,20 @@ std::optional<Fraction> FractionIn(const LoadedKlv& set, std::uint16_t tag) {
   return fraction;
 }
 
-// The sets and the references between them. A set counts by its place in the list.
+// The sets and the references between them. A set counts by its place in the list. Of several sets
+// with the same instance UID, the first is meant by a reference.
 class SetGraph {
  public:
-  explicit SetGraph(const MetadataSets& sets) : sets_(sets) {
+  explicit SetGraph(const MetadataSets& sets) : sets_(sets), isRepeated_(sets.size()) {
     for (std::size_t i = 0; i < sets.size(); ++i) {
       const auto uid = ItemOf(sets[i], tags::kInstanceUid);
-      if (uid && uid->size() == kKlvKeyBytes) byUid_.emplace(LabelOf(uid->data()), i);
+      if (!uid || uid->size() != kKlvKeyBytes) continue;
+      isRepeated_[i] = !byUid_.emplace(LabelOf(uid->data()), i).second;
     }
   }
+
+  // True when a set before `set` has the same instance UID.
+  bool IsRepeated(std::size_t set) const { return isRepeated_[set]; }
 
   // The sets to which the items of `set` refer, in the order of the references: an item that is an
   // instance UID, and a batch of instance UIDs.
@@ -150,6 +155,7 @@ class SetGraph {
 
   const MetadataSets& sets_;
   std::map<KlvKey, std::size_t> byUid_;
+  std::vector<bool> isRepeated_;
 };
 
 // True when the searches of the analysis, each of which starts behind the set found before, find
@@ -194,7 +200,9 @@ bool FindsOwnDescriptors(const SetGraph& graph, std::size_t package) {
 }
 
 // The order of the sets for the analysis: all sets that belong to no package, then the Material
-// Package and the file's Source Package, each with its own sets, then what is left.
+// Package and the file's Source Package, each with its own sets, then the other packages with
+// theirs. Sets without a package whose instance UID another set has stand at the end, so that
+// references in the new order mean the same sets.
 std::vector<std::size_t> OrderFor(const SetGraph& graph, std::size_t material, std::size_t file) {
   const std::size_t count = graph.sets().size();
   std::vector<std::size_t> packages = {material, file};
@@ -214,11 +222,12 @@ std::vector<std::size_t> OrderFor(const SetGraph& graph, std::size_t material, s
     for (const std::size_t below : graph.ReferencesOf(package))
       graph.AddTree(below, &visited, &trees);
   }
-  std::vector<std::size_t> order;
+  std::vector<std::size_t> order, last;
   for (std::size_t i = 0; i < count; ++i) {
-    if (!visited[i]) order.push_back(i);
+    if (!visited[i]) (graph.IsRepeated(i) ? last : order).push_back(i);
   }
   order.insert(order.end(), trees.begin(), trees.end());
+  order.insert(order.end(), last.begin(), last.end());
   return order;
 }
 
