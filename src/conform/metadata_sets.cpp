@@ -16,6 +16,7 @@ namespace {
 constexpr KlvKey kTimecodeDefinition = {0x06, 0x0E, 0x2B, 0x34, 0x04, 0x01, 0x01, 0x01,
                                         0x01, 0x03, 0x02, 0x01, 0x01, 0x00, 0x00, 0x00};
 constexpr std::uint64_t kUnknownDuration = ~std::uint64_t{0};
+constexpr std::uint64_t kLongestDuration = ~std::uint64_t{0} >> 1;
 constexpr std::size_t kDurationBytes = 8;
 constexpr std::size_t kItemHeaderBytes = 4;
 
@@ -231,11 +232,11 @@ std::vector<std::size_t> OrderFor(const SetGraph& graph, std::size_t material, s
   return order;
 }
 
-// `frames` of `rate` in units of `other`, rounded.
+// `frames` of `rate` in units of `other`, rounded, and at most the longest duration.
 std::uint64_t InUnitsOf(Fraction other, std::uint64_t frames, Fraction rate) {
   const long double units = static_cast<long double>(frames) * rate.denominator / rate.numerator *
                             other.numerator / other.denominator;
-  return static_cast<std::uint64_t>(units + 0.5L);
+  return units < kLongestDuration ? static_cast<std::uint64_t>(units + 0.5L) : kLongestDuration;
 }
 
 // Sets the duration `tag` of a set. True when the set had another.
