@@ -204,8 +204,9 @@ class Conformer {
       to.sourceBytes = from.end - from.essenceStart;
     }
     PlaceParts(&plan_);
+    platform::File skeleton;
     MxfRecords records;
-    const std::int32_t code = AnalyzeSkeleton(&records);
+    const std::int32_t code = AnalyzeSkeleton(&skeleton, &records);
     if (HasEnded()) return false;
     const bool isOfIndex = code == kDurationZero || code / 100 == kStageIndexTable / 100;
     if (code != kSuccess && !isOfIndex) return RefusedBy(records, code);
@@ -241,16 +242,24 @@ class Conformer {
     WriteIndex(map_, *rate, indexSid, &plan_);
     PlaceParts(&plan_);
     NoteFrames(changesTime);
+    platform::File skeleton;
     MxfRecords records;
-    const std::int32_t code = AnalyzeSkeleton(&records);
+    const std::int32_t code = AnalyzeSkeleton(&skeleton, &records);
     if (HasEnded()) return false;
     if (code != kSuccess) return RefusedBy(records, code);
     const SourceFrame& lastFrame = map_.frames.back();
     if (records.timecode.frameCount != frames_) return Unfit("the new index table cannot be read");
-    if (map_.isRegular && !IndexFits(lastFrame.offset + lastFrame.bytes, &records)) {
-      return HasEnded() ? false : Unfit("the new index table does not lead to the frames");
-    }
-    return true;
+    const bool fits = map_.isRegular ? IndexFits(lastFrame.offset + lastFrame.bytes, &records)
+                                     : FirstFrameStands(skeleton, &records);
+    if (fits || HasEnded()) return fits;
+    return Unfit("the new index table does not lead to the frames");
+  }
+
+  // True when the index leads to the audio of the first frame, the only one in `skeleton`. All
+  // frames that are laid anew have their elements at the same places.
+  static bool FirstFrameStands(const platform::File& skeleton, MxfRecords* records) {
+    records->timecode.frameCount = 1;
+    return EveryFrameStands(skeleton, records->base);
   }
 
   void NoteFrames(bool changesTime) {
@@ -294,16 +303,28 @@ class Conformer {
     plan_.partitions.push_back(std::move(footer));
   }
 
-  // Analyses the copy without its essence, in memory, so that a clip with unfit metadata is refused
-  // before anything is written. Returns the result of the analysis; any number when the work has
-  // ended.
-  std::int32_t AnalyzeSkeleton(MxfRecords* records) {
-    platform::File skeleton = platform::File::OpenInMemory();
-    skeleton.StopOn(&progress_.cancel);
-    const CopyEnd end = skeleton.IsOpen() ? WriteSkeleton(plan_, &skeleton) : CopyEnd::kUnwritable;
-    if (end == CopyEnd::kStopped) EndStopped();
-    if (end == CopyEnd::kUnwritable) End(ConformFault::kNoMemory, "no memory for the copy");
-    return end == CopyEnd::kDone ? Analyze(&skeleton, records) : kSuccess;
+  // Makes the copy without its essence, in memory, in `*skeleton` and analyses it, so that an unfit
+  // clip is refused before anything is written. Of frames that are laid anew the first one stands
+  // in the skeleton, too. Returns the result of the analysis; any number when the work has ended.
+  std::int32_t AnalyzeSkeleton(platform::File* skeleton, MxfRecords* records) {
+    *skeleton = platform::File::OpenInMemory();
+    skeleton->StopOn(&progress_.cancel);
+    const CopyEnd end =
+        skeleton->IsOpen() ? WriteSkeleton(plan_, clip_, skeleton) : CopyEnd::kUnwritable;
+    switch (end) {
+      case CopyEnd::kDone:
+        return Analyze(skeleton, records);
+      case CopyEnd::kStopped:
+        EndStopped();
+        break;
+      case CopyEnd::kUnreadable:
+        Unreadable();
+        break;
+      case CopyEnd::kUnwritable:
+        End(ConformFault::kNoMemory, "no memory for the copy");
+        break;
+    }
+    return kSuccess;
   }
 
   std::int32_t Analyze(platform::File* file, MxfRecords* records) {

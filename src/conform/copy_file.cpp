@@ -28,6 +28,24 @@ std::u16string NameBeside(const std::u16string& out) {
   return absolute.substr(0, folder) + platform::ToUtf16(name);
 }
 
+// The bytes of one frame after the other.
+struct FrameBuffers {
+  std::vector<std::uint8_t> source;  // as they stand in the clip
+  std::vector<std::uint8_t> laid;    // as they stand in the copy
+};
+
+// Reads the frame `frame` of the clip `in` and lays it anew. False when the clip cannot be read, or
+// has changed since its frames were found. Throws std::bad_alloc.
+bool ReadAndLay(const platform::File& in, const FrameMap& map, const SourceFrame& frame,
+                FrameBuffers* buffers) {
+  std::vector<std::uint8_t>& source = buffers->source;
+  std::vector<std::uint8_t>& laid = buffers->laid;
+  source.resize(frame.bytes);
+  laid.clear();
+  return in.ReadAt(frame.offset, source.data(), source.size()) == source.size() &&
+         LayFrame(map, source, &laid) && laid.size() == LaidBytes(map, frame);
+}
+
 class CopyWriter {
  public:
   CopyWriter(const CopyPlan& plan, const platform::File& in, platform::File* out,
@@ -98,18 +116,12 @@ class CopyWriter {
 
   bool LayFrames(const CopyPartition& partition) {
     const FrameMap& map = *plan_.laidFrames;
-    std::vector<std::uint8_t> source;
-    std::vector<std::uint8_t> laid;
+    FrameBuffers buffers;
     for (std::uint32_t i = 0; i < partition.frames; ++i) {
-      const SourceFrame& frame = map.frames[partition.firstFrame + i];
-      source.resize(frame.bytes);
-      laid.clear();
-      if (!Get(frame.offset, source.data(), source.size())) return false;
-      // The clip must not change while it is copied.
-      if (!LayFrame(map, source, &laid) || laid.size() != LaidBytes(map, frame)) {
-        return EndWith(CopyEnd::kUnreadable);
+      if (!ReadAndLay(in_, map, map.frames[partition.firstFrame + i], &buffers)) {
+        return EndWith(progress_.cancel == 0 ? CopyEnd::kUnreadable : CopyEnd::kStopped);
       }
-      if (!PutEssence(laid.data(), laid.size())) return false;
+      if (!PutEssence(buffers.laid.data(), buffers.laid.size())) return false;
     }
     return true;
   }
@@ -158,7 +170,7 @@ bool UnfinishedCopy::TakeName(const std::u16string& out) {
   return !exists_;
 }
 
-CopyEnd WriteSkeleton(const CopyPlan& plan, platform::File* out) {
+CopyEnd WriteSkeleton(const CopyPlan& plan, const platform::File& in, platform::File* out) {
   const auto put = [out](std::uint64_t offset, const std::vector<std::uint8_t>& bytes) {
     return bytes.empty() || out->WriteAt(offset, bytes.data(), bytes.size());
   };
@@ -173,8 +185,16 @@ CopyEnd WriteSkeleton(const CopyPlan& plan, platform::File* out) {
       return CopyEnd::kUnwritable;
     }
   }
-  return put(plan.randomIndexOffset, WriteRandomIndex(plan)) ? CopyEnd::kDone
-                                                             : CopyEnd::kUnwritable;
+  if (!put(plan.randomIndexOffset, WriteRandomIndex(plan))) return CopyEnd::kUnwritable;
+  const auto first = std::find_if(plan.partitions.begin(), plan.partitions.end(),
+                                  [](const CopyPartition& p) { return p.frames != 0; });
+  if (plan.laidFrames == nullptr || first == plan.partitions.end()) return CopyEnd::kDone;
+  FrameBuffers buffers;
+  const FrameMap& map = *plan.laidFrames;
+  if (!ReadAndLay(in, map, map.frames[first->firstFrame], &buffers)) {
+    return in.StopAsked() ? CopyEnd::kStopped : CopyEnd::kUnreadable;
+  }
+  return put(plan.EssenceOffset(*first), buffers.laid) ? CopyEnd::kDone : CopyEnd::kUnwritable;
 }
 
 CopyEnd WriteCopy(const CopyPlan& plan, const platform::File& in, platform::File* out,

@@ -38,9 +38,9 @@ class UnfinishedCopy {
 
 enum class CopyEnd : std::uint8_t { kDone, kStopped, kUnreadable, kUnwritable };
 
-// Writes all parts of the copy but the essence to `out`, each part at its place. Returns kDone,
-// kStopped or kUnwritable. Throws std::bad_alloc.
-CopyEnd WriteSkeleton(const CopyPlan& plan, platform::File* out);
+// Writes all parts of the copy of the clip `in` but the essence to `out`, each part at its place.
+// In a plan that lays frames anew, also writes the first frame. Throws std::bad_alloc.
+CopyEnd WriteSkeleton(const CopyPlan& plan, const platform::File& in, platform::File* out);
 
 // Writes the copy of the clip `in` to `out` from the first byte to the last, brings it onto the
 // medium and reads its essence back. kUnwritable also when the bytes that come back are others.
