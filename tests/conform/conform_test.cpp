@@ -51,6 +51,20 @@ TEST(Conform, MakesTheSameCopyOfWhateverCountsAndOffsetsTellTheSameClip) {
     EXPECT_EQ(Conformed(variant), expected) << name;
 }
 
+// `broken` is `clip` with a fault; its copy has the first `frames` frames.
+void ExpectMended(const Clip& clip, const Bytes& broken, const std::string& mended,
+                  std::size_t frames) {
+  const TempFolder folder;
+  const ConformResult result = Conform(folder, broken);
+  ASSERT_TRUE(result.IsDone()) << result.reason;
+  EXPECT_EQ(MendedBy(result), mended);
+  EXPECT_EQ(result.frames, frames);
+  const Bytes copy = ReadAll(folder.Path() / "out.mxf");
+  ExpectTrueOffsets(copy);
+  ExpectSameFrames(clip, copy, frames);
+  EXPECT_EQ(Conformed(copy), copy);
+}
+
 TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   const Clip clip = BuildClip({.references = true});
   const auto& [bytes, layout] = clip;
@@ -80,15 +94,24 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   };
   for (const auto& [fault, broken, mended, frames] : rows) {
     SCOPED_TRACE(fault);
-    const TempFolder folder;
-    const ConformResult result = Conform(folder, broken);
-    ASSERT_TRUE(result.IsDone()) << result.reason;
-    EXPECT_EQ(MendedBy(result), mended);
-    EXPECT_EQ(result.frames, frames);
-    const Bytes copy = ReadAll(folder.Path() / "out.mxf");
-    ExpectTrueOffsets(copy);
-    ExpectSameFrames(clip, copy, frames);
-    EXPECT_EQ(Conformed(copy), copy);
+    ExpectMended(clip, broken, mended, frames);
+  }
+}
+
+// Faults that only some layouts can have.
+TEST(Conform, LosesNoFrameWhereAPackIsWrongOrAPartitionShort) {
+  const Clip shortOnes = BuildClip({.framesPerPartition = 1});
+  const auto& frames = shortOnes.layout.frames;
+  ExpectMended(shortOnes, Resized(shortOnes.bytes, frames[3].picture.value),
+               "randomIndex footer durations index cutOff", 3);
+
+  const Clip everywhere = BuildClip({.metadataEverywhere = true});
+  const std::uint64_t secondSet = everywhere.layout.sets[1].klv.key;
+  for (const auto& [partition, count] : {std::pair(1, 0ULL), {2, 0ULL}, {0, secondSet - 512}}) {
+    const auto& places = everywhere.layout.partitions;
+    const std::uint64_t pack = places[static_cast<std::size_t>(partition)].offset;
+    ExpectMended(everywhere, Patched(everywhere.bytes, pack + pack::kHeaderByteCount, Big64(count)),
+                 "byteCounts", 10);
   }
 }
 
@@ -107,6 +130,7 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no key in the middle",
        Resized(patched(clip.layout.frames[3].audio[1].key, Bytes(16)), clip.bytes.size() - 1),
        kRandomIndexNotFound},
+      {"no element at the start", patched(clip.layout.frames[0].system.key + 8, Bytes{1}), 0},
       {"cut before a frame is whole", Resized(clip.bytes, clip.layout.frames[0].audio[3].key),
        kRandomIndexNotFound},
       {"no version of ours",

@@ -45,7 +45,7 @@ std::vector<long> TakeDisplayTimes(Packets* packets) {
   for (std::string& line : (*packets)["0"]) {
     const std::size_t start = line.find(',', line.find(',') + 1);
     const std::size_t end = line.find(',', start + 1);
-    times.push_back(std::stol(line.substr(start + 1, end)));
+    times.push_back(std::stol(line.substr(start + 1, end - start - 1)));
     line.erase(start, end - start);
   }
   std::sort(times.begin(), times.end());
