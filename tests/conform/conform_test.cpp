@@ -113,6 +113,9 @@ TEST(Conform, LosesNoFrameWhereAPackIsWrongOrAPartitionShort) {
     ExpectMended(everywhere, Patched(everywhere.bytes, pack + pack::kHeaderByteCount, Big64(count)),
                  "byteCounts", 10);
   }
+
+  const Clip plain = BuildClip({});
+  ExpectMended(plain, Patched(plain.bytes, pack::kBodyOffset, Big64(1 << 20)), "", 10);
 }
 
 TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
