@@ -179,7 +179,9 @@ class Conformer {
       const CopyPartition& target = plan_.partitions[i];
       const SourcePartition& source = source_.partitions[i];
       const PartitionPack& pack = source.pack;
-      if (target.offset != source.offset ||
+      const bool losesBodyOffset =
+          pack.U32(pack_field::kBodySid) == 0 && pack.U64(pack_field::kBodyOffset) != 0;
+      if (losesBodyOffset || target.offset != source.offset ||
           target.headerByteCount != pack.U64(pack_field::kHeaderByteCount) ||
           plan_.kagSize != pack.U32(pack_field::kKagSize)) {
         return true;

@@ -88,7 +88,13 @@ class FrameReader {
       }
       if (IsFill(klv.key)) continue;
       if (elements_.empty() && !hasOpener_) {
-        if (!IsContainerElement(klv.key)) return true;  // no frames, but another stream
+        if (!IsContainerElement(klv.key)) {  // no frames, but another stream
+          skipped_.push_back(bodySid);
+          return true;
+        }
+        if (std::find(skipped_.begin(), skipped_.end(), bodySid) != skipped_.end()) {
+          return Refuse(fmt::format("no frame in front of byte {}", klv.offset));
+        }
         opener_ = klv.key;
         hasOpener_ = true;
         map_.bodySid = bodySid;
@@ -136,7 +142,8 @@ class FrameReader {
       return Refuse(fmt::format("the frame at byte {} holds no audio element", start));
     }
     // Where the clip was cut off, another frame has to show how many elements a frame holds.
-    const bool mayBeCut = isLast && (clip_.cutBytes != 0 || !clip_.HasFooter());
+    const bool mayBeCut = isLast && partition + 1 == clip_.partitions.size() &&
+                          (clip_.cutBytes != 0 || !clip_.HasFooter());
     const bool isWhole =
         SameElement(elements.front().key, opener_) &&
         (isFirst ? !mayBeCut
@@ -235,6 +242,7 @@ class FrameReader {
   const PictureCoding coding_;
   FrameMap& map_;
   std::string& reason_;
+  std::vector<std::uint32_t> skipped_;  // BodySIDs of the partitions that hold no frames
   bool hasOpener_ = false;
   KlvKey opener_{};
   AudioElementKind kind_ = kNoAudioElement;  // of the first frame's audio

@@ -269,6 +269,9 @@ std::vector<std::uint8_t> WritePack(const CopyPlan& plan, std::size_t index) {
   PutBe64(value + pack_field::kFooterPartition, plan.partitions.back().offset);
   PutBe64(value + pack_field::kHeaderByteCount, partition.headerByteCount);
   PutBe64(value + pack_field::kIndexByteCount, partition.indexByteCount);
+  // The readers look for the Preface in front of the essence, whose place they take from
+  // BodyOffset.
+  if (pack.U32(pack_field::kBodySid) == 0) PutBe64(value + pack_field::kBodyOffset, 0);
   std::vector<std::uint8_t> bytes;
   AppendKlvHeader(pack.key, pack.value.size(), &bytes);
   bytes.insert(bytes.end(), pack.value.begin(), pack.value.end());

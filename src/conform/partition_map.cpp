@@ -17,9 +17,12 @@ constexpr std::size_t kMostMetadataKlvs = 1 << 20;          // in the whole clip
 constexpr std::size_t kMostPartitions = 1 << 16;
 constexpr std::size_t kZeroBlockBytes = 1 << 20;
 
-// 0xFF in the bytes of kind and status matches any value (KeyMatches).
+// 0xFF matches any value (KeyMatches): kind and status of a pack, kind and versions of a set.
 constexpr KlvKey kAnyPartitionPack = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x05, 0x01, 0x01,
                                       0x0D, 0x01, 0x02, 0x01, 0x01, 0xFF, 0xFF, 0x00};
+
+constexpr KlvKey kAnyStructuralSet = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0xFF, 0x01, 0xFF,
+                                      0x0D, 0x01, 0x01, 0x01, 0xFF, 0xFF, 0xFF, 0xFF};
 
 bool Is(const KlvSpan& klv, const KlvKey& wanted) {
   return KeyMatches(klv.key.data(), wanted);
@@ -32,6 +35,12 @@ bool IsPartitionPack(const KlvSpan& klv) {
 
 bool IsIndexSegment(const KlvSpan& klv) {
   return Is(klv, keys::kIndexTableSegment);
+}
+
+// True for what header metadata begin with or hold in any clip, unlike the other KLVs that
+// IsMetadata takes for metadata where the counts of a pack promise some.
+bool IsSurelyMetadata(const KlvSpan& klv) {
+  return Is(klv, keys::kPrimerPack) || Is(klv, kAnyStructuralSet);
 }
 
 bool IsMetadata(const KlvSpan& klv) {
@@ -250,7 +259,8 @@ bool ReadByCounts(MapReader* reader, SourcePartition* partition, std::uint64_t* 
   }
   KlvSpan behind;
   const std::uint64_t next = SkipFill(*reader, *cursor, partition->end, partition->end);
-  return !ReadKlvSpan(reader->file, next, partition->end, &behind) || !IsIndexSegment(behind);
+  return !ReadKlvSpan(reader->file, next, partition->end, &behind) ||
+         (!IsIndexSegment(behind) && !IsSurelyMetadata(behind));
 }
 
 // Finds metadata and index table by the keys of the KLVs from `*cursor` on, and moves it behind

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <map>
 
 namespace quorvan {
 namespace {
@@ -129,12 +130,36 @@ std::size_t GopEnd(std::span<const PictureFacts> facts, std::size_t gop) {
   return end;
 }
 
-// How far the display place `reference` lies behind the stored place `stored`, both counted from
-// the start of their GOP. The reference is modulo 1024; the nearest place is meant.
-std::ptrdiff_t DisplayDelay(std::uint16_t reference, std::size_t stored) {
-  constexpr std::size_t kModulus = 1024;
-  return static_cast<std::ptrdiff_t>((reference - stored + kModulus / 2) % kModulus) -
-         static_cast<std::ptrdiff_t>(kModulus / 2);
+constexpr std::size_t kReferenceModulus = 1024;
+
+// The frame number at whose display place the picture of frame `stored` belongs, whose temporal
+// reference counts from the start of its GOP, the frame `gop`. The reference is modulo 1024; the
+// place nearest to `stored` is meant. May lie in front of frame 0 and behind the last frame.
+std::ptrdiff_t DisplayPlace(std::uint16_t reference, std::size_t gop, std::size_t stored) {
+  constexpr std::size_t kHalf = kReferenceModulus / 2;
+  const std::size_t delay = (reference - (stored - gop) + kHalf) % kReferenceModulus;
+  return static_cast<std::ptrdiff_t>(stored + delay) - static_cast<std::ptrdiff_t>(kHalf);
+}
+
+void Show(std::size_t stored, std::ptrdiff_t place, std::vector<IndexPicture>* pictures) {
+  (*pictures)[static_cast<std::size_t>(place)].temporalOffset =
+      Clamped(static_cast<std::ptrdiff_t>(stored) - place);
+}
+
+// Closes the gaps in the display order of the clip's last GOP, which starts at frame `gop`: where
+// the clip was cut off, pictures may be missing that are displayed before the last ones.
+void CloseGaps(std::span<const PictureFacts> facts, std::size_t gop,
+               std::vector<IndexPicture>* pictures) {
+  if (facts.size() - gop > kReferenceModulus) return;
+  std::map<std::ptrdiff_t, std::size_t> order;  // stored places by display places
+  for (std::size_t i = gop; i < facts.size(); ++i) {
+    if (!facts[i].temporalReference) return;
+    order[DisplayPlace(*facts[i].temporalReference, gop, i)] = i;
+  }
+  auto place = static_cast<std::ptrdiff_t>(gop);
+  if (order.size() != facts.size() - gop || order.begin()->first < place) return;
+  for (const auto& [wanted, stored] : order)
+    Show(stored, place++, pictures);
 }
 
 void SetTemporalOffsets(std::span<const PictureFacts> facts, std::vector<IndexPicture>* pictures) {
@@ -144,10 +169,12 @@ void SetTemporalOffsets(std::span<const PictureFacts> facts, std::vector<IndexPi
     if (!facts[gop].startsGop) continue;
     for (std::size_t i = gop; i < end; ++i) {
       if (!facts[i].temporalReference) continue;
-      const std::ptrdiff_t delay = DisplayDelay(*facts[i].temporalReference, i - gop);
-      const std::size_t place = i + static_cast<std::size_t>(delay);
-      if (place >= gop && place < end) (*pictures)[place].temporalOffset = Clamped(-delay);
+      const std::ptrdiff_t place = DisplayPlace(*facts[i].temporalReference, gop, i);
+      const bool isInGop =
+          place >= static_cast<std::ptrdiff_t>(gop) && place < static_cast<std::ptrdiff_t>(end);
+      if (isInGop) Show(i, place, pictures);
     }
+    if (end == facts.size()) CloseGaps(facts, gop, pictures);
   }
 }
 

@@ -66,8 +66,9 @@ struct IndexPicture {
 // all-intra clip is a random access point.
 //
 // temporalOffset is 0 for AVC, whose display order stands deeper in the stream, and where the GOP
-// lacks the picture. Offsets that do not fit are clamped to -128 or 127; keyFrameOffset is 0 for an
-// unknown picture. Throws std::bad_alloc.
+// lacks the picture; when the last GOP lacks pictures, those that are displayed behind them move
+// up. Offsets that do not fit are clamped to -128 or 127; keyFrameOffset is 0 for an unknown
+// picture. Throws std::bad_alloc.
 std::vector<IndexPicture> IndexPictures(std::span<const PictureFacts> facts);
 
 }  // namespace quorvan

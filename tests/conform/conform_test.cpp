@@ -1,92 +1,11 @@
-#include "conform/conform.h"
-
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <tuple>
 
-#include "mxf/analysis.h"
-#include "mxf/metadata/klv.h"
-#include "support/clip_builder.h"
-#include "support/temp_folder.h"
+#include "conformed.h"
 
 namespace quorvan::test {
 namespace {
-
-std::size_t FilesIn(const TempFolder& folder) {
-  const std::filesystem::directory_iterator files(folder.Path());
-  return static_cast<std::size_t>(std::distance(begin(files), end(files)));
-}
-
-ConformResult Conform(const TempFolder& folder, const Bytes& clip) {
-  JobProgress progress;
-  std::filesystem::remove(folder.Path() / "out.mxf");
-  return ConformClip({.in = folder.Write("in.mxf", clip), .out = folder.PathOf("out.mxf")},
-                     &progress);
-}
-
-// The conformed form of `clip`, which must have one.
-Bytes Conformed(const Bytes& clip) {
-  const TempFolder folder;
-  const ConformResult result = Conform(folder, clip);
-  EXPECT_TRUE(result.IsDone()) << result.reason;
-  EXPECT_EQ(FilesIn(folder), result.IsDone() ? 2U : 1U);
-  return result.IsDone() ? ReadAll(folder.Path() / "out.mxf") : Bytes();
-}
-
-// The `count` frames of the conformed clip, as the analysis finds them, against the first frames of
-// the built one.
-void ExpectSameFrames(const Clip& clip, const Bytes& conformed, std::size_t count) {
-  const TempFolder folder;
-  auto file =
-      platform::File::Open(folder.Write("c.mxf", conformed), platform::OpenMode::kReadAlone);
-  MxfRecords records;
-  records.timecode.useFileIo = Method::kGenericFileIo;
-  ASSERT_EQ(AnalyzeMxfFile(&file, &records.base), 0);
-  ASSERT_EQ(records.timecode.frameCount, count);
-  EXPECT_EQ(records.timecode.duration, count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const FramePlace& frame = clip.layout.frames[i];
-    Bytes read(frame.bytes);
-    ASSERT_EQ(file.ReadAt(records.indexEntries[i].fileOffset, read.data(), read.size()),
-              read.size());
-    const auto built = clip.bytes.begin() + static_cast<std::ptrdiff_t>(frame.offset);
-    EXPECT_TRUE(std::equal(read.begin(), read.end(), built)) << "frame " << i;
-  }
-}
-
-// Walks the random index and compares what the packs say of places with where they stand.
-void ExpectTrueOffsets(const Bytes& clip) {
-  const std::size_t overall = ReadBe32(&clip[clip.size() - 4]);
-  const std::uint8_t* entry = &clip[clip.size() - overall + 20];
-  const std::uint64_t footer = ReadBe64(&clip[clip.size() - 4 - 8]);
-  std::uint64_t previous = 0;
-  for (std::size_t left = (overall - 20) / 12; left != 0; --left, entry += 12) {
-    const std::uint64_t offset = ReadBe64(entry + 4);
-    ASSERT_LE(offset + 100, clip.size());
-    const std::uint8_t* partition = &clip[offset];
-    EXPECT_EQ(ReadBe32(entry), ReadBe32(partition + pack::kBodySid));
-    EXPECT_EQ(ReadBe64(partition + pack::kThisPartition), offset);
-    EXPECT_EQ(ReadBe64(partition + pack::kPreviousPartition), previous);
-    EXPECT_EQ(ReadBe64(partition + pack::kFooterPartition), footer);
-    previous = offset;
-  }
-  EXPECT_EQ(previous, footer);
-}
-
-TEST(Conform, KeepsEveryFrameWhereverTheIndexStands) {
-  for (int placement = 0; placement < 4; ++placement) {
-    SCOPED_TRACE(placement);
-    ClipSpec spec{.indexPlacement = static_cast<IndexPlacement>(placement),
-                  .fillBetweenSegments = true};
-    const Clip clip = BuildClip(spec);
-    const Bytes conformed = Conformed(clip.bytes);
-    ExpectSameFrames(clip, conformed, clip.layout.frames.size());
-    ExpectTrueOffsets(conformed);
-    EXPECT_EQ(Conformed(conformed), conformed);
-  }
-}
 
 TEST(Conform, KeepsAFillThatTheBodyOffsetsCountAsEssence) {
   Clip clip = BuildClip(ClipSpec());
@@ -132,14 +51,18 @@ TEST(Conform, MakesTheSameCopyOfWhateverCountsAndOffsetsTellTheSameClip) {
     EXPECT_EQ(Conformed(variant), expected) << name;
 }
 
-// The names of what a copy mends, without the layout, which every such copy changes.
-std::string MendedBy(const ConformResult& result) {
-  std::string names;
-  for (const MendNote& note : result.mended) {
-    if (note.mend == Mend::kLayout) continue;
-    names += (names.empty() ? "" : " ") + std::string(MendName(note.mend));
-  }
-  return names;
+// `broken` is `clip` with a fault; its copy has the first `frames` frames.
+void ExpectMended(const Clip& clip, const Bytes& broken, const std::string& mended,
+                  std::size_t frames) {
+  const TempFolder folder;
+  const ConformResult result = Conform(folder, broken);
+  ASSERT_TRUE(result.IsDone()) << result.reason;
+  EXPECT_EQ(MendedBy(result), mended);
+  EXPECT_EQ(result.frames, frames);
+  const Bytes copy = ReadAll(folder.Path() / "out.mxf");
+  ExpectTrueOffsets(copy);
+  ExpectSameFrames(clip, copy, frames);
+  EXPECT_EQ(Conformed(copy), copy);
 }
 
 TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
@@ -171,16 +94,28 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   };
   for (const auto& [fault, broken, mended, frames] : rows) {
     SCOPED_TRACE(fault);
-    const TempFolder folder;
-    const ConformResult result = Conform(folder, broken);
-    ASSERT_TRUE(result.IsDone()) << result.reason;
-    EXPECT_EQ(MendedBy(result), mended);
-    EXPECT_EQ(result.frames, frames);
-    const Bytes copy = ReadAll(folder.Path() / "out.mxf");
-    ExpectTrueOffsets(copy);
-    ExpectSameFrames(clip, copy, frames);
-    EXPECT_EQ(Conformed(copy), copy);
+    ExpectMended(clip, broken, mended, frames);
   }
+}
+
+// Faults that only some layouts can have.
+TEST(Conform, LosesNoFrameWhereAPackIsWrongOrAPartitionShort) {
+  const Clip shortOnes = BuildClip({.framesPerPartition = 1});
+  const auto& frames = shortOnes.layout.frames;
+  ExpectMended(shortOnes, Resized(shortOnes.bytes, frames[3].picture.value),
+               "randomIndex footer durations index cutOff", 3);
+
+  const Clip everywhere = BuildClip({.metadataEverywhere = true});
+  const std::uint64_t secondSet = everywhere.layout.sets[1].klv.key;
+  for (const auto& [partition, count] : {std::pair(1, 0ULL), {2, 0ULL}, {0, secondSet - 512}}) {
+    const auto& places = everywhere.layout.partitions;
+    const std::uint64_t pack = places[static_cast<std::size_t>(partition)].offset;
+    ExpectMended(everywhere, Patched(everywhere.bytes, pack + pack::kHeaderByteCount, Big64(count)),
+                 "byteCounts", 10);
+  }
+
+  const Clip plain = BuildClip({});
+  ExpectMended(plain, Patched(plain.bytes, pack::kBodyOffset, Big64(1 << 20)), "", 10);
 }
 
 TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
@@ -198,6 +133,7 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no key in the middle",
        Resized(patched(clip.layout.frames[3].audio[1].key, Bytes(16)), clip.bytes.size() - 1),
        kRandomIndexNotFound},
+      {"no element at the start", patched(clip.layout.frames[0].system.key + 8, Bytes{1}), 0},
       {"cut before a frame is whole", Resized(clip.bytes, clip.layout.frames[0].audio[3].key),
        kRandomIndexNotFound},
       {"no version of ours",

@@ -77,6 +77,11 @@ TEST(PictureType, DescribesWhatFfmpegDoesNotEncode) {
             (Expected{{1, 0, 0x80}, {0, -1, 0x13}, {0, 0, 0x80}, {0, -1, 0x22}}));
   EXPECT_EQ(pictures({closed, unknown, stray}), (Expected{{0, 0, 0x80}, {}, {-2, -2, 0x22}}));
   EXPECT_EQ(pictures({closed, {kBidirectional}}), (Expected{{0, 0, 0x80}, {0, -1, 0x33}}));
+  EXPECT_EQ(pictures({{kIntra, false, true, false, 0},
+                      {kPredicted, false, false, false, 3},
+                      {kBidirectional, false, false, false, 1}}),
+            (Expected{{0, 0, 0x80}, {1, -1, 0x22}, {-1, -2, 0x33}}))
+      << "cut off in front of the second bidirectional picture";
   EXPECT_EQ(pictures({intra, intra}), (Expected{{0, 0, 0x80}, {0, 0, 0x80}}));
   EXPECT_EQ(pictures({intra, leading}), (Expected{{0, 0, 0x00}, {0, -1, 0x33}}));
   EXPECT_EQ(pictures(std::vector(200, stray)).back(), (IndexPicture{0, -128, 0x22}));

@@ -15,43 +15,6 @@ namespace {
 using namespace test;
 using enum SetKind;
 
-// Every place that the analysis finds, against where the builder put it.
-void ExpectPlaces(const ClipSpec& spec) {
-  const Clip clip = BuildClip(spec);
-  const Analysed analysed(clip.bytes);
-  ASSERT_EQ(analysed.result, 0);
-  const MxfRecords& r = analysed.records;
-  ASSERT_EQ(r.timecode.frameCount, spec.frames);
-  ASSERT_EQ(r.partitionTable[0].partitionCount, clip.layout.partitions.size());
-  for (std::size_t i = 0; i < clip.layout.partitions.size(); ++i) {
-    EXPECT_EQ(r.partitionTable[i].thisPartition, clip.layout.partitions[i].offset);
-    EXPECT_EQ(r.partitionTable[i].kind + 2, clip.layout.partitions[i].keyKind);
-  }
-  for (std::uint32_t f = 0; f < spec.frames; ++f) {
-    const INDEX_ENTRY_ARRAY& entry = r.indexEntries[f];
-    const FramePlace& frame = clip.layout.frames[f];
-    ASSERT_EQ(entry.fileOffset, frame.offset) << f;
-    ASSERT_EQ(entry.audioSamples, frame.samples) << f;
-    EXPECT_EQ(entry.partition->thisPartition, clip.layout.partitions[frame.partition].offset);
-    for (std::uint32_t t = 0; t < spec.tracks && t + 2 < entry.deltaCount; ++t) {
-      ASSERT_EQ(entry.fileOffset + entry.sliceOffset + entry.delta[t + 2].elementDelta,
-                frame.audio[t].key);
-    }
-  }
-  EXPECT_EQ(r.audio.trackCount, spec.tracks);
-  EXPECT_EQ(r.audio.quantizationBits, spec.bits);
-  // Only a slice that opens with audio is measured.
-  EXPECT_EQ(r.audio.elementSize,
-            spec.sliceCount == 0 ? 0 : clip.layout.frames[0].audio[0].totalBytes);
-  EXPECT_EQ(r.audio.elementKind, spec.waveAudio ? kWaveElement : kAes3Element);
-  EXPECT_EQ(r.base.hasAncillaryData, spec.dataTrack ? 1u : 0u);
-  if (spec.dataElement) {
-    EXPECT_EQ(r.base.ancillaryElementSize, clip.layout.frames[0].data->totalBytes);
-  }
-  EXPECT_EQ(r.timecode.startFrames, clip.layout.startFrames);
-  EXPECT_EQ(WorkingLast(r.timecode) - WorkingStart(r.timecode) + 1, spec.frames);
-}
-
 TEST(Analysis, FindsEveryElementAtEveryRate) {
   for (int rate = 0; rate < 8; ++rate) {
     for (const bool drop : {false, true}) {

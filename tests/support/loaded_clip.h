@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "mxf/analysis.h"
 #include "state/clip_state.h"
@@ -30,9 +31,13 @@ inline ClipSpec LongClip(std::uint32_t frames = 20000) {
 
 struct LoadedClip {
   explicit LoadedClip(const ClipSpec& description)
-      : clip(BuildClip(description)),
+      : LoadedClip(description, BuildClip(description)) {}
+
+  // With `file` in place of the built bytes, for a copy that lays them out anew.
+  LoadedClip(const ClipSpec& description, Clip built, const Bytes* file = nullptr)
+      : clip(std::move(built)),
         spec(description),
-        path(folder.Write("clip.mxf", clip.bytes)) {
+        path(folder.Write("clip.mxf", file == nullptr ? clip.bytes : *file)) {
     Load();
     for (const RangeFields& range : {kRewrapRange, kExportRange, kLoudnessRange}) {
       app.tracks.*range.in = FirstFramePoint(app.mxf.timecode);
