@@ -38,8 +38,8 @@ class UnfinishedCopy {
 
 enum class CopyEnd : std::uint8_t { kDone, kStopped, kUnreadable, kUnwritable };
 
-// Writes all parts of the copy but the essence to `out`, each part at its place. Returns kDone,
-// kStopped or kUnwritable. Throws std::bad_alloc.
+// Writes all parts of the copy but the essence to the empty file `out`, each part at its place.
+// Returns kDone, kStopped or kUnwritable. Throws std::bad_alloc.
 CopyEnd WriteSkeleton(const CopyPlan& plan, platform::File* out);
 
 // Writes the copy of the clip `in` to `out` from the first byte to the last, brings it onto the
