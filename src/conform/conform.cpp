@@ -65,7 +65,7 @@ std::optional<std::uint64_t> PlaceInClip(const CopyPlan& plan, std::uint64_t off
 class Conformer {
  public:
   Conformer(platform::File* clip, std::uint64_t size, JobProgress* progress)
-      : clip_(*clip), size_(size), progress_(*progress) {}
+      : clip_(*clip), size_(size), times_(clip->Times()), progress_(*progress) {}
 
   // Decides what the copy holds. False when there can be none; `result` then tells why.
   bool Plan() {
@@ -104,6 +104,7 @@ class Conformer {
       Unreadable();
       return;
     }
+    if (HasChanged()) return End(ConformFault::kUnreadable, "the clip has changed meanwhile");
     if (!copy.TakeName(out)) {
       End(ConformFault::kUnwritable,
           "the copy cannot take its name, or the name not be brought onto the medium");
@@ -119,6 +120,13 @@ class Conformer {
 
  private:
   bool HasEnded() const { return result_.fault != ConformFault::kNone; }
+
+  // True when the clip is not as it was before the first read: the copy may then be a mix. Programs
+  // that ask for no lock may write to the clip.
+  bool HasChanged() const {
+    const auto times = clip_.Times();
+    return !times || !times_ || times->lastWrite != times_->lastWrite || clip_.Size() != size_;
+  }
 
   void End(ConformFault fault, std::string reason) {
     result_.fault = fault;
@@ -407,6 +415,7 @@ class Conformer {
 
   platform::File& clip_;
   const std::uint64_t size_;
+  const std::optional<platform::FileTimes> times_;  // before the first read
   JobProgress& progress_;
   SourceClip source_;
   std::vector<MetadataSets> metadata_;  // of each partition of the clip

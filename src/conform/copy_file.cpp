@@ -171,8 +171,11 @@ bool UnfinishedCopy::TakeName(const std::u16string& out) {
 }
 
 CopyEnd WriteSkeleton(const CopyPlan& plan, const platform::File& in, platform::File* out) {
+  // Zeros at the end of a part, the value of its fill, need no memory: they read as a hole.
   const auto put = [out](std::uint64_t offset, const std::vector<std::uint8_t>& bytes) {
-    return bytes.empty() || out->WriteAt(offset, bytes.data(), bytes.size());
+    const auto last = std::find_if(bytes.rbegin(), bytes.rend(), [](auto b) { return b != 0; });
+    const auto held = static_cast<std::size_t>(bytes.rend() - last);
+    return held == 0 || out->WriteAt(offset, bytes.data(), held);
   };
   for (std::size_t i = 0; i < plan.partitions.size(); ++i) {
     const CopyPartition& partition = plan.partitions[i];
@@ -185,7 +188,10 @@ CopyEnd WriteSkeleton(const CopyPlan& plan, const platform::File& in, platform::
       return CopyEnd::kUnwritable;
     }
   }
-  if (!put(plan.randomIndexOffset, WriteRandomIndex(plan))) return CopyEnd::kUnwritable;
+  const std::vector<std::uint8_t> randomIndex = WriteRandomIndex(plan);
+  if (!out->WriteAt(plan.randomIndexOffset, randomIndex.data(), randomIndex.size())) {
+    return CopyEnd::kUnwritable;
+  }
   const auto first = std::find_if(plan.partitions.begin(), plan.partitions.end(),
                                   [](const CopyPartition& p) { return p.frames != 0; });
   if (plan.laidFrames == nullptr || first == plan.partitions.end()) return CopyEnd::kDone;

@@ -18,6 +18,7 @@ constexpr std::uint64_t kLongestFrame = std::numeric_limits<std::uint32_t>::max(
 constexpr std::uint64_t kLongestAudioElement = 16 << 20;
 constexpr std::size_t kMostElements = 256;  // in a frame
 constexpr std::uint64_t kSlotGrid = 512;    // bytes
+constexpr std::size_t kSearchBlockBytes = 1 << 20;
 
 // Byte of an element's key that tells its item, and the items of pictures (SMPTE ST 379).
 constexpr std::size_t kItemByte = 12;
@@ -64,7 +65,8 @@ class FrameReader {
       if (partition.essenceStart < partition.end && !ReadPartition(i)) return false;
     }
     if (map_.bodySid == 0) map_.bodySid = 1;  // 0 would say that there is no essence
-    return !map_.frames.empty() || Refuse("the clip holds no whole frame");
+    if (map_.frames.empty()) return Refuse("the clip holds no whole frame");
+    return EndsWhereItWasCutOff();
   }
 
  private:
@@ -77,7 +79,9 @@ class FrameReader {
   bool ReadPartition(std::uint32_t number) {
     const SourcePartition& partition = clip_.partitions[number];
     const std::uint32_t bodySid = partition.pack.U32(pack_field::kBodySid);
-    if (!map_.frames.empty() && bodySid != map_.bodySid) return true;
+    if (!map_.frames.empty() && bodySid != map_.bodySid) {
+      return HoldsNoFrames(partition.essenceStart, partition.end);
+    }
     elements_.clear();
     frameEnd_ = partition.essenceStart;
     for (KlvSpan klv; frameEnd_ < partition.end; frameEnd_ = klv.End()) {
@@ -90,7 +94,7 @@ class FrameReader {
       if (elements_.empty() && !hasOpener_) {
         if (!IsContainerElement(klv.key)) {  // no frames, but another stream
           skipped_.push_back(bodySid);
-          return true;
+          return HoldsNoFrames(frameEnd_, partition.end);
         }
         if (std::find(skipped_.begin(), skipped_.end(), bodySid) != skipped_.end()) {
           return Refuse(fmt::format("no frame in front of byte {}", klv.offset));
@@ -107,6 +111,40 @@ class FrameReader {
       elements_.push_back(klv);
     }
     return elements_.empty() || CloseFrame(number, true);
+  }
+
+  // True when the KLVs from `offset` to `end` are another stream. The copy has no place for frames
+  // behind other data, or with another BodySID than the frames in front of them.
+  bool HoldsNoFrames(std::uint64_t offset, std::uint64_t end) {
+    KlvSpan klv;
+    for (; ReadKlvSpan(file_, offset, end, &klv); offset = klv.End()) {
+      const bool opens = hasOpener_ ? SameElement(klv.key, opener_) : IsContainerElement(klv.key);
+      if (!opens) continue;
+      return Refuse(fmt::format(
+          "the frame at byte {} stands behind other data or has another BodySID", offset));
+    }
+    return true;
+  }
+
+  // True when no frame starts in the bytes behind the last whole KLV of a clip that was cut off.
+  // Else a damaged length, and not the end of the clip, ends the walk.
+  bool EndsWhereItWasCutOff() {
+    std::uint64_t at = clip_.partitions.back().end + 1;
+    const std::uint64_t end = clip_.partitions.back().end + clip_.cutBytes;
+    std::vector<std::uint8_t> block(kSearchBlockBytes);
+    while (at < end && end - at >= opener_.size()) {
+      const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), end - at));
+      if (file_.ReadAt(at, block.data(), wanted) != wanted) return Refuse("a read has failed");
+      const auto last = block.begin() + static_cast<std::ptrdiff_t>(wanted);
+      const auto found = std::search(block.begin(), last, opener_.begin(), opener_.end());
+      if (found != last) {
+        return Refuse(fmt::format("no whole KLV at byte {}, but a frame at byte {}",
+                                  clip_.partitions.back().end,
+                                  at + static_cast<std::uint64_t>(found - block.begin())));
+      }
+      at += wanted - (opener_.size() - 1);
+    }
+    return true;
   }
 
   std::string Misfit(const char* what) const {

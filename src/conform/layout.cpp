@@ -16,6 +16,9 @@ namespace {
 constexpr std::uint64_t kUsualKag = 512;
 constexpr std::uint64_t kLargestKag = 1 << 20;  // SMPTE ST 377-1
 
+// Bytes of all packs with their fill up to which the clip's own KAG is kept.
+constexpr std::uint64_t kMostPackBytes = 64 << 20;
+
 constexpr KlvKey kWrittenSegment = {0x06, 0x0E, 0x2B, 0x34, 0x02, 0x53, 0x01, 0x01,
                                     0x0D, 0x01, 0x02, 0x01, 0x01, 0x10, 0x01, 0x00};
 constexpr std::uint32_t kEntryBytes = kFixedEntryBytes + kSliceOffsetBytes;  // with one slice
@@ -194,7 +197,8 @@ std::uint32_t ChooseKag(const std::vector<CopyPartition>& partitions) {
       return FillsOneKag(PackBytes(partition), kag);
     });
   };
-  if (stated != 0 && stated <= kLargestKag && fits(stated)) return stated;
+  const bool isSmall = stated <= kLargestKag && stated * partitions.size() <= kMostPackBytes;
+  if (stated != 0 && isSmall && fits(stated)) return stated;
   std::uint64_t kag = kUsualKag;
   while (!fits(kag))
     kag += kUsualKag;

@@ -58,8 +58,9 @@ struct CopyPlan {
 void WriteIndex(const FrameMap& map, Fraction rate, std::uint32_t indexSid, CopyPlan* plan);
 
 // Places the parts of the copy. `plan` has at least one partition. Keeps the KAG size of the header
-// partition when it is at most 2^20 and every pack, with a fill or alone, makes exactly one KAG;
-// else takes the smallest multiple of 512 with which every pack does. Throws std::bad_alloc.
+// partition when it is at most 2^20, all packs together take at most 64 MiB with it, and every
+// pack, with a fill or alone, makes exactly one KAG; else takes the smallest multiple of 512 with
+// which every pack does. Throws std::bad_alloc.
 void PlaceParts(CopyPlan* plan);
 
 // Makes the bytes of the pack of partition `index` (zero-based) with its new offsets and byte

@@ -124,6 +124,11 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   Bytes runIn(64);
   runIn.insert(runIn.end(), clip.bytes.begin(), clip.bytes.end());
   const auto& partitions = clip.layout.partitions;
+  // Without a footer, so that a walk finds the frames.
+  const Bytes open = Resized(clip.bytes, partitions.back().offset);
+  const std::uint64_t secondSid = partitions[2].offset + pack::kBodySid;
+  Bytes dataInFront = open;
+  dataInFront[clip.layout.frames[0].system.key + 8] = 0x0E;
   ClipSpec noPackage;
   noPackage.DropSet(SetKind::kMaterialPackage);
   const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
@@ -139,6 +144,11 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no version of ours",
        patched(partitions.back().offset + pack::kMajorVersion, Bytes{0, 2, 0, 4}),
        kPartitionVersion},
+      {"frames behind other data", dataInFront, kRandomIndexNotFound},
+      {"frames with another BodySID", Patched(open, secondSid, Big32(2)), kRandomIndexNotFound},
+      {"frames without a BodySID", Patched(open, secondSid, Big32(0)), kRandomIndexNotFound},
+      {"damaged length in the middle",
+       Patched(open, clip.layout.frames[3].picture.key + 17, Bytes{0xFF}), kRandomIndexNotFound},
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
   };
   for (const auto& [fault, bytes, code] : rows) {
@@ -149,6 +159,24 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
     EXPECT_EQ(result.analysisCode, code) << result.reason;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
+}
+
+TEST(Conform, MakesNoLargeCopyOfSmallPartitions) {
+  const Clip clip = BuildClip(ClipSpec());
+  const std::uint64_t packBytes = 20 + ReadBe24(&clip.bytes[17]);
+  Bytes bytes = Patched(Resized(clip.bytes, clip.layout.partitions.back().offset), pack::kKagSize,
+                        Big32(1 << 20));
+  const auto body =
+      clip.bytes.begin() + static_cast<std::ptrdiff_t>(clip.layout.partitions[1].offset);
+  Bytes small(body, body + static_cast<std::ptrdiff_t>(packBytes));
+  Patch(small, pack::kIndexByteCount, Big64(0));
+  Patch(small, pack::kBodySid, Big32(3));
+  // An element of a generic stream (SMPTE ST 410).
+  small.insert(small.end(),
+               {0x06, 0x0E, 0x2B, 0x34, 1, 1, 1, 0x0C, 0x0D, 1, 5, 9, 1, 0, 0, 0, 1, 0});
+  for (int i = 0; i < 100; ++i)
+    bytes.insert(bytes.end(), small.begin(), small.end());
+  EXPECT_LT(Conformed(bytes).size(), 2 * bytes.size());
 }
 
 TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
