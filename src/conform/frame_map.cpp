@@ -72,11 +72,13 @@ class FrameReader {
     return false;
   }
 
-  // Walks over one partition, when it holds frames of the same body as the partitions before.
+  // Walks over one partition. Passes over another stream than that of the frames, unless it holds
+  // what may be a frame: a frame is never left out.
   bool ReadPartition(std::uint32_t number) {
     const SourcePartition& partition = clip_.partitions[number];
     const std::uint32_t bodySid = partition.pack.U32(pack_field::kBodySid);
-    if (!map_.frames.empty() && bodySid != map_.bodySid) return true;
+    const bool isOtherBody = !map_.frames.empty() && bodySid != map_.bodySid;
+    bool isOtherStream = false;
     elements_.clear();
     frameEnd_ = partition.essenceStart;
     for (KlvSpan klv; frameEnd_ < partition.end; frameEnd_ = klv.End()) {
@@ -86,14 +88,17 @@ class FrameReader {
         break;
       }
       if (IsFill(klv.key)) continue;
-      if (elements_.empty() && !hasOpener_) {
-        if (!IsContainerElement(klv.key)) {  // no frames, but another stream
-          skipped_.push_back(bodySid);
-          return true;
-        }
-        if (std::find(skipped_.begin(), skipped_.end(), bodySid) != skipped_.end()) {
-          return Refuse(fmt::format("no frame in front of byte {}", klv.offset));
-        }
+      if (isOtherBody) {
+        return !SameElement(klv.key, opener_) ||
+               Refuse(fmt::format("the frame at byte {} is of another body", klv.offset));
+      }
+      const bool isElement = IsContainerElement(klv.key);
+      isOtherStream = isOtherStream || (!hasOpener_ && !isElement);
+      if (isOtherStream && isElement) {
+        return Refuse(fmt::format("the element at byte {} is of no frame", klv.offset));
+      }
+      if (isOtherStream) continue;
+      if (!hasOpener_) {
         opener_ = klv.key;
         hasOpener_ = true;
         map_.bodySid = bodySid;
@@ -154,6 +159,12 @@ class FrameReader {
     }
     if (frameEnd_ - start > kLongestFrame || map_.frames.size() == kMostFrames) {
       return Refuse(fmt::format("the frame at byte {} is longer than a frame can be", start));
+    }
+    const auto stray = std::find_if(elements.begin(), elements.end(), [](const KlvSpan& klv) {
+      return !IsContainerElement(klv.key);
+    });
+    if (!isLast && stray != elements.end()) {
+      return Refuse(fmt::format("no element of a frame stands at byte {}", stray->offset));
     }
     if (isFirst) Begin(elements, {first, behind}, behind);
     return Take(partition, elements, {first, behind}, behind);
@@ -231,7 +242,6 @@ class FrameReader {
   const PictureCoding coding_;
   FrameMap& map_;
   std::string& reason_;
-  std::vector<std::uint32_t> skipped_;  // BodySIDs of the partitions that hold no frames
   bool hasOpener_ = false;
   KlvKey opener_{};
   std::vector<KlvSpan> elements_;  // of the frame that is being read, without fill
