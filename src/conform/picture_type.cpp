@@ -37,8 +37,10 @@ constexpr std::array<std::uint8_t, 4> kTypeFlags = {0x00, 0x00, 0x22, 0x33};  //
 
 // The bytes behind the next start code prefix; empty without one.
 Bytes NextUnit(Bytes bytes) {
-  const auto prefix = std::ranges::search(bytes, kStartCodePrefix);
-  return {prefix.end(), bytes.end()};
+  const auto& wanted = kStartCodePrefix;
+  const auto prefix = std::search(bytes.begin(), bytes.end(), wanted.begin(), wanted.end());
+  if (prefix == bytes.end()) return {};
+  return bytes.subspan(static_cast<std::size_t>(prefix - bytes.begin()) + wanted.size());
 }
 
 PictureFacts ReadMpeg2(Bytes head) {
