@@ -40,7 +40,9 @@ int RunInfo(const InfoArguments& arguments) {
   if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
     PrintError(PatternLine(session.app.mxf.audio));
   }
-  if (MayConform(session.result)) PrintError("conform may make a copy of this clip that loads");
+  if (MayConform(session.result, session.app.mxf.base)) {
+    PrintError("conform may make a copy of this clip whose audio can be used");
+  }
   const bool logged = WriteLog(arguments, session);
   if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;
   return accepted && printed && logged ? kDone : kFailed;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "mxf/records.h"
 #include "state/job_progress.h"
 
 namespace quorvan {
@@ -87,8 +88,10 @@ std::string MendText(const MendNote& note);
 // A short name of `mend` for scripts, like "randomIndex".
 const char* MendName(Mend mend);
 
-// True when a clip that the analysis refuses with `analysisCode` may have a conformed copy that the
-// analysis accepts: the refusal is about the layout of the clip, not about what it holds.
-bool MayConform(std::int32_t analysisCode);
+// True when a conformed copy of the clip may serve where the clip does not: the analysis has
+// refused the clip with `analysisCode` for its layout, not for what it holds; or it has accepted
+// the clip, but `mxf` says that the index does not lead to the audio, or leads to more audio
+// elements than tracks were counted.
+bool MayConform(std::int32_t analysisCode, const MXF_BASE_INFO& mxf);
 
 }  // namespace quorvan

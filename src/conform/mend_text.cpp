@@ -40,7 +40,10 @@ const char* MendName(Mend mend) {
   return kMends[static_cast<std::size_t>(mend)].name;
 }
 
-bool MayConform(std::int32_t analysisCode) {
+bool MayConform(std::int32_t analysisCode, const MXF_BASE_INFO& mxf) {
+  if (mxf.indexContradicted != 0 || mxf.audio->indexedElements > UsableTracks(*mxf.audio)) {
+    return true;
+  }
   switch (analysisCode) {
     case kRandomIndexNotFound:
     case kPartitionOpen:

@@ -336,7 +336,7 @@ bool MainWindow::OpenClip(const std::u16string& path) {
 }
 
 // Analyses the clip at `path`, which is open, and loads it. After a refusal that a conformed copy
-// may avoid, and for a clip whose index leads to no audio, offers such a copy and loads it instead.
+// may avoid, and for a clip whose audio cannot be used, offers such a copy and loads it instead.
 void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   platform::CopyText(app_.mxfPath, kMxfPathChars, path);
   const int result = AnalysisDialog(&app_, StatusSetter(), this).exec();
@@ -350,7 +350,7 @@ void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   entry_->Refresh();
   view_->LayOut();
   RequestRefresh(kRefreshMenus | kRefreshTracks);
-  if (!MayConform(result) && app_.mxf->indexContradicted == 0) return;
+  if (!MayConform(result, *app_.mxf)) return;
   const auto copy = OfferConformedCopy(path, StatusSetter(), this);
   if (!copy) return;
   if (app_.mxfLoaded == 1) Unload();
