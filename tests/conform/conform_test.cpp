@@ -183,6 +183,23 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   }
 }
 
+TEST(Conform, WritesAnIndexThatCannotBeKeptAnew) {
+  ClipSpec noSid, sidOfNone;
+  noSid.RemoveTag(SetKind::kEssenceContainerData, 0, tag::kIndexSid);
+  sidOfNone.SetTag(SetKind::kEssenceContainerData, 0, tag::kIndexSid, Big32(0));
+  // Wherever this clip's frames have another length than the first one, they also have other
+  // samples than their place in the pattern says.
+  const ClipSpec otherPattern{.rate = Rate::k29_97, .patternStart = 4, .elementKag = 0};
+  const std::pair<ClipSpec, std::string> rows[] = {
+      {noSid, "index"}, {sidOfNone, "index"}, {otherPattern, "index frames"}};
+  for (const auto& [spec, mended] : rows) {
+    const TempFolder folder;
+    const ConformResult result = Conform(folder, BuildClip(spec).bytes);
+    EXPECT_TRUE(result.IsDone()) << result.reason;
+    EXPECT_EQ(MendedBy(result), mended);
+  }
+}
+
 TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   const Clip clip = BuildClip(ClipSpec());
   const auto patched = [&](auto offset, auto value) { return Patched(clip.bytes, offset, value); };

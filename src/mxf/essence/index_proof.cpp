@@ -76,8 +76,10 @@ class FrameWalk {
       at += *step;
     }
     if (joins && at != end) return false;
-    const ElementState state = CompareWithIndex(elements, mxf_, entry, tracks_);
-    return state == ElementState::kProven || state == ElementState::kOtherLength;
+    // Track by track, for a track with another length ends a comparison of several.
+    return std::none_of(tracks_.begin(), tracks_.end(), [&](const std::uint32_t& track) {
+      return CompareWithIndex(elements, mxf_, entry, {&track, 1}) == ElementState::kMisplaced;
+    });
   }
 
  private:
