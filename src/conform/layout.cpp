@@ -52,7 +52,8 @@ class SegmentWriter {
         laysFrames_(laysFrames),
         rate_(rate),
         indexSid_(indexSid),
-        pictures_(IndexPictures(map.pictures)) {}
+        pictures_(IndexPictures(map.pictures)),
+        deltas_(Deltas()) {}
 
   // Bytes of a frame in the copy.
   std::uint64_t BytesOf(std::uint32_t frame) const {
@@ -75,7 +76,7 @@ class SegmentWriter {
     AppendNumber(tags::kBodySid, map_.bodySid, 4, &value);
     AppendNumber(tags::kSliceCount, 1, 1, &value);
     AppendNumber(tags::kPosTableCount, 0, 1, &value);
-    AppendItem(tags::kDeltaEntries, Deltas(), &value);
+    AppendItem(tags::kDeltaEntries, deltas_, &value);
     AppendItem(tags::kIndexEntries, Entries(first, count, streamOffset), &value);
     return segment;
   }
@@ -126,6 +127,7 @@ class SegmentWriter {
   const Fraction rate_;
   const std::uint32_t indexSid_;
   const std::vector<IndexPicture> pictures_;
+  const std::vector<std::uint8_t> deltas_;  // value of the item that all segments have
 };
 
 // Narrows the essence of `partition` to `count` frames from `first` on.
