@@ -173,6 +173,15 @@ TEST(Analysis, FollowsStreamOffsetsOnlyThroughATableOfEveryFrame) {
   }
 }
 
+// The readers know one slice of audio: in these clips several tracks lead to one element.
+TEST(Analysis, KnowsThatAudioInSeveralSlicesIsNotReached) {
+  for (const std::uint32_t slices : {1u, 2u, 4u}) {
+    const Analysed analysed(ClipSpec{.audioSlices = slices});
+    EXPECT_EQ(analysed.result, 0);
+    EXPECT_EQ(analysed.records.base.indexContradicted, slices == 1 ? 0U : 1U) << slices;
+  }
+}
+
 // By their order the segments lead to no audio. By the stream offsets they do, but for one element.
 TEST(Analysis, KeepsNothingThatWasMeasuredWithAnIndexThatIsNotBelieved) {
   Clip clip = BuildClip({.dataTrack = true,
