@@ -252,7 +252,7 @@ void PlaceParts(CopyPlan* plan) {
 std::vector<std::uint8_t> WritePack(const CopyPlan& plan, std::size_t index) {
   const CopyPartition& partition = plan.partitions[index];
   PartitionPack pack = partition.pack;
-  pack.key[kPackStatusByte] = kClosedCompletePack;
+  if (IsUnfinishedPartition(pack.Status())) pack.key[kPackStatusByte] = kClosedCompletePack;
   std::uint8_t* value = pack.value.data();
   PutBe32(value + pack_field::kKagSize, plan.kagSize);
   PutBe64(value + pack_field::kThisPartition, partition.offset);

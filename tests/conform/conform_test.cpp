@@ -152,6 +152,7 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   const std::tuple<const char*, Bytes, std::string, std::size_t> rows[] = {
       {"open header", patched(pack::kStatus, Bytes{1}), "openPartitions", 10},
       {"open body", patched(partitions[1].offset + pack::kStatus, Bytes{3}), "openPartitions", 10},
+      {"generic stream", patched(partitions[1].offset + pack::kStatus, Bytes{0x11}), "", 10},
       {"no footer", patched(footer + pack::kKind, Bytes{3}), "footer index", 10},
       {"data behind the random index", Resized(bytes, bytes.size() + 100),
        "randomIndex bytesBehind", 10},
