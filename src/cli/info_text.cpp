@@ -172,8 +172,9 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
         break;
       case ClipNotice::kIndexContradicted:
         lines.emplace_back(
-            "the index does not lead to the audio of the frames: no job takes the clip, but a "
-            "conformed copy gets another index");
+            "the index does not lead to the audio of every frame: no job takes the frames to which "
+            "it "
+            "does not lead; a conformed copy may get another index");
         break;
       case ClipNotice::kHiddenTracks:
         lines.push_back(

@@ -199,12 +199,14 @@ class Conformer {
   }
 
   // Plans a copy with the partitions and the index table of the clip. False when the index table
-  // does not lead to the audio of every frame, and when the work has ended.
+  // does not lead to the audio of every frame or the metadata name no index table, and when the
+  // work has ended.
   bool PlanWithIndex() {
     const bool hasIndex =
         std::any_of(source_.partitions.begin(), source_.partitions.end(),
                     [](const SourcePartition& p) { return !p.indexSegments.empty(); });
     if (!hasIndex || source_.cutBytes != 0 || !source_.HasFooter()) return false;
+    if (IndexSidOf(metadata_.front()) == 0) return false;
     for (std::size_t i = 0; i < source_.partitions.size(); ++i) {
       const SourcePartition& from = source_.partitions[i];
       CopyPartition& to = plan_.partitions.emplace_back(CopyPartition{.pack = from.pack});

@@ -26,7 +26,7 @@ enum class Mend : std::uint8_t {
   kSetOrder,             // metadata sets that stand at another place now
   kDurations,            // frames: durations in the metadata that were unknown or wrong
   kNoIndex,              // frames: there was no index table
-  kIndex,                // frames: the index table did not lead to the audio of every frame
+  kIndex,                // frames: the index table could not be kept
   kFrames,               // frames whose elements got other fill or other length fields
   kCutOff,               // bytes of a part of a frame at the end that are left out
 };

@@ -66,7 +66,8 @@ class SegmentWriter {
         laysFrames_(laysFrames),
         rate_(rate),
         indexSid_(indexSid),
-        pictures_(IndexPictures(map.pictures)) {}
+        pictures_(IndexPictures(map.pictures)),
+        deltas_(Deltas()) {}
 
   // Bytes of a frame in the copy.
   std::uint64_t BytesOf(std::uint32_t frame) const {
@@ -87,7 +88,7 @@ class SegmentWriter {
     AppendNumber(tags::kBodySid, map_.bodySid, 4, &value);
     AppendNumber(tags::kSliceCount, 1, 1, &value);
     AppendNumber(tags::kPosTableCount, 0, 1, &value);
-    AppendItem(tags::kDeltaEntries, Deltas(), &value);
+    AppendItem(tags::kDeltaEntries, deltas_, &value);
     AppendItem(tags::kIndexEntries, Entries(first, count, streamOffset), &value);
     AppendItem(tags::kInstanceUid, InstanceUidFor(value), &value);
     return segment;
@@ -139,6 +140,7 @@ class SegmentWriter {
   const Fraction rate_;
   const std::uint32_t indexSid_;
   const std::vector<IndexPicture> pictures_;
+  const std::vector<std::uint8_t> deltas_;  // value of the item that all segments have
 };
 
 // Narrows the essence of `partition` to `count` frames from `first` on.
@@ -264,7 +266,7 @@ void PlaceParts(CopyPlan* plan) {
 std::vector<std::uint8_t> WritePack(const CopyPlan& plan, std::size_t index) {
   const CopyPartition& partition = plan.partitions[index];
   PartitionPack pack = partition.pack;
-  pack.key[kPackStatusByte] = kClosedCompletePack;
+  if (IsUnfinishedPartition(pack.Status())) pack.key[kPackStatusByte] = kClosedCompletePack;
   std::uint8_t* value = pack.value.data();
   PutBe32(value + pack_field::kKagSize, plan.kagSize);
   PutBe64(value + pack_field::kThisPartition, partition.offset);

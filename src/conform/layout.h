@@ -64,8 +64,8 @@ void WriteIndex(const FrameMap& map, Fraction rate, std::uint32_t indexSid, Copy
 void PlaceParts(CopyPlan* plan);
 
 // Makes the bytes of the pack of partition `index` (zero-based) with its new offsets and byte
-// counts, closed and complete, and the fill behind the pack: plan.kagSize bytes. Throws
-// std::bad_alloc.
+// counts, closed and complete when it was not, and the fill behind the pack: plan.kagSize bytes.
+// Throws std::bad_alloc.
 std::vector<std::uint8_t> WritePack(const CopyPlan& plan, std::size_t index);
 
 // Makes the bytes of the Random Index Pack, key and length included. Throws std::bad_alloc.

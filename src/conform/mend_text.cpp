@@ -29,6 +29,7 @@ constexpr std::array<MendRow, 13> kMends = {{
     {"frames", "fill and length fields of the elements in {} frames"},
     {"cutOff", "{} bytes behind the last whole frame are left out"},
 }};
+static_assert(kMends.size() == static_cast<std::size_t>(Mend::kCutOff) + 1);
 
 }  // namespace
 

@@ -288,7 +288,7 @@ bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bo
     return reader->Refuse(fmt::format("no partition pack at byte {}", partition->offset));
   }
   if (!CheckPack(reader, *partition, first, last)) return false;
-  if (partition->pack.Status() != kClosedCompletePack) ++clip->unfinished;
+  if (IsUnfinishedPartition(partition->pack.Status())) ++clip->unfinished;
   const auto primerFirst = [partition] {
     return !partition->metadata.empty() && Is(partition->metadata.front(), keys::kPrimerPack);
   };

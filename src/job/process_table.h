@@ -78,7 +78,7 @@ std::u16string ClipCannotBeLoadedMessage(std::u16string_view mxfPath, std::uint3
 // it.
 std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
 
-// The message that the index of the loaded clip does not lead to the audio of the frames, or leads
+// The message that the index of the loaded clip does not lead to the audio of every frame, or leads
 // to more or fewer audio elements than tracks were counted; empty when all is well.
 std::u16string IndexNoticeMessage(const MXF_BASE_INFO& mxf);
 

@@ -30,16 +30,16 @@ inline constexpr RangeFields kExportRange = {&AUDIOTRACK_IO_INFO::exportIn,
 inline constexpr RangeFields kLoudnessRange = {&AUDIOTRACK_IO_INFO::loudnessIn,
                                                &AUDIOTRACK_IO_INFO::loudnessOut};
 
-// Why no job takes a loaded clip: kNoRange, kUnknownRate or kNoSampleFormat, the first of these
-// that applies; kNoFault when jobs take the clip.
+// Why no job takes a loaded clip: kNoRange, kUnknownRate, kNoSampleFormat or kOtherPattern, the
+// first of these that applies; kNoFault when jobs take the clip.
 JobFault CheckClip(const MXF_BASE_INFO& mxf);
 
 // Checks the arguments of a job and finds its range, whose IN and OUT frames `fields` picks from
 // `tracks`. `path` is the zero-terminated path of the clip and `mxf` its analysis. Returns kNoFault
 // with `*range` filled, or, with `*range` unchanged, the first fault in this order: kNoPath for a
-// null or empty path; kNoTracks; kNoRecords; kNoRange; kUnknownRate; kNoSampleFormat; kBadRange. In
-// a clip that starts in hour 23, an OUT frame directly before the IN frame is a range of 0 frames;
-// in other clips it is kBadRange. Throws nothing.
+// null or empty path; kNoTracks; kNoRecords; kNoRange; kUnknownRate; kNoSampleFormat;
+// kOtherPattern; kBadRange. In a clip that starts in hour 23, an OUT frame directly before the IN
+// frame is a range of 0 frames; in other clips it is kBadRange. Throws nothing.
 JobFault FindRange(const char16_t* path, const AUDIOTRACK_IO_INFO* tracks, const MXF_BASE_INFO* mxf,
                    const RangeFields& fields, FrameRange* range);
 

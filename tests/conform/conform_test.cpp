@@ -75,6 +75,7 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   const std::tuple<const char*, Bytes, std::string, std::size_t> rows[] = {
       {"open header", patched(pack::kStatus, Bytes{1}), "openPartitions", 10},
       {"open body", patched(partitions[1].offset + pack::kStatus, Bytes{3}), "openPartitions", 10},
+      {"generic stream", patched(partitions[1].offset + pack::kStatus, Bytes{0x11}), "", 10},
       {"no footer", patched(footer + pack::kKind, Bytes{3}), "footer index", 10},
       {"data behind the random index", Resized(bytes, bytes.size() + 100),
        "randomIndex bytesBehind", 10},
@@ -116,6 +117,23 @@ TEST(Conform, LosesNoFrameWhereAPackIsWrongOrAPartitionShort) {
 
   const Clip plain = BuildClip({});
   ExpectMended(plain, Patched(plain.bytes, pack::kBodyOffset, Big64(1 << 20)), "", 10);
+}
+
+TEST(Conform, WritesAnIndexThatCannotBeKeptAnew) {
+  ClipSpec noSid, sidOfNone;
+  noSid.RemoveTag(SetKind::kEssenceContainerData, 0, tag::kIndexSid);
+  sidOfNone.SetTag(SetKind::kEssenceContainerData, 0, tag::kIndexSid, Big32(0));
+  // Wherever this clip's frames have another length than the first one, they also have other
+  // samples than their place in the pattern says.
+  const ClipSpec otherPattern{.rate = Rate::k29_97, .patternStart = 4, .elementKag = 0};
+  const std::pair<ClipSpec, std::string> rows[] = {
+      {noSid, "index"}, {sidOfNone, "index"}, {otherPattern, "index frames"}};
+  for (const auto& [spec, mended] : rows) {
+    const TempFolder folder;
+    const ConformResult result = Conform(folder, BuildClip(spec).bytes);
+    EXPECT_TRUE(result.IsDone()) << result.reason;
+    EXPECT_EQ(MendedBy(result), mended);
+  }
 }
 
 TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {

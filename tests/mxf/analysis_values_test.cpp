@@ -104,6 +104,62 @@ TEST(Analysis, KnowsWhetherTheIndexCountsEveryFrame) {
   }
 }
 
+// The order of the segments leads astray in these clips, and their stream offsets do not.
+TEST(Analysis, FollowsStreamOffsetsOnlyThroughATableOfEveryFrame) {
+  using Segments = std::vector<IndexSegment>;
+  const auto addUnfinished = [](Segments& s, std::size_t entries) {
+    IndexSegment early = s[0];
+    early.entries.resize(entries);
+    s.insert(s.begin(), early);
+  };
+  const std::tuple<const char*, std::int32_t, std::function<void(Segments&)>> rows[] = {
+      {"as written", 0, [](Segments&) {}},
+      {"in reverse", 0, [](Segments& s) { std::reverse(s.begin(), s.end()); }},
+      {"once more, without entries", 0, [&](Segments& s) { addUnfinished(s, 0); }},
+      {"once more, with fewer entries", 0, [&](Segments& s) { addUnfinished(s, 3); }},
+      {"without the second", kNoIndexTable, [](Segments& s) { s.erase(s.begin() + 1); }},
+      {"with a gap", kNoIndexTable, [](Segments& s) { s[1].startPosition = 6; }},
+  };
+  for (const auto& [name, verdict, edit] : rows) {
+    SCOPED_TRACE(name);
+    const Clip clip = BuildClip({.frames = 20,
+                                 .framesPerPartition = 0,
+                                 .framesPerSegment = 5,
+                                 .indexPlacement = IndexPlacement::kFooter,
+                                 .indexEdits = {edit}});
+    Analysed analysed(clip.bytes);
+    ASSERT_EQ(analysed.result, verdict);
+    if (verdict != 0) continue;
+    ASSERT_EQ(analysed.records.timecode.frameCount, 20U);
+    for (std::size_t i = 0; i < 20; ++i)
+      EXPECT_EQ(analysed.records.indexEntries[i].fileOffset, clip.layout.frames[i].offset);
+  }
+}
+
+// The readers know one slice of audio: in these clips several tracks lead to one element.
+TEST(Analysis, KnowsThatAudioInSeveralSlicesIsNotReached) {
+  for (const std::uint32_t slices : {1u, 2u, 4u}) {
+    const Analysed analysed(ClipSpec{.audioSlices = slices});
+    EXPECT_EQ(analysed.result, 0);
+    EXPECT_EQ(analysed.records.base.indexContradicted, slices == 1 ? 0U : 1U) << slices;
+  }
+}
+
+// By their order the segments lead to no audio. By the stream offsets they do, but for one element.
+TEST(Analysis, KeepsNothingThatWasMeasuredWithAnIndexThatIsNotBelieved) {
+  Clip clip = BuildClip({.dataTrack = true,
+                         .dataElement = true,
+                         .indexPlacement = IndexPlacement::kFooter,
+                         .indexEdits = {[](auto& s) { std::reverse(s.begin(), s.end()); }}});
+  Patch(clip.bytes, clip.layout.frames[7].audio[2].key, Bytes(16));
+  Analysed analysed(clip.bytes);
+  ASSERT_EQ(analysed.result, 0);
+  EXPECT_EQ(analysed.records.base.indexContradicted, 1U);
+  EXPECT_EQ(analysed.records.audio.elementSize, 0U);
+  EXPECT_EQ(analysed.records.audio.elementKind, kNoAudioElement);
+  EXPECT_EQ(analysed.records.base.ancillaryElementSize, 0U);
+}
+
 // The elements of the first frame are looked for close to where the index leads, and no farther.
 TEST(Analysis, MeasuresElementsThatStartNearTheirPlace) {
   const auto sizes = [](const auto& edit) {

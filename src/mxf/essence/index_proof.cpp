@@ -31,6 +31,16 @@ std::size_t ReadElementHeader(const platform::File& file, const MXF_BASE_INFO& m
   return held >= kKlvKeyBytes && KindOfElement(header->data()) != kNoAudioElement ? held : 0;
 }
 
+// True when the deltas of the first `tracks` tracks can lead to elements in the order of the
+// tracks. With audio in several slices they cannot: the deltas of each slice count from its own
+// start.
+bool HaveOwnElements(const INDEX_ENTRY_ARRAY& entry, std::uint32_t tracks) {
+  const DELTA_ENTRY* first = &entry.delta[kDeltasBeforeAudio];
+  return std::adjacent_find(first, first + tracks, [](const DELTA_ENTRY& a, const DELTA_ENTRY& b) {
+           return b.elementDelta <= a.elementDelta;
+         }) == first + tracks;
+}
+
 bool KeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf,
                const INDEX_ENTRY_ARRAY& entry) {
   std::array<std::uint8_t, kUlPrefix.size()> prefix{};
@@ -40,6 +50,7 @@ bool KeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf,
   }
   const std::uint32_t tracks = IndexedTracks(mxf, entry);
   if (tracks == 0) return true;
+  if (!HaveOwnElements(entry, tracks)) return false;
   std::array<std::uint8_t, kMostKlvHeaderBytes> header;
   return ReadElementHeader(file, mxf, entry, 0, &header) != 0 &&
          ReadElementHeader(file, mxf, entry, tracks - 1, &header) != 0;
@@ -76,8 +87,10 @@ class FrameWalk {
       at += *step;
     }
     if (joins && at != end) return false;
-    const ElementState state = CompareWithIndex(elements, mxf_, entry, tracks_);
-    return state == ElementState::kProven || state == ElementState::kOtherLength;
+    // Track by track, for a track with another length ends a comparison of several.
+    return std::none_of(tracks_.begin(), tracks_.end(), [&](const std::uint32_t& track) {
+      return CompareWithIndex(elements, mxf_, entry, {&track, 1}) == ElementState::kMisplaced;
+    });
   }
 
  private:

@@ -11,9 +11,9 @@
 namespace quorvan {
 
 // True when the first and the last frame of every stretch of frames with the same index table
-// segment and partition stand where the index says: a key starts at the frame's offset, and keys of
-// audio elements stand where the deltas of the first and the last track lead. Reads few bytes of
-// few frames. Throws nothing.
+// segment and partition stand where the index says: a key starts at the frame's offset, keys of
+// audio elements stand where the deltas of the first and the last track lead, and the deltas of the
+// tracks ascend. Reads few bytes of few frames. Throws nothing.
 bool BorderKeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf);
 
 // True when every frame stands where the index says: from the frame's offset a walk from key to key

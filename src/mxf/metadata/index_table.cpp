@@ -3,6 +3,7 @@
 #include <limits>
 #include <map>
 #include <new>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -79,31 +80,46 @@ PartitionOf PartitionsByOffset(const MXF_BASE_INFO& mxf) {
   };
 }
 
-// Brings the segments into the order of their frames, each once, and gives entries to segments
-// without entries whose frames all have one size. A duration of 0 stands for the rest of the clip.
+// Gives entries to a segment without entries whose frames all have one size. A duration of 0 stands
+// for the rest of the clip.
+std::int32_t ExpandSegment(const MXF_BASE_INFO& mxf, IndexSegment* segment) {
+  if (!segment->entries.empty() || segment->editUnitBytes == 0) return kSuccess;
+  if (segment->duration == 0 && mxf.timecode->duration > segment->start) {
+    segment->duration = mxf.timecode->duration - segment->start;
+  }
+  const std::uint64_t most = std::min(kMostFrames, mxf.fileSize / segment->editUnitBytes);
+  if (segment->start > most || segment->duration > most - segment->start) return kNoIndexTable;
+  if (!platform::FitsMemory(segment->duration * sizeof(SegmentEntry))) return kNoMemory;
+  for (std::uint64_t i = 0; i < segment->duration; ++i) {
+    segment->entries.emplace_back().streamOffset = (segment->start + i) * segment->editUnitBytes;
+  }
+  return kSuccess;
+}
+
+// Frames that a segment lists, as far as it tells.
+std::uint64_t FramesOf(const IndexSegment& segment) {
+  const bool isConstant = segment.entries.empty() && segment.editUnitBytes != 0;
+  return isConstant ? segment.duration : segment.entries.size();
+}
+
+// Brings the segments into the order of their frames and expands those without entries. Of
+// segments that start at the same frame the longest counts: the others were written before it was
+// complete. Refuses a table that does not list every frame from frame 0 on exactly once.
 std::int32_t CompleteSegments(const MXF_BASE_INFO& mxf, SegmentList* list) {
   auto& segments = list->segments;
-  const auto byStart = [](const IndexSegment& a, const IndexSegment& b) {
-    return a.start < b.start;
-  };
-  std::stable_sort(segments.begin(), segments.end(), byStart);
+  std::stable_sort(segments.begin(), segments.end(),
+                   [](const IndexSegment& a, const IndexSegment& b) {
+                     return std::tuple(a.start, a.bodySid, FramesOf(b)) <
+                            std::tuple(b.start, b.bodySid, FramesOf(a));
+                   });
   const auto repeated = [](const IndexSegment& a, const IndexSegment& b) {
     return a.start == b.start && a.bodySid == b.bodySid;
   };
   segments.erase(std::unique(segments.begin(), segments.end(), repeated), segments.end());
   list->frames = 0;
   for (IndexSegment& segment : segments) {
-    if (segment.entries.empty() && segment.editUnitBytes != 0) {
-      if (segment.duration == 0 && mxf.timecode->duration > segment.start) {
-        segment.duration = mxf.timecode->duration - segment.start;
-      }
-      const std::uint64_t most = std::min(kMostFrames, mxf.fileSize / segment.editUnitBytes);
-      if (segment.start > most || segment.duration > most - segment.start) return kNoIndexTable;
-      if (!platform::FitsMemory(segment.duration * sizeof(SegmentEntry))) return kNoMemory;
-      for (std::uint64_t i = 0; i < segment.duration; ++i) {
-        segment.entries.emplace_back().streamOffset = (segment.start + i) * segment.editUnitBytes;
-      }
-    }
+    if (segment.start != list->frames) return kNoIndexTable;
+    if (const std::int32_t refused = ExpandSegment(mxf, &segment)) return refused;
     list->frames += segment.entries.size();
     if (list->frames > kMostFrames) return kNoIndexTable;
   }
@@ -276,26 +292,37 @@ std::int32_t MeasureFirstFrame(platform::File* file, MXF_BASE_INFO* mxf) {
 
 namespace {
 
-// The index table in the reading that was tried first, while another reading is tried.
-struct SetAside {
-  explicit SetAside(MXF_BASE_INFO* of)
-      : mxf(of),
-        entries(std::move(*of->indexEntries)),
-        frameCount(of->timecode->frameCount),
-        maxIndexDuration(of->timecode->maxIndexDuration) {}
-
-  // Makes this reading the index table of the clip again.
-  void PutBack(platform::File* file) {
-    *mxf->indexEntries = std::move(entries);
-    mxf->timecode->frameCount = frameCount;
-    mxf->timecode->maxIndexDuration = maxIndexDuration;
-    if (*mxf->indexEntries != nullptr) MeasureFirstFrame(file, mxf);
+// The index table in the reading that was tried first, and what was measured with it, while another
+// reading is tried. The other reading finds nothing measured.
+class SetAside {
+ public:
+  explicit SetAside(MXF_BASE_INFO* mxf)
+      : mxf_(*mxf),
+        entries_(std::move(*mxf->indexEntries)),
+        frameCount_(mxf->timecode->frameCount),
+        maxIndexDuration_(mxf->timecode->maxIndexDuration),
+        ancillaryElementSize_(std::exchange(mxf->ancillaryElementSize, 0)),
+        audio_(*mxf->audio) {
+    mxf->audio->elementSize = 0;
+    mxf->audio->elementKind = kNoAudioElement;
   }
 
-  MXF_BASE_INFO* mxf;
-  IndexEntryCell entries;
-  std::uint32_t frameCount;
-  std::uint32_t maxIndexDuration;
+  // Makes this reading that of the clip again.
+  void PutBack() {
+    *mxf_.indexEntries = std::move(entries_);
+    mxf_.timecode->frameCount = frameCount_;
+    mxf_.timecode->maxIndexDuration = maxIndexDuration_;
+    mxf_.ancillaryElementSize = ancillaryElementSize_;
+    *mxf_.audio = audio_;
+  }
+
+ private:
+  MXF_BASE_INFO& mxf_;
+  IndexEntryCell entries_;
+  const std::uint32_t frameCount_;
+  const std::uint32_t maxIndexDuration_;
+  const std::uint32_t ancillaryElementSize_;
+  const MXF_AUDIO_INFO audio_;
 };
 
 std::int32_t ReadByOffset(platform::File* file, SegmentList* list, MXF_BASE_INFO* mxf) {
@@ -326,7 +353,7 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   SetAside first(mxf);
   const std::int32_t byOffset = ReadByOffset(file, &list, mxf);
   if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
-  first.PutBack(file);
+  first.PutBack();
   mxf->indexContradicted = 1;
   return byOrder;
 }

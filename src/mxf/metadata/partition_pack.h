@@ -34,9 +34,16 @@ inline constexpr std::uint8_t kBodyPackKind = 3;
 inline constexpr std::uint8_t kFooterPackKind = 4;
 inline constexpr std::uint8_t kClosedCompletePack = 4;  // status
 
-// True when the status byte `status` says that the partition is open, incomplete or complete.
+// True when the status byte `status` says that the partition is open: incomplete (1) or complete
+// (3).
 constexpr bool IsOpenPartition(std::uint8_t status) {
   return status == 1 || status == 3;
+}
+
+// True when the status byte `status` says that the partition is open or incomplete. The status of a
+// generic stream partition says neither (SMPTE ST 410).
+constexpr bool IsUnfinishedPartition(std::uint8_t status) {
+  return status >= 1 && status < kClosedCompletePack;
 }
 
 // Sizes in the Random Index Pack, in bytes: of the entry of each partition, which consists of
