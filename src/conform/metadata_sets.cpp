@@ -222,11 +222,12 @@ std::vector<std::size_t> OrderFor(const SetGraph& graph, std::size_t material, s
   return order;
 }
 
-// `frames` of `rate` in units of `other`, rounded.
+// `frames` of `rate` in units of `other`, rounded; kUnknownDuration when the number does not fit.
 std::uint64_t InUnitsOf(Fraction other, std::uint64_t frames, Fraction rate) {
   const long double units = static_cast<long double>(frames) * rate.denominator / rate.numerator *
                             other.numerator / other.denominator;
-  return static_cast<std::uint64_t>(units + 0.5L);
+  constexpr long double kMost = 0x1p63L;
+  return units < kMost ? static_cast<std::uint64_t>(units + 0.5L) : kUnknownDuration;
 }
 
 // Sets the duration `tag` of a set. True when the set had another.
