@@ -172,8 +172,9 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
         break;
       case ClipNotice::kIndexContradicted:
         lines.emplace_back(
-            "the index does not lead to the audio of the frames: no job takes the clip, but a "
-            "conformed copy gets another index");
+            "the index does not lead to the audio of every frame: jobs on such a frame are "
+            "refused, "
+            "but a conformed copy gets another index");
         break;
       case ClipNotice::kHiddenTracks:
         lines.push_back(

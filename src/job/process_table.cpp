@@ -330,7 +330,7 @@ constexpr std::u16string_view kOtherElementsForm =
     u"フレーム内のオーディオエレメント: %s\n認識されたオーディオトラック: %s\n\n"
     u"数が一致しないため、使用できないトラックがあります。";
 constexpr std::u16string_view kIndexContradictedText =
-    u"インデックステーブルがオーディオエレメントを示していないため、\nこのクリップは処理ができません。";
+    u"インデックステーブルがオーディオエレメントを示していないため、\n処理ができないフレームがあります。";
 constexpr std::u16string_view kBackupQuestion =
     u"MXFファイルのバックアップは済んでいますか？\n\n全てのUMID(識別子)を書換えるため、\n"
     u"完了後のファイルは、新規素材として認識されます。\n開始してもよろしいでしょうか？";
@@ -472,8 +472,8 @@ std::u16string IndexNoticeMessage(const MXF_BASE_INFO& mxf) {
   if (mxf.indexContradicted != 0) return std::u16string(kIndexContradictedText);
   const MXF_AUDIO_INFO& audio = *mxf.audio;
   if (audio.indexedElements == UsableTracks(audio)) return {};
-  return Fill(kOtherElementsForm, {Number(static_cast<std::int32_t>(audio.indexedElements)),
-                                   Number(audio.trackCount)});
+  return Fill(kOtherElementsForm,
+              {Number(static_cast<std::int32_t>(audio.indexedElements)), Number(audio.trackCount)});
 }
 
 std::u16string_view BackupQuestion(bool keepsUmids) {

@@ -37,7 +37,7 @@ enum class ClipNotice {
   kNoSampleFormat,     // sampling rate or sample width is unknown: no job takes the clip
   kOtherLength,        // the index has more or fewer frames than the duration says
   kOtherPattern,       // the sample pattern does not start with the clip: no job takes the clip
-  kIndexContradicted,  // the index does not lead to the audio: no job takes the clip
+  kIndexContradicted,  // the index misses the audio of some frames: jobs refuse these
   kHiddenTracks,       // the index leads to more or fewer audio elements than tracks were counted
 };
 
