@@ -15,18 +15,28 @@ namespace quorvan {
 namespace {
 
 constexpr std::uint64_t kLongestFrame = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t kLongestAudioElement = 16 << 20;
-constexpr std::size_t kMostElements = 256;  // in a frame
-constexpr std::uint64_t kSlotGrid = 512;    // bytes
+constexpr std::uint64_t kLongestAudioElement = 0xFFFFFF;  // of a length field of four bytes
+constexpr std::size_t kMostElements = 256;                // in a frame
+constexpr std::uint64_t kSlotGrid = 512;                  // bytes
 constexpr std::size_t kSearchBlockBytes = 1 << 20;
 
-// Byte of an element's key that tells its item, and the items of pictures (SMPTE ST 379).
+// Byte of an element's key that tells its item, and the items of pictures and of system elements
+// (SMPTE ST 379).
 constexpr std::size_t kItemByte = 12;
 constexpr std::array<std::uint8_t, 3> kPictureItems = {0x05, 0x15, 0x18};
+constexpr std::array<std::uint8_t, 2> kSystemItems = {0x04, 0x14};
+
+bool IsOfItem(const KlvKey& key, std::span<const std::uint8_t> items) {
+  return IsContainerElement(key) &&
+         std::find(items.begin(), items.end(), key[kItemByte]) != items.end();
+}
 
 bool IsPicture(const KlvKey& key) {
-  return IsContainerElement(key) && std::find(kPictureItems.begin(), kPictureItems.end(),
-                                              key[kItemByte]) != kPictureItems.end();
+  return IsOfItem(key, kPictureItems);
+}
+
+bool IsSystem(const KlvKey& key) {
+  return IsOfItem(key, kSystemItems);
 }
 
 bool IsAudio(const KlvKey& key) {
@@ -176,6 +186,12 @@ class FrameReader {
     const auto count = static_cast<std::size_t>(behind - first);
     const std::uint64_t start = elements.front().offset;
     const bool isFirst = map_.frames.empty();
+    // A system element opens its frame: behind other elements it belongs to the next frame.
+    if (!IsSystem(opener_) && std::any_of(elements.begin(), elements.end(),
+                                          [](const KlvSpan& klv) { return IsSystem(klv.key); })) {
+      return Refuse(
+          fmt::format("the frame at byte {} does not start with its system element", start));
+    }
     if (isFirst && count == 0) {
       return Refuse(fmt::format("the frame at byte {} holds no audio element", start));
     }

@@ -314,9 +314,14 @@ bool SetDurations(std::uint32_t frames, Fraction rate, bool onlyUnknown, Metadat
       std::vector<std::size_t> below;
       graph.AddTree(track, &visited, &below);
       const Fraction units = FractionIn((*sets)[track], tags::kEditRate).value_or(rate);
+      const bool hasSeveral = std::any_of(below.begin(), below.end(), [&](std::size_t set) {
+        return Is((*sets)[set], keys::kSequence) && graph.ReferencesOf(set).size() > 1;
+      });
       for (const std::size_t set : below) {
+        // How long each of several components is, only the sets themselves can tell.
+        const bool isPart = hasSeveral && !Is((*sets)[set], keys::kSequence);
         changed |= SetDuration(&(*sets)[set], tags::kDuration, InUnitsOf(units, frames, rate),
-                               onlyUnknown);
+                               onlyUnknown || isPart);
       }
     }
   }

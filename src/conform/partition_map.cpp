@@ -343,37 +343,60 @@ bool IsContainerElement(const KlvKey& key) {
   return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key.begin() + 8);
 }
 
-bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
-                    std::string* reason) {
-  MapReader reader{file, fileSize, reason};
-  std::vector<std::uint64_t> offsets;
-  std::uint64_t end = 0;
-  KlvSpan klv;
-  PartitionPack pack;
-  if (!ReadPack(file, 0, fileSize, &klv, &pack)) {
-    return reader.Refuse(
-        "no partition pack at the start of the file: no MXF clip, or one with a run-in");
-  }
-  clip->hasRandomIndex = OffsetsFromRandomIndex(reader, &offsets, &end);
-  if (!clip->hasRandomIndex) {
-    offsets.clear();
-    if (!OffsetsFromWalk(&reader, clip, &offsets, &end)) return false;
-    if (offsets.empty()) return reader.Refuse("the clip cannot be read");
-  }
+namespace {
+
+// Reads the partitions at `offsets`, the last of which ends at `end`.
+bool ReadPartitions(MapReader* reader, std::vector<std::uint64_t> offsets, std::uint64_t end,
+                    SourceClip* clip) {
+  const std::size_t count = offsets.size();
   offsets.push_back(end);
-  const std::size_t count = offsets.size() - 1;
   std::vector<std::uint64_t> behindCounted(count);
   clip->partitions.assign(count, {});
   for (std::size_t i = 0; i < count; ++i) {
     SourcePartition& partition = clip->partitions[i];
     partition.offset = offsets[i];
     partition.end = offsets[i + 1];
-    if (!ReadPartition(&reader, &partition, i == 0, i + 1 == count, clip, &behindCounted[i])) {
+    if (!ReadPartition(reader, &partition, i == 0, i + 1 == count, clip, &behindCounted[i])) {
       return false;
     }
   }
-  PlaceEssences(reader, behindCounted, &clip->partitions);
+  PlaceEssences(*reader, behindCounted, &clip->partitions);
   return true;
+}
+
+// Reads the clip from its random index. False when there is none that fits the clip. Another random
+// index behind the last partition shows that a second clip follows in the file.
+bool ReadByRandomIndex(MapReader* reader, SourceClip* clip) {
+  std::vector<std::uint64_t> offsets;
+  std::uint64_t end = 0;
+  if (!OffsetsFromRandomIndex(*reader, &offsets, &end)) return false;
+  if (!ReadPartitions(reader, std::move(offsets), end, clip)) return false;
+  KlvSpan behind;
+  clip->hasRandomIndex =
+      !ReadKlvSpan(reader->file, clip->partitions.back().essenceStart, end, &behind) ||
+      !Is(behind, keys::kRandomIndexPack);
+  return clip->hasRandomIndex;
+}
+
+}  // namespace
+
+bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
+                    std::string* reason) {
+  MapReader byIndex{file, fileSize, reason};
+  KlvSpan klv;
+  PartitionPack pack;
+  if (!ReadPack(file, 0, fileSize, &klv, &pack)) {
+    return byIndex.Refuse(
+        "no partition pack at the start of the file: no MXF clip, or one with a run-in");
+  }
+  if (ReadByRandomIndex(&byIndex, clip)) return true;
+  *clip = {};
+  MapReader reader{file, fileSize, reason};
+  std::vector<std::uint64_t> offsets;
+  std::uint64_t end = 0;
+  if (!OffsetsFromWalk(&reader, clip, &offsets, &end)) return false;
+  if (offsets.empty()) return reader.Refuse("the clip cannot be read");
+  return ReadPartitions(&reader, std::move(offsets), end, clip);
 }
 
 }  // namespace quorvan

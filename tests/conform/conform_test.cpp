@@ -147,6 +147,8 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   const std::uint64_t secondSid = partitions[2].offset + pack::kBodySid;
   Bytes dataInFront = open;
   dataInFront[clip.layout.frames[0].system.key + 8] = 0x0E;
+  Bytes fill(keys::kFill.begin(), keys::kFill.end());
+  fill[7] = 2;
   ClipSpec noPackage;
   noPackage.DropSet(SetKind::kMaterialPackage);
   const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
@@ -172,6 +174,8 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"frames without a BodySID", Patched(open, secondSid, Big32(0)), kRandomIndexNotFound},
       {"damaged length in the middle",
        Patched(open, clip.layout.frames[3].picture.key + 17, Bytes{0xFF}), kRandomIndexNotFound},
+      {"no system element in the first frame only",
+       Patched(open, clip.layout.frames[0].system.key, fill), kRandomIndexNotFound},
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
   };
   for (const auto& [fault, bytes, code] : rows) {

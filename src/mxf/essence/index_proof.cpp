@@ -74,11 +74,17 @@ class FrameWalk {
     const bool joins = !isLast && (*mxf_.indexEntries)[entryIndex + 1].partition == entry.partition;
     ahead_.Ask(entryIndex);
     FrameElements elements;
+    KlvKey opener{};
     std::uint64_t at = entry.fileOffset;
     while (at < end) {
       const std::uint8_t* key = HeaderAt(at);
       if (key == nullptr) return false;
       if (!IsOfFrame(key)) break;
+      if (at == entry.fileOffset) {
+        std::copy_n(key, opener.size(), opener.begin());
+      } else if (!isLast && IsElement(key) && std::equal(opener.begin(), opener.end(), key)) {
+        return false;  // a frame that the index skips
+      }
       // No room for more elements is needed: the last wanted element has been found then.
       FrameElements others;
       FrameElements* found = elements.count < tracks_.size() ? &elements : &others;
@@ -94,11 +100,14 @@ class FrameWalk {
   }
 
  private:
-  // True for the keys of the generic container's elements and of fill (SMPTE ST 379).
-  static bool IsOfFrame(const std::uint8_t* key) {
+  // True for the keys of the generic container's elements (SMPTE ST 379).
+  static bool IsElement(const std::uint8_t* key) {
     constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
-    return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key + 8) ||
-           KeyMatches(key, keys::kFill);
+    return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key + 8);
+  }
+
+  static bool IsOfFrame(const std::uint8_t* key) {
+    return IsElement(key) || KeyMatches(key, keys::kFill);
   }
 
   // The header at the file offset `offset`; bytes behind the end of the file are zeros. Null when

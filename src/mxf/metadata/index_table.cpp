@@ -204,10 +204,8 @@ std::uint32_t ElementBytes(platform::File* file, std::uint64_t length) {
 }
 
 void MeasureAncillaryElement(platform::File* file, MXF_BASE_INFO* mxf) {
-  if (mxf->hasAncillaryData == 0) {
-    mxf->ancillaryElementSize = 0;
-    return;
-  }
+  mxf->ancillaryElementSize = 0;
+  if (mxf->hasAncillaryData == 0) return;
   const INDEX_ENTRY_ARRAY& first = (*mxf->indexEntries)[0];
   if (first.deltaCount == 0) return;
   const std::uint64_t start =
@@ -231,6 +229,7 @@ AudioElementKind FindAudioElement(platform::File* file, std::uint64_t start, std
 std::int32_t MeasureAudioElement(platform::File* file, MXF_BASE_INFO* mxf) {
   const INDEX_ENTRY_ARRAY& first = (*mxf->indexEntries)[0];
   MXF_AUDIO_INFO* audio = mxf->audio;
+  audio->elementSize = 0;
   if (audio->blockAlign == 0) return kUnknownSamplePattern;
   const std::uint64_t slice = first.fileOffset + first.sliceOffset;
   std::uint64_t length = 0;
@@ -355,7 +354,7 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
   first.PutBack();
   mxf->indexContradicted = 1;
-  return byOrder;
+  return byOrder == kNoIndexTable && byOffset == kNoMemory ? kNoMemory : byOrder;
 }
 
 }  // namespace quorvan
