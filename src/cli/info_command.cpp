@@ -39,6 +39,7 @@ int RunInfo(const InfoArguments& arguments) {
   if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
     PrintError(PatternLine(session.app.mxf.audio));
   }
+  if (!accepted && session.app.mxf.base.indexContradicted != 0) PrintError(WrongIndexLine());
   const bool logged = WriteLog(arguments, session);
   if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;
   return accepted && printed && logged ? kDone : kFailed;

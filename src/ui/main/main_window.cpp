@@ -336,10 +336,12 @@ bool MainWindow::OpenClip(const std::u16string& path) {
 }
 
 // Analyses the clip at `path`, which is open, and loads it. After a refusal that a conformed copy
-// may avoid, and for a clip whose index leads to no audio, offers such a copy and loads it instead.
+// may avoid, and for a clip whose index does not lead to the audio of every frame, offers such a
+// copy and loads it instead.
 void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   platform::CopyText(app_.mxfPath, kMxfPathChars, path);
-  const int result = AnalysisDialog(&app_, StatusSetter(), this).exec();
+  AnalysisDialog dialog(&app_, StatusSetter(), this);
+  const int result = dialog.exec();
   app_.mxfFile.Close();
   if (app_.analysisOk == 1) {
     EnterLoadedState(&app_);
@@ -350,7 +352,8 @@ void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   entry_->Refresh();
   view_->LayOut();
   RequestRefresh(kRefreshMenus | kRefreshTracks);
-  if (!MayConform(result) && app_.mxf->indexContradicted == 0) return;
+  const bool hasWrongIndex = dialog.RefusedWrongIndex() || app_.mxf->indexContradicted != 0;
+  if (!MayConform(result) && !hasWrongIndex) return;
   const auto copy = OfferConformedCopy(path, StatusSetter(), this);
   if (!copy) return;
   if (app_.mxfLoaded == 1) Unload();
