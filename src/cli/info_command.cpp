@@ -40,6 +40,7 @@ int RunInfo(const InfoArguments& arguments) {
   if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
     PrintError(PatternLine(session.app.mxf.audio));
   }
+  if (!accepted && session.app.mxf.base.indexContradicted != 0) PrintError(WrongIndexLine());
   if (MayConform(session.result, session.app.mxf.base)) {
     PrintError("conform may make a copy of this clip whose audio can be used");
   }

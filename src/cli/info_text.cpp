@@ -148,6 +148,11 @@ std::string PatternLine(const MXF_AUDIO_INFO& audio) {
       audio.patternStart);
 }
 
+std::string WrongIndexLine() {
+  return "the index does not lead to the audio of every frame, and no job takes the frames that it "
+         "misses; a conformed copy may get another index";
+}
+
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
   std::vector<std::string> lines;
   for (const ClipNotice notice : NoticesOf(mxf)) {
@@ -171,10 +176,7 @@ std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf) {
         lines.push_back(PatternLine(*mxf.audio));
         break;
       case ClipNotice::kIndexContradicted:
-        lines.emplace_back(
-            "the index does not lead to the audio of every frame: no job takes the frames to which "
-            "it "
-            "does not lead; a conformed copy may get another index");
+        lines.push_back(WrongIndexLine());
         break;
       case ClipNotice::kHiddenTracks:
         lines.push_back(

@@ -14,6 +14,9 @@ namespace quorvan::cli {
 // starts.
 std::string PatternLine(const MXF_AUDIO_INFO& audio);
 
+// The sentence that the index of the clip does not lead to the audio of every frame.
+std::string WrongIndexLine();
+
 // One English sentence for each notice of the accepted clip of `mxf`.
 std::vector<std::string> NoticeLines(const MXF_BASE_INFO& mxf);
 

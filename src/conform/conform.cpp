@@ -23,6 +23,7 @@ namespace quorvan {
 namespace {
 
 constexpr std::uint32_t kUsualIndexSid = 2;
+constexpr const char16_t* kPlanStage = u"クリップの構造を確認中...";
 
 ConformResult Refused(ConformFault fault, std::string reason) {
   ConformResult result;
@@ -69,6 +70,7 @@ class Conformer {
 
   // Decides what the copy holds. False when there can be none; `result` then tells why.
   bool Plan() {
+    progress_.stage = kPlanStage;
     std::string reason;
     if (!ReadSourceClip(clip_, size_, &source_, &reason)) return Unfit(std::move(reason));
     if (!ReadMetadata()) return Unreadable();
@@ -264,6 +266,8 @@ class Conformer {
     const bool fits = map_.isRegular ? IndexFits(lastFrame.offset + lastFrame.bytes, &records)
                                      : FirstFrameStands(skeleton, &records);
     if (fits || HasEnded()) return fits;
+    const std::int32_t unfit = map_.isRegular ? MeasureFirstFrame(&clip_, &records.base) : kSuccess;
+    if (unfit != kSuccess) return RefusedBy(records, unfit);
     return Unfit("the new index table does not lead to the frames");
   }
 
@@ -372,7 +376,7 @@ class Conformer {
     }
     records->base.fileSize = end;
     const std::int32_t unfit = MeasureFirstFrame(&clip_, &records->base);
-    if (unfit != kSuccess) return RefusedBy(*records, unfit);
+    if (unfit != kSuccess) return false;
     const bool fits = EveryFrameStands(clip_, records->base);
     if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
     return fits;
@@ -390,7 +394,7 @@ class Conformer {
     if (last == partitions.end() || !ReadKlvSpan(clip_, offset, last->end, &first)) return false;
     KlvSpan klv;
     for (std::uint64_t at = first.End(); ReadKlvSpan(clip_, at, last->end, &klv); at = klv.End()) {
-      if (klv.key == first.key && IsContainerElement(klv.key)) return false;
+      if (klv.key == first.key && IsContainerElement(klv.key.data())) return false;
     }
     const std::uint32_t bodySid = last->pack.U32(pack_field::kBodySid);
     return std::none_of(last + 1, partitions.end(), [bodySid](const SourcePartition& p) {

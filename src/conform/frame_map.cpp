@@ -15,9 +15,9 @@ namespace quorvan {
 namespace {
 
 constexpr std::uint64_t kLongestFrame = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t kLongestAudioElement = 0xFFFFFF;  // of a length field of four bytes
-constexpr std::size_t kMostElements = 256;                // in a frame
-constexpr std::uint64_t kSlotGrid = 512;                  // bytes
+constexpr std::uint64_t kLongestAudioElement = 1 << 20;
+constexpr std::size_t kMostElements = 256;  // in a frame
+constexpr std::uint64_t kSlotGrid = 512;    // bytes
 constexpr std::size_t kSearchBlockBytes = 1 << 20;
 
 // Byte of an element's key that tells its item, and the items of pictures and of system elements
@@ -27,7 +27,7 @@ constexpr std::array<std::uint8_t, 3> kPictureItems = {0x05, 0x15, 0x18};
 constexpr std::array<std::uint8_t, 2> kSystemItems = {0x04, 0x14};
 
 bool IsOfItem(const KlvKey& key, std::span<const std::uint8_t> items) {
-  return IsContainerElement(key) &&
+  return IsContainerElement(key.data()) &&
          std::find(items.begin(), items.end(), key[kItemByte]) != items.end();
 }
 
@@ -102,7 +102,7 @@ class FrameReader {
       }
       if (IsFill(klv.key)) continue;
       if (elements_.empty() && !hasOpener_) {
-        if (!IsContainerElement(klv.key)) {  // no frames, but another stream
+        if (!IsContainerElement(klv.key.data())) {  // no frames, but another stream
           skipped_.push_back(bodySid);
           return HoldsNoFrames(frameEnd_, partition.end);
         }
@@ -128,7 +128,8 @@ class FrameReader {
   bool HoldsNoFrames(std::uint64_t offset, std::uint64_t end) {
     KlvSpan klv;
     for (; ReadKlvSpan(file_, offset, end, &klv); offset = klv.End()) {
-      const bool opens = hasOpener_ ? SameElement(klv.key, opener_) : IsContainerElement(klv.key);
+      const bool opens =
+          hasOpener_ ? SameElement(klv.key, opener_) : IsContainerElement(klv.key.data());
       if (!opens) continue;
       return Refuse(fmt::format(
           "the frame at byte {} stands behind other data or has another BodySID", offset));
@@ -212,7 +213,7 @@ class FrameReader {
     }
     // The readers take any other KLV for the end of the partition's essence.
     if (!std::all_of(elements.begin(), isLast ? behind : elements.end(),
-                     [](const KlvSpan& klv) { return IsContainerElement(klv.key); })) {
+                     [](const KlvSpan& klv) { return IsContainerElement(klv.key.data()); })) {
       return Refuse(fmt::format("the frame at byte {} holds a KLV that is no element", start));
     }
     if (isFirst) Begin(elements, {first, behind}, behind);

@@ -26,6 +26,7 @@ constexpr std::array<KlvKey, 2> kPictureDescriptors = {keys::kMpegVideoDescripto
 constexpr std::array<KlvKey, 2> kAudioDescriptors = {keys::kAes3AudioDescriptor,
                                                      keys::kWaveAudioDescriptor};
 constexpr std::array<KlvKey, 1> kContainerDescriptors = {keys::kMultipleDescriptor};
+constexpr std::array<KlvKey, 1> kSubDescriptors = {keys::kAvcSubDescriptor};
 
 bool Is(const LoadedKlv& set, const KlvKey& wanted) {
   return KeyMatches(set.key.data(), wanted);
@@ -193,11 +194,23 @@ bool FindsOwnDescriptors(const SetGraph& graph, std::size_t package) {
   const std::size_t found = graph.Next(keys::kMultipleDescriptor, package);
   if (found != container) return false;
   const std::vector<std::size_t> own = graph.ReferencesOf(container);
-  const auto isFound = [&](KeyList wanted) {
-    const std::size_t first = graph.FirstAmong(own, wanted);
-    return first == none || first > found;
+  // The analysis takes the first descriptor of a kind that stands behind the container.
+  const auto firstBehind = [&](KeyList wanted) {
+    for (const KlvKey& key : wanted) {
+      const std::size_t at = graph.Next(key, found + 1);
+      if (at != none) return at;
+    }
+    return none;
   };
-  return isFound(kPictureDescriptors) && isFound(kAudioDescriptors);
+  const auto isOwn = [&](KeyList wanted) {
+    return graph.FirstAmong(own, wanted) == none ||
+           std::find(own.begin(), own.end(), firstBehind(wanted)) != own.end();
+  };
+  if (!isOwn(kPictureDescriptors) || !isOwn(kAudioDescriptors)) return false;
+  const std::size_t picture = firstBehind(kPictureDescriptors);
+  if (picture == none) return true;
+  const std::size_t ofPicture = graph.FirstAmong(graph.ReferencesOf(picture), kSubDescriptors);
+  return ofPicture == none || graph.Next(keys::kAvcSubDescriptor, picture + 1) == ofPicture;
 }
 
 // The order of the sets for the analysis: all sets that belong to no package, then the Material

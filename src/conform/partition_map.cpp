@@ -45,7 +45,7 @@ bool IsSurelyMetadata(const KlvSpan& klv) {
 
 bool IsMetadata(const KlvSpan& klv) {
   return !IsPartitionPack(klv) && !IsIndexSegment(klv) && !Is(klv, keys::kRandomIndexPack) &&
-         !IsContainerElement(klv.key);
+         !IsContainerElement(klv.key.data());
 }
 
 struct MapReader {
@@ -337,11 +337,6 @@ void PlaceEssences(const MapReader& reader, const std::vector<std::uint64_t>& be
 }
 
 }  // namespace
-
-bool IsContainerElement(const KlvKey& key) {
-  constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
-  return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key.begin() + 8);
-}
 
 namespace {
 

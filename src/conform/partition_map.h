@@ -48,10 +48,6 @@ struct SourceClip {
   bool HasFooter() const { return partitions.back().pack.Kind() == kFooterPackKind; }
 };
 
-// True for the keys of the elements of the generic container: picture, sound, data and system
-// elements (SMPTE ST 379).
-bool IsContainerElement(const KlvKey& key);
-
 // Reads the partitions of `file`, which is `fileSize` bytes long, into `*clip`. Takes the
 // partitions from the random index when the index agrees with the packs, else from a walk over
 // every KLV of the file. Takes the parts of a partition by its byte counts when these end at a KLV,

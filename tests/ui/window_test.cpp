@@ -611,6 +611,21 @@ TEST(Window, StopsEachJobWhenAsked) {
   platform::SetFaultSeam(nullptr);
 }
 
+// An index that leads beside the frames makes every timecode look broken.
+TEST(Window, OffersAConformedCopyOfAClipWhoseIndexMakesTimecodesLookBroken) {
+  Stage stage;
+  const ClipSpec spec{.indexEdits = {[](std::vector<IndexSegment>& segments) {
+                        for (IndexSegment& segment : segments) {
+                          for (IndexEntry& entry : segment.entries)
+                            entry.streamOffset += 1000;
+                        }
+                      }}};
+  stage.driver.Expect(Press({"7"}, "タイムコードエラーが検出されました。"));
+  stage.driver.Expect(Press({"7"}, "構造を整えたコピー"));
+  stage.driver.Drop({stage.folder.Write("beside.mxf", BuildClip(spec).bytes)});
+  EXPECT_EQ(stage.app.mxfLoaded, 0);
+}
+
 // A refused clip is copied only when the operator says so, under a free name.
 TEST(Window, OffersAConformedCopyOfARefusedClip) {
   Stage stage;

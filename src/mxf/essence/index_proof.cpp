@@ -82,7 +82,8 @@ class FrameWalk {
       if (!IsOfFrame(key)) break;
       if (at == entry.fileOffset) {
         std::copy_n(key, opener.size(), opener.begin());
-      } else if (!isLast && IsElement(key) && std::equal(opener.begin(), opener.end(), key)) {
+      } else if (!isLast && IsContainerElement(key) &&
+                 std::equal(opener.begin(), opener.end(), key)) {
         return false;  // a frame that the index skips
       }
       // No room for more elements is needed: the last wanted element has been found then.
@@ -100,14 +101,8 @@ class FrameWalk {
   }
 
  private:
-  // True for the keys of the generic container's elements (SMPTE ST 379).
-  static bool IsElement(const std::uint8_t* key) {
-    constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
-    return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key + 8);
-  }
-
   static bool IsOfFrame(const std::uint8_t* key) {
-    return IsElement(key) || KeyMatches(key, keys::kFill);
+    return IsContainerElement(key) || KeyMatches(key, keys::kFill);
   }
 
   // The header at the file offset `offset`; bytes behind the end of the file are zeros. Null when

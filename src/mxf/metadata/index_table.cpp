@@ -347,14 +347,15 @@ std::int32_t ReadIndexTableByOrder(platform::File* file, MXF_BASE_INFO* mxf, Seg
 std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   SegmentList list;
   const std::int32_t byOrder = ReadIndexTableByOrder(file, mxf, &list);
-  if (byOrder != kSuccess && byOrder != kNoIndexTable) return byOrder;
+  const bool isUnfit = byOrder == kNoIndexTable || byOrder == kUnknownSamplePattern;
+  if (byOrder != kSuccess && !isUnfit) return byOrder;
   if (byOrder == kSuccess && BorderKeysAgree(*file, *mxf)) return kSuccess;
   SetAside first(mxf);
   const std::int32_t byOffset = ReadByOffset(file, &list, mxf);
   if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
   first.PutBack();
-  mxf->indexContradicted = 1;
-  return byOrder == kNoIndexTable && byOffset == kNoMemory ? kNoMemory : byOrder;
+  mxf->indexContradicted = byOrder == kUnknownSamplePattern ? 0 : 1;
+  return isUnfit && byOffset == kNoMemory ? kNoMemory : byOrder;
 }
 
 }  // namespace quorvan

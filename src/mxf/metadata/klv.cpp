@@ -84,6 +84,11 @@ bool KeyMatches(const std::uint8_t* candidate, const KlvKey& wanted) {
   return true;
 }
 
+bool IsContainerElement(const std::uint8_t* key) {
+  constexpr std::array<std::uint8_t, 4> kGenericContainer = {0x0D, 0x01, 0x03, 0x01};
+  return std::equal(kGenericContainer.begin(), kGenericContainer.end(), key + 8);
+}
+
 int FindKlvKey(platform::File* file, const KlvKey& key, std::uint64_t startOffset,
                std::uint64_t limitOffset, std::uint64_t* outLength) {
   if (outLength != nullptr) *outLength = 0;

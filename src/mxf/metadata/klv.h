@@ -76,6 +76,10 @@ constexpr std::uint64_t ReadBe64(const std::uint8_t* p) {
 // True when the 16 bytes at `candidate` equal `wanted` in every byte that is not 0xFF in `wanted`.
 bool KeyMatches(const std::uint8_t* candidate, const KlvKey& wanted);
 
+// True when the 16 bytes at `key` are the key of an element of the generic container: a picture,
+// sound, data or system element (SMPTE ST 379).
+bool IsContainerElement(const std::uint8_t* key);
+
 // Searches `file` for the first KLV with the key `key` that starts in [startOffset, limitOffset).
 // Both are file offsets in bytes and are compared as signed 64-bit numbers. Where a KLV with
 // another key starts, the search goes on behind its value, so it does not look into values. Where

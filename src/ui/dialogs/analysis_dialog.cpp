@@ -170,6 +170,7 @@ void AnalysisDialog::OnStopped(const QString& text) {
 }
 
 void AnalysisDialog::OnError(const QString& text) {
+  refusedWrongIndex_ = app_.mxf->indexContradicted != 0;
   setStatus_(kErrorStatus);
   stage_->setText("エラーが報告されたため解析を中断しました。");
   if (app_.mxf->timecode->errorCount == 0) {

@@ -30,6 +30,10 @@ class AnalysisDialog : public QDialog {
   // result of an analysis that failed or was stopped, else QDialog::Accepted.
   int exec() override;
 
+  // True when the clip was refused, for whatever reason, and its index does not lead to the audio
+  // of every frame. Such an index also makes timecodes look broken.
+  bool RefusedWrongIndex() const { return refusedWrongIndex_; }
+
  protected:
   // Asks a running analysis to stop; only the end of the analysis closes the dialog.
   void reject() override;
@@ -55,6 +59,7 @@ class AnalysisDialog : public QDialog {
   QPushButton* button_;
   bool checking_ = false;  // the comparison of the timecodes has begun
   bool running_ = false;
+  bool refusedWrongIndex_ = false;
   bool stopping_ = false;                  // the operator has asked the analysis to stop
   std::uint32_t shownStage_ = UINT32_MAX;  // process code of the shown stage; UINT32_MAX for none
 };

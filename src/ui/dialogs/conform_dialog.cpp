@@ -32,6 +32,7 @@ constexpr std::u16string_view kQuestion =
     u"構造を整えたコピーを作成すると、\nロードできる場合があります。\n"
     u"同じ場所にコピーを作成してロードしますか？\n\n"
     u"元のファイルは変更しません。\n映像と音声はそのままコピーします。";
+constexpr std::u16string_view kNotMadeStatus = u"コピーを作成できませんでした。";
 constexpr std::u16string_view kDoneText = u"構造を整えたコピーを作成しました。\n";
 
 // By Mend. kPlace stands for the count of the note.
@@ -236,7 +237,9 @@ std::u16string NotConformedMessage(std::u16string_view clip, const ConformResult
   return LoadFailureMessage(clip, result.processCode, result.analysisCode, Method::kGenericFileIo,
                             result.hasAudioDescriptor)
       .append(u"\n\n")
-      .append(text);
+      .append(text)
+      .append(u"\n\n")
+      .append(platform::ToUtf16(result.reason));
 }
 
 std::optional<std::u16string> OfferConformedCopy(
@@ -253,7 +256,8 @@ std::optional<std::u16string> OfferConformedCopy(
         Tell(parent, BoxKind::kNotice, ConformedMessage(clip, result->mended));
       return request.out;
     }
-    setStatus(TextOf(ConformFault::kStopped).text);
+    const bool stopped = result && result->fault == ConformFault::kStopped;
+    setStatus(stopped ? TextOf(ConformFault::kStopped).text : kNotMadeStatus);
     Tell(parent, BoxKind::kWarning,
          result ? NotConformedMessage(clip, *result) : About(clip, NoThreadRefusal().text),
          kCoreName);

@@ -339,7 +339,8 @@ bool MainWindow::OpenClip(const std::u16string& path) {
 // may avoid, and for a clip whose audio cannot be used, offers such a copy and loads it instead.
 void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   platform::CopyText(app_.mxfPath, kMxfPathChars, path);
-  const int result = AnalysisDialog(&app_, StatusSetter(), this).exec();
+  AnalysisDialog dialog(&app_, StatusSetter(), this);
+  const int result = dialog.exec();
   app_.mxfFile.Close();
   if (app_.analysisOk == 1) {
     EnterLoadedState(&app_);
@@ -350,7 +351,7 @@ void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   entry_->Refresh();
   view_->LayOut();
   RequestRefresh(kRefreshMenus | kRefreshTracks);
-  if (!MayConform(result, *app_.mxf)) return;
+  if (!MayConform(result, *app_.mxf) && !dialog.RefusedWrongIndex()) return;
   const auto copy = OfferConformedCopy(path, StatusSetter(), this);
   if (!copy) return;
   if (app_.mxfLoaded == 1) Unload();
