@@ -99,7 +99,7 @@ class SegmentWriter {
     const bool isReordered = std::any_of(pictures_.begin(), pictures_.end(),
                                          [](const auto& p) { return p.temporalOffset != 0; });
     std::vector<DELTA_ENTRY> deltas = {
-        {0, 0, 0}, {isReordered ? kReordered : std::uint8_t{0}, 0, map_.pictureOffset}};
+        {0, 0, 0}, {isReordered ? kReordered : std::uint8_t{0}, 0, PictureOffset()}};
     std::uint32_t laid = 0;
     for (std::size_t t = 0; t < std::min<std::size_t>(map_.deltas.size(), kMaxTracks); ++t) {
       deltas.push_back({0, kAudioSlice, laysFrames_ ? laid : map_.deltas[t]});
@@ -117,6 +117,14 @@ class SegmentWriter {
       AppendBe(delta.elementDelta, 4, &value);
     }
     return value;
+  }
+
+  // Bytes from the start of the first frame to its picture. In a frame that is laid anew, the
+  // length field of the element in front of the picture may be of another length.
+  std::uint32_t PictureOffset() const {
+    const SourceFrame& first = map_.frames.front();
+    const bool moves = laysFrames_ && map_.pictureOffset != 0;
+    return map_.pictureOffset - (moves ? first.sliceOffset - first.laidSlice : 0);
   }
 
   std::vector<std::uint8_t> Entries(std::uint32_t first, std::uint32_t count,
