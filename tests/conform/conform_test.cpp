@@ -3,6 +3,7 @@
 #include <tuple>
 
 #include "conformed.h"
+#include "mxf/essence/audio_element.h"
 
 namespace quorvan::test {
 namespace {
@@ -72,6 +73,13 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
   const auto& partitions = layout.partitions;
   const std::uint64_t footer = partitions.back().offset;
   const std::string noEnd = "randomIndex footer durations index cutOff";
+  ClipSpec sameUid{.setsInTurn = true};
+  sameUid.headerEdits = {[](HeaderSets& sets) {
+    for (const MetadataItem& item : SetOf(sets, SetKind::kMpegVideoDescriptor).items) {
+      if (item.tag == tag::kInstanceUid)
+        SetOf(sets, SetKind::kAes3Descriptor, 3).SetTag(tag::kInstanceUid, item.value);
+    }
+  }};
   const std::tuple<const char*, Bytes, std::string, std::size_t> rows[] = {
       {"open header", patched(pack::kStatus, Bytes{1}), "openPartitions", 10},
       {"open body", patched(partitions[1].offset + pack::kStatus, Bytes{3}), "openPartitions", 10},
@@ -91,6 +99,7 @@ TEST(Conform, MendsWhatWasNeverFinishedOrCutOff) {
        "randomIndex footer durations noIndex cutOff", 3},
       {"header count into a set", patched(pack::kHeaderByteCount, Big64(1000)), "byteCounts", 10},
       {"header count behind all", patched(pack::kHeaderByteCount, Big64(~0ULL)), "byteCounts", 10},
+      {"two sets with one UID", BuildClip(sameUid).bytes, "setOrder", 10},
       {"header count of nothing", patched(pack::kHeaderByteCount, Big64(0)), "byteCounts", 10},
   };
   for (const auto& [fault, broken, mended, frames] : rows) {
@@ -151,6 +160,12 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   fill[7] = 2;
   ClipSpec noPackage;
   noPackage.DropSet(SetKind::kMaterialPackage);
+  // Frames that have to be laid anew.
+  const Clip other = BuildClip({.mixedElementLengths = true});
+  const FramePlace& frame = other.layout.frames[2];
+  Bytes fewerElements = other.bytes;  // than tracks, with data elements instead
+  for (const FramePlace& each : other.layout.frames)
+    Patch(fewerElements, each.audio.back().key + 12, {0x17, 1, 2, 1});
   const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
       {"empty", {}, kRandomIndexNotFound},
       {"run-in", runIn, kRandomIndexNotFound},
@@ -177,12 +192,15 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no system element in the first frame only",
        Patched(open, clip.layout.frames[0].system.key, fill), kRandomIndexNotFound},
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
+      {"no element in a frame", Patched(other.bytes, frame.picture.key + 8, Bytes(4)), 0},
+      {"two kinds of audio", Patched(other.bytes, frame.audio[1].key + 14, {1}), 0},
+      {"more tracks than audio elements", fewerElements, 0},
   };
   for (const auto& [fault, bytes, code] : rows) {
     SCOPED_TRACE(fault);
     const TempFolder folder;
     const ConformResult result = Conform(folder, bytes);
-    EXPECT_FALSE(result.IsDone() || result.reason.empty());
+    EXPECT_TRUE(result.fault == ConformFault::kUnfit && !result.reason.empty());
     EXPECT_EQ(result.analysisCode, code) << result.reason;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
@@ -204,6 +222,43 @@ TEST(Conform, MakesNoLargeCopyOfSmallPartitions) {
   for (int i = 0; i < 100; ++i)
     bytes.insert(bytes.end(), small.begin(), small.end());
   EXPECT_LT(Conformed(bytes).size(), 2 * bytes.size());
+}
+
+void Erase(std::uint64_t offset, std::uint64_t bytes, Bytes* from) {
+  const auto first = from->begin() + static_cast<std::ptrdiff_t>(offset);
+  from->erase(first, first + static_cast<std::ptrdiff_t>(bytes));
+}
+
+// Clips whose first frame begins with an element that has another length field than the readers
+// follow: a system element, or an audio element.
+TEST(Conform, LeadsToPictureAndAudioOfFramesThatAreLaidAnew) {
+  for (const bool hasPicture : {true, false}) {
+    const Clip clip = BuildClip(
+        {.noFill = !hasPicture, .systemElement = hasPicture, .mixedElementLengths = true});
+    std::vector<FramePlace> frames = clip.layout.frames;
+    Bytes bytes = clip.bytes;
+    for (auto frame = frames.rbegin(); frame != frames.rend() && !hasPicture; ++frame)
+      Erase(frame->picture.key, frame->picture.totalBytes, &bytes);
+    if (hasPicture) Erase(frames[0].offset, frames[0].bytes, &bytes);
+    if (hasPicture) frames.erase(frames.begin());
+    const Bytes copy = Conformed(bytes);
+    const TempFolder folder;
+    auto file = platform::File::Open(folder.Write("c.mxf", copy), platform::OpenMode::kReadAlone);
+    MxfRecords records;
+    ASSERT_EQ(AnalyzeMxfFile(&file, &records.base), 0);
+    ASSERT_EQ(records.timecode.frameCount, frames.size());
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const KlvPlace& built = frames[i].audio.back();
+      const auto value = LocateElementValue(records.base, records.indexEntries[i], 3);
+      ASSERT_TRUE(value && value->bytes() == built.valueBytes);
+      EXPECT_TRUE(
+          std::equal(&copy[value->fileOffset()], &copy[value->end()], &clip.bytes[built.value]));
+    }
+    constexpr std::uint8_t kPicture = 0x15, kAudio = 0x16;
+    const INDEX_ENTRY_ARRAY& first = records.indexEntries[0];
+    EXPECT_EQ(copy[first.fileOffset + first.delta[1].elementDelta + 12],
+              hasPicture ? kPicture : kAudio);
+  }
 }
 
 TEST(Conform, NeverReplacesAFileAndEndsWhenToldTo) {
