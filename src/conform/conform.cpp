@@ -261,10 +261,9 @@ class Conformer {
     const std::int32_t code = AnalyzeSkeleton(&skeleton, &records);
     if (HasEnded()) return false;
     if (code != kSuccess) return RefusedBy(records, code);
-    const SourceFrame& lastFrame = map_.frames.back();
     if (records.timecode.frameCount != frames_) return Unfit("the new index table cannot be read");
-    const bool fits = map_.isRegular ? IndexFits(lastFrame.offset + lastFrame.bytes, &records)
-                                     : FirstFrameStands(skeleton, &records);
+    const bool fits =
+        map_.isRegular ? IndexIsOfMap(&records) : FirstFrameStands(skeleton, &records);
     if (fits || HasEnded()) return fits;
     const std::int32_t unfit = map_.isRegular ? MeasureFirstFrame(&clip_, &records.base) : kSuccess;
     if (unfit != kSuccess) return RefusedBy(records, unfit);
@@ -275,7 +274,7 @@ class Conformer {
   // frames that are laid anew have their elements at the same places.
   static bool FirstFrameStands(const platform::File& skeleton, MxfRecords* records) {
     records->timecode.frameCount = 1;
-    return EveryFrameStands(skeleton, records->base);
+    return EveryFrameStands(skeleton, records->base, ColdWalk::kReadsAll);
   }
 
   void NoteFrames(bool changesTime) {
@@ -377,9 +376,29 @@ class Conformer {
     records->base.fileSize = end;
     const std::int32_t unfit = MeasureFirstFrame(&clip_, &records->base);
     if (unfit != kSuccess) return false;
-    const bool fits = EveryFrameStands(clip_, records->base);
+    const bool fits = EveryFrameStands(clip_, records->base, ColdWalk::kReadsAll);
     if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
     return fits;
+  }
+
+  // True when the index of the copy leads to the frames of the map and to their audio. `records`
+  // are those of the copy; their offsets become those of the clip.
+  bool IndexIsOfMap(MxfRecords* records) const {
+    for (std::size_t i = 0; i < map_.frames.size(); ++i) {
+      INDEX_ENTRY_ARRAY& entry = records->indexEntries[i];
+      const auto place = PlaceInClip(plan_, entry.fileOffset);
+      if (place != map_.frames[i].offset || entry.sliceOffset != map_.frames[i].sliceOffset) {
+        return false;
+      }
+      entry.fileOffset = *place;
+      const std::size_t tracks = std::min<std::size_t>(map_.deltas.size(), kMaxTracks);
+      for (std::size_t t = 0; t < tracks; ++t) {
+        const std::size_t k = kDeltasBeforeAudio + t;
+        if (k >= entry.deltaCount || entry.delta[k].elementDelta != map_.deltas[t]) return false;
+      }
+    }
+    records->base.fileSize = size_;
+    return MeasureFirstFrame(&clip_, &records->base) == kSuccess;
   }
 
   // True when the frame at the file offset `offset` is the last one of the clip's essence: the key
@@ -408,9 +427,10 @@ class Conformer {
     const std::int32_t code = Analyze(file, &records);
     if (HasEnded()) return false;
     if (code != kSuccess) return RefusedBy(records, code);
-    if (EveryFrameStands(*file, records.base) && records.timecode.frameCount == frames_) {
-      return true;
-    }
+    // Frames that were copied as they are have been proven in the clip.
+    const bool stands =
+        plan_.laidFrames == nullptr || EveryFrameStands(*file, records.base, ColdWalk::kReadsAll);
+    if (stands && records.timecode.frameCount == frames_) return true;
     if (progress_.cancel != 0) {
       EndStopped();
     } else {

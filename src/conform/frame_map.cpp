@@ -67,7 +67,12 @@ class FrameReader {
  public:
   FrameReader(const platform::File& file, const SourceClip& clip, PictureCoding coding,
               FrameMap* map, std::string* reason)
-      : file_(file), clip_(clip), coding_(coding), map_(*map), reason_(*reason) {}
+      : file_(file),
+        window_(file, HeaderWindow::kBlockBytes),
+        clip_(clip),
+        coding_(coding),
+        map_(*map),
+        reason_(*reason) {}
 
   bool Read() {
     for (std::uint32_t i = 0; i < clip_.partitions.size(); ++i) {
@@ -95,7 +100,7 @@ class FrameReader {
     elements_.clear();
     frameEnd_ = partition.essenceStart;
     for (KlvSpan klv; frameEnd_ < partition.end; frameEnd_ = klv.End()) {
-      if (!ReadKlvSpan(file_, frameEnd_, partition.end, &klv)) {
+      if (!ReadKlvSpan(&window_, frameEnd_, partition.end, &klv)) {
         if (file_.Trouble() != platform::ReadTrouble::kNone) return Refuse("a read has failed");
         if (!LeaveOut(frameEnd_, partition.end)) return false;
         break;
@@ -127,7 +132,7 @@ class FrameReader {
   // behind other data, or with another BodySID than the frames in front of them.
   bool HoldsNoFrames(std::uint64_t offset, std::uint64_t end) {
     KlvSpan klv;
-    for (; ReadKlvSpan(file_, offset, end, &klv); offset = klv.End()) {
+    for (; ReadKlvSpan(&window_, offset, end, &klv); offset = klv.End()) {
       const bool opens =
           hasOpener_ ? SameElement(klv.key, opener_) : IsContainerElement(klv.key.data());
       if (!opens) continue;
@@ -293,6 +298,7 @@ class FrameReader {
   }
 
   const platform::File& file_;
+  HeaderWindow window_;
   const SourceClip& clip_;
   const PictureCoding coding_;
   FrameMap& map_;

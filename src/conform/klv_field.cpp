@@ -12,7 +12,28 @@ constexpr std::uint8_t kEightByteLength = 0x87;
 constexpr KlvKey kWrittenFill = {0x06, 0x0E, 0x2B, 0x34, 0x01, 0x01, 0x01, 0x02,
                                  0x03, 0x01, 0x02, 0x10, 0x01, 0x00, 0x00, 0x00};
 
+// Takes the header `head`, whose bytes stand at `offset`, apart. False as ReadKlvSpan.
+bool TakeApart(std::span<const std::uint8_t> head, std::uint64_t offset, std::uint64_t end,
+               KlvSpan* span) {
+  std::uint64_t length = 0;
+  const std::size_t headBytes = ReadKlvHeader(head, &length);
+  if (headBytes == 0 || length > end - offset - headBytes) return false;
+  std::copy_n(head.begin(), kKlvKeyBytes, span->key.begin());
+  span->offset = offset;
+  span->valueOffset = offset + headBytes;
+  span->length = length;
+  return true;
+}
+
 }  // namespace
+
+bool ReadKlvSpan(HeaderWindow* window, std::uint64_t offset, std::uint64_t end, KlvSpan* span) {
+  if (offset >= end) return false;
+  const auto held = window->At(offset);
+  return TakeApart(
+      held.first(static_cast<std::size_t>(std::min<std::uint64_t>(held.size(), end - offset))),
+      offset, end, span);
+}
 
 bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t end,
                  KlvSpan* span) {
@@ -20,14 +41,7 @@ bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t
   if (offset >= end) return false;
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(head.size(), end - offset));
   const std::size_t got = file.ReadAt(offset, head.data(), wanted);
-  std::uint64_t length = 0;
-  const std::size_t headBytes = ReadKlvHeader(std::span(head).first(got), &length);
-  if (headBytes == 0 || length > end - offset - headBytes) return false;
-  std::copy_n(head.begin(), kKlvKeyBytes, span->key.begin());
-  span->offset = offset;
-  span->valueOffset = offset + headBytes;
-  span->length = length;
-  return true;
+  return TakeApart(std::span(head).first(got), offset, end, span);
 }
 
 std::uint64_t WrittenHeaderBytes(std::uint64_t length) {

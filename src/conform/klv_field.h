@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "mxf/essence/header_window.h"
 #include "mxf/metadata/klv.h"
 #include "platform/file.h"
 
@@ -31,6 +32,9 @@ inline constexpr std::uint64_t kSmallestFill = 20;
 // file offset `end`. Throws nothing.
 bool ReadKlvSpan(const platform::File& file, std::uint64_t offset, std::uint64_t end,
                  KlvSpan* span);
+
+// Reads as the function above, from a window of the file.
+bool ReadKlvSpan(HeaderWindow* window, std::uint64_t offset, std::uint64_t end, KlvSpan* span);
 
 // Number of bytes that AppendKlvHeader writes for a value of `length` bytes: 20, or 24 when the
 // length does not fit three bytes.

@@ -149,9 +149,10 @@ bool IsCutOffAt(const MapReader& reader, std::uint64_t offset) {
 // when the walk cannot go on.
 bool OffsetsFromWalk(MapReader* reader, SourceClip* clip, std::vector<std::uint64_t>* offsets,
                      std::uint64_t* end) {
+  HeaderWindow window(reader->file, HeaderWindow::kBlockBytes);
   std::uint64_t at = 0;
   for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
-    if (!ReadKlvSpan(reader->file, at, reader->fileSize, &klv)) {
+    if (!ReadKlvSpan(&window, at, reader->fileSize, &klv)) {
       if (!IsCutOffAt(*reader, at)) {
         return reader->Refuse(fmt::format("no whole KLV at byte {}", at));
       }

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "mxf/essence/audio_element.h"
+#include "mxf/essence/header_window.h"
 #include "mxf/essence/read_ahead.h"
 #include "mxf/metadata/klv.h"
 
@@ -60,11 +61,15 @@ bool KeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf,
 class FrameWalk {
  public:
   FrameWalk(const platform::File& file, const MXF_BASE_INFO& mxf,
-            std::span<const std::uint32_t> tracks)
-      : file_(file),
-        mxf_(mxf),
+            std::span<const std::uint32_t> tracks, ColdWalk cold)
+      : mxf_(mxf),
         tracks_(tracks),
-        ahead_(file, mxf, tracks, 0, mxf.timecode->frameCount) {}
+        window_(file,
+                cold == ColdWalk::kReadsAll ? HeaderWindow::kBlockBytes : ReadAhead::kHeadBytes) {
+    if (cold == ColdWalk::kPrefetches) {
+      ahead_.emplace(file, mxf, tracks, 0, mxf.timecode->frameCount);
+    }
+  }
 
   // True when the frame `entryIndex` stands where the index says.
   bool Stands(std::uint32_t entryIndex) {
@@ -72,14 +77,15 @@ class FrameWalk {
     const std::uint64_t end = FrameEnd(mxf_, entryIndex);
     const bool isLast = entryIndex + 1 == mxf_.timecode->frameCount;
     const bool joins = !isLast && (*mxf_.indexEntries)[entryIndex + 1].partition == entry.partition;
-    ahead_.Ask(entryIndex);
+    Prefetch(entryIndex);
     FrameElements elements;
     KlvKey opener{};
     std::uint64_t at = entry.fileOffset;
     while (at < end) {
-      const std::uint8_t* key = HeaderAt(at);
-      if (key == nullptr) return false;
-      if (!IsOfFrame(key)) break;
+      const auto header = window_.At(at);
+      if (header.size() < std::min<std::uint64_t>(kMostKlvHeaderBytes, end - at)) return false;
+      const std::uint8_t* key = header.data();
+      if (header.size() < kKlvKeyBytes || !IsOfFrame(key)) break;
       if (at == entry.fileOffset) {
         std::copy_n(key, opener.size(), opener.begin());
       } else if (!isLast && IsContainerElement(key) &&
@@ -101,36 +107,20 @@ class FrameWalk {
   }
 
  private:
+  void Prefetch(std::uint32_t entryIndex) {
+    if (!ahead_) return;
+    if (window_.IsCold()) ahead_->SetCold();
+    ahead_->Ask(entryIndex);
+  }
+
   static bool IsOfFrame(const std::uint8_t* key) {
     return IsContainerElement(key) || KeyMatches(key, keys::kFill);
   }
 
-  // The header at the file offset `offset`; bytes behind the end of the file are zeros. Null when
-  // not even the key can be read.
-  const std::uint8_t* HeaderAt(std::uint64_t offset) {
-    const bool isHeld = offset >= start_ && offset - start_ <= held_ &&
-                        held_ - (offset - start_) >= kMostKlvHeaderBytes;
-    if (!isHeld) Fill(offset);
-    const std::size_t place = static_cast<std::size_t>(offset - start_);
-    return held_ - place < kKlvKeyBytes ? nullptr : window_.data() + place;
-  }
-
-  void Fill(std::uint64_t offset) {
-    start_ = offset;
-    held_ = window_.size();
-    if (!ahead_.IsCold() && file_.ReadCachedAt(offset, window_.data(), held_)) return;
-    ahead_.SetCold();
-    held_ = file_.ReadAt(offset, window_.data(), held_);
-    std::fill(window_.begin() + static_cast<std::ptrdiff_t>(held_), window_.end(), 0);
-  }
-
-  const platform::File& file_;
   const MXF_BASE_INFO& mxf_;
   std::span<const std::uint32_t> tracks_;
-  ReadAhead ahead_;
-  std::array<std::uint8_t, ReadAhead::kHeadBytes> window_{};
-  std::uint64_t start_ = 0;  // file offset of the window
-  std::size_t held_ = 0;     // valid bytes of the window
+  HeaderWindow window_;
+  std::optional<ReadAhead> ahead_;
 };
 
 }  // namespace
@@ -149,12 +139,12 @@ bool BorderKeysAgree(const platform::File& file, const MXF_BASE_INFO& mxf) {
   return true;
 }
 
-bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf) {
+bool EveryFrameStands(const platform::File& file, const MXF_BASE_INFO& mxf, ColdWalk cold) {
   TrackNumbers tracks;
   std::iota(tracks.begin(), tracks.end(), 0);
   const std::uint32_t count = IndexedTracks(mxf, (*mxf.indexEntries)[0]);
   if (count == 0) return false;
-  FrameWalk walk(file, mxf, std::span(tracks).first(count));
+  FrameWalk walk(file, mxf, std::span(tracks).first(count), cold);
   for (std::uint32_t i = 0; i < mxf.timecode->frameCount; ++i) {
     if (!walk.Stands(i)) return false;
   }

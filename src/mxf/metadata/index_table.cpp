@@ -352,7 +352,7 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   if (byOrder == kSuccess && BorderKeysAgree(*file, *mxf)) return kSuccess;
   SetAside first(mxf);
   const std::int32_t byOffset = ReadByOffset(file, &list, mxf);
-  if (byOffset == kSuccess && EveryFrameStands(*file, *mxf)) return kSuccess;
+  if (byOffset == kSuccess && EveryFrameStands(*file, *mxf, ColdWalk::kPrefetches)) return kSuccess;
   first.PutBack();
   mxf->indexContradicted = byOrder == kUnknownSamplePattern ? 0 : 1;
   return isUnfit && byOffset == kNoMemory ? kNoMemory : byOrder;
