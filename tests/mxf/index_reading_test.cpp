@@ -120,11 +120,11 @@ TEST(IndexReading, StaysByOrderWhereOneFrameContradictsTheOther) {
 }
 
 // From a medium: what is in memory is read without the calls that are counted here.
-TEST(IndexReading, ReadsALongerClipNoOftenerAFrame) {
-  const auto reads = [](std::uint32_t frames) {
+TEST(IndexReading, ReadsALongerClipNoOftenerAFrameAndAGoodIndexWithoutItsFrames) {
+  const auto reads = [](std::uint32_t frames, std::uint32_t inPartition, std::uint32_t inSegment) {
     ClipSpec spec = LongClip(frames);
-    spec.framesPerPartition = 0;
-    spec.framesPerSegment = 4000;
+    spec.framesPerPartition = inPartition;
+    spec.framesPerSegment = inSegment;
     const TempFolder folder;
     const std::u16string path = folder.Write("clip.mxf", BuildClip(spec).bytes);
     auto file = platform::File::Open(path, platform::OpenMode::kReadAlone);
@@ -136,8 +136,9 @@ TEST(IndexReading, ReadsALongerClipNoOftenerAFrame) {
     EXPECT_EQ(records.timecode.frameCount, frames);
     return count;
   };
-  const int few = reads(7500), many = reads(30000);
+  const int few = reads(7500, 0, 4000), many = reads(30000, 0, 4000);
   EXPECT_LT(many, 5 * few);
+  EXPECT_LT(reads(7500, 4000, 0), 200);
 }
 
 // Where in the pattern of five frames a clip starts; 5 where its frames follow none.
