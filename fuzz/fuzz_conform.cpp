@@ -58,7 +58,9 @@ class Clip {
   }
 
   // True when the analysis accepts the clip and its index leads to the audio of every frame.
-  bool IsFollowed() const { return isAccepted_ && EveryFrameStands(file_, records_.base); }
+  bool IsFollowed() const {
+    return isAccepted_ && EveryFrameStands(file_, records_.base, ColdWalk::kReadsAll);
+  }
 
   std::uint32_t Frames() const { return records_.timecode.frameCount; }
 
