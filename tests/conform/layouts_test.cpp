@@ -10,6 +10,7 @@
 #include "mxf/essence/audio_element.h"
 #include "rewrite/rewrap_file_io.h"
 #include "rewrite/rewrap_mapped.h"
+#include "support/command.h"
 #include "support/loaded_clip.h"
 
 namespace quorvan::test {
@@ -201,6 +202,15 @@ void ExpectRewritten(const ClipSpec& spec, const Clip& clip, const Bytes& file) 
   }
 }
 
+// Stream, size and checksum of each packet that ffprobe finds.
+std::string PacketsOf(const std::string& path) {
+  return RunCommand(
+             "ffprobe -v quiet -of csv=p=0 -show_data_hash md5 "
+             "-show_entries packet=stream_index,size,data_hash " +
+             path)
+      .output;
+}
+
 void ExpectLayout(const Layout& layout) {
   const auto& [name, loads, mended, spec] = layout;
   const Clip clip = BuildClip(spec);
@@ -220,6 +230,9 @@ void ExpectLayout(const Layout& layout) {
   ExpectTrueOffsets(copy);
   ExpectRewritten(spec, clip, copy);
   EXPECT_EQ(Conformed(copy), copy);
+  const std::string before = PacketsOf(folder.Path() / "in.mxf");
+  EXPECT_NE(before, "");
+  EXPECT_EQ(before, PacketsOf(folder.Path() / "out.mxf"));
 }
 
 TEST(Layouts, LoadAfterACopyAtTheLatestAndAreRewrittenAsTheIndexSays) {

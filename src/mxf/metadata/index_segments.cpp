@@ -17,8 +17,6 @@ namespace {
 constexpr std::uint64_t kLargestIndexBlock = std::uint64_t{1} << 30;
 constexpr std::size_t kMostSegments = std::size_t{1} << 18;
 
-constexpr std::int32_t kNoMemory = static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
-
 std::int32_t ReadDeltaEntries(std::span<const std::uint8_t> value, IndexSegment* segment) {
   const std::uint32_t count = ReadBatchHeader(value).count;
   if (count > kMaxDeltaEntries) return kTooManyDeltaEntries;
@@ -52,7 +50,7 @@ std::int32_t ReadIndexEntries(std::span<const std::uint8_t> value, IndexSegment*
   if (count == 0) return kSuccess;
   if (count > (value.size() - kBatchHeaderBytes) / step) return kNoIndexTable;
   if (count > kMostFrames - segment->entries.size()) return kNoIndexTable;
-  if (!platform::FitsMemory(count * sizeof(SegmentEntry))) return kNoMemory;
+  if (!platform::FitsMemory(count * sizeof(SegmentEntry))) return kIndexNoMemory;
   // Only the first item reserves exactly: in a set of many such items, reserving exactly for each
   // item would copy quadratically.
   if (segment->entries.empty()) segment->entries.reserve(count);
@@ -152,10 +150,10 @@ std::int32_t ReadPartitionIndex(const platform::File& file, const MXF_PARTITION_
   const std::uint64_t wanted = std::min(partition.indexByteCount, fileSize - start);
   list->bytesRead += wanted;
   if (wanted > kLargestIndexBlock || list->bytesRead > fileSize) return kNoIndexTable;
-  if (!platform::FitsMemory(wanted)) return kNoMemory;
+  if (!platform::FitsMemory(wanted)) return kIndexNoMemory;
   const auto size = static_cast<std::size_t>(wanted);
   const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[size + 1]);
-  if (block == nullptr) return kNoMemory;
+  if (block == nullptr) return kIndexNoMemory;
   const std::size_t held = file.ReadAt(start, block.get(), size);
   return ReadSegmentsOfBlock(file, {block.get(), held}, partition, list);
 }

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "mxf/analysis.h"
 #include "mxf/records.h"
 #include "platform/file.h"
 
@@ -15,6 +16,11 @@ namespace quorvan {
 // Most frames of a whole index table: more than three days at 60 frames a second. No real clip
 // reaches them; a larger table is damaged.
 inline constexpr std::uint64_t kMostFrames = 1u << 24;
+
+// Result of the reader of the index table when the memory for the table or its entries is not
+// there.
+inline constexpr std::int32_t kIndexNoMemory =
+    static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
 
 // Sizes in bytes of the items of a delta entry array, and of an index entry without its slice
 // offsets and PosTable values; of each of these; and the place of StreamOffset in an index entry.

@@ -24,8 +24,6 @@ constexpr std::uint64_t kElementSearchBytes = 28;
 // Entries that are handled between two checks for a stop request.
 constexpr std::uint32_t kEntriesPerLook = 1u << 14;
 
-constexpr std::int32_t kNoMemory = static_cast<std::int32_t>(kStageIndexTable) + kStageNoMemory;
-
 // Keeps only the footer's segments when one of them starts at frame 0: the footer then repeats the
 // whole index table.
 void ChooseSegments(SegmentList* list) {
@@ -89,7 +87,7 @@ std::int32_t ExpandSegment(const MXF_BASE_INFO& mxf, IndexSegment* segment) {
   }
   const std::uint64_t most = std::min(kMostFrames, mxf.fileSize / segment->editUnitBytes);
   if (segment->start > most || segment->duration > most - segment->start) return kNoIndexTable;
-  if (!platform::FitsMemory(segment->duration * sizeof(SegmentEntry))) return kNoMemory;
+  if (!platform::FitsMemory(segment->duration * sizeof(SegmentEntry))) return kIndexNoMemory;
   for (std::uint64_t i = 0; i < segment->duration; ++i) {
     segment->entries.emplace_back().streamOffset = (segment->start + i) * segment->editUnitBytes;
   }
@@ -164,9 +162,9 @@ std::int32_t Flatten(const platform::File& file, const SegmentList& list,
   MXF_TIMECODE_INFO* timecode = mxf->timecode;
   const std::uint64_t fileSize = mxf->fileSize;
   IndexEntryCell& cell = *mxf->indexEntries;
-  if (!platform::FitsMemory(list.frames * sizeof(INDEX_ENTRY_ARRAY))) return kNoMemory;
+  if (!platform::FitsMemory(list.frames * sizeof(INDEX_ENTRY_ARRAY))) return kIndexNoMemory;
   cell.reset(new (std::nothrow) INDEX_ENTRY_ARRAY[static_cast<std::size_t>(list.frames)]);
-  if (cell == nullptr) return kNoMemory;
+  if (cell == nullptr) return kIndexNoMemory;
 
   std::uint64_t longest = 0;
   std::uint32_t frame = 0;
@@ -355,7 +353,7 @@ std::int32_t ReadIndexTable(platform::File* file, MXF_BASE_INFO* mxf) {
   if (byOffset == kSuccess && EveryFrameStands(*file, *mxf, ColdWalk::kPrefetches)) return kSuccess;
   first.PutBack();
   mxf->indexContradicted = byOrder == kUnknownSamplePattern ? 0 : 1;
-  return isUnfit && byOffset == kNoMemory ? kNoMemory : byOrder;
+  return isUnfit && byOffset == kIndexNoMemory ? kIndexNoMemory : byOrder;
 }
 
 }  // namespace quorvan
