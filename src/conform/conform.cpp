@@ -381,8 +381,9 @@ class Conformer {
     return fits;
   }
 
-  // True when the index of the copy leads to the frames of the map and to their audio. `records`
-  // are those of the copy; their offsets become those of the clip.
+  // True when the index of the copy leads to the frames of the map and to their audio, and to
+  // nothing else for the tracks of the metadata. `records` are those of the copy; their offsets
+  // become those of the clip.
   bool IndexIsOfMap(MxfRecords* records) const {
     for (std::size_t i = 0; i < map_.frames.size(); ++i) {
       INDEX_ENTRY_ARRAY& entry = records->indexEntries[i];
@@ -392,6 +393,9 @@ class Conformer {
       }
       entry.fileOffset = *place;
       const std::size_t tracks = std::min<std::size_t>(map_.deltas.size(), kMaxTracks);
+      if (tracks < UsableTracks(records->audio) && entry.deltaCount > kDeltasBeforeAudio + tracks) {
+        return false;
+      }
       for (std::size_t t = 0; t < tracks; ++t) {
         const std::size_t k = kDeltasBeforeAudio + t;
         if (k >= entry.deltaCount || entry.delta[k].elementDelta != map_.deltas[t]) return false;

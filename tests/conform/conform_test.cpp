@@ -163,9 +163,12 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
   // Frames that have to be laid anew.
   const Clip other = BuildClip({.mixedElementLengths = true});
   const FramePlace& frame = other.layout.frames[2];
-  Bytes fewerElements = other.bytes;  // than tracks, with data elements instead
-  for (const FramePlace& each : other.layout.frames)
-    Patch(fewerElements, each.audio.back().key + 12, {0x17, 1, 2, 1});
+  // Data elements instead of the last audio elements.
+  const auto withData = [](Clip changed) {
+    for (const FramePlace& each : changed.layout.frames)
+      Patch(changed.bytes, each.audio.back().key + 12, {0x17, 1, 2, 1});
+    return changed.bytes;
+  };
   const std::tuple<const char*, Bytes, std::int32_t> rows[] = {
       {"empty", {}, kRandomIndexNotFound},
       {"run-in", runIn, kRandomIndexNotFound},
@@ -194,7 +197,8 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
       {"no material package", BuildClip(noPackage).bytes, kMaterialPackageNotFound},
       {"no element in a frame", Patched(other.bytes, frame.picture.key + 8, Bytes(4)), 0},
       {"two kinds of audio", Patched(other.bytes, frame.audio[1].key + 14, {1}), 0},
-      {"more tracks than audio elements", fewerElements, 0},
+      {"more tracks than audio elements", withData(clip), 0},
+      {"more tracks than audio elements to lay anew", withData(other), 0},
   };
   for (const auto& [fault, bytes, code] : rows) {
     SCOPED_TRACE(fault);
