@@ -50,8 +50,9 @@ std::u16string WriteWav(const std::string& name, std::uint16_t channels, std::ui
   return Write(name, BuildWav(spec).bytes);
 }
 
-// Waits until the bar of a running job has come to `percent`, then takes its picture.
-Answer PhotographRunning(Driver* driver, const QString& name, int percent = 1) {
+// Waits until the bar of a running job has come to `percent`, then takes its picture; at once for
+// -1, which the bar has before its first step.
+Answer PhotographRunning(Driver* driver, const QString& name, int percent = -1) {
   return [=](QWidget* dialog) {
     while (dialog->isVisible() && dialog->findChild<QProgressBar*>()->value() < percent)
       QTest::qWait(1);
