@@ -182,6 +182,12 @@ class Conformer {
     if (source_.unfinished != 0) Note(Mend::kOpenPartitions, source_.unfinished);
   }
 
+  // True when a partition of the clip holds an index table segment.
+  bool HasIndex() const {
+    return std::any_of(source_.partitions.begin(), source_.partitions.end(),
+                       [](const SourcePartition& p) { return !p.indexSegments.empty(); });
+  }
+
   // True when the layout of the copy differs from that of the clip.
   bool ChangesLayout() const {
     if (plan_.partitions.size() != source_.partitions.size()) return true;
@@ -204,10 +210,7 @@ class Conformer {
   // does not lead to the audio of every frame or the metadata name no index table, and when the
   // work has ended.
   bool PlanWithIndex() {
-    const bool hasIndex =
-        std::any_of(source_.partitions.begin(), source_.partitions.end(),
-                    [](const SourcePartition& p) { return !p.indexSegments.empty(); });
-    if (!hasIndex || source_.cutBytes != 0 || !source_.HasFooter()) return false;
+    if (!HasIndex() || source_.cutBytes != 0 || !source_.HasFooter()) return false;
     if (IndexSidOf(metadata_.front()) == 0) return false;
     for (std::size_t i = 0; i < source_.partitions.size(); ++i) {
       const SourcePartition& from = source_.partitions[i];
@@ -226,7 +229,7 @@ class Conformer {
     if (code != kSuccess && !isOfIndex) return RefusedBy(records, code);
     const MXF_TIMECODE_INFO& timecode = records.timecode;
     const bool isComplete = !HasRange(timecode) || timecode.duration == timecode.frameCount;
-    if (code != kSuccess || !isComplete || !IndexFits(size_, &records) ||
+    if (code != kSuccess || !isComplete || !IndexFits(&records) ||
         !EndsWithFrame(records.indexEntries[timecode.frameCount - 1].fileOffset)) {
       plan_ = {};
       return false;
@@ -278,13 +281,10 @@ class Conformer {
   }
 
   void NoteFrames(bool changesTime) {
-    const bool hadIndex =
-        std::any_of(source_.partitions.begin(), source_.partitions.end(),
-                    [](const SourcePartition& p) { return !p.indexSegments.empty(); });
     const std::uint64_t lost = source_.cutBytes + map_.lostBytes;
     if (ChangesLayout()) Note(Mend::kLayout);
     if (changesTime) Note(Mend::kDurations, frames_);
-    Note(hadIndex ? Mend::kIndex : Mend::kNoIndex, frames_);
+    Note(HasIndex() ? Mend::kIndex : Mend::kNoIndex, frames_);
     if (!map_.isRegular) Note(Mend::kFrames, frames_);
     if (lost != 0) Note(Mend::kCutOff, lost);
   }
@@ -364,8 +364,8 @@ class Conformer {
 
   // True when the index of the copy leads to all frames of the clip and to the audio in them, as a
   // walk over the clip's own keys finds them. `records` are those of the copy; their offsets become
-  // those of the clip, whose frames end at the file offset `end`.
-  bool IndexFits(std::uint64_t end, MxfRecords* records) {
+  // those of the clip.
+  bool IndexFits(MxfRecords* records) {
     const std::uint32_t count = records->timecode.frameCount;
     for (std::uint32_t i = 0; i < count; ++i) {
       INDEX_ENTRY_ARRAY& entry = records->indexEntries[i];
@@ -373,9 +373,8 @@ class Conformer {
       if (!place) return false;
       entry.fileOffset = *place;
     }
-    records->base.fileSize = end;
-    const std::int32_t unfit = MeasureFirstFrame(&clip_, &records->base);
-    if (unfit != kSuccess) return false;
+    records->base.fileSize = size_;
+    if (MeasureFirstFrame(&clip_, &records->base) != kSuccess) return false;
     const bool fits = EveryFrameStands(clip_, records->base, ColdWalk::kReadsAll);
     if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
     return fits;
