@@ -32,10 +32,10 @@ std::int32_t RunPlannedExport(const char16_t* path, AUDIOTRACK_IO_INFO* tracks,
   }
 }
 
-// Calls `prove(frame)` for each of the `frames` frames from `first` on; frames count from 0 in the
-// export. Returns 0 when every call has returned 0. Stops at the first call that returns something
-// else, and returns it. Stops in front of the next frame when `cancel` is 1, clears `cancel` and
-// returns kCancelled.
+// Calls `prove(frame)` for each of the `frames` frames from `first` on, and counts the proven
+// frames in `provenFrames`; frames count from 0 in the export. Returns 0 when every call has
+// returned 0. Stops at the first call that returns something else, and returns it. Stops in front
+// of the next frame when `cancel` is 1, clears `cancel` and returns kCancelled.
 template <typename Prove>
 std::int32_t ProveFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::uint32_t frames,
                          Prove prove) {
@@ -45,6 +45,7 @@ std::int32_t ProveFrames(AUDIOTRACK_IO_INFO* tracks, std::uint32_t first, std::u
       return kCancelled;
     }
     if (const std::int32_t failed = prove(frame)) return failed;
+    tracks->provenFrames = frame + 1;
   }
   return kSuccess;
 }

@@ -66,6 +66,7 @@ JobRefusal PrepareJob(JobKind kind, APP_STATE_INFO* app) {
   tracks.currentFrame = 0;
   tracks.cancel = 0;
   tracks.phase = kPhaseProving;
+  tracks.provenFrames = 0;
   return {};
 }
 

@@ -60,10 +60,11 @@ std::int32_t RewrapRun::Prove(const platform::MappedView* view) {
   if (view != nullptr) rows_.ProveThrough(view);
   for (std::uint32_t i = 0; i < plan_.range.total; ++i) {
     if (tracks_.cancel == 1) return Cancel();
-    const JobFault fault = FaultOfFrame(rows_.Prove(i));
-    if (fault == kNoFault) continue;
-    tracks_.fault.frame = plan_.range.firstEntry + i;
-    return Failed(fault);
+    if (const JobFault fault = FaultOfFrame(rows_.Prove(i))) {
+      tracks_.fault.frame = plan_.range.firstEntry + i;
+      return Failed(fault);
+    }
+    tracks_.provenFrames = i + 1;
   }
   return kSuccess;
 }

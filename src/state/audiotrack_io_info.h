@@ -31,8 +31,8 @@ using FramePoint = std::array<std::int32_t, 2>;
 
 // Before a job, the front end writes the fields and PrepareJob sets the atomic words. While a job
 // runs, the job's thread alone writes `wavHandle`, `umidState`, `fault`, and the atomic words
-// `currentFrame`, `totalFrames` and `phase`, which the front end shows. The front end sets
-// `cancel`; the job clears `cancel` when the job starts and when it stops.
+// `currentFrame`, `totalFrames`, `phase` and `provenFrames`, which the front end shows. The front
+// end sets `cancel`; the job clears `cancel` when the job starts and when it stops.
 struct AUDIOTRACK_IO_INFO {
   std::array<WAV_FILE_INFO*, kMaxTracks> wav;  // library entry; null without a file; not owned
   std::array<platform::File, kMaxTracks> wavHandle;   // source files of the running engine
@@ -53,19 +53,21 @@ struct AUDIOTRACK_IO_INFO {
   // Number of frames that the running job has done. An export instead writes the number (from 0) of
   // the frame that was done last.
   std::atomic<std::uint32_t> currentFrame;
-  std::atomic<std::uint32_t> totalFrames;  // frames of the running job
-  std::atomic<std::uint32_t> cancel;       // 1 asks the running job to stop
-  std::atomic<std::uint32_t> phase;        // JobPhase of the running job
-  std::uint8_t keepUmids;                  // 1 lets a rewrite leave 64-byte UMIDs as they are
-  std::uint8_t noFlush;                    // 1 lets a job end before its bytes are on the medium
-  UmidState umidState;                     // what a rewrite has made of the UMIDs
-  JOB_FAULT_INFO fault;                    // what the last job tells besides its result
+  std::atomic<std::uint32_t> totalFrames;   // frames of the running job
+  std::atomic<std::uint32_t> cancel;        // 1 asks the running job to stop
+  std::atomic<std::uint32_t> phase;         // JobPhase of the running job
+  std::atomic<std::uint32_t> provenFrames;  // frames proven before the first write
+  std::uint8_t keepUmids;                   // 1 lets a rewrite leave 64-byte UMIDs as they are
+  std::uint8_t noFlush;                     // 1 lets a job end before its bytes are on the medium
+  UmidState umidState;                      // what a rewrite has made of the UMIDs
+  JOB_FAULT_INFO fault;                     // what the last job tells besides its result
 };
 
-// Resets what the last job has left: phase, UMID state and fault. Every engine calls this function
-// first.
+// Resets what the last job has left: phase, proven frames, UMID state and fault. Every engine calls
+// this function first.
 inline void BeginJob(AUDIOTRACK_IO_INFO* tracks) {
   tracks->phase = kPhaseProving;
+  tracks->provenFrames = 0;
   tracks->umidState = kUmidsRenewed;
   tracks->fault = {};
 }

@@ -57,6 +57,7 @@ struct WINDOW_STATE_INFO {
   RECTANGLE downArrowRect;
   std::uint32_t viewScrolled;  // 1 after the rows were scrolled and the focus stayed
   RECTANGLE listRect;          // of the library's list
+  std::int32_t wheelRest;      // what the wheel has turned since its last notch, 120 a notch
 };
 
 }  // namespace quorvan

@@ -17,10 +17,14 @@ const std::array<WavColumnSpec, kWavColumns> kWavColumnSpecs = {{
     {u"サイズ", 0.0921, kSortBySize},
 }};
 
-std::int32_t ColumnWidth(std::size_t column, std::int32_t width, std::int32_t height) {
+std::int32_t ColumnWidth(std::size_t column, std::int32_t width, std::int32_t height,
+                         std::int32_t room) {
+  double shares = 0;
+  for (const WavColumnSpec& spec : kWavColumnSpecs)
+    shares += spec.share;
   const RECTANGLE reference = ListReference(width, height);
-  return static_cast<std::int32_t>(kWavColumnSpecs[column].share *
-                                   (reference.right - reference.left));
+  const double whole = std::min<double>(reference.right - reference.left, room / shares);
+  return static_cast<std::int32_t>(kWavColumnSpecs[column].share * std::max(whole, 0.0));
 }
 
 RowColors ColorsOfRow(std::size_t row, bool assigned) {

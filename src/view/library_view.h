@@ -23,8 +23,10 @@ struct WavColumnSpec {
 extern const std::array<WavColumnSpec, kWavColumns> kWavColumnSpecs;
 
 // The width in pixels of column `column` (a WavColumn) in a view of `width` x `height` pixels, the
-// client area without the status bar.
-std::int32_t ColumnWidth(std::size_t column, std::int32_t width, std::int32_t height);
+// client area without the status bar. All columns together are at most `room` pixels wide; where
+// `room` is too narrow for their shares, every column gives way in proportion.
+std::int32_t ColumnWidth(std::size_t column, std::int32_t width, std::int32_t height,
+                         std::int32_t room);
 
 struct RowColors {
   COLOR background;

@@ -1,5 +1,8 @@
 #include "view/main_layout.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace quorvan {
 namespace {
 
@@ -110,6 +113,11 @@ constexpr Placement kPlacements[] = {
     {kExportButton, 224, -117, 128, 80},
 };
 
+// The lines of the two bands that keep their place when the controls become smaller: the middle of
+// the top band, and the middle of the large buttons from the bottom of the view.
+constexpr std::int32_t kTopBandMiddle = 80;
+constexpr std::int32_t kButtonMiddle = -77;
+
 constexpr std::int32_t kSideMargin = 20;
 constexpr std::int32_t kFileNameTop = 8;
 constexpr std::int32_t kFileNameHeight = 22;
@@ -123,6 +131,10 @@ std::span<const LabelSpec> Labels() {
   return kLabels;
 }
 
+double ControlScale(std::int32_t width) {
+  return std::min(1.0, static_cast<double>(width) / kMinimumWidth);
+}
+
 RECTANGLE ControlRect(ControlId id, std::int32_t width, std::int32_t height) {
   if (id == kFileNameText) {
     return {0, kFileNameTop, width - 2 * kSideMargin, kFileNameTop + kFileNameHeight};
@@ -132,9 +144,14 @@ RECTANGLE ControlRect(ControlId id, std::int32_t width, std::int32_t height) {
   }
   for (const Placement& place : kPlacements) {
     if (place.id != id) continue;
-    const std::int32_t left = width / 2 + place.fromMiddle;
-    const std::int32_t top = place.top < 0 ? height + place.top : place.top;
-    return {left, top, left + place.width, top + place.height};
+    const auto scaled = [scale = ControlScale(width)](std::int32_t length) {
+      return static_cast<std::int32_t>(std::floor(scale * length));
+    };
+    const bool atBottom = place.top < 0;
+    const std::int32_t middle = atBottom ? kButtonMiddle : kTopBandMiddle;
+    const std::int32_t left = width / 2 + scaled(place.fromMiddle);
+    const std::int32_t top = (atBottom ? height : 0) + middle + scaled(place.top - middle);
+    return {left, top, left + scaled(place.width), top + scaled(place.height)};
   }
   return {};
 }

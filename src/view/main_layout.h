@@ -12,7 +12,7 @@
 
 namespace quorvan {
 
-// Smallest size of the main window, in pixels, without its frame.
+// Smallest size of the main window, in pixels, without its frame, on a screen that has the room.
 inline constexpr std::int32_t kMinimumWidth = 1280;
 inline constexpr std::int32_t kMinimumHeight = 631;
 
@@ -97,6 +97,10 @@ struct LabelSpec {
 };
 // All labels of the main window.
 std::span<const LabelSpec> Labels();
+
+// The size of the controls in the bands of a view of `width` pixels, as a part of their full size:
+// 1, and less in a view that is narrower than the smallest window should be.
+double ControlScale(std::int32_t width);
 
 // The rectangle of the control `id` in a view of `width` x `height` pixels, the client area without
 // the status bar. Empty when no control has that number.

@@ -43,14 +43,13 @@ bool IsWithin(const TimeFields& fields, const TimeFields& limits) {
 
 }  // namespace
 
-std::optional<std::u16string> PlainTimecodeText(std::u16string text) {
-  constexpr std::u16string_view kCharacters = u"0123456789:;., ";
-  constexpr char16_t kWideToPlain = u'０' - u'0';  // wide forms have the order of the plain ones
-  for (char16_t& c : text) {
-    if (c >= u'！' && c <= u'～') c = static_cast<char16_t>(c - kWideToPlain);
-    if (kCharacters.find(c) == std::u16string_view::npos) return std::nullopt;
+std::u16string DigitsIn(std::u16string_view text) {
+  std::u16string digits;
+  for (const char16_t c : text) {
+    if (c >= u'0' && c <= u'9') digits += c;
+    if (c >= u'０' && c <= u'９') digits += static_cast<char16_t>(u'0' + (c - u'０'));
   }
-  return text;
+  return digits;
 }
 
 EntryResult ApplyTimecodeEntry(APP_STATE_INFO* app, TimecodeTarget target,

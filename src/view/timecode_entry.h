@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,10 +23,9 @@ enum class EntryResult {
   kBehindEnd = -4,      // behind the last frame of the clip
 };
 
-// Returns `text` with the wide forms of digits and marks, which Japanese input gives, replaced by
-// the plain forms. Nothing when the result would hold anything else than digits, blanks and the
-// marks ":", ";", "." and ",".
-std::optional<std::u16string> PlainTimecodeText(std::u16string text);
+// The digits in `text`, in their order. The wide digits of Japanese input become plain digits; all
+// other characters are passed over.
+std::u16string DigitsIn(std::u16string_view text);
 
 // Checks `text` and stores its timecode as the point `target` of the range. `fields` names the
 // members of `tracks` that hold the range; `pointSet` tells which of its points are set. Of the

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "state/window_state_info.h"
-
 namespace quorvan {
 namespace {
 
@@ -14,7 +12,8 @@ constexpr std::int32_t kChannelMarkWidth = 25;
 constexpr std::int32_t kChannelMarkGap = 45;  // from the mark's left edge to the lamp's
 constexpr double kLampShare = 85;  // distance from the middle, in hundredths of half the width
 constexpr double kNameShare = 75;
-constexpr std::int32_t kArrowMargin = 10;  // from the track area's edge
+constexpr std::int32_t kRowAreaMargin = 10;  // from the track area's edge
+constexpr std::int32_t kWheelNotch = 120;
 
 std::int32_t TrackCount(const APP_STATE_INFO& app) {
   return static_cast<std::int32_t>(UsableTracks(*app.mxf->audio));
@@ -86,8 +85,8 @@ void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
   const std::int32_t arrow = whole(width - name + kRowHeight);
   const auto band = static_cast<std::int32_t>(app->window->trackBandHeight);
   app->window->trackAreaRect = {0, kTrackAreaTop, width, kTrackAreaTop + band};
-  const std::int32_t up = kTrackAreaTop + kArrowMargin;
-  const std::int32_t down = kTrackAreaTop + band - kArrowMargin - kRowHeight;
+  const std::int32_t up = kTrackAreaTop + kRowAreaMargin;
+  const std::int32_t down = kTrackAreaTop + band - kRowAreaMargin - kRowHeight;
   app->window->upArrowRect = {arrow, up, arrow + kRowHeight, up + kRowHeight};
   app->window->downArrowRect = {arrow, down, arrow + kRowHeight, down + kRowHeight};
 }
@@ -197,9 +196,17 @@ void UpdateArrowStates(APP_STATE_INFO* app) {
   }
 }
 
+RECTANGLE RowArea(const APP_STATE_INFO& app) {
+  RECTANGLE area = app.window->trackAreaRect;
+  area.top += kRowAreaMargin;
+  area.bottom -= kRowAreaMargin;
+  return area;
+}
+
 PressTarget HitTest(const APP_STATE_INFO& app, std::int32_t x, std::int32_t y) {
   PressTarget target{kNoZone, 0};
-  for (std::int32_t i = 0; i < app.window->visibleRows && i < TrackCount(app); ++i) {
+  const std::int32_t rows = Contains(RowArea(app), x, y) ? app.window->visibleRows : 0;
+  for (std::int32_t i = 0; i < rows && i < TrackCount(app); ++i) {
     const auto row = static_cast<std::size_t>(i);
     const bool onName = Contains(app.window->nameRect[row], x, y);
     if (onName || Contains(app.window->lampRect[row], x, y)) {
@@ -313,7 +320,12 @@ std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
   return Repainted(app, kRepaintRows);
 }
 
-std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t notches) {
+std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t delta) {
+  std::int32_t& rest = app->window->wheelRest;
+  const bool turnsBack = (rest > 0 && delta < 0) || (rest < 0 && delta > 0);
+  const std::int32_t turned = turnsBack ? delta : rest + delta;
+  const std::int32_t notches = turned / kWheelNotch;
+  rest = turned % kWheelNotch;
   if (notches == 0 || TrackCount(*app) == 0) return kRefreshNothing;
   notches > 0 ? ScrollUp(app) : ScrollDown(app);
   app->window->viewScrolled = 1;

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "state/app_state_info.h"
+#include "state/window_state_info.h"
 
 namespace quorvan {
 
@@ -59,8 +60,12 @@ void FlipRowAlignment(APP_STATE_INFO* app);
 // stores the first and the last visible track.
 void UpdateArrowStates(APP_STATE_INFO* app);
 
-// Finds what lies at the point (`x`, `y`) of the view, in pixels. A hidden arrow and everything
-// else that cannot be pressed give kNoZone.
+// The part of the track area, without a margin at its top and bottom, in which rows are painted and
+// take presses.
+RECTANGLE RowArea(const APP_STATE_INFO& app);
+
+// Finds what lies at the point (`x`, `y`) of the view, in pixels. A hidden arrow, the part of a row
+// outside RowArea and everything else that cannot be pressed give kNoZone.
 PressTarget HitTest(const APP_STATE_INFO& app, std::int32_t x, std::int32_t y);
 
 enum class SelectMode { kReplace, kExtend, kToggle };  // no modifier, Shift, Ctrl
@@ -100,10 +105,11 @@ std::uint32_t PressArrow(APP_STATE_INFO* app, PressZone zone);
 // `zone` is no arrow.
 std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone);
 
-// Scrolls like one press on an arrow after a turn of the wheel: up when `notches` is above 0 (away
-// from the user), down when it is below, by one row however many notches there are. kRefreshNothing
-// for 0 notches or without tracks.
-std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t notches);
+// Scrolls like one press on an arrow after a turn of the wheel by `delta`, which is 120 for each
+// notch and above 0 away from the user: up when it is above 0, down when it is below, by one row
+// however many notches there are. Turns of less than a notch in the same direction add up to a
+// notch. kRefreshNothing when no row was scrolled.
+std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t delta);
 
 // Moves the focus to the track above or below after the key Up or Down, scrolls until the row of
 // that track shows, and selects the track. Other tracks stay selected only with `extend` (Shift).

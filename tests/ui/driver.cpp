@@ -6,9 +6,11 @@
 #include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QUrl>
@@ -29,7 +31,23 @@ bool EndsByItself(const QObject* object) {
 
 std::string TextIn(const QWidget* dialog) {
   const auto* box = qobject_cast<const QMessageBox*>(dialog);
-  return box == nullptr ? "" : box->text().toStdString();
+  if (box != nullptr) return box->text().toStdString();
+  const auto* question = dialog->findChild<QLabel*>("instruction");
+  return question == nullptr ? "" : question->text().toStdString();
+}
+
+// Clicks as a hand does: the window handles the press before the release comes, and the release
+// comes where the press was in the window, wherever the widget is by then.
+void PressAndRelease(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers) {
+  const QPointer<QWidget> pressed = widget;
+  QApplication::processEvents();  // what has just come up takes its final place
+  const QPoint place = widget->mapTo(widget->window(), at);
+  QTest::mousePress(widget, Qt::LeftButton, modifiers, at);
+  QApplication::processEvents();
+  if (pressed != nullptr) {
+    QTest::mouseRelease(widget, Qt::LeftButton, modifiers,
+                        widget->mapFrom(widget->window(), place));
+  }
 }
 
 // Lets the next answer of the queue do its work, but not from within an event: it may bring up the
@@ -135,24 +153,26 @@ void Driver::Drop(const QList<QUrl>& urls, QWidget* target) {
 }
 
 void Driver::Click(QWidget* widget, Qt::KeyboardModifiers modifiers) {
-  QTest::mouseClick(widget, Qt::LeftButton, modifiers);
+  ClickAt(widget, widget->rect().center(), modifiers);
+}
+
+void Driver::ClickAt(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers) {
+  PressAndRelease(widget, at, modifiers);
   Settle();
 }
 
 void Driver::ClickView(const RECTANGLE& rect, Qt::KeyboardModifiers modifiers) {
-  QTest::mouseClick(View(), Qt::LeftButton, modifiers, ui::ToQRect(rect).center());
-  Settle();
+  ClickAt(View(), ui::ToQRect(rect).center(), modifiers);
 }
 
 void Driver::ClickRow(int row, Qt::KeyboardModifiers modifiers) {
   const QRect place = List()->visualRect(List()->model()->index(row, 0));
-  QTest::mouseClick(List()->viewport(), Qt::LeftButton, modifiers, place.center());
-  Settle();
+  ClickAt(List()->viewport(), place.center(), modifiers);
 }
 
 void Driver::DoubleClickView(const RECTANGLE& rect) {
   const QPoint at = ui::ToQRect(rect).center();
-  QTest::mouseClick(View(), Qt::LeftButton, Qt::NoModifier, at);
+  PressAndRelease(View(), at, Qt::NoModifier);
   QTest::mouseDClick(View(), Qt::LeftButton, Qt::NoModifier, at);
   Settle();
 }
@@ -229,7 +249,7 @@ Answer Press(const QStringList& buttons, const QString& says) {
         if (button->objectName() == wanted || button->text().remove('&') == wanted) found = button;
       }
       if (found == nullptr) qFatal("no button %s", qPrintable(wanted));
-      QTest::mouseClick(found, Qt::LeftButton);
+      PressAndRelease(found, found->rect().center(), Qt::NoModifier);
     }
   };
 }

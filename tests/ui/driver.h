@@ -43,6 +43,7 @@ class Driver : public QObject {
   void Drop(const std::vector<std::u16string>& paths);
   void Drop(const QList<QUrl>& urls, QWidget* target);
   void Click(QWidget* widget, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void ClickAt(QWidget* widget, const QPoint& at, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void ClickView(const RECTANGLE& rect, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
   void DoubleClickView(const RECTANGLE& rect);
   void ClickRow(int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
@@ -426,16 +427,20 @@ TEST(Window, TakesWhatDesktopsAndInputMethodsSend) {
     EXPECT_EQ(stage.app.mxfLoaded, 1) << address.toStdString();
   }
 
-  // Wide digits count as digits; other text does not come in; a file goes to the window behind.
+  // Wide digits count as digits; other characters are passed over, also those of the clipboard; a
+  // file goes to the window behind.
   driver.Key(Qt::Key_I);
   auto* entry = qobject_cast<QLineEdit*>(driver.Focus());
-  for (const char* text : {"１０：０００００２", "たいむ"}) {
-    QInputMethodEvent event;
-    event.setCommitString(text);
-    QApplication::sendEvent(entry, &event);
-    EXPECT_EQ(entry->text(), "10:00000");
-    entry->selectAll();
-  }
+  QInputMethodEvent event;
+  event.setCommitString("１０：００たいむ：００：０２５");
+  QApplication::sendEvent(entry, &event);
+  EXPECT_EQ(entry->text(), "10000002");
+  driver.Type("3");
+  EXPECT_EQ(entry->text(), "10000002") << "no room for a further digit";
+  QApplication::clipboard()->setText("TC 00:01:00:10");
+  driver.Key(Qt::Key_A, Qt::ControlModifier);
+  driver.Key(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(entry->text(), "00010010");
   driver.Drop({QUrl::fromLocalFile(ui::ToQString(stage.wavs[0]))}, entry);
   EXPECT_EQ(stage.app.wavList->entryCount, 1);
   driver.Key(Qt::Key_Escape);
@@ -513,8 +518,9 @@ TEST(Window, ScrollsAndSelectsByPointerWheelAndKeys) {
       text += selected == 1 ? 'x' : '.';
     return text.substr(0, text.find_last_not_of('.') + 1);
   };
-  // One row a message; half a notch is none.
-  for (const auto& [delta, top] : {std::pair{-240, 1}, {-60, 1}, {120, 0}}) {
+  // One row a message; half notches in one direction add up.
+  for (const auto& [delta, top] :
+       {std::pair{-240, 1}, {-60, 1}, {-60, 2}, {-119, 2}, {120, 1}, {120, 0}}) {
     driver.Wheel(delta);
     EXPECT_EQ(stage.window.scrollTop, top) << delta;
   }

@@ -42,7 +42,7 @@ TEST(Layout, PutsEverythingWhereItBelongs) {
   for (std::size_t i = 0; i < kWavColumns; ++i) {
     const WavColumnSpec& column = kWavColumnSpecs[i];
     page << platform::ToUtf8(column.title) << ' ' << column.sortCommand << ' ';
-    page << ColumnWidth(i, 1060, 600) << '\n';
+    page << ColumnWidth(i, 1060, 600, 1060) << '\n';
   }
   for (std::size_t row = 0; row < 4; ++row) {
     const RowColors colors = ColorsOfRow(row, row >= 2);

@@ -62,7 +62,7 @@ struct Panel {
       {"down+", [this](auto) { return MoveDown(&app, true); }},
       {"up", [this](auto) { return MoveUp(&app, false); }},
       {"up+", [this](auto) { return MoveUp(&app, true); }},
-      {"wheel", [this](auto n) { return TurnWheel(&app, n); }},
+      {"wheel", [this](auto n) { return TurnWheel(&app, 120 * n); }},
       {"arrow", [this](auto n) { return PressArrow(&app, static_cast<PressZone>(n)); }},
       {"release", [this](auto n) { return ReleaseArrow(&app, static_cast<PressZone>(n)); }},
       {"name", [this](auto n) { return PressName(&app, n, SelectMode::kReplace); }},
@@ -156,10 +156,15 @@ TEST(TrackPanel, KnowsWhatIsPressed) {
   EXPECT_EQ(hit(name.right - 1, name.bottom - 1), std::pair(+kNameZone, 7));
   EXPECT_EQ(hit(name.right, name.top).first, kNoZone);
   EXPECT_EQ(hit(name.left, name.top + 520).first, kNoZone) << "below the last row";
+  const RECTANGLE cut = panel.window.lampRect[10], shown = RowArea(panel.app);
+  EXPECT_EQ(hit(cut.left, shown.bottom - 1), std::pair(+kLampZone, 10));
+  EXPECT_EQ(hit(cut.left, shown.bottom).first, kNoZone) << "below the painted part of a row";
   EXPECT_EQ(hit(down.left, down.top).first, kDownArrowZone);
   EXPECT_EQ(hit(up.left, up.top).first, kNoZone) << "hidden";
   panel.Do("wheel", -1, 1);
   EXPECT_EQ(hit(up.left, up.top).first, kUpArrowZone);
+  EXPECT_EQ(hit(lamp.left, shown.top), std::pair(+kLampZone, 1));
+  EXPECT_EQ(hit(lamp.left, shown.top - 1).first, kNoZone);
 }
 
 }  // namespace

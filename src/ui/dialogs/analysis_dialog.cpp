@@ -1,16 +1,17 @@
 #include "ui/dialogs/analysis_dialog.h"
 
-#include <QFileDialog>
 #include <QGridLayout>
 #include <QHBoxLayout>
 
 #include "job/job_steps.h"
 #include "job/process_table.h"
 #include "mxf/analysis.h"
+#include "platform/path.h"
 #include "report/timecode_log.h"
 #include "state/clip_state.h"
 #include "state/program_name.h"
 #include "ui/dialogs/dialog_place.h"
+#include "ui/main/file_chooser.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 
@@ -184,12 +185,10 @@ void AnalysisDialog::OnError(const QString& text) {
 void AnalysisDialog::SaveTimecodeLog() {
   hide();
   for (;;) {
-    QFileDialog chooser(parentWidget(), ToQString(kLogTitle), QString(), "テキスト(*.txt) (*.txt)");
-    chooser.setAcceptMode(QFileDialog::AcceptSave);
-    chooser.setDefaultSuffix("txt");
-    chooser.setOption(QFileDialog::HideNameFilterDetails);
-    if (chooser.exec() != QDialog::Accepted) return;
-    const std::u16string path = FromQString(chooser.selectedFiles().value(0));
+    const QString folder = ToQString(platform::FolderOf(app_.mxfPath));
+    FileChooser chooser(parentWidget(), ToQString(kLogTitle), folder, "テキスト(*.txt) (*.txt)");
+    const std::u16string path = chooser.ChoosePath("txt");
+    if (path.empty()) return;
     setStatus_(u"ログテキストを書き出し中...");
     std::uint32_t error = 0;
     if (WriteTimecodeLog(path, app_, &error)) break;

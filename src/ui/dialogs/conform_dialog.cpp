@@ -1,7 +1,6 @@
 #include "ui/dialogs/conform_dialog.h"
 
 #include <QDialog>
-#include <QFileDialog>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -20,6 +19,7 @@
 #include "state/app_state_info.h"
 #include "state/program_name.h"
 #include "ui/dialogs/dialog_place.h"
+#include "ui/main/file_chooser.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 
@@ -104,15 +104,12 @@ std::u16string PathRefusal(const std::u16string& path) {
 std::u16string ChoosePath(const std::u16string& clip, QWidget* parent) {
   for (;;) {
     const std::u16string proposed = ProposedPath(clip);
-    QFileDialog chooser(parent, ToQString(kSaveTitle), ToQString(platform::FolderOf(clip)),
+    FileChooser chooser(parent, ToQString(kSaveTitle), ToQString(platform::FolderOf(clip)),
                         "MXF(*.mxf) (*.mxf *.MXF)");
-    chooser.setAcceptMode(QFileDialog::AcceptSave);
-    chooser.setDefaultSuffix("mxf");
-    chooser.setOption(QFileDialog::HideNameFilterDetails);
     chooser.setOption(QFileDialog::DontConfirmOverwrite);  // a name that is taken is refused
     chooser.selectFile(ToQString(platform::LastComponent(proposed)));
-    if (chooser.exec() != QDialog::Accepted) return {};
-    std::u16string path = FromQString(chooser.selectedFiles().value(0));
+    std::u16string path = chooser.ChoosePath("mxf");
+    if (path.empty()) return {};
     const std::u16string refusal = PathRefusal(path);
     if (refusal.empty()) return path;
     Tell(parent, BoxKind::kError, refusal, kSaveTitle);

@@ -45,12 +45,6 @@ QPushButton* MakeDialogButton(const char* objectName, const QString& text, QWidg
   return button;
 }
 
-QPushButton* MakePlainButton(const char* objectName, const QString& text, QWidget* parent) {
-  QPushButton* button = MakeDialogButton(objectName, text, parent);
-  button->setAutoDefault(false);
-  return button;
-}
-
 QLabel* MakeFileNameLabel(const char* objectName, std::u16string_view path, QDialog* dialog) {
   auto* label = new QLabel(dialog);
   label->setObjectName(objectName);

@@ -22,10 +22,9 @@ void PlaceJobDialog(QDialog* dialog);
 // Smallest width, in pixels, of the dialogs that show a running job.
 inline constexpr int kJobDialogWidth = 520;
 
-// Makes a button of a dialog. Enter presses a dialog button that has the focus; a plain button
-// leaves Enter to the dialog's default button.
+// Makes a button of a dialog. Enter presses the button that has the focus, else the dialog's
+// default button.
 QPushButton* MakeDialogButton(const char* objectName, const QString& text, QWidget* parent);
-QPushButton* MakePlainButton(const char* objectName, const QString& text, QWidget* parent);
 
 // Makes a centred label of `dialog` that shows the name of the file at `path`, shortened in the
 // middle where it is too long for the dialog of a running job. The whole name is the tool tip.

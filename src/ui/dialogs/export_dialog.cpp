@@ -1,8 +1,8 @@
 #include "ui/dialogs/export_dialog.h"
 
 #include <QEvent>
-#include <QFileDialog>
 #include <QGroupBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 
@@ -10,6 +10,7 @@
 
 #include "platform/text.h"
 #include "ui/dialogs/dialog_place.h"
+#include "ui/main/file_chooser.h"
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
@@ -63,10 +64,9 @@ ExportDialog::ExportDialog(APP_STATE_INFO* app, ExportDialogMemory* memory, SetS
   upper->addWidget(MakeTrackGroup());
   layout->addLayout(upper);
   layout->addWidget(MakeTargetRow());
-  auto* start = new QPushButton("書出し(&E)", this);
-  start->setObjectName("1");
+  QPushButton* start = MakeDialogButton("1", "書出し(&E)", this);
   start->setDefault(true);
-  QPushButton* close = MakePlainButton("2", "閉じる", this);
+  QPushButton* close = MakeDialogButton("2", "閉じる", this);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
   buttons->addWidget(start);
@@ -95,9 +95,9 @@ QWidget* ExportDialog::MakeTrackGroup() {
     lamps->addWidget(button, k / 4, k % 4);
     trackButtons_[static_cast<std::size_t>(k)] = button;
   }
-  back_ = MakePlainButton("1034", "<(&-)", group);
-  forward_ = MakePlainButton("1035", ">(&+)", group);
-  QPushButton* all = MakePlainButton("1036", "全て選択/解除(&G)", group);
+  back_ = MakeDialogButton("1034", "<(&-)", group);
+  forward_ = MakeDialogButton("1035", ">(&+)", group);
+  QPushButton* all = MakeDialogButton("1036", "全て選択/解除(&G)", group);
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(back_);
   buttons->addWidget(forward_);
@@ -113,7 +113,7 @@ QWidget* ExportDialog::MakeTargetRow() {
   auto* row = new QWidget(this);
   auto* layout = new QGridLayout(row);
   layout->setContentsMargins(0, 0, 0, 0);
-  QPushButton* choose = MakePlainButton("1014", "保存先(&D)", row);
+  QPushButton* choose = MakeDialogButton("1014", "保存先(&D)", row);
   folder_ = new QLineEdit(row);
   folder_->setObjectName("1015");
   folder_->setReadOnly(true);
@@ -143,7 +143,11 @@ void ExportDialog::TakePrefix() {
 
 // Enter in the field of the prefix takes the prefix over instead of starting the export.
 bool ExportDialog::eventFilter(QObject* object, QEvent* event) {
-  if (object != prefix_ || event->type() != QEvent::KeyPress || !IsEnter(*event)) {
+  const auto isEnter = [&] {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    return key == Qt::Key_Return || key == Qt::Key_Enter;
+  };
+  if (object != prefix_ || event->type() != QEvent::KeyPress || !isEnter()) {
     return RangeDialog::eventFilter(object, event);
   }
   TakePrefix();
@@ -174,7 +178,7 @@ void ExportDialog::ToggleAll() {
 }
 
 void ExportDialog::ChooseFolder() {
-  QFileDialog chooser(this, "BWF(WAV)ファイルの保存先を選択してください。", folder_->text());
+  FileChooser chooser(this, "BWF(WAV)ファイルの保存先を選択してください。", folder_->text());
   chooser.setFileMode(QFileDialog::Directory);
   chooser.setOption(QFileDialog::ShowDirsOnly);
   if (chooser.exec() != QDialog::Accepted) return;

@@ -17,24 +17,27 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kJobTimerMilliseconds = 200;
+constexpr std::u16string_view kFlushingText = u"ストレージへの書込み完了を待っています...";
 
 struct JobTexts {
   RangeFields range;
   std::u16string_view statusAtStart;
-  std::u16string_view actionAtStart;
+  std::u16string_view proving;
+  std::u16string_view action;
   std::u16string_view statusAtEnd;
   std::u16string_view stopped;
 };
 
 // Texts and ranges, indexed by JobKind; the analysis has a dialog of its own.
 constexpr std::array<JobTexts, 4> kJobTexts = {{
-    {kRewrapRange, u"オーディオトラックを再ラップ中...", u"オーディオトラックを再ラップ中...",
-     u"オーディオエレメントの再ラップ完了", u"再ラップ処理を中断しました。"},
-    {kExportRange, u"BWFファイルを書出し中...", u"BWFファイルを書出し中...",
-     u"BWFファイル書出し完了", u"BWFファイル書出しを中断しました。"},
+    {kRewrapRange, u"オーディオトラックを再ラップ中...", u"再ラップの前にMXFファイルを確認中...",
+     u"オーディオトラックを再ラップ中...", u"オーディオエレメントの再ラップ完了",
+     u"再ラップ処理を中断しました。"},
+    {kExportRange, u"BWFファイルを書出し中...", u"書出しの前にMXFファイルを確認中...",
+     u"BWFファイルを書出し中...", u"BWFファイル書出し完了", u"BWFファイル書出しを中断しました。"},
     {},
     {kLoudnessRange, u"ラウドネス情報を計測中...", u"ラウドネス情報を分析中...",
-     u"ラウドネス測定完了", u"ラウドネス測定を中断しました。"},
+     u"ラウドネス情報を分析中...", u"ラウドネス測定完了", u"ラウドネス測定を中断しました。"},
 }};
 
 }  // namespace
@@ -100,7 +103,7 @@ int JobDialog::exec() {
   stopping_ = false;
   PlaceJobDialog(this);
   setStatus_(kJobTexts[app_.jobKind].statusAtStart);
-  action_->setText(ToQString(kJobTexts[app_.jobKind].actionAtStart));
+  shownPhase_ = UINT32_MAX;
   ShowProgress();
   timer_.start(kJobTimerMilliseconds);
   // The job starts only when the dialog handles events and can show its progress.
@@ -122,18 +125,26 @@ void JobDialog::reject() {
 // Shows the progress, and repeats the request to stop: a job clears `cancel` when it starts.
 void JobDialog::ShowProgress() {
   if (stopping_) app_.tracks->cancel = 1;
+  ShowPhase();
+  const bool proving = shownPhase_ == kPhaseProving && app_.jobKind != kLoudnessJob;
   const std::size_t slot = CountedSlot(*app_.mxf->timecode);
-  const std::uint32_t done = app_.tracks->currentFrame;
+  const std::uint32_t done = proving ? app_.tracks->provenFrames : app_.tracks->currentFrame;
   progress_->setText(Timecode((app_.tracks->*range_.in)[slot] + static_cast<std::int32_t>(done)) +
-                     "まで完了");
-  if (app_.tracks->phase == kPhaseFlushing) return ShowFlush();
+                     (proving ? "まで確認" : "まで完了"));
   if (percent_ > 0) bar_->setValue(static_cast<int>(done / percent_));
 }
 
-// The time that the medium takes is unknown: the bar shows activity without an end.
-void JobDialog::ShowFlush() {
-  bar_->setRange(0, 0);
-  if (!stopping_) action_->setText("ストレージへの書込み完了を待っています...");
+// Says what the job is doing when the job has come to its next phase. The time that the medium
+// takes is unknown: the bar then shows activity without an end.
+void JobDialog::ShowPhase() {
+  const std::uint32_t phase = app_.tracks->phase;
+  if (phase == shownPhase_) return;
+  shownPhase_ = phase;
+  bar_->setRange(0, phase == kPhaseFlushing ? 0 : 100);
+  if (stopping_) return;
+  const JobTexts& texts = kJobTexts[app_.jobKind];
+  const std::u16string_view actions[] = {texts.proving, texts.action, kFlushingText};
+  action_->setText(ToQString(actions[phase]));
 }
 
 void JobDialog::OnFailed(qint32 result, const QString& text) {

@@ -35,7 +35,7 @@ class JobDialog : public QDialog {
 
  private:
   void ShowProgress();
-  void ShowFlush();
+  void ShowPhase();
   void OnDone(qint32 result, const QString& text);
   void OnFailed(qint32 result, const QString& text);
   void ReportRewrite(qint32 result);
@@ -50,7 +50,8 @@ class JobDialog : public QDialog {
   QLabel* action_;
   QProgressBar* bar_;
   QPushButton* button_;
-  double percent_ = 0.01;  // frames in a hundredth of the job
+  std::uint32_t shownPhase_ = UINT32_MAX;  // JobPhase; UINT32_MAX before the job
+  double percent_ = 0.01;                  // frames in a hundredth of the job
   bool running_ = false;
   bool stopping_ = false;  // the operator has asked the job to stop
 };

@@ -55,11 +55,8 @@ LoudnessDialog::LoudnessDialog(APP_STATE_INFO* app, SetStatus setStatus, QWidget
   middle->addWidget(MakeRangeGroup(QString()));
   middle->addWidget(MakeResults());
   layout->addLayout(middle);
-  auto* measure = new QPushButton("分析(&A)", this);
-  measure->setObjectName("1052");
-  measure->setAutoDefault(false);
-  auto* close = new QPushButton("閉じる", this);
-  close->setObjectName("2");
+  QPushButton* measure = MakeDialogButton("1052", "分析(&A)", this);
+  QPushButton* close = MakeDialogButton("2", "閉じる", this);
   close->setDefault(true);
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();

@@ -1,7 +1,6 @@
 #include "ui/dialogs/range_dialog.h"
 
 #include <QGroupBox>
-#include <QKeyEvent>
 #include <QLabel>
 
 #include "job/job_steps.h"
@@ -44,9 +43,9 @@ DrawnLabel* RangeDialog::MakeDisplay(std::uint32_t id, std::size_t font, const C
 
 QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   auto* group = new QGroupBox(title, this);
-  inButton_ = MakePlainButton("1040", "IN(&I)", group);
-  QPushButton* outButton = MakePlainButton("1041", "OUT(&O)", group);
-  QPushButton* takeOver = MakePlainButton("1056", "ラッピング範囲を使用(&P)", group);
+  inButton_ = MakeDialogButton("1040", "IN(&I)", group);
+  QPushButton* outButton = MakeDialogButton("1041", "OUT(&O)", group);
+  QPushButton* takeOver = MakeDialogButton("1056", "ラッピング範囲を使用(&P)", group);
   DrawnLabel* in =
       MakeDisplay(1066, 4, kFigureColor, kDisplayWidth, kDisplayHeight, kDisplayTextStart);
   DrawnLabel* out =
@@ -65,7 +64,6 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   entry_ =
       new TimecodeField(&app_, fields_, &pointSet_, {in, out, duration}, kDialogEntryDigits, group);
   entry_->Edit()->setObjectName("1065");
-  entry_->Edit()->setFont(FontOf(4));
   connect(inButton_, &QPushButton::clicked, this, [this] { entry_->Open(kInTarget); });
   connect(outButton, &QPushButton::clicked, this, [this] { entry_->Open(kOutTarget); });
   connect(in, &DrawnLabel::DoubleClicked, this, [this] { entry_->Open(kInTarget); });
@@ -73,11 +71,6 @@ QWidget* RangeDialog::MakeRangeGroup(const QString& title) {
   connect(takeOver, &QPushButton::clicked, this, &RangeDialog::TakeRewrapRange);
   entry_->Refresh();
   return group;
-}
-
-bool RangeDialog::IsEnter(const QEvent& key) {
-  const int code = static_cast<const QKeyEvent&>(key).key();
-  return code == Qt::Key_Return || code == Qt::Key_Enter;
 }
 
 void RangeDialog::TakeRewrapRange() {
@@ -102,10 +95,4 @@ bool RangeDialog::RunJob(JobKind kind, std::u16string_view title) {
   inButton_->setFocus();
   return true;
 }
-
-void RangeDialog::keyPressEvent(QKeyEvent* event) {
-  if (IsEnter(*event) && entry_->Target() != kNoTarget) return;
-  QDialog::keyPressEvent(event);
-}
-
 }  // namespace quorvan::ui

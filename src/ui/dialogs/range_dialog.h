@@ -46,16 +46,9 @@ class RangeDialog : public QDialog {
   // `title`, and opens the entry of the first point that is not set.
   bool RequireRange(std::u16string_view title);
 
-  // True when `key`, which must be a QKeyEvent, is a key that confirms: Return or Enter.
-  static bool IsEnter(const QEvent& key);
-
   // Runs the job `kind` in its dialog. False when the job cannot start, which a message under the
   // title `title` tells; true whatever the outcome of a job that started.
   bool RunJob(JobKind kind, std::u16string_view title);
-
-  // While an entry is open, Enter confirms the entry; it does not press the default button of the
-  // dialog.
-  void keyPressEvent(QKeyEvent* event) override;
 
   APP_STATE_INFO& app_;
   TimecodeField* entry_ = nullptr;

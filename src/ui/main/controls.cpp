@@ -8,7 +8,6 @@
 
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
-#include "view/commands.h"
 #include "view/timecode_entry.h"
 
 namespace quorvan::ui {
@@ -36,36 +35,56 @@ bool BelongsToCommand(const QKeyEvent& key) {
   });
 }
 
-// True for a key that would type a printable character other than a digit.
-bool IsForeignText(const QKeyEvent& key) {
+// True for a key that types a character.
+bool TypesText(const QKeyEvent& key) {
   if ((key.modifiers() & (Qt::ControlModifier | Qt::AltModifier)) != 0) return false;
-  return !key.text().isEmpty() && key.text()[0].isPrint() &&
-         (key.text()[0] < '0' || key.text()[0] > '9');
+  return !key.text().isEmpty() && key.text()[0].isPrint();
 }
 
-// Accepts the characters of a timecode and no others from an input method and from the clipboard.
-// Typed characters other than digits do not come here: keyPressEvent drops them.
-class TimecodeCharacters : public QValidator {
+// Keeps the first digits of whatever an input method, the clipboard or a key puts into the field.
+class DigitsOnly : public QValidator {
  public:
-  using QValidator::QValidator;
+  DigitsOnly(int most, QObject* parent) : QValidator(parent), most_(most) {}
 
-  State validate(QString& text, int&) const override {
-    const auto plain = PlainTimecodeText(FromQString(text));
-    if (plain) text = ToQString(*plain);
-    return plain ? Acceptable : Invalid;
+  State validate(QString& text, int& cursor) const override {
+    cursor = static_cast<int>(DigitsOf(text.left(cursor)).size());
+    text = DigitsOf(text);
+    return Acceptable;
   }
+
+ private:
+  QString DigitsOf(const QString& text) const {
+    return ToQString(DigitsIn(FromQString(text))).left(most_);
+  }
+
+  int most_;
 };
 
 }  // namespace
 
-DrawnLabel::DrawnLabel(const LabelSpec& spec, QWidget* parent) : QWidget(parent), spec_(spec) {
+DrawnLabel::DrawnLabel(const LabelSpec& spec, QWidget* parent)
+    : QWidget(parent),
+      spec_(spec),
+      fullHeight_(ToQRect(ControlRect(spec.id, kMinimumWidth, kMinimumHeight)).height()) {
   setObjectName(QString::number(spec.id));
   constexpr ControlId kTakingPresses[] = {kFileNameText, kInTimecodeText, kOutTimecodeText,
                                           kDurTimecodeText};
   takesPresses_ = std::ranges::count(kTakingPresses, spec.id) > 0;
-  QFont font = FontOf(spec.font);
+  setFont(LabelFont());
+}
+
+// The font of the label at its present height: smaller letters in a smaller field. Japanese letters
+// are no higher than the field, since they fill their line and higher letters would lose their
+// edges.
+QFont DrawnLabel::LabelFont() const {
+  QFont font = FontOf(spec_.font);
   font.setLetterSpacing(QFont::AbsoluteSpacing, 1);
-  setFont(font);
+  if (fullHeight_ == 0 || height() == 0) return font;
+  int size = font.pixelSize();
+  if (height() < fullHeight_) size = size * height() / fullHeight_;
+  if (kFonts[spec_.font].family == FontFamily::kJapanese) size = std::min(size, height());
+  font.setPixelSize(std::max(size, 1));
+  return font;
 }
 
 void DrawnLabel::SetText(const QString& text) {
@@ -89,15 +108,8 @@ void DrawnLabel::paintEvent(QPaintEvent*) {
   painter.drawText(field, alignment | Qt::TextDontClip, line);
 }
 
-// Makes Japanese letters no higher than the field, since they fill their line and higher letters
-// would lose their edges.
 void DrawnLabel::resizeEvent(QResizeEvent*) {
-  QFont fitting = font();
-  const bool tooHigh = kFonts[spec_.font].family == FontFamily::kJapanese && height() > 0 &&
-                       fitting.pixelSize() > height();
-  if (!tooHigh) return;
-  fitting.setPixelSize(height());
-  setFont(fitting);
+  setFont(LabelFont());
 }
 
 void DrawnLabel::mousePressEvent(QMouseEvent* event) {
@@ -115,7 +127,7 @@ void DrawnLabel::mouseDoubleClickEvent(QMouseEvent* event) {
 
 PictureButton::PictureButton(ControlId id, QWidget* parent) : QAbstractButton(parent), id_(id) {
   setObjectName(QString::number(id));
-  setFocusPolicy(Qt::TabFocus);
+  setFocusPolicy(id == kDurButton ? Qt::NoFocus : Qt::TabFocus);  // DUR runs nothing
 }
 
 void PictureButton::paintEvent(QPaintEvent*) {
@@ -129,13 +141,23 @@ void PictureButton::paintEvent(QPaintEvent*) {
   painter.drawRect(rect().adjusted(3, 3, -4, -4));
 }
 
-TimecodeEdit::TimecodeEdit(QWidget* parent) : QLineEdit(parent) {
+QString KeysOf(Command command) {
+  for (const Accelerator& accelerator : Accelerators()) {
+    if (accelerator.command == command) return QString::fromLatin1(accelerator.keys.data());
+  }
+  return {};
+}
+
+bool AsksForPopup(const QKeyEvent& key) {
+  return key.keyCombination() == QKeyCombination(Qt::ShiftModifier, Qt::Key_F10);
+}
+
+TimecodeEdit::TimecodeEdit(int digits, QWidget* parent) : QLineEdit(parent), digits_(digits) {
   setObjectName(QString::number(kTimecodeEdit));
   setAlignment(Qt::AlignRight);
-  setFont(FontOf(3));
   setAcceptDrops(false);  // the window takes dropped files
   setInputMethodHints(Qt::ImhDigitsOnly);
-  setValidator(new TimecodeCharacters(this));
+  setValidator(new DigitsOnly(digits, this));
 }
 
 bool TimecodeEdit::event(QEvent* event) {
@@ -144,6 +166,12 @@ bool TimecodeEdit::event(QEvent* event) {
     return false;
   }
   return QLineEdit::event(event);
+}
+
+// True when `typed` is a digit that does not push another digit out of the field.
+bool TimecodeEdit::HasRoomFor(const QString& typed) const {
+  const bool isDigit = typed[0] >= '0' && typed[0] <= '9';
+  return isDigit && (hasSelectedText() || text().size() < digits_);
 }
 
 void TimecodeEdit::keyPressEvent(QKeyEvent* event) {
@@ -156,7 +184,7 @@ void TimecodeEdit::keyPressEvent(QKeyEvent* event) {
       emit Cancelled();
       return;
     default:
-      if (!IsForeignText(*event)) QLineEdit::keyPressEvent(event);
+      if (!TypesText(*event) || HasRoomFor(event->text())) QLineEdit::keyPressEvent(event);
   }
 }
 

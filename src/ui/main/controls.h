@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QWidget>
 
+#include "view/commands.h"
 #include "view/main_layout.h"
 
 namespace quorvan::ui {
@@ -39,7 +40,10 @@ class DrawnLabel : public QWidget {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
 
  private:
+  QFont LabelFont() const;
+
   LabelSpec spec_;
+  int fullHeight_;     // in a view in which the controls have their full size; 0 outside the view
   bool takesPresses_;  // accepts presses
   QString text_;
   QColor fill_;
@@ -61,13 +65,21 @@ class PictureButton : public QAbstractButton {
   ControlId id_;
 };
 
+// True for Shift+F10, which opens a popup menu like the menu key. The toolkit itself turns only the
+// menu key into a request for the menu.
+bool AsksForPopup(const QKeyEvent& key);
+
+// The keys that run `command`, as QKeySequence takes them; empty when it has none.
+QString KeysOf(Command command);
+
 // The field in which the operator types the timecode of an IN or OUT point; it lies over the label
 // that shows the point.
 class TimecodeEdit : public QLineEdit {
   Q_OBJECT
 
  public:
-  explicit TimecodeEdit(QWidget* parent);
+  // `digits` is the largest number of digits that the field holds.
+  TimecodeEdit(int digits, QWidget* parent);
 
  signals:
   // Return or Enter was pressed.
@@ -81,6 +93,11 @@ class TimecodeEdit : public QLineEdit {
   bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+
+ private:
+  bool HasRoomFor(const QString& typed) const;
+
+  int digits_;
 };
 
 }  // namespace quorvan::ui

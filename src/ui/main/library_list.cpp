@@ -3,17 +3,30 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QScrollBar>
 
 #include <algorithm>
 
+#include "ui/main/controls.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/library_view.h"
 
 namespace quorvan::ui {
 namespace {
+
 constexpr int kRowHeight = 20;
+
+// True for a key that does something with the selected row or starts from it. Delete is no such
+// key: held down, it would empty the library row by row.
+bool AsksForRow(const QKeyEvent& key) {
+  constexpr Qt::Key kKeys[] = {Qt::Key_Up,     Qt::Key_Down,     Qt::Key_Home,  Qt::Key_End,
+                               Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Space, Qt::Key_Menu};
+  return std::ranges::count(kKeys, key.key()) > 0 || AsksForPopup(key) ||
+         QKeySequence(key.keyCombination()) == QKeySequence(KeysOf(kAssignWav));
 }
+
+}  // namespace
 
 void LibraryModel::Renew() {
   beginResetModel();
@@ -123,9 +136,12 @@ void LibraryList::Sort(Command command, bool ascending) {
   setFocus();
 }
 
+// The columns leave room for the vertical scroll bar even where none shows, since it may come with
+// the next file.
 void LibraryList::ResetColumnWidths(int viewWidth, int viewHeight) {
+  const int room = width() - 2 * frameWidth() - verticalScrollBar()->sizeHint().width();
   for (std::size_t column = 0; column < kWavColumns; ++column)
-    setColumnWidth(static_cast<int>(column), ColumnWidth(column, viewWidth, viewHeight));
+    setColumnWidth(static_cast<int>(column), ColumnWidth(column, viewWidth, viewHeight, room));
 }
 
 int LibraryList::FocusRow() const {
@@ -141,12 +157,16 @@ std::vector<std::uint8_t> LibraryList::SelectedRows() const {
 
 bool LibraryList::event(QEvent* event) {
   // A key that runs a command runs the command, even if the table has a use for the key.
-  if (event->type() == QEvent::ShortcutOverride) return false;
+  if (event->type() == QEvent::ShortcutOverride) {
+    if (AsksForRow(static_cast<const QKeyEvent&>(*event))) SelectFocusRow();
+    return false;
+  }
   return QTreeView::event(event);
 }
 
 void LibraryList::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Escape) return emit Left();
+  if (AsksForPopup(*event)) return AskForPopup();
   if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) return event->accept();
   QTreeView::keyPressEvent(event);
 }
@@ -162,7 +182,19 @@ bool LibraryList::focusNextPrevChild(bool) {
 }
 
 void LibraryList::contextMenuEvent(QContextMenuEvent* event) {
+  if (event->reason() == QContextMenuEvent::Keyboard) return AskForPopup();
   emit PopupRequested(event->globalPos());
+}
+
+void LibraryList::AskForPopup() {
+  const QRect row = visualRect(currentIndex()).intersected(viewport()->rect());
+  emit PopupRequested(viewport()->mapToGlobal(row.isEmpty() ? QPoint() : row.center()));
+}
+
+void LibraryList::SelectFocusRow() {
+  if (FocusRow() < 0 || selectionModel()->hasSelection()) return;
+  selectionModel()->select(currentIndex(), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+  emit FocusRowSelected();
 }
 
 void LibraryList::selectionChanged(const QItemSelection& selected,

@@ -66,6 +66,8 @@ class LibraryList : public QTreeView {
   void SortRequested(quint32 command);
   // A row was double-clicked.
   void RowActivated();
+  // A key has asked for a row while none was selected: the row with the focus is now selected.
+  void FocusRowSelected();
   // Escape was pressed.
   void Left();
   void PopupRequested(const QPoint& globalPosition);
@@ -81,6 +83,8 @@ class LibraryList : public QTreeView {
 
  private:
   void SetFocusRow(int row);
+  void SelectFocusRow();
+  void AskForPopup();
 
   APP_STATE_INFO& app_;
   LibraryModel* model_;

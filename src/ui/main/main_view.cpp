@@ -18,9 +18,7 @@ namespace {
 
 constexpr ControlId kButtons[] = {kLoadButton, kViewButton, kRewrapButton, kExportButton,
                                   kInButton,   kOutButton,  kDurButton};
-constexpr int kRowClipMargin = 10;
 constexpr int kTrackBandExcess = 5;  // pixels of the bottom band that the track band's fill covers
-constexpr int kWheelNotch = 120;
 constexpr COLOR kTitleColor = {255, 105, 0};
 constexpr COLOR kSubtitleColor = {255, 225, 255};
 constexpr COLOR kRowStateColor = {180, 180, 180};
@@ -80,8 +78,7 @@ void MainView::paintEvent(QPaintEvent*) {
   PaintBands(&painter);
   if (!HasTracks()) return PaintTitle(&painter);
   if (app_.libraryView == 1) return;  // the table lies over the rows
-  const QRect area = ToQRect(app_.window->trackAreaRect);
-  painter.setClipRect(area.adjusted(0, kRowClipMargin, 0, -kRowClipMargin));
+  painter.setClipRect(ToQRect(RowArea(app_)));
   for (std::int32_t row = 0; row < app_.window->visibleRows; ++row)
     PaintRow(&painter, row);
   PaintArrows(&painter);
@@ -221,7 +218,7 @@ void MainView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void MainView::wheelEvent(QWheelEvent* event) {
   if (app_.mxfLoaded != 1 || app_.libraryView == 1) return;
-  Apply(TurnWheel(&app_, event->angleDelta().y() / kWheelNotch));
+  Apply(TurnWheel(&app_, event->angleDelta().y()));
 }
 
 void MainView::keyPressEvent(QKeyEvent* event) {
@@ -229,7 +226,24 @@ void MainView::keyPressEvent(QKeyEvent* event) {
   const bool inRows = app_.mxfLoaded == 1 && app_.libraryView == 0;
   if (inRows && event->key() == Qt::Key_Up) return Apply(MoveUp(&app_, extend));
   if (inRows && event->key() == Qt::Key_Down) return Apply(MoveDown(&app_, extend));
+  if (AsksForPopup(*event)) return AskForPopup();
   QWidget::keyPressEvent(event);
+}
+
+// The pointer's request comes with the release of its button.
+void MainView::contextMenuEvent(QContextMenuEvent* event) {
+  if (event->reason() == QContextMenuEvent::Keyboard) AskForPopup();
+}
+
+void MainView::AskForPopup() {
+  if (app_.libraryView == 1) return;
+  const std::int32_t row = app_.focusTrack - app_.window->scrollTop;
+  QRect place = rect();
+  if (HasTracks() && row >= 0 && row < app_.window->visibleRows) {
+    place = ToQRect(app_.window->nameRect[static_cast<std::size_t>(row)]);
+    place = place.intersected(ToQRect(RowArea(app_)));
+  }
+  emit PopupRequested(mapToGlobal(place.center()));
 }
 
 bool MainView::event(QEvent* event) {
@@ -245,7 +259,7 @@ bool MainView::event(QEvent* event) {
   if (target.zone == kNameZone && app_.libraryView == 0) {
     const auto row = static_cast<std::size_t>(target.track - app_.window->scrollTop);
     ShowToolTip(help->globalPos(), TrackToolTip(app_, target.track), {}, this,
-                ToQRect(app_.window->nameRect[row]));
+                ToQRect(app_.window->nameRect[row]).intersected(ToQRect(RowArea(app_))));
   } else {
     QToolTip::hideText();
   }

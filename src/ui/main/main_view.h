@@ -36,7 +36,8 @@ class MainView : public QWidget {
   void NameDoubleClicked();
   // The left button went down on the view while the library's table shows over it.
   void PressedBesideList();
-  // The right button was released on the track view, at `globalPosition` of the screen.
+  // The right button was released on the track view, at `globalPosition` of the screen, or a key
+  // asks for the popup menu, which is to open at the row of the focus track.
   void PopupRequested(const QPoint& globalPosition);
   void Resized();
 
@@ -49,6 +50,7 @@ class MainView : public QWidget {
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
 
  private:
   void PaintBands(QPainter* painter);
@@ -57,6 +59,7 @@ class MainView : public QWidget {
   void PaintArrows(QPainter* painter);
   void Apply(std::uint32_t refresh);
   void ReleasePress();
+  void AskForPopup();
   bool HasTracks() const;
 
   APP_STATE_INFO& app_;

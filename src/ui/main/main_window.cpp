@@ -3,11 +3,9 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
-#include <QPushButton>
+#include <QScreen>
 #include <QStatusBar>
 #include <QUrl>
 
@@ -26,7 +24,9 @@
 #include "ui/dialogs/loudness_dialog.h"
 #include "ui/dialogs/small_dialogs.h"
 #include "ui/dialogs/wav_reading.h"
+#include "ui/main/file_chooser.h"
 #include "ui/main/message_box.h"
+#include "ui/main/placement.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
 #include "view/file_drop.h"
@@ -81,18 +81,11 @@ std::optional<std::u16string> PathOfUrl(const QUrl& url) {
       QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
 }
 
-QString KeysOf(Command command) {
-  for (const Accelerator& accelerator : Accelerators()) {
-    if (accelerator.command == command) return QString::fromLatin1(accelerator.keys.data());
-  }
-  return {};
-}
-
 }  // namespace
 
 MainWindow::MainWindow() : app_(state_.info) {
   setWindowTitle(ToQString(kProgramTitle));
-  setMinimumSize(kMinimumWidth, kMinimumHeight);
+  FitSmallestSize();
   setAcceptDrops(true);
   setAttribute(Qt::WA_AlwaysShowToolTips);
   view_ = new MainView(&app_, this);
@@ -120,6 +113,22 @@ MainWindow::MainWindow() : app_(state_.info) {
   view_->RefreshInfoPanel();
   entry_->Refresh();
   view_->setFocus();
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QMainWindow::showEvent(event);
+  FitSmallestSize();
+}
+
+void MainWindow::moveEvent(QMoveEvent* event) {
+  QMainWindow::moveEvent(event);
+  FitSmallestSize();
+}
+
+// Lets the window become as small as the screen that it is on.
+void MainWindow::FitSmallestSize() {
+  const QSize room = screen()->availableGeometry().size();
+  setMinimumSize(SmallestSize(room, frameGeometry().size() - size()));
 }
 
 void MainWindow::MakeMenuBar() {
@@ -197,6 +206,8 @@ void MainWindow::ConnectView() {
 
 void MainWindow::ConnectList() {
   connect(list_, &LibraryList::SelectionChanged, this, [this] { RequestRefresh(kRefreshList); });
+  // The key that has asked for the row may be that of a command, which is enabled before it runs.
+  connect(list_, &LibraryList::FocusRowSelected, this, &MainWindow::Refresh);
   connect(list_, &LibraryList::SortRequested, this,
           [this](quint32 command) { SortBy(static_cast<Command>(command)); });
   connect(list_, &LibraryList::RowActivated, this, [this] {
@@ -313,10 +324,9 @@ void MainWindow::Run(Command command) {
 
 void MainWindow::LoadByDialog() {
   if (app_.mxfLoaded == 1) return Tell(this, BoxKind::kNotice, kAlreadyLoaded);
-  const QString path =
-      QFileDialog::getOpenFileName(this, "MXFファイルをロード", QString(), kMxfFilter, nullptr,
-                                   QFileDialog::HideNameFilterDetails);
-  if (!path.isEmpty()) LoadChosen(FromQString(path));
+  const auto paths = FileChooser(this, "MXFファイルをロード", clipFolder_, kMxfFilter)
+                         .ChooseFiles(false, &clipFolder_);
+  if (!paths.empty()) LoadChosen(paths.front());
 }
 
 // Loads the clip at `path`, or tells why it cannot be opened.
@@ -370,13 +380,9 @@ void MainWindow::Unload() {
 }
 
 void MainWindow::AddByDialog() {
-  const QStringList chosen =
-      QFileDialog::getOpenFileNames(this, "BWF(WAV)ファイルを開く", QString(), kWavFilters, nullptr,
-                                    QFileDialog::HideNameFilterDetails);
-  if (chosen.isEmpty()) return;
-  std::vector<std::u16string> paths;
-  for (const QString& path : chosen)
-    paths.push_back(FromQString(path));
+  const auto paths = FileChooser(this, "BWF(WAV)ファイルを開く", wavFolder_, kWavFilters)
+                         .ChooseFiles(true, &wavFolder_);
+  if (paths.empty()) return;
   AddFiles(paths, kAddTitle);
   ShowAddedFiles(kAddTitle);
 }
@@ -476,23 +482,8 @@ void MainWindow::Rewrite() {
     if (!Ask(this, BoxKind::kWarning, LongUmidQuestion(), kConfirmTitle)) return;
     app_.tracks->keepUmids = 1;
   }
-  if (ConfirmRewrite()) JobDialog(&app_, StatusSetter(), this).exec();
-}
-
-bool MainWindow::ConfirmRewrite() {
-  QMessageBox box(QMessageBox::Warning, ToQString(kConfirmTitle),
-                  ToQString(BackupQuestion(app_.tracks->keepUmids != 0)), QMessageBox::NoButton,
-                  this);
-  box.setTextFormat(Qt::PlainText);
-  // Buttons with the same role are shown in the order in which they were added.
-  QPushButton* no = box.addButton("いいえ(&N)", QMessageBox::ActionRole);
-  QPushButton* yes = box.addButton("はい(&Y)", QMessageBox::ActionRole);
-  no->setObjectName("101");
-  yes->setObjectName("102");
-  box.setDefaultButton(no);
-  box.setEscapeButton(no);
-  box.exec();
-  return box.clickedButton() == yes;
+  const std::u16string_view question = BackupQuestion(app_.tracks->keepUmids != 0);
+  if (AskFirst(this, question, kConfirmTitle)) JobDialog(&app_, StatusSetter(), this).exec();
 }
 
 void MainWindow::OpenLocation() {

@@ -31,11 +31,15 @@ class MainWindow : public QMainWindow {
   void Run(Command command);
 
  protected:
+  void showEvent(QShowEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragMoveEvent(QDragMoveEvent* event) override;
   void dropEvent(QDropEvent* event) override;
 
  private:
+  void FitSmallestSize();
+
   // Menus and refreshes.
   QMenu* MakeMenu(std::span<const MenuItem> items, MenuKind kind, QWidget* parent);
   void MakeMenuBar();
@@ -64,7 +68,6 @@ class MainWindow : public QMainWindow {
   void Delete();
   void SelectAll();
   void Rewrite();
-  bool ConfirmRewrite();
   void OpenLocation();
   void OpenEntry(TimecodeTarget target);
   void SortBy(Command command);
@@ -79,6 +82,8 @@ class MainWindow : public QMainWindow {
   QLabel* counterField_;
   std::map<Command, QAction*> actions_;  // items of the menu bar
   ExportDialogMemory exportMemory_;
+  QString clipFolder_;                       // in which a clip was chosen last; empty before
+  QString wavFolder_;                        // in which WAV files were chosen last; empty before
   bool sortAscending_ = true;                // order of the next sort
   std::uint32_t pending_ = kRefreshNothing;  // set of Refresh that the timer will carry out
   QTimer refreshTimer_;

@@ -2,13 +2,24 @@
 
 #include <QAbstractButton>
 #include <QCloseEvent>
+#include <QGridLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QStyle>
 
 #include "ui/main/qt_text.h"
 
 namespace quorvan::ui {
 namespace {
+
+// The question before a rewrite: its letters are larger than those of a dialog by
+// kInstructionScale.
+constexpr double kInstructionScale = 1.4;
+constexpr QRgb kInstructionColor = qRgb(0, 51, 153);
+constexpr int kInstructionMargin = 18;  // pixels
+constexpr int kInstructionWidth = 400;  // pixels
 
 QMessageBox::Icon IconOf(BoxKind kind) {
   switch (kind) {
@@ -67,6 +78,45 @@ void Tell(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16strin
 
 bool Ask(QWidget* parent, BoxKind kind, std::u16string_view text, std::u16string_view title) {
   return Show(parent, kind, text, title, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+}
+
+bool AskFirst(QWidget* parent, std::u16string_view question, std::u16string_view title) {
+  QDialog dialog(parent);
+  dialog.setWindowTitle(ToQString(title));
+  auto* icon = new QLabel(&dialog);
+  const int size = dialog.style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
+  icon->setPixmap(dialog.style()->standardIcon(QStyle::SP_MessageBoxWarning).pixmap(size));
+  auto* instruction = new QLabel(ToQString(question), &dialog);
+  instruction->setObjectName("instruction");
+  instruction->setTextFormat(Qt::PlainText);
+  QFont large = instruction->font();
+  large.setPointSizeF(large.pointSizeF() * kInstructionScale);
+  instruction->setFont(large);
+  QPalette palette = instruction->palette();
+  palette.setColor(QPalette::WindowText, kInstructionColor);
+  instruction->setPalette(palette);
+  auto* no = new QPushButton("いいえ(&N)", &dialog);
+  auto* yes = new QPushButton("はい(&Y)", &dialog);
+  no->setObjectName("101");
+  yes->setObjectName("102");
+  no->setDefault(true);
+  QObject::connect(no, &QPushButton::clicked, &dialog, &QDialog::reject);
+  QObject::connect(yes, &QPushButton::clicked, &dialog, &QDialog::accept);
+  auto* layout = new QGridLayout(&dialog);
+  layout->setContentsMargins(kInstructionMargin, kInstructionMargin, kInstructionMargin,
+                             kInstructionMargin);
+  layout->setSpacing(kInstructionMargin);
+  layout->setColumnMinimumWidth(1, kInstructionWidth);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
+  layout->addWidget(icon, 0, 0, Qt::AlignTop);
+  layout->addWidget(instruction, 0, 1);
+  auto* answers = new QHBoxLayout;
+  answers->addStretch();
+  answers->addWidget(no);
+  answers->addWidget(yes);
+  layout->addLayout(answers, 1, 0, 1, 2);
+  no->setFocus();
+  return dialog.exec() == QDialog::Accepted;
 }
 
 }  // namespace quorvan::ui

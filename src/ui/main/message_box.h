@@ -20,4 +20,8 @@ void Tell(QWidget* parent, BoxKind kind, std::u16string_view text,
 bool Ask(QWidget* parent, BoxKind kind, std::u16string_view text,
          std::u16string_view title = kProgramName);
 
+// Asks the question before a rewrite, in large letters, with the answers No (101), which is the
+// default, and Yes (102). True for Yes; Escape and the close box mean No.
+bool AskFirst(QWidget* parent, std::u16string_view question, std::u16string_view title);
+
 }  // namespace quorvan::ui

@@ -60,13 +60,18 @@ void RestorePlacement(QWidget* window) {
   window->move(place.topLeft());
 }
 
+QSize SmallestSize(const QSize& room, const QSize& frame) {
+  return QSize(kMinimumWidth, kMinimumHeight).boundedTo(room - frame);
+}
+
 QRect OntoScreen(const QRect& kept, const QList<QRect>& screens) {
   if (screens.empty()) return kept;
   QRect all;
   for (const QRect& screen : screens)
     all = all.united(screen);
-  const QSize least(kMinimumWidth, kMinimumHeight);
-  const QRect wanted(kept.topLeft(), kept.size().boundedTo(all.size()).expandedTo(least));
+  const QRect wanted(
+      kept.topLeft(),
+      kept.size().boundedTo(all.size()).expandedTo(SmallestSize(all.size(), QSize(0, 0))));
   for (const QRect& screen : screens) {
     const QRect shown = screen.intersected(wanted);
     if (shown.width() >= kVisiblePixels && shown.top() == wanted.top()) return wanted;
@@ -74,7 +79,7 @@ QRect OntoScreen(const QRect& kept, const QList<QRect>& screens) {
   const QRect nearest = *std::min_element(
       screens.begin(), screens.end(),
       [&](const QRect& a, const QRect& b) { return Distance(a, wanted) < Distance(b, wanted); });
-  QRect place(wanted.topLeft(), wanted.size().boundedTo(nearest.size()).expandedTo(least));
+  QRect place(wanted.topLeft(), wanted.size().boundedTo(nearest.size()));
   place.moveLeft(std::clamp(place.left(), nearest.left(),
                             std::max(nearest.left(), nearest.right() - place.width() + 1)));
   place.moveTop(std::clamp(place.top(), nearest.top(),

@@ -1,14 +1,12 @@
 #include "ui/main/timecode_field.h"
 
+#include <QApplication>
+
 #include "ui/main/message_box.h"
 #include "ui/main/qt_text.h"
 #include "view/texts.h"
 
 namespace quorvan::ui {
-namespace {
-constexpr int kEditHeight = 40;
-}
-
 TimecodeField::TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
                              const Displays& displays, int digits, QWidget* host)
     : QObject(host),
@@ -17,8 +15,12 @@ TimecodeField::TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, Poi
       pointSet_(*pointSet),
       displays_(displays),
       host_(host),
-      edit_(new TimecodeEdit(host)) {
-  edit_->setMaxLength(digits);
+      edit_(new TimecodeEdit(digits, host)) {
+  for (DrawnLabel* display : {displays_.in, displays_.out}) {
+    QSizePolicy keepsItsPlace = display->sizePolicy();
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    display->setSizePolicy(keepsItsPlace);
+  }
   edit_->hide();
   connect(edit_, &TimecodeEdit::Confirmed, this, &TimecodeField::Confirm);
   connect(edit_, &TimecodeEdit::Cancelled, this, &TimecodeField::Cancel);
@@ -53,7 +55,10 @@ void TimecodeField::Show(TimecodeTarget target) {
 void TimecodeField::PlaceEdit() {
   if (target_ == kNoTarget) return;
   const DrawnLabel* display = DisplayOf(target_);
-  edit_->setGeometry(display->x(), display->y(), display->width(), kEditHeight);
+  QFont font = display->font();
+  font.setLetterSpacing(QFont::AbsoluteSpacing, 0);
+  edit_->setFont(font);
+  edit_->setGeometry(display->geometry());
 }
 
 void TimecodeField::Close() {
@@ -66,10 +71,12 @@ void TimecodeField::Close() {
 
 void TimecodeField::Cancel() {
   if (target_ == kNoTarget) return;
+  // A control that was clicked keeps the focus that the click has given to it.
+  const bool focusIsFree = edit_->hasFocus() || QApplication::focusWidget() == nullptr;
   Close();
   checking_ = false;
   Refresh();
-  host_->setFocus();
+  if (focusIsFree) host_->setFocus();
 }
 
 void TimecodeField::IgnoreEscape() {

@@ -24,8 +24,8 @@ class TimecodeField : public QObject {
 
   // Makes the entry for the range in the members `fields` of `tracks`; `pointSet` tells which of
   // its points are set and must outlive this object. `host` is the parent of the field and of the
-  // displays, and gets the focus when an entry closes. `digits` is the largest number of characters
-  // of the field.
+  // displays, and gets the focus when an entry closes and nothing else has taken the focus.
+  // `digits` is the largest number of digits of the field.
   TimecodeField(APP_STATE_INFO* app, const RangeFields& fields, PointSet* pointSet,
                 const Displays& displays, int digits, QWidget* host);
 

@@ -1,0 +1,52 @@
+#include "ui/main/file_chooser.h"
+
+#include <QDir>
+#include <QSettings>
+#include <QStandardPaths>
+
+#include "ui/main/qt_text.h"
+
+namespace quorvan::ui {
+namespace {
+
+// Settings whose folder is no folder can be neither read nor written.
+constexpr char kNoFolder[] = "/dev/null";
+
+void KeepSettingsIn(const QString& folder) {
+  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder);
+}
+
+}  // namespace
+
+NoToolkitSettings::NoToolkitSettings() {
+  KeepSettingsIn(kNoFolder);
+}
+
+NoToolkitSettings::~NoToolkitSettings() {
+  KeepSettingsIn(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+}
+
+FileChooser::FileChooser(QWidget* parent, const QString& title, const QString& folder,
+                         const QString& filters)
+    : QFileDialog(parent, title, folder.isEmpty() ? QDir::homePath() : folder, filters) {
+  setOption(QFileDialog::HideNameFilterDetails);
+}
+
+std::vector<std::u16string> FileChooser::ChooseFiles(bool several, QString* folder) {
+  setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
+  if (exec() != QDialog::Accepted) return {};
+  *folder = directory().absolutePath();
+  std::vector<std::u16string> paths;
+  for (const QString& path : selectedFiles())
+    paths.push_back(FromQString(path));
+  return paths;
+}
+
+std::u16string FileChooser::ChoosePath(const QString& suffix) {
+  setAcceptMode(QFileDialog::AcceptSave);
+  setDefaultSuffix(suffix);
+  if (exec() != QDialog::Accepted) return {};
+  return FromQString(selectedFiles().value(0));
+}
+
+}  // namespace quorvan::ui
