@@ -20,7 +20,8 @@ HEADINGS = {"メッセージ", "題名", "表示"}
 
 # Files with captions, displays and menus alone, and the console, about which the manual says little.
 CAPTION_FILES = re.compile(
-    r"src/(cli/|ui/pictures/|ui/main/typefaces\.h|view/(commands|library_view|texts)\.|state/app_state_info\.h)")
+    r"src/(cli/|ui/pictures/|ui/main/typefaces\.h|view/(commands|library_view|texts)\."
+    r"|state/app_state_info\.h)")
 # Functions, types and constants that make captions, and texts for the status bar and for progress.
 CAPTIONS = re.compile(
     r"setWindowTitle|setText|setStatus_?|label|addButton|Make\w*(Button|Group)|getOpenFileNames?"
@@ -36,17 +37,17 @@ ESCAPES = {"n": "\n", "r": "\r", "t": "\t"}
 
 
 def lines(text):
-    """Returns the set of the lines of `text` that hold Japanese letters, cut where something is filled in."""
+    """Returns the lines of `text`, cut where something is filled in, that hold Japanese letters."""
     cut = (line.strip().removeprefix("・") for line in FILLED_IN.split(text))
     return {line for line in cut if JAPANESE.search(line)}
 
 
 def literals(code):
-    """Yields, for each string literal of C++ code, its text, the names in front of it in its statement and in
-    the initializers around it, and the functions that hold it."""
+    """Yields, for each string literal of C++ code, its text, the names in front of it in its statement and
+    in the initializers around it, and the functions that hold it."""
     names, functions = [], []
     braces = []  # by open brace: names and functions outside it
-    calls, called = [], ""  # by open parenthesis, the name in front of it; the name of the last closed one
+    calls, called = [], ""  # by open parenthesis, the name in front of it; that of the last closed one
     text, before = None, ""
     for token in TOKEN.findall(code) + [";"]:
         if token.startswith(("//", "/*")):
