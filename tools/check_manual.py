@@ -18,10 +18,11 @@ ROOT = Path(__file__).resolve().parent.parent
 MANUAL = "docs/manual.ja.md"
 HEADINGS = {"メッセージ", "題名", "表示"}
 
-# Files with captions, displays and menus alone, and the console, about which the manual says little.
-CAPTION_FILES = re.compile(
-    r"src/(cli/|ui/pictures/|ui/main/typefaces\.h|view/(commands|library_view|texts)\."
-    r"|state/app_state_info\.h)")
+# Files without messages that the manual has to explain: captions, displays and menus; the console; the places
+# in a clip that the refusal of a conformed copy names.
+OTHER_FILES = re.compile(
+    r"src/(cli/|conform/(?!mend_text\.)|ui/pictures/|ui/main/typefaces\.h"
+    r"|view/(commands|library_view|texts)\.|state/app_state_info\.h)")
 # Functions, types and constants that make captions, and texts for the status bar and for progress.
 CAPTIONS = re.compile(
     r"setWindowTitle|setText|setStatus_?|label|addButton|Make\w*(Button|Group)|getOpenFileNames?"
@@ -83,7 +84,7 @@ def program_lines():
     found = {}
     for path in sorted((ROOT / "src").rglob("*")):
         name = path.relative_to(ROOT).as_posix()
-        if path.suffix not in (".cpp", ".h") or CAPTION_FILES.match(name):
+        if path.suffix not in (".cpp", ".h") or OTHER_FILES.match(name):
             continue
         for text, names, functions in literals(path.read_text(encoding="utf-8")):
             if any(CAPTIONS.fullmatch(word) for word in names):
