@@ -8,7 +8,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config
+  g++ cmake ninja-build pkg-config python3
   libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev uuid-dev libebur128-dev libxxhash-dev
   qt6-base-dev qt6-translations-l10n fonts-ipafont-gothic fonts-inconsolata
   libgtest-dev ffmpeg sox mediainfo sndfile-programs
