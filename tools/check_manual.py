@@ -25,8 +25,8 @@ OTHER_FILES = re.compile(
     r"|view/(commands|library_view|texts)\.|state/app_state_info\.h)")
 # Functions, types and constants that make captions, and texts for the status bar and for progress.
 CAPTIONS = re.compile(
-    r"setWindowTitle|setText|setStatus_?|label|addButton|Make\w*(Button|Group)|getOpenFileNames?"
-    r"|Q(CheckBox|FileDialog|GroupBox|Label|ProgressDialog|PushButton)|Field|JobTexts|k\w*(Stage|Status)")
+    r"setWindowTitle|setText|setStatus_?|label|addButton|Make\w*(Button|Group)"
+    r"|FileChooser|Q(CheckBox|GroupBox|Label|ProgressDialog|PushButton)|Field|JobTexts|k\w*(Stage|Status)")
 # The only functions of src/report that make messages; all other texts there belong into logs.
 REPORT_MESSAGES = re.compile(r"\w*(Message|Refusal)")
 

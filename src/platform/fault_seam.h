@@ -11,6 +11,7 @@ enum class SystemCall {
   kLock,
   kSize,
   kRead,
+  kCachedRead,  // a read of bytes that memory holds already
   kWrite,  // also the change of a file's size
   kGatheredWrite,
   kMap,

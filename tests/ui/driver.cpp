@@ -12,6 +12,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
 #include <QWheelEvent>
@@ -265,6 +266,8 @@ Answer Choosing(const QString& names) {
 
 int main(int argc, char** argv) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QTemporaryDir settings;
+  qputenv("XDG_CONFIG_HOME", settings.path().toUtf8());
   QApplication application(argc, argv);
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   quorvan::ui::DressApplication();

@@ -231,8 +231,9 @@ bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
 bool File::ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const {
   if (offset > kMostFileOffset || length > kMostFileOffset - offset) return false;
   const iovec piece = {buffer, length};
-  return preadv2(Descriptor(handle_), &piece, 1, static_cast<off_t>(offset), RWF_NOWAIT) ==
-         static_cast<ssize_t>(length);
+  return OutcomeOf(SystemCall::kCachedRead) != CallOutcome::kFails &&
+         preadv2(Descriptor(handle_), &piece, 1, static_cast<off_t>(offset), RWF_NOWAIT) ==
+             static_cast<ssize_t>(length);
 }
 
 void File::ExpectScattered() const {

@@ -17,7 +17,7 @@ namespace quorvan::ui {
 namespace {
 
 constexpr int kJobTimerMilliseconds = 200;
-constexpr std::u16string_view kFlushingText = u"ストレージへの書込み完了を待っています...";
+constexpr std::u16string_view kFlushingStage = u"ストレージへの書込み完了を待っています...";
 
 struct JobTexts {
   RangeFields range;
@@ -143,7 +143,7 @@ void JobDialog::ShowPhase() {
   bar_->setRange(0, phase == kPhaseFlushing ? 0 : 100);
   if (stopping_) return;
   const JobTexts& texts = kJobTexts[app_.jobKind];
-  const std::u16string_view actions[] = {texts.proving, texts.action, kFlushingText};
+  const std::u16string_view actions[] = {texts.proving, texts.action, kFlushingStage};
   action_->setText(ToQString(actions[phase]));
 }
 

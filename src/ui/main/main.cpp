@@ -1,14 +1,12 @@
 // The program with the window: starts it, and allows a single instance.
 
 #include <QApplication>
-#include <QDir>
-#include <QLockFile>
-#include <QStandardPaths>
 
 #include <cstdio>
 #include <new>
 #include <utility>
 
+#include "ui/main/instance.h"
 #include "ui/main/main_window.h"
 #include "ui/main/message_box.h"
 #include "ui/main/placement.h"
@@ -16,30 +14,8 @@
 
 namespace {
 
-constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
 constexpr int kNoMemory = 1;
-// How long to wait for another instance that is just writing its lock file.
-constexpr int kPatienceMilliseconds = 200;
-
-QString LockPath() {
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-  return QDir(folder.isEmpty() ? QDir::tempPath() : folder).filePath(kInstanceName);
-}
-
-// True when this is the only instance, or when an error of the lock file leaves the question open.
-// A lock file that names no process is stale and is removed; an instance that met a full disk
-// leaves such a lock file behind.
-bool TakeInstance(QLockFile* instance) {
-  instance->setStaleLockTime(0);
-  if (instance->tryLock(kPatienceMilliseconds)) return true;
-  if (instance->error() != QLockFile::LockFailedError) return true;
-  qint64 holder = 0;
-  QString host;
-  QString name;
-  const bool named = instance->getLockInfo(&holder, &host, &name);
-  return !named && instance->removeStaleLockFile() && instance->tryLock();
-}
 
 // Shows a message when memory for an operation of the operator is out. The program goes on, since a
 // job may be running.
@@ -76,8 +52,8 @@ int Run(int argc, char** argv) {
   QApplication::setApplicationName("MXF_Quorvan");
   quorvan::ui::DressApplication();
 
-  QLockFile instance(LockPath());
-  if (!TakeInstance(&instance)) {
+  QLockFile instance(quorvan::ui::InstancePath());
+  if (!quorvan::ui::TakeInstance(&instance)) {
     quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kPlain,
                       u"MXF Quorvan はすでに起動しています。");
     return kAlreadyRunning;
