@@ -649,6 +649,9 @@ TEST(Placement, BringsTheWindowOntoAScreenThatIsThere) {
   for (const auto& [wanted, given] : places)
     EXPECT_EQ(ui::OntoScreen(wanted, screens), given);
   EXPECT_EQ(ui::OntoScreen(inside, {}), inside);
+  EXPECT_EQ(ui::OntoScreen(QRect(9, -90, 1280, 631), {QRect(0, 0, 960, 500)}),
+            QRect(0, 0, 960, 500));
+  EXPECT_EQ(ui::SmallestSize(QSize(960, 700), QSize(2, 30)), QSize(958, 631));
 }
 
 }  // namespace
