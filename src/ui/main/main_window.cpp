@@ -125,10 +125,13 @@ void MainWindow::moveEvent(QMoveEvent* event) {
   FitSmallestSize();
 }
 
-// Lets the window become as small as the screen that it is on.
+// Lets the window become as small as the screen that it is on. A window of the smallest size stays
+// one, since the system tells the size of the frame only when the window shows.
 void MainWindow::FitSmallestSize() {
+  const bool isSmallest = size() == minimumSize();
   const QSize room = screen()->availableGeometry().size();
   setMinimumSize(SmallestSize(room, frameGeometry().size() - size()));
+  if (isSmallest) resize(minimumSize());
 }
 
 void MainWindow::MakeMenuBar() {
@@ -182,7 +185,7 @@ void MainWindow::ConnectView() {
     list_->ResetColumnWidths(width, height);
     const auto ends = StatusFieldEnds(width);
     pathField_->setFixedWidth(ends[0]);
-    counterField_->setFixedWidth(ends[1] - ends[0]);
+    counterField_->setMinimumWidth(ends[1] - ends[0]);
     SetStatus(std::u16string(app_.statusText));
     entry_->PlaceEdit();
   });
@@ -380,6 +383,7 @@ void MainWindow::Unload() {
 }
 
 void MainWindow::AddByDialog() {
+  if (wavFolder_.isEmpty()) wavFolder_ = ToQString(platform::FolderOf(app_.mxfPath));
   const auto paths = FileChooser(this, "BWF(WAV)ファイルを開く", wavFolder_, kWavFilters)
                          .ChooseFiles(true, &wavFolder_);
   if (paths.empty()) return;
