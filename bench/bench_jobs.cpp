@@ -82,7 +82,7 @@ struct Stage {
 // ---- Steps of a run, in the child process ----
 
 bool Load(Stage* stage) {
-  stage->session = std::make_unique<cli::ClipSession>();
+  stage->session = std::make_unique<cli::ClipSession>(platform::Language::kEnglish);
   return cli::LoadClipOrSay(stage->material.clip.string(), {.noTimecodeCheck = true},
                             stage->session.get()) == cli::kDone;
 }
@@ -100,8 +100,8 @@ bool PrepareRewrite(Stage* stage, bool stereo, bool flush, bool firstRound) {
     const fs::path& file = stereo && t == 1 ? stage->material.stereo : stage->material.mono[t - 1];
     placement.tracks.push_back(fmt::format("{}={}", t, file.string()));
   }
-  if (cli::PlaceAll(placement, &app) != cli::kDone ||
-      cli::SetRange({}, kRewrapRange, &app) != cli::kDone) {
+  if (cli::PlaceAll(placement, stage->session.get()) != cli::kDone ||
+      cli::SetRange({}, kRewrapRange, stage->session.get()) != cli::kDone) {
     return false;
   }
   return !firstRound || BlankAudio(app);
@@ -118,7 +118,7 @@ bool PrepareExport(Stage* stage, bool flush) {
   platform::CopyText(app.tracks->exportFolder, std::size(app.tracks->exportFolder),
                      platform::ToUtf16(stage->exports.string()));
   platform::CopyText(app.tracks->exportName, std::size(app.tracks->exportName), u"Track-");
-  return cli::SetRange({}, kExportRange, &app) == cli::kDone;
+  return cli::SetRange({}, kExportRange, stage->session.get()) == cli::kDone;
 }
 
 bool PrepareLoudness(Stage* stage, bool bare) {
@@ -128,7 +128,7 @@ bool PrepareLoudness(Stage* stage, bool bare) {
   app.trackSelected.fill(0);
   std::fill_n(app.trackSelected.begin(), 2, std::uint8_t{1});
   if (bare) stage->samples = LoudnessSamples(app);
-  return cli::SetRange({}, kLoudnessRange, &app) == cli::kDone;
+  return cli::SetRange({}, kLoudnessRange, stage->session.get()) == cli::kDone;
 }
 
 // Runs the worker's analysis as the programs do, but on this thread and without progress.

@@ -88,7 +88,7 @@ bool Conform(const fs::path& camera, const fs::path& target) {
   const ConformResult result = ConformClip(
       {.in = platform::ToUtf16(camera.string()), .out = platform::ToUtf16(target.string())},
       &progress);
-  if (!result.IsDone()) fmt::print(stderr, "{}: {}\n", camera.string(), result.reason);
+  if (!result.IsDone()) fmt::print(stderr, "{}: {}\n", camera.string(), result.reason.en);
   return result.IsDone();
 }
 

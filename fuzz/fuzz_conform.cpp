@@ -34,7 +34,7 @@ void Require(bool holds) {
 ConformResult Conform(const ConformRequest& request) {
   JobProgress progress;
   const ConformResult result = ConformClip(request, &progress);
-  Require(result.IsDone() == result.reason.empty());
+  Require(result.IsDone() == result.reason.en.empty());
   Require(result.fault != ConformFault::kStopped);
   return result;
 }

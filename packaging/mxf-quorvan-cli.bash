@@ -3,12 +3,16 @@
 _mxf_quorvan_cli() {
   local current=$2 previous=$3 command=${COMP_WORDS[1]} options
   if [[ $COMP_CWORD -eq 1 ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'info rewrap verify export loudness conform --help --version' -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W 'info rewrap verify export loudness conform --help --version --language' -- "$current")
     return
   fi
   case $previous in
     --method)
       mapfile -t COMPREPLY < <(compgen -W 'mapped file' -- "$current")
+      return
+      ;;
+    --language)
+      mapfile -t COMPREPLY < <(compgen -W 'ja en' -- "$current")
       return
       ;;
     --folder)

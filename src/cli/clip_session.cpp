@@ -1,7 +1,5 @@
 #include "cli/clip_session.h"
 
-#include <utility>
-
 #include "cli/console.h"
 #include "cli/job_runner.h"
 #include "job/job_steps.h"
@@ -15,20 +13,24 @@
 namespace quorvan::cli {
 namespace {
 
-// Stores why the clip is not loaded. Always false.
-bool Refuse(std::int32_t result, std::u16string message, ClipSession* session) {
+using platform::Language;
+
+// Stores why the clip is not loaded: what `compose` says in a language. Always false.
+template <typename Compose>
+bool Refuse(std::int32_t result, Compose compose, ClipSession* session) {
   session->result = result;
-  session->message = std::move(message);
+  session->message = platform::ComposeInBoth(compose);
   return false;
 }
 
 // The text of the outcome of an analysis. Some texts of the worker ask the operator what to do
 // next. The console does not ask after an analysis: for these outcomes it has texts that only tell
 // what has happened.
-std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, JobOutcome outcome) {
-  if (outcome.result == kContinuityBreaks) return TimecodeBreaksMessage(app.mxfPath);
-  if (outcome.result == kCancelled) return LoadStoppedMessage(app.mxfPath);
-  return std::move(outcome.text);
+std::u16string TextWithoutQuestion(const APP_STATE_INFO& app, const JobOutcome& outcome,
+                                   Language language) {
+  if (outcome.result == kContinuityBreaks) return TimecodeBreaksMessage(app.mxfPath, language);
+  if (outcome.result == kCancelled) return LoadStoppedMessage(app.mxfPath, language);
+  return outcome.text.In(language);
 }
 
 }  // namespace
@@ -37,21 +39,25 @@ bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSessi
   APP_STATE_INFO& app = session->app.info;
   const std::u16string fullPath = platform::AbsolutePath(platform::ToUtf16(path));
   if (!FitsMxfPath(fullPath)) {
-    return Refuse(kNoFileHandle, ClipPathTooLongMessage(fullPath), session);
+    return Refuse(
+        kNoFileHandle, [&](Language l) { return ClipPathTooLongMessage(fullPath, l); }, session);
   }
   app.mxfFile = platform::File::Open(fullPath, platform::OpenMode::kReadAlone);
   if (!app.mxfFile.IsOpen()) {
     const std::uint32_t reason = platform::LastSystemError();
-    return Refuse(kNoFileHandle, ClipCannotBeOpenedMessage(fullPath, reason), session);
+    return Refuse(
+        kNoFileHandle, [&](Language l) { return ClipCannotBeOpenedMessage(fullPath, reason, l); },
+        session);
   }
   platform::CopyText(app.mxfPath, kMxfPathChars, fullPath);
   PrepareAnalysis(&app);
   app.useFileIo = arguments.method;
   app.noTimecodeCheck = arguments.noTimecodeCheck ? 1 : 0;
-  JobOutcome outcome = RunJob(&app);
+  const JobOutcome outcome = RunJob(session->language, &app);
   app.mxfFile.Close();
   if (outcome.result != kSuccess) {
-    return Refuse(outcome.result, TextWithoutQuestion(app, std::move(outcome)), session);
+    return Refuse(
+        outcome.result, [&](Language l) { return TextWithoutQuestion(app, outcome, l); }, session);
   }
   EnterLoadedState(&app);
   return true;
@@ -59,7 +65,7 @@ bool LoadClip(const std::string& path, const LoadArguments& arguments, ClipSessi
 
 int LoadClipOrSay(const std::string& path, const LoadArguments& arguments, ClipSession* session) {
   if (LoadClip(path, arguments, session)) return kDone;
-  PrintError(session->message);
+  PrintError(session->message.In(session->language));
   return session->result == kCancelled ? kInterrupted : kFailed;
 }
 

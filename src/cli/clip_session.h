@@ -6,15 +6,20 @@
 #include <string>
 
 #include "cli/commands.h"
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan::cli {
 
-// A clip and the state record that describes it.
+// A clip, the state record that describes it, and the language of what the command says of it.
 struct ClipSession {
+  explicit ClipSession(platform::Language spoken) : language(spoken) {}
+
+  const platform::Language language;
   AppState app;
   std::int32_t result = 0;  // of the analysis; kNoFileHandle when the clip was not opened
-  std::u16string message;   // why the clip is not loaded; empty for a loaded clip
+  // Why the clip is not loaded; empty for a loaded clip.
+  platform::InBoth<std::u16string> message;
 };
 
 // Opens the clip at `path` (UTF-8), analyses it and closes it again. The analysis compares the

@@ -1,7 +1,8 @@
 // The commands of the console companion, each with the record of its arguments. A command writes
 // its result to standard output and its messages to standard error, and returns the exit status.
-// Texts and paths are UTF-8; bytes that are not valid UTF-8 are kept as they are. A command throws
-// std::bad_alloc when memory is out.
+// Texts and paths are UTF-8; bytes that are not valid UTF-8 are kept as they are. A command speaks
+// `language`, except in JSON, which is the same in every language. It throws std::bad_alloc when
+// memory is out.
 
 #pragma once
 
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "mxf/records.h"
+#include "platform/language.h"
 
 namespace quorvan::cli {
 
@@ -96,27 +98,27 @@ struct ConformArguments {
 // Analyses a clip and shows what was found, as text or JSON; writes the list of timecode breaks
 // when it is wanted and there are breaks. kFailed when the clip is refused or an output cannot be
 // written.
-int RunInfo(const InfoArguments& arguments);
+int RunInfo(const InfoArguments& arguments, platform::Language language);
 
 // Overwrites the audio of a clip in place with source files or silence, after the question for a
 // backup, and writes a log beside the clip. kDoneNotice when the clip is rewritten but its UMIDs
 // are not as they should be.
-int RunRewrap(const RewrapArguments& arguments);
+int RunRewrap(const RewrapArguments& arguments, platform::Language language);
 
 // Writes tracks of a clip into BWF files (EBU Tech 3285), one file for each track.
-int RunExport(const ExportArguments& arguments);
+int RunExport(const ExportArguments& arguments, platform::Language language);
 
 // Measures the loudness (EBU R128) of one track of a clip, or of two tracks as left and right, and
 // shows it as text or JSON.
-int RunLoudness(const LoudnessArguments& arguments);
+int RunLoudness(const LoudnessArguments& arguments, platform::Language language);
 
 // Compares the audio of a clip with the source files and the silence that a rewrite would write
 // into it. kDone when all samples are the same; kFailed with the first difference on standard
 // error.
-int RunVerify(const VerifyArguments& arguments);
+int RunVerify(const VerifyArguments& arguments, platform::Language language);
 
 // Copies a clip whose layout the analysis cannot follow into a new clip that can be loaded, and
 // tells what the copy mends.
-int RunConform(const ConformArguments& arguments);
+int RunConform(const ConformArguments& arguments, platform::Language language);
 
 }  // namespace quorvan::cli

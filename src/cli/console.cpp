@@ -9,6 +9,8 @@
 namespace quorvan::cli {
 namespace {
 
+using platform::Language;
+
 constexpr std::size_t kBlockBytes = 65536;
 
 std::atomic<std::uint32_t> interrupted = 0;
@@ -20,16 +22,20 @@ bool Put(std::FILE* file, std::string_view text) {
   return std::fflush(file) == 0 && written;
 }
 
+void SayNotWritten(Language language) {
+  PrintError(language, {"標準出力に書込めません。", "standard output cannot be written"});
+}
+
 }  // namespace
 
-bool PrintLine(std::string_view text) {
+bool PrintLine(Language language, std::string_view text) {
   const bool written = Put(stdout, std::string(text) + "\n");
-  if (!written) PrintError("standard output cannot be written");
+  if (!written) SayNotWritten(language);
   return written;
 }
 
-bool PrintLine(std::u16string_view text) {
-  return PrintLine(platform::ToUtf8(text));
+bool PrintLine(Language language, std::u16string_view text) {
+  return PrintLine(language, platform::ToUtf8(text));
 }
 
 bool LongOutput::Send() {
@@ -44,7 +50,7 @@ bool LongOutput::Finish() {
   if (GivenUp()) return false;
   text_ += '\n';
   written_ = written_ && Put(stdout, text_);
-  if (!written_) PrintError("standard output cannot be written");
+  if (!written_) SayNotWritten(language_);
   return written_;
 }
 
@@ -52,8 +58,9 @@ void PrintError(std::u16string_view message) {
   PrintRaw(platform::ToUtf8(message) + "\n");
 }
 
-void PrintError(std::string_view line) {
-  PrintRaw("mxf-quorvan-cli: " + std::string(line) + "\n");
+void PrintErrorLine(std::string_view line) {
+  for (const std::string_view part : {std::string_view("mxf-quorvan-cli: "), line, {"\n"}})
+    PrintRaw(part);
 }
 
 void PrintRaw(std::string_view text) {

@@ -1,6 +1,6 @@
 // Writes the companion's output and messages, and tells whether the operator has pressed the
 // interrupt key. A request to terminate and the loss of the terminal count as the interrupt key.
-// Functions that take text may throw std::bad_alloc, except PrintRaw.
+// Functions that take text may throw std::bad_alloc, unless they say otherwise.
 
 #pragma once
 
@@ -9,17 +9,30 @@
 #include <string>
 #include <string_view>
 
+#include "platform/language.h"
+#include "state/wording.h"
+
 namespace quorvan::cli {
 
 // Writes `text` (UTF-8 or UTF-16) and a line end to standard output. False when not all of it could
-// be written; a message on standard error then says so.
-bool PrintLine(std::string_view text);
-bool PrintLine(std::u16string_view text);
+// be written; a message on standard error then says so in `language`.
+bool PrintLine(platform::Language language, std::string_view text);
+bool PrintLine(platform::Language language, std::u16string_view text);
 
-// Writes a message for the operator and a line end to standard error. A message in UTF-8 is an
-// English line and gets the name of the program in front. A failure to write is ignored.
+// Writes a message for the operator and a line end to standard error. A failure to write is
+// ignored.
 void PrintError(std::u16string_view message);
-void PrintError(std::string_view line);
+
+// Writes the name of the program, `line` (UTF-8) and a line end to standard error. A failure to
+// write is ignored. Throws nothing.
+void PrintErrorLine(std::string_view line);
+
+// Calls PrintErrorLine with `form` in `language` and the values in it.
+template <typename... Values>
+void PrintError(platform::Language language,
+                const std::type_identity_t<WordingForm<Values...>>& form, const Values&... values) {
+  PrintErrorLine(Worded(language, form, values...));
+}
 
 // Writes `text` (UTF-8) to standard error without a line end. A failure to write is ignored. Throws
 // nothing.
@@ -39,6 +52,8 @@ const std::atomic<std::uint32_t>* InterruptFlag();
 // text.
 class LongOutput {
  public:
+  explicit LongOutput(platform::Language language) : language_(language) {}
+
   // The text that is not yet written; the caller appends to it.
   std::string& text() { return text_; }
 
@@ -55,6 +70,7 @@ class LongOutput {
  private:
   bool GivenUp() const { return !wasInterrupted_ && Interrupted(); }
 
+  const platform::Language language_;
   std::string text_;
   bool written_ = true;
   const bool wasInterrupted_ = Interrupted();  // before the output began

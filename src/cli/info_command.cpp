@@ -19,30 +19,33 @@ bool WriteLog(const InfoArguments& arguments, const ClipSession& session) {
   const std::u16string path = platform::AbsolutePath(platform::ToUtf16(*arguments.timecodeLog));
   std::uint32_t error = 0;
   if (WriteTimecodeLog(path, session.app.info, &error)) return true;
-  PrintError(TimecodeLogFailureMessage(session.app.info.mxfPath, error));
+  PrintError(TimecodeLogFailureMessage(session.app.info.mxfPath, error, session.language));
   return false;
 }
 
 }  // namespace
 
-int RunInfo(const InfoArguments& arguments) {
+int RunInfo(const InfoArguments& arguments, platform::Language language) {
   WatchForInterrupts();
-  ClipSession session;
+  ClipSession session(language);
   const bool accepted = LoadClip(arguments.file, arguments.load, &session);
-  LongOutput output;
+  LongOutput output(language);
   if (arguments.json) {
     WriteInfoJson(session, arguments.index && accepted, &output);
   } else if (accepted) {
     WriteInfoText(session, arguments.index, &output);
   }
   const bool printed = (!arguments.json && !accepted) || output.Finish();
-  if (!accepted) PrintError(session.message);
+  if (!accepted) PrintError(session.message.In(language));
   if (session.result == kUnknownSamplePattern && HasOtherPattern(session.app.mxf.audio)) {
-    PrintError(PatternLine(session.app.mxf.audio));
+    PrintErrorLine(PatternLine(language, session.app.mxf.audio));
   }
-  if (!accepted && session.app.mxf.base.indexContradicted != 0) PrintError(WrongIndexLine());
+  if (!accepted && session.app.mxf.base.indexContradicted != 0) {
+    PrintErrorLine(WrongIndexLine(language));
+  }
   if (MayConform(session.result, session.app.mxf.base)) {
-    PrintError("conform may make a copy of this clip whose audio can be used");
+    PrintError(language, {"conform でコピーを作成すると、音声を処理できる場合があります。",
+                          "conform may make a copy of this clip whose audio can be used"});
   }
   const bool logged = WriteLog(arguments, session);
   if (session.result == kCancelled || (!printed && Interrupted())) return kInterrupted;

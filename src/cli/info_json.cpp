@@ -160,7 +160,12 @@ void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output) {
   json.Object({}, [&] {
     json.Field("result", session.result);
     json.Field("processCode", mxf.processCode.load());
-    if (session.result != 0) json.Field("message", platform::ToUtf8(session.message));
+    if (session.result != 0) {
+      const platform::InBoth<std::string> message = {platform::ToUtf8(session.message.ja),
+                                                     platform::ToUtf8(session.message.en)};
+      json.Field("message", message.ja);
+      json.InBoth("messages", message);
+    }
     json.Object("MXF_BASE_INFO", [&] { BaseInfo(mxf, &json); });
     json.Array("MXF_PARTITION_INFO", [&] { PartitionInfo(mxf, &json); });
     json.Object("MXF_TIMECODE_INFO", [&] { TimecodeInfo(*mxf.timecode, &json); });
@@ -168,7 +173,7 @@ void WriteInfoJson(const ClipSession& session, bool index, LongOutput* output) {
     json.Object("MXF_VIDEO_INFO", [&] { VideoInfo(*mxf.video, &json); });
     if (session.result == 0) {
       json.Array("notices", [&] {
-        for (const std::string& line : NoticeLines(mxf))
+        for (const std::string& line : NoticeLines(platform::Language::kEnglish, mxf))
           json.Item(line);
       });
     }

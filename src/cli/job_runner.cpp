@@ -6,94 +6,119 @@
 #include "cli/console.h"
 #include "cli/progress_bar.h"
 #include "job/job_steps.h"
+#include "job/outcome.h"
+#include "job/process_table.h"
 #include "job/worker.h"
 #include "mxf/analysis.h"
-#include "platform/text.h"
 #include "platform/thread.h"
 
 namespace quorvan::cli {
 namespace {
 
-constexpr std::string_view kUnit = "frames";
-constexpr char16_t kFlushText[] = u"waiting until all of it is on the medium";
+using platform::Language;
+
+constexpr platform::Text kFlushText = {u"ストレージへの書込みの完了を待っています",
+                                       u"waiting until all of it is on the medium"};
+// An analysis has stages to show, and nothing to count yet.
+constexpr platform::Text kNoStageYet = {u"", u""};
 
 // The text to print when there is no memory for the text of an outcome with `result`.
-std::string_view WithoutWords(std::int32_t result) {
-  if (result == kSuccess) return "done; out of memory for the message\n";
-  if (result == kDoneWithNotice) return "done, but the UMIDs are not as they should be\n";
-  return "stopped, and out of memory for the message: the clip may have been rewritten in part\n";
+platform::InBoth<std::string_view> WithoutWords(std::int32_t result) {
+  if (result == kSuccess) {
+    return {"完了しました。メモリが確保できないため、詳細を表示できません。\n",
+            "done; out of memory for the message\n"};
+  }
+  if (result == kDoneWithNotice) {
+    return {"完了しましたが、UMIDの更新が正しく行われませんでした。\n",
+            "done, but the UMIDs are not as they should be\n"};
+  }
+  return {
+      "中断しました。メモリが確保できないため、詳細を表示できません。"
+      "音声は途中まで書換えられている可能性があります。\n",
+      "stopped, and out of memory for the message: the clip may have been rewritten in part\n"};
 }
 
-bool RunAnalysis(APP_STATE_INFO* app) {
+bool RunAnalysis(Language language, APP_STATE_INFO* app) {
   MXF_TIMECODE_INFO& timecode = *app->mxf->timecode;
   JobProgress progress;
-  progress.stage = u"";  // an analysis has stages to show, and nothing to count yet
-  // The texts of the stages live as long as the program, so that keeping a pointer is enough.
-  app->ui.stageTextControl = [&](std::u16string_view text) { progress.stage = text.data(); };
+  progress.stage = &kNoStageYet;
+  app->ui.stageTextControl = [&](std::u16string_view) {
+    progress.stage = &StageTexts(app->mxf->processCode);
+  };
   app->stageThreadStop = 0;
   // Without the thread for the stage texts, the analysis runs all the same and its stages have no
   // text.
   platform::StartThread(&app->stageThread, [app] { StageTextThread(app); });
-  const bool ran = RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
-                                   [&] {
-                                     progress.done = timecode.progressFrame.load();
-                                     progress.total = timecode.progressTotal.load();
-                                     if (progress.cancel == 1) timecode.stopRequest = 1;
-                                   });
+  const bool ran = RunWithProgress(
+      language, [app] { WorkerThread(app); }, kFrames, &progress,
+      [&] {
+        progress.done = timecode.progressFrame.load();
+        progress.total = timecode.progressTotal.load();
+        if (progress.cancel == 1) timecode.stopRequest = 1;
+      });
   app->stageThreadStop = 1;
   const platform::JoinAtEnd joined(&app->stageThread);
   return ran;
 }
 
-bool RunEngine(APP_STATE_INFO* app) {
+bool RunEngine(Language language, APP_STATE_INFO* app) {
   AUDIOTRACK_IO_INFO& tracks = *app->tracks;
   JobProgress progress;
-  progress.stage = kFlushText;
-  return RunWithProgress([app] { WorkerThread(app); }, kUnit, &progress,
-                         [&] {
-                           progress.done = tracks.currentFrame.load();
-                           // The wait for the medium has no known length.
-                           progress.total =
-                               tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
-                           // A job clears `cancel` when it starts: repeat the request until the job
-                           // has ended.
-                           if (progress.cancel == 1) tracks.cancel = 1;
-                         });
+  progress.stage = &kFlushText;
+  return RunWithProgress(
+      language, [app] { WorkerThread(app); }, kFrames, &progress,
+      [&] {
+        progress.done = tracks.currentFrame.load();
+        // The wait for the medium has no known length.
+        progress.total = tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
+        // A job clears `cancel` when it starts: repeat the request until the job
+        // has ended.
+        if (progress.cancel == 1) tracks.cancel = 1;
+      });
 }
 
 // The outcome of a job that never began, since the system had no thread for it.
 JobOutcome NotStarted(const APP_STATE_INFO& app) {
-  const JobRefusal refusal = NoThreadRefusal();
-  return {refusal.result, std::u16string(app.mxfPath).append(u"\n").append(refusal.text)};
+  const std::int32_t result = NoThreadRefusal().result;
+  return {result, platform::ComposeInBoth([&](Language language) {
+            return std::u16string(app.mxfPath)
+                .append(u"\n")
+                .append(FailureText(kStageRewrapMapped, result, language));
+          })};
 }
 
 }  // namespace
 
-JobOutcome RunJob(APP_STATE_INFO* app) {
+JobOutcome RunJob(Language language, APP_STATE_INFO* app) {
   JobOutcome outcome{};
-  // The worker's thread may not throw: memory for the text is reserved before the job starts.
-  outcome.text.reserve(kMostReportChars);
+  // Reserved before the job, since memory may be out when the job has ended.
+  outcome.text.ja.reserve(kMostPlainChars);
+  outcome.text.en.reserve(kMostPlainChars);
   app->ui.progressDialog = [&](const JobReport& report) {
-    if (report.message == JOB_MSG_PHASE) return;
-    outcome.result = report.result;
-    const std::u16string_view text = report.text == nullptr ? u"" : report.text;
-    outcome.text.assign(text.substr(0, outcome.text.capacity()));
+    if (report.message != JOB_MSG_PHASE) outcome.result = report.result;
   };
-  const bool ran = app->jobKind == kAnalysisJob ? RunAnalysis(app) : RunEngine(app);
+  const bool ran =
+      app->jobKind == kAnalysisJob ? RunAnalysis(language, app) : RunEngine(language, app);
   app->ui = {};
   if (!ran) return NotStarted(*app);
+  try {
+    outcome.text = platform::ComposeInBoth(
+        [&](Language either) { return OutcomeMessage(*app, outcome.result, either); });
+  } catch (const std::bad_alloc&) {
+    outcome.text.ja = PlainOutcomeText(app->jobKind, outcome.result, Language::kJapanese);
+    outcome.text.en = PlainOutcomeText(app->jobKind, outcome.result, Language::kEnglish);
+  }
   return outcome;
 }
 
-int ReportJob(const JobOutcome& outcome) {
+int ReportJob(Language language, std::int32_t result, std::u16string_view text) {
   // The exit status tells how the job has ended, even when there is no memory for the text.
   try {
-    outcome.result == kSuccess ? static_cast<void>(PrintLine(outcome.text))
-                               : PrintError(outcome.text);
+    result == kSuccess ? static_cast<void>(PrintLine(language, text)) : PrintError(text);
   } catch (const std::bad_alloc&) {
-    PrintRaw(WithoutWords(outcome.result));
+    PrintRaw(WithoutWords(result).In(language));
   }
-  switch (outcome.result) {
+  switch (result) {
     case kSuccess:
       return kDone;
     case kDoneWithNotice:

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/language.h"
+
 namespace quorvan::cli {
 
 // Writes one JSON value, as a rule an object. `name` is empty for an item of an array and for the
@@ -30,6 +32,13 @@ class JsonWriter {
   }
   void Field(std::string_view name, double number) {
     Raw(name, std::isfinite(number) ? fmt::format("{}", number) : "null");
+  }
+  // Writes an object with a text in both languages, as the members ja and en.
+  void InBoth(std::string_view name, const platform::InBoth<std::string>& text) {
+    Object(name, [&] {
+      Field("ja", text.ja);
+      Field("en", text.en);
+    });
   }
   // Writes a text as an item of an array.
   void Item(std::string_view text) { Field({}, text); }

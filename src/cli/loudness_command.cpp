@@ -13,6 +13,8 @@
 namespace quorvan::cli {
 namespace {
 
+using platform::Language;
+
 constexpr std::size_t kMostTracks = 2;  // left and right
 
 std::string ResultText(const MXF_AUDIO_INFO& audio) {
@@ -37,28 +39,34 @@ std::string ResultJson(const MXF_AUDIO_INFO& audio) {
 
 }  // namespace
 
-int RunLoudness(const LoudnessArguments& arguments) {
+int RunLoudness(const LoudnessArguments& arguments, Language language) {
   WatchForInterrupts();
-  ClipSession session;
+  ClipSession session(language);
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = CheckClipOrSay(kLoudnessJob, app)) return status;
+  if (const int status = CheckClipOrSay(kLoudnessJob, session)) return status;
   std::vector<std::uint32_t> tracks;
-  if (const int status = ReadTrackList(arguments.tracks, app, &tracks)) return status;
+  if (const int status = ReadTrackList(arguments.tracks, session, &tracks)) return status;
   if (tracks.size() > kMostTracks) {
-    PrintError(fmt::format("--tracks {}: one or two tracks are measured", arguments.tracks));
+    PrintError(language,
+               {"--tracks {}: 測定できるのは1つまたは2つのトラックです。",
+                "--tracks {}: one or two tracks are measured"},
+               arguments.tracks);
     return kWrongUsage;
   }
-  if (const int status = SetRange(arguments.range, kLoudnessRange, &app)) return status;
-  if (const int status = PrepareOrSay(kLoudnessJob, &app)) return status;
+  if (const int status = SetRange(arguments.range, kLoudnessRange, &session)) return status;
+  if (const int status = PrepareOrSay(kLoudnessJob, &session)) return status;
   app.trackSelected.fill(0);
   for (const std::uint32_t t : tracks)
     app.trackSelected[t] = 1;
 
-  const JobOutcome outcome = RunJob(&app);
-  if (outcome.result != kSuccess) return ReportJob(outcome);
+  const JobOutcome outcome = RunJob(language, &app);
+  if (outcome.result != kSuccess) {
+    return ReportJob(language, outcome.result, outcome.text.In(language));
+  }
   const MXF_AUDIO_INFO& audio = *app.mxf->audio;
-  return PrintLine(arguments.json ? ResultJson(audio) : ResultText(audio)) ? kDone : kFailed;
+  return PrintLine(language, arguments.json ? ResultJson(audio) : ResultText(audio)) ? kDone
+                                                                                     : kFailed;
 }
 
 }  // namespace quorvan::cli

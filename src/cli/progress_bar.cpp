@@ -13,6 +13,7 @@
 #include "platform/console.h"
 #include "platform/text.h"
 #include "platform/thread.h"
+#include "state/wording.h"
 
 namespace quorvan::cli {
 namespace {
@@ -23,44 +24,58 @@ constexpr int kColumnsBesideBar = 62;
 constexpr int kNarrowestBar = 8;
 constexpr int kWidestBar = 40;
 
+// What the bar shows besides the progress.
+struct View {
+  platform::Language language;
+  platform::InBoth<std::string_view> unit;
+  double started;  // MonotonicSeconds at the start of the job
+};
+
 std::string TimeLeft(double elapsed, double share) {
   if (share <= 0.0) return "--:--";
   const auto seconds = std::lround(elapsed * (1.0 - share) / share);
   return fmt::format("{:02}:{:02}", seconds / 60, seconds % 60);
 }
 
-std::string BarLine(const JobProgress& progress, std::string_view unit, double elapsed,
-                    int columns) {
+std::string BarLine(const JobProgress& progress, const View& view, int columns) {
   const std::uint64_t total = progress.total;
   const std::uint64_t done = std::min(progress.done.load(), total);
   const double share = total == 0 ? 0.0 : static_cast<double>(done) / static_cast<double>(total);
   const int width = std::clamp(columns - kColumnsBesideBar, kNarrowestBar, kWidestBar);
   const int filled = static_cast<int>(share * width);
-  return fmt::format("[{:#<{}}{:.<{}}] {}/{} {} {:5.1f}%  {} left", "", filled, "", width - filled,
-                     done, total, unit, 100.0 * share, TimeLeft(elapsed, share));
+  const double elapsed = platform::MonotonicSeconds() - view.started;
+  return Worded(view.language,
+                {"[{:#<{}}{:.<{}}] {}/{} {} {:5.1f}%  残り {}",
+                 "[{:#<{}}{:.<{}}] {}/{} {} {:5.1f}%  {} left"},
+                "", filled, "", width - filled, done, total, view.unit.In(view.language),
+                100.0 * share, TimeLeft(elapsed, share));
 }
 
-// The text of the stage; empty when the line has no room for it.
-std::string StageLine(const char16_t* stage, int columns) {
-  std::string line = platform::ToUtf8(stage);
-  if (line.size() >= static_cast<std::size_t>(columns)) line.clear();
-  return line;
+// Cuts the line where it does not fit into `columns`. Outside of ASCII, a character takes two.
+void CutTo(int columns, std::u16string* line) {
+  int taken = 0;
+  const auto end = std::find_if(line->begin(), line->end(), [&](char16_t c) {
+    taken += c < 0x80 ? 1 : 2;
+    return taken > columns;
+  });
+  line->erase(end, line->end());
 }
 
-void Draw(const JobProgress& progress, std::string_view unit, double started) {
+void Draw(const JobProgress& progress, const View& view) {
   const int columns = platform::TerminalColumns();
-  const char16_t* stage = progress.stage;
-  std::string line = stage != nullptr && progress.total == 0
-                         ? StageLine(stage, columns)
-                         : BarLine(progress, unit, platform::MonotonicSeconds() - started, columns);
-  if (columns > 1) line.resize(std::min(line.size(), static_cast<std::size_t>(columns) - 1));
-  PrintRaw("\r" + line + "\x1b[K");
+  const platform::Text* stage = progress.stage;
+  std::u16string line = stage != nullptr && progress.total == 0
+                            ? std::u16string(stage->In(view.language))
+                            : platform::ToUtf16(BarLine(progress, view, columns));
+  if (columns > 1) CutTo(columns - 1, &line);
+  const std::string shown = platform::ToUtf8(line);
+  PrintRaw("\r" + shown + "\x1b[K");
 }
 
 // Draws the bar. Without memory for the bar it draws nothing: the job must go on.
-void TryToDraw(const JobProgress& progress, std::string_view unit, double started) {
+void TryToDraw(const JobProgress& progress, const View& view) {
   try {
-    Draw(progress, unit, started);
+    Draw(progress, view);
   } catch (const std::bad_alloc&) {
     return;
   }
@@ -68,20 +83,21 @@ void TryToDraw(const JobProgress& progress, std::string_view unit, double starte
 
 }  // namespace
 
-bool RunWithProgress(const std::function<void()>& job, std::string_view unit, JobProgress* progress,
+bool RunWithProgress(platform::Language language, const std::function<void()>& job,
+                     const platform::InBoth<std::string_view>& unit, JobProgress* progress,
                      const std::function<void()>& exchange) {
   platform::WatchedThread worker;
   if (!worker.Start(job)) return false;
   const bool shows = platform::ErrorIsTerminal();
-  const double startTime = platform::MonotonicSeconds();
+  const View view{language, unit, platform::MonotonicSeconds()};
   for (int poll = 0; !worker.EndsWithin(kPollInterval); ++poll) {
     if (Interrupted()) progress->cancel = 1;
     if (exchange) exchange();
-    if (shows && poll % kPollsPerRedraw == 0) TryToDraw(*progress, unit, startTime);
+    if (shows && poll % kPollsPerRedraw == 0) TryToDraw(*progress, view);
   }
   if (exchange) exchange();
   if (shows) {
-    TryToDraw(*progress, unit, startTime);
+    TryToDraw(*progress, view);
     PrintRaw("\n");
   }
   return true;

@@ -1,7 +1,5 @@
 #include "conform/conform.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <new>
 #include <optional>
@@ -18,14 +16,16 @@
 #include "platform/file.h"
 #include "platform/path.h"
 #include "platform/text.h"
+#include "state/wording.h"
 
 namespace quorvan {
 namespace {
 
 constexpr std::uint32_t kUsualIndexSid = 2;
-constexpr const char16_t* kPlanStage = u"クリップの構造を確認中...";
+constexpr platform::Text kPlanStage = {u"クリップの構造を確認中...",
+                                       u"checking the structure of the clip..."};
 
-ConformResult Refused(ConformFault fault, std::string reason) {
+ConformResult Refused(ConformFault fault, Reason reason) {
   ConformResult result;
   result.fault = fault;
   result.reason = std::move(reason);
@@ -70,8 +70,8 @@ class Conformer {
 
   // Decides what the copy holds. False when there can be none; `result` then tells why.
   bool Plan() {
-    progress_.stage = kPlanStage;
-    std::string reason;
+    progress_.stage = &kPlanStage;
+    Reason reason;
     if (!ReadSourceClip(clip_, size_, &source_, &reason)) return Unfit(std::move(reason));
     if (!ReadMetadata()) return Unreadable();
     if (!PlanWithIndex() && (HasEnded() || !PlanWithFrames())) return false;
@@ -83,11 +83,14 @@ class Conformer {
     const auto room = platform::FreeBytesBeside(out);
     if (room && *room < plan_.fileSize) {
       return End(ConformFault::kNoRoom,
-                 fmt::format("the copy needs {} bytes, where {} are free", plan_.fileSize, *room));
+                 WordedInBoth({"コピーには {} バイト必要ですが、空き容量は {} バイトです。",
+                               "the copy needs {} bytes, where {} are free"},
+                              plan_.fileSize, *room));
     }
     UnfinishedCopy copy(out);
     if (!copy.file().IsOpen()) {
-      return End(ConformFault::kUnwritable, "no file can be created where the copy shall stand");
+      return End(ConformFault::kUnwritable, {"コピーの保存先にファイルを作成できません。",
+                                             "no file can be created where the copy shall stand"});
     }
     copy.file().StopOn(&progress_.cancel);
     switch (WriteCopy(plan_, clip_, &copy.file(), &progress_)) {
@@ -99,17 +102,22 @@ class Conformer {
         Unreadable();
         return;
       case CopyEnd::kUnwritable:
-        return End(ConformFault::kUnwritable, "the copy cannot be written or read back");
+        return End(ConformFault::kUnwritable, {"コピーの書込みまたは読返しができません。",
+                                               "the copy cannot be written or read back"});
     }
     if (!CheckCopy(&copy.file())) return;
     if (clip_.Trouble() != platform::ReadTrouble::kNone) {
       Unreadable();
       return;
     }
-    if (HasChanged()) return End(ConformFault::kUnreadable, "the clip has changed meanwhile");
+    if (HasChanged()) {
+      return End(ConformFault::kUnreadable, {"コピーの作成中に元のファイルが変更されました。",
+                                             "the clip has changed meanwhile"});
+    }
     if (!copy.TakeName(out)) {
       End(ConformFault::kUnwritable,
-          "the copy cannot take its name, or the name not be brought onto the medium");
+          {"コピーに名前を付けられないか、名前をストレージに書込めません。",
+           "the copy cannot take its name, or the name not be brought onto the medium"});
     }
   }
 
@@ -130,23 +138,23 @@ class Conformer {
     return !times || !times_ || times->lastWrite != times_->lastWrite || clip_.Size() != size_;
   }
 
-  void End(ConformFault fault, std::string reason) {
+  void End(ConformFault fault, Reason reason) {
     result_.fault = fault;
     result_.reason = std::move(reason);
   }
 
-  void EndStopped() { End(ConformFault::kStopped, "cancelled"); }
+  void EndStopped() { End(ConformFault::kStopped, {"中断しました。", "cancelled"}); }
 
   // Each ends the work and is false.
   bool Unreadable() {
     if (progress_.cancel != 0) {
       EndStopped();
     } else {
-      End(ConformFault::kUnreadable, "the clip cannot be read");
+      End(ConformFault::kUnreadable, {"MXFファイルを読込めません。", "the clip cannot be read"});
     }
     return false;
   }
-  bool Unfit(std::string reason) {
+  bool Unfit(Reason reason) {
     if (clip_.Trouble() != platform::ReadTrouble::kNone) return Unreadable();
     End(ConformFault::kUnfit, std::move(reason));
     return false;
@@ -244,8 +252,11 @@ class Conformer {
   bool PlanWithFrames() {
     MetadataSets& sets = metadata_.front();
     const std::optional<Fraction> rate = PictureRate(sets);
-    if (!rate) return Unfit("the metadata do not tell the rate of the picture");
-    std::string reason;
+    if (!rate) {
+      return Unfit({"メタデータから映像のフレームレートが分かりません。",
+                    "the metadata do not tell the rate of the picture"});
+    }
+    Reason reason;
     if (!ReadFrames(clip_, source_, CodingOf(sets), &map_, &reason)) return Unfit(reason);
     frames_ = static_cast<std::uint32_t>(map_.frames.size());
     const bool isUnfinished = source_.unfinished != 0 || source_.cutBytes != 0 ||
@@ -264,13 +275,17 @@ class Conformer {
     const std::int32_t code = AnalyzeSkeleton(&skeleton, &records);
     if (HasEnded()) return false;
     if (code != kSuccess) return RefusedBy(records, code);
-    if (records.timecode.frameCount != frames_) return Unfit("the new index table cannot be read");
+    if (records.timecode.frameCount != frames_) {
+      return Unfit(
+          {"作成したインデックステーブルを読取れません。", "the new index table cannot be read"});
+    }
     const bool fits =
         map_.isRegular ? IndexIsOfMap(&records) : FirstFrameStands(skeleton, &records);
     if (fits || HasEnded()) return fits;
     const std::int32_t unfit = map_.isRegular ? MeasureFirstFrame(&clip_, &records.base) : kSuccess;
     if (unfit != kSuccess) return RefusedBy(records, unfit);
-    return Unfit("the new index table does not lead to the frames");
+    return Unfit({"作成したインデックステーブルがフレームを示していません。",
+                  "the new index table does not lead to the frames"});
   }
 
   // True when the index leads to the audio of the first frame, the only one in `skeleton`. All
@@ -336,7 +351,8 @@ class Conformer {
         Unreadable();
         break;
       case CopyEnd::kUnwritable:
-        End(ConformFault::kNoMemory, "no memory for the copy");
+        End(ConformFault::kNoMemory,
+            {"コピー用のメモリが確保できません。", "no memory for the copy"});
         break;
     }
     return kSuccess;
@@ -346,9 +362,13 @@ class Conformer {
     records->timecode.useFileIo = Method::kGenericFileIo;
     const std::int32_t code = AnalyzeMxfFile(file, &records->base);
     if (code == kCancelled) EndStopped();
-    if (code % 100 == kStageNoMemory) End(ConformFault::kNoMemory, "no memory for the analysis");
+    if (code % 100 == kStageNoMemory) {
+      End(ConformFault::kNoMemory,
+          {"解析用のメモリが確保できません。", "no memory for the analysis"});
+    }
     if (code % 100 == kStageUnreadable) {
-      End(ConformFault::kUnwritable, "the copy cannot be read back");
+      End(ConformFault::kUnwritable,
+          {"コピーの読返しができません。", "the copy cannot be read back"});
     }
     return code;
   }
@@ -358,7 +378,9 @@ class Conformer {
     result_.processCode = records.base.processCode;
     result_.hasAudioDescriptor = records.audio.hasDescriptor == 1;
     End(ConformFault::kUnfit,
-        fmt::format("the clip is refused in its conformed form too, with {}", code));
+        WordedInBoth({"構造を整えてもロードできません。(ERR: {})",
+                      "the clip is refused in its conformed form too, with {}"},
+                     code));
     return false;
   }
 
@@ -437,7 +459,8 @@ class Conformer {
     if (progress_.cancel != 0) {
       EndStopped();
     } else {
-      End(ConformFault::kUnwritable, "the copy cannot be read back");
+      End(ConformFault::kUnwritable,
+          {"コピーの読返しができません。", "the copy cannot be read back"});
     }
     return false;
   }
@@ -469,17 +492,25 @@ void AddAnalysisOf(platform::File* clip, ConformResult* result) {
 ConformResult Conform(const ConformRequest& request, JobProgress* progress) {
   const bool writes = !request.checkOnly;
   if (writes && platform::AbsolutePath(request.in) == platform::AbsolutePath(request.out)) {
-    return Refused(ConformFault::kSameFile, "the copy would replace the clip itself");
+    return Refused(ConformFault::kSameFile, {"コピーが元のファイルと同じファイルになります。",
+                                             "the copy would replace the clip itself"});
   }
   if (writes && platform::IsNameTaken(request.out)) {
     return Refused(ConformFault::kNameTaken,
-                   fmt::format("{} exists already", platform::ToUtf8(request.out)));
+                   WordedInBoth({"{} はすでにあります。", "{} exists already"},
+                                platform::ToUtf8(request.out)));
   }
   platform::File clip = platform::File::Open(request.in, platform::OpenMode::kReadShared);
-  if (!clip.IsOpen()) return Refused(ConformFault::kUnreadable, "the clip cannot be opened");
+  if (!clip.IsOpen()) {
+    return Refused(ConformFault::kUnreadable,
+                   {"MXFファイルを開くことができません。", "the clip cannot be opened"});
+  }
   clip.StopOn(&progress->cancel);
   const std::optional<std::uint64_t> size = clip.Size();
-  if (!size) return Refused(ConformFault::kUnreadable, "the size of the clip is unknown");
+  if (!size) {
+    return Refused(ConformFault::kUnreadable,
+                   {"MXFファイルのサイズが分かりません。", "the size of the clip is unknown"});
+  }
   Conformer conformer(&clip, *size, progress);
   if (conformer.Plan() && writes) conformer.Write(request.out);
   ConformResult result = conformer.TakeResult();
@@ -493,7 +524,8 @@ ConformResult ConformClip(const ConformRequest& request, JobProgress* progress) 
   try {
     return Conform(request, progress);
   } catch (const std::bad_alloc&) {
-    return Refused(ConformFault::kNoMemory, "out of memory");
+    // Texts of at most 15 bytes, which a std::string holds without an allocation.
+    return Refused(ConformFault::kNoMemory, {"メモリ不足", "out of memory"});
   }
 }
 

@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "conform/reason.h"
 #include "mxf/records.h"
+#include "platform/language.h"
 #include "state/job_progress.h"
 
 namespace quorvan {
@@ -57,7 +59,7 @@ struct ConformRequest {
 
 struct ConformResult {
   ConformFault fault = ConformFault::kNone;
-  std::string reason;               // English, UTF-8; empty without a fault
+  Reason reason;                    // empty without a fault
   std::int32_t analysisCode = 0;    // of the analysis that refused the copy, else the clip; or 0
   std::uint32_t processCode = 0;    // its stage
   bool hasAudioDescriptor = false;  // of the refused file, for LoadFailureMessage
@@ -81,9 +83,9 @@ struct ConformResult {
 // `progress` must not be null. Throws nothing.
 ConformResult ConformClip(const ConformRequest& request, JobProgress* progress);
 
-// What `note` says to an operator: one line without a line end, English, UTF-8. Throws
+// What `note` says to an operator of the finished copy: one line without a line end. Throws
 // std::bad_alloc.
-std::string MendText(const MendNote& note);
+std::u16string MendText(const MendNote& note, platform::Language language);
 
 // A short name of `mend` for scripts, like "randomIndex".
 const char* MendName(Mend mend);

@@ -1,7 +1,5 @@
 #include "conform/frame_map.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -10,6 +8,7 @@
 
 #include "mxf/essence/audio_element.h"
 #include "mxf/metadata/index_segments.h"
+#include "state/wording.h"
 
 namespace quorvan {
 namespace {
@@ -66,7 +65,7 @@ std::uint32_t SlotFor(std::uint64_t valueBytes) {
 class FrameReader {
  public:
   FrameReader(const platform::File& file, const SourceClip& clip, PictureCoding coding,
-              FrameMap* map, std::string* reason)
+              FrameMap* map, Reason* reason)
       : file_(file),
         window_(file, HeaderWindow::kBlockBytes),
         clip_(clip),
@@ -80,13 +79,15 @@ class FrameReader {
       if (partition.essenceStart < partition.end && !ReadPartition(i)) return false;
     }
     if (map_.bodySid == 0) map_.bodySid = 1;  // 0 would say that there is no essence
-    if (map_.frames.empty()) return Refuse("the clip holds no whole frame");
+    if (map_.frames.empty()) {
+      return Refuse({"完全なフレームがありません。", "the clip holds no whole frame"});
+    }
     return EndsWhereItWasCutOff();
   }
 
  private:
-  bool Refuse(std::string text) {
-    reason_ = std::move(text);
+  bool Refuse(Reason reason) {
+    reason_ = std::move(reason);
     return false;
   }
 
@@ -101,7 +102,9 @@ class FrameReader {
     frameEnd_ = partition.essenceStart;
     for (KlvSpan klv; frameEnd_ < partition.end; frameEnd_ = klv.End()) {
       if (!ReadKlvSpan(&window_, frameEnd_, partition.end, &klv)) {
-        if (file_.Trouble() != platform::ReadTrouble::kNone) return Refuse("a read has failed");
+        if (file_.Trouble() != platform::ReadTrouble::kNone) {
+          return Refuse({"読込み中にエラーが発生しました。", "a read has failed"});
+        }
         if (!LeaveOut(frameEnd_, partition.end)) return false;
         break;
       }
@@ -112,7 +115,9 @@ class FrameReader {
           return HoldsNoFrames(frameEnd_, partition.end);
         }
         if (std::find(skipped_.begin(), skipped_.end(), bodySid) != skipped_.end()) {
-          return Refuse(fmt::format("no frame in front of byte {}", klv.offset));
+          return Refuse(WordedInBoth(
+              {"{} バイト目の前にフレームがありません。", "no frame in front of byte {}"},
+              klv.offset));
         }
         opener_ = klv.key;
         hasOpener_ = true;
@@ -121,8 +126,11 @@ class FrameReader {
       if (!elements_.empty() && SameElement(klv.key, opener_) && !CloseFrame(number, false)) {
         return false;
       }
-      if (elements_.size() == kMostElements)
-        return Refuse(Misfit("more elements than a frame has"));
+      if (elements_.size() == kMostElements) {
+        return Refuse(WordedInBoth({"{} バイト目のフレームのエレメントが多すぎます。",
+                                    "the frame at byte {} holds more elements than a frame has"},
+                                   elements_.front().offset));
+      }
       elements_.push_back(klv);
     }
     return elements_.empty() || CloseFrame(number, true);
@@ -136,8 +144,10 @@ class FrameReader {
       const bool opens =
           hasOpener_ ? SameElement(klv.key, opener_) : IsContainerElement(klv.key.data());
       if (!opens) continue;
-      return Refuse(fmt::format(
-          "the frame at byte {} stands behind other data or has another BodySID", offset));
+      return Refuse(
+          WordedInBoth({"{} バイト目のフレームの前に他のデータがあるか、BodySIDが異なります。",
+                        "the frame at byte {} stands behind other data or has another BodySID"},
+                       offset));
     }
     return true;
   }
@@ -150,28 +160,32 @@ class FrameReader {
     std::vector<std::uint8_t> block(kSearchBlockBytes);
     while (at < end && end - at >= opener_.size()) {
       const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), end - at));
-      if (file_.ReadAt(at, block.data(), wanted) != wanted) return Refuse("a read has failed");
+      if (file_.ReadAt(at, block.data(), wanted) != wanted) {
+        return Refuse({"読込み中にエラーが発生しました。", "a read has failed"});
+      }
       const auto last = block.begin() + static_cast<std::ptrdiff_t>(wanted);
       const auto found = std::search(block.begin(), last, opener_.begin(), opener_.end());
       if (found != last) {
-        return Refuse(fmt::format("no whole KLV at byte {}, but a frame at byte {}",
-                                  clip_.partitions.back().end,
-                                  at + static_cast<std::uint64_t>(found - block.begin())));
+        return Refuse(WordedInBoth(
+            {"{} バイト目に完全なKLVがありませんが、{} バイト目にフレームがあります。",
+             "no whole KLV at byte {}, but a frame at byte {}"},
+            clip_.partitions.back().end, at + static_cast<std::uint64_t>(found - block.begin())));
       }
       at += wanted - (opener_.size() - 1);
     }
     return true;
   }
 
-  std::string Misfit(const char* what) const {
-    return fmt::format("the frame at byte {} holds {}", elements_.front().offset, what);
+  bool RefuseLostFrame() {
+    return Refuse(WordedInBoth(
+        {"{} バイト目に完全なフレームがありません。", "no whole frame at byte {}"}, lostStart_));
   }
 
   // Leaves out the bytes from `offset` to `end`, of which no whole frame can be made. False when
   // bytes were left out before: then they do not stand at the end of the essence.
   bool LeaveOut(std::uint64_t offset, std::uint64_t end) {
     if (map_.lostBytes != 0 && offset != lostEnd_) {
-      return Refuse(fmt::format("no whole frame at byte {}", lostStart_));
+      return RefuseLostFrame();
     }
     if (map_.lostBytes == 0) lostStart_ = offset;
     lostEnd_ = end;
@@ -183,7 +197,7 @@ class FrameReader {
   bool CloseFrame(std::uint32_t partition, bool isLast) {
     const std::vector<KlvSpan> elements = std::exchange(elements_, {});
     if (map_.lostBytes != 0) {
-      return Refuse(fmt::format("no whole frame at byte {}", lostStart_));
+      return RefuseLostFrame();
     }
     const auto first = std::find_if(elements.begin(), elements.end(),
                                     [](const KlvSpan& klv) { return IsAudio(klv.key); });
@@ -195,11 +209,14 @@ class FrameReader {
     // A system element opens its frame: behind other elements it belongs to the next frame.
     if (!IsSystem(opener_) && std::any_of(elements.begin(), elements.end(),
                                           [](const KlvSpan& klv) { return IsSystem(klv.key); })) {
-      return Refuse(
-          fmt::format("the frame at byte {} does not start with its system element", start));
+      return Refuse(WordedInBoth({"{} バイト目のフレームがシステムエレメントから始まっていません。",
+                                  "the frame at byte {} does not start with its system element"},
+                                 start));
     }
     if (isFirst && count == 0) {
-      return Refuse(fmt::format("the frame at byte {} holds no audio element", start));
+      return Refuse(WordedInBoth({"{} バイト目のフレームにオーディオエレメントがありません。",
+                                  "the frame at byte {} holds no audio element"},
+                                 start));
     }
     // Where the clip was cut off, another frame has to show how many elements a frame holds.
     const bool mayBeCut = isLast && partition + 1 == clip_.partitions.size() &&
@@ -211,15 +228,21 @@ class FrameReader {
     if (!isWhole) return LeaveOut(start, frameEnd_);
     if (std::any_of(behind, elements.end(), [](const KlvSpan& klv) { return IsAudio(klv.key); })) {
       return Refuse(
-          fmt::format("other elements stand between the audio of the frame at byte {}", start));
+          WordedInBoth({"{} バイト目のフレームのオーディオの間に、他のエレメントがあります。",
+                        "other elements stand between the audio of the frame at byte {}"},
+                       start));
     }
     if (frameEnd_ - start > kLongestFrame || map_.frames.size() == kMostFrames) {
-      return Refuse(fmt::format("the frame at byte {} is longer than a frame can be", start));
+      return Refuse(WordedInBoth({"{} バイト目のフレームが長すぎます。",
+                                  "the frame at byte {} is longer than a frame can be"},
+                                 start));
     }
     // The readers take any other KLV for the end of the partition's essence.
     if (!std::all_of(elements.begin(), isLast ? behind : elements.end(),
                      [](const KlvSpan& klv) { return IsContainerElement(klv.key.data()); })) {
-      return Refuse(fmt::format("the frame at byte {} holds a KLV that is no element", start));
+      return Refuse(WordedInBoth({"{} バイト目のフレームにエレメントではないKLVがあります。",
+                                  "the frame at byte {} holds a KLV that is no element"},
+                                 start));
     }
     if (isFirst) Begin(elements, {first, behind}, behind);
     return Take(partition, elements, {first, behind}, behind);
@@ -249,11 +272,14 @@ class FrameReader {
     const std::uint64_t start = elements.front().offset;
     for (std::size_t t = 0; t < audio.size(); ++t) {
       if (audio[t].length > kLongestAudioElement) {
-        return Refuse(fmt::format("the audio element at byte {} is too long", audio[t].offset));
+        return Refuse(WordedInBoth({"{} バイト目のオーディオエレメントが長すぎます。",
+                                    "the audio element at byte {} is too long"},
+                                   audio[t].offset));
       }
       if (KindOfElement(audio[t].key.data()) != kind_) {
-        return Refuse(
-            fmt::format("the audio element at byte {} is of another kind", audio[t].offset));
+        return Refuse(WordedInBoth({"{} バイト目のオーディオエレメントの種類が異なります。",
+                                    "the audio element at byte {} is of another kind"},
+                                   audio[t].offset));
       }
       map_.slots[t] = std::max(map_.slots[t], SlotFor(audio[t].length));
       if (audio[t].offset - audio[0].offset != map_.deltas[t]) map_.isRegular = false;
@@ -302,7 +328,7 @@ class FrameReader {
   const SourceClip& clip_;
   const PictureCoding coding_;
   FrameMap& map_;
-  std::string& reason_;
+  Reason& reason_;
   std::vector<std::uint32_t> skipped_;  // BodySIDs of the partitions that hold no frames
   bool hasOpener_ = false;
   KlvKey opener_{};
@@ -316,7 +342,7 @@ class FrameReader {
 }  // namespace
 
 bool ReadFrames(const platform::File& file, const SourceClip& clip, PictureCoding coding,
-                FrameMap* map, std::string* reason) {
+                FrameMap* map, Reason* reason) {
   return FrameReader(file, clip, coding, map, reason).Read();
 }
 

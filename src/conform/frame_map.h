@@ -6,11 +6,11 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "conform/partition_map.h"
 #include "conform/picture_type.h"
+#include "conform/reason.h"
 
 namespace quorvan {
 
@@ -46,9 +46,9 @@ struct FrameMap {
 // Walks over the essence of `clip` in `file` and puts its frames into `*map`. A frame at the very
 // end of the essence that is not whole is left out. `codingLabel` is the coding of the picture.
 // Returns false when a read fails or is stopped, or when the essence is no sequence of frames that
-// all hold the same audio elements; `*reason` then tells why, in English. Throws std::bad_alloc.
+// all hold the same audio elements; `*reason` then tells why. Throws std::bad_alloc.
 bool ReadFrames(const platform::File& file, const SourceClip& clip, PictureCoding coding,
-                FrameMap* map, std::string* reason);
+                FrameMap* map, Reason* reason);
 
 // Appends the frame `frame` of the clip, whose bytes are `source`, to `*out` in the layout in which
 // every audio element has its slot: audio elements and the frame's first element get length fields

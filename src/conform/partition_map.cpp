@@ -1,12 +1,12 @@
 #include "conform/partition_map.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <array>
 #include <span>
 #include <unordered_map>
 #include <utility>
+
+#include "state/wording.h"
 
 namespace quorvan {
 namespace {
@@ -51,12 +51,12 @@ bool IsMetadata(const KlvSpan& klv) {
 struct MapReader {
   const platform::File& file;
   std::uint64_t fileSize;
-  std::string* reason;
+  Reason* reason;
   std::uint64_t metadataBytes = 0;
   std::size_t metadataKlvs = 0;
 
-  bool Refuse(std::string text) {
-    *reason = std::move(text);
+  bool Refuse(Reason why) {
+    *reason = std::move(why);
     return false;
   }
 };
@@ -154,7 +154,8 @@ bool OffsetsFromWalk(MapReader* reader, SourceClip* clip, std::vector<std::uint6
   for (KlvSpan klv; at < reader->fileSize; at = klv.End()) {
     if (!ReadKlvSpan(&window, at, reader->fileSize, &klv)) {
       if (!IsCutOffAt(*reader, at)) {
-        return reader->Refuse(fmt::format("no whole KLV at byte {}", at));
+        return reader->Refuse(
+            WordedInBoth({"{} バイト目に完全なKLVがありません。", "no whole KLV at byte {}"}, at));
       }
       clip->cutBytes = reader->fileSize - at;
       break;
@@ -164,7 +165,9 @@ bool OffsetsFromWalk(MapReader* reader, SourceClip* clip, std::vector<std::uint6
       break;
     }
     if (!IsPartitionPack(klv)) continue;
-    if (offsets->size() == kMostPartitions) return reader->Refuse("too many partitions");
+    if (offsets->size() == kMostPartitions) {
+      return reader->Refuse({"パーティションが多すぎます。", "too many partitions"});
+    }
     offsets->push_back(at);
   }
   *end = at;
@@ -186,7 +189,7 @@ std::uint64_t SkipFill(const MapReader& reader, std::uint64_t offset, std::uint6
 // has more than kMostMetadataBytes.
 bool CountMetadata(MapReader* reader, std::uint64_t count) {
   if (count > kMostMetadataBytes - reader->metadataBytes) {
-    return reader->Refuse("more metadata than a clip can have");
+    return reader->Refuse({"メタデータが大きすぎます。", "more metadata than a clip can have"});
   }
   reader->metadataBytes += count;
   return true;
@@ -198,9 +201,9 @@ bool CountMetadata(MapReader* reader, std::uint64_t count) {
 // count. Takes the later end when whole KLVs of the part fill the space up to this end, else the
 // earlier end on the same condition. False, with a reason, when neither end fits, or when there is
 // too much metadata.
-bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, const char* what,
-                 bool (*belongs)(const KlvSpan&), std::uint64_t* cursor,
-                 std::vector<KlvSpan>* klvs) {
+bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end,
+                 const platform::InBoth<std::string_view>& name, bool (*belongs)(const KlvSpan&),
+                 std::uint64_t* cursor, std::vector<KlvSpan>* klvs) {
   if (count == 0) return true;
   if (!CountMetadata(reader, count)) return false;
   // No wrap: the cursor lies in the file, and the count is at most kMostMetadataBytes.
@@ -217,7 +220,9 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
     if (!ReadKlvSpan(reader->file, at, end, &klv)) break;
     if (Is(klv, keys::kFill)) continue;
     if (!belongs(klv)) break;
-    if (++reader->metadataKlvs > kMostMetadataKlvs) return reader->Refuse("too many metadata sets");
+    if (++reader->metadataKlvs > kMostMetadataKlvs) {
+      return reader->Refuse({"メタデータセットが多すぎます。", "too many metadata sets"});
+    }
     klvs->push_back(klv);
   }
   if (at == counted) {
@@ -226,7 +231,9 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
   }
   if (!endsWithFill) {
     return reader->Refuse(
-        fmt::format("the {} does not end where its byte count says, near byte {}", what, at));
+        WordedInBoth({"{0} バイト目の付近で、{1}がバイト数の示す位置で終わっていません。",
+                      "the {2} does not end where its byte count says, near byte {0}"},
+                     at, name.ja, name.en));
   }
   klvs->resize(klvsWithFill);
   *cursor = countedWithFill;
@@ -238,12 +245,14 @@ bool ReadCounted(MapReader* reader, std::uint64_t count, std::uint64_t end, cons
 bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, bool last) {
   const std::uint8_t kind = partition.pack.Kind();
   if ((kind == kHeaderPackKind) != first) {
-    return reader->Refuse(
-        fmt::format("the partition at byte {} is out of order", partition.offset));
+    return reader->Refuse(WordedInBoth({"{} バイト目のパーティションの順序が正しくありません。",
+                                        "the partition at byte {} is out of order"},
+                                       partition.offset));
   }
   if (kind == kFooterPackKind && !last) {
-    return reader->Refuse(
-        fmt::format("a footer partition at byte {} is not the last", partition.offset));
+    return reader->Refuse(WordedInBoth({"{} バイト目のフッターパーティションが最後ではありません。",
+                                        "a footer partition at byte {} is not the last"},
+                                       partition.offset));
   }
   return true;
 }
@@ -253,9 +262,11 @@ bool CheckPack(MapReader* reader, const SourcePartition& partition, bool first, 
 bool ReadByCounts(MapReader* reader, SourcePartition* partition, std::uint64_t* cursor) {
   const PartitionPack& pack = partition->pack;
   if (!ReadCounted(reader, pack.U64(pack_field::kHeaderByteCount), partition->end,
-                   "header metadata", IsMetadata, cursor, &partition->metadata) ||
-      !ReadCounted(reader, pack.U64(pack_field::kIndexByteCount), partition->end, "index table",
-                   IsIndexSegment, cursor, &partition->indexSegments)) {
+                   {"ヘッダーメタデータ", "header metadata"}, IsMetadata, cursor,
+                   &partition->metadata) ||
+      !ReadCounted(reader, pack.U64(pack_field::kIndexByteCount), partition->end,
+                   {"インデックステーブル", "index table"}, IsIndexSegment, cursor,
+                   &partition->indexSegments)) {
     return false;
   }
   KlvSpan behind;
@@ -273,7 +284,9 @@ bool ReadByKeys(MapReader* reader, SourcePartition* partition, std::uint64_t* cu
     *cursor = klv.End();
     if (isFill) continue;
     if (!CountMetadata(reader, klv.length)) return false;
-    if (++reader->metadataKlvs > kMostMetadataKlvs) return reader->Refuse("too many metadata sets");
+    if (++reader->metadataKlvs > kMostMetadataKlvs) {
+      return reader->Refuse({"メタデータセットが多すぎます。", "too many metadata sets"});
+    }
     (IsIndexSegment(klv) ? partition->indexSegments : partition->metadata).push_back(klv);
   }
   return true;
@@ -286,7 +299,9 @@ bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bo
                    SourceClip* clip, std::uint64_t* behindCounted) {
   KlvSpan klv;
   if (!ReadPack(reader->file, partition->offset, partition->end, &klv, &partition->pack)) {
-    return reader->Refuse(fmt::format("no partition pack at byte {}", partition->offset));
+    return reader->Refuse(WordedInBoth(
+        {"{} バイト目にパーティションパックがありません。", "no partition pack at byte {}"},
+        partition->offset));
   }
   if (!CheckPack(reader, *partition, first, last)) return false;
   if (IsUnfinishedPartition(partition->pack.Status())) ++clip->unfinished;
@@ -303,7 +318,9 @@ bool ReadPartition(MapReader* reader, SourcePartition* partition, bool first, bo
   if (!ReadByKeys(reader, partition, behindCounted)) return false;
   if (primerFirst() || (partition->metadata.empty() && !first)) return true;
   return reader->Refuse(
-      fmt::format("no header metadata where the partition at byte {} has it", partition->offset));
+      WordedInBoth({"{} バイト目のパーティションにヘッダーメタデータがありません。",
+                    "no header metadata where the partition at byte {} has it"},
+                   partition->offset));
 }
 
 // Finds the start of the partition's essence, from `behindCounted` on. Fill in front of the first
@@ -377,13 +394,15 @@ bool ReadByRandomIndex(MapReader* reader, SourceClip* clip) {
 }  // namespace
 
 bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
-                    std::string* reason) {
+                    Reason* reason) {
   MapReader byIndex{file, fileSize, reason};
   KlvSpan klv;
   PartitionPack pack;
   if (!ReadPack(file, 0, fileSize, &klv, &pack)) {
     return byIndex.Refuse(
-        "no partition pack at the start of the file: no MXF clip, or one with a run-in");
+        {"ファイルの先頭にパーティションパックがありません。MXFファイルではないか、先頭に余分なデー"
+         "タがあります。",
+         "no partition pack at the start of the file: no MXF clip, or one with a run-in"});
   }
   if (ReadByRandomIndex(&byIndex, clip)) return true;
   *clip = {};
@@ -391,7 +410,9 @@ bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceCl
   std::vector<std::uint64_t> offsets;
   std::uint64_t end = 0;
   if (!OffsetsFromWalk(&reader, clip, &offsets, &end)) return false;
-  if (offsets.empty()) return reader.Refuse("the clip cannot be read");
+  if (offsets.empty()) {
+    return reader.Refuse({"MXFファイルを読込めません。", "the clip cannot be read"});
+  }
   return ReadPartitions(&reader, std::move(offsets), end, clip);
 }
 

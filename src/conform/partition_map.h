@@ -5,10 +5,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "conform/klv_field.h"
+#include "conform/reason.h"
 #include "mxf/metadata/partition_pack.h"
 #include "platform/file.h"
 
@@ -53,9 +53,9 @@ struct SourceClip {
 // every KLV of the file. Takes the parts of a partition by its byte counts when these end at a KLV,
 // else by the keys of the KLVs. Returns false when a read fails or is stopped, or when the clip
 // cannot be laid out anew: a run-in, partitions out of order, bytes in the middle that are no KLV,
-// no header metadata, or more metadata than real clips have. `*reason` then tells why, in English.
+// no header metadata, or more metadata than real clips have. `*reason` then tells why.
 // Throws std::bad_alloc.
 bool ReadSourceClip(const platform::File& file, std::uint64_t fileSize, SourceClip* clip,
-                    std::string* reason);
+                    Reason* reason);
 
 }  // namespace quorvan

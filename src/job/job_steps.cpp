@@ -87,7 +87,8 @@ bool NeedsOldIdentity(const APP_STATE_INFO& app) {
   return HasExtendedUmid(*app.mxf);
 }
 
-RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app) {
+RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app,
+                      platform::Language language) {
   const bool noticed = result == kDoneWithNotice;
   const UmidState state = app->tracks->umidState;
   RewriteEnd end;
@@ -95,10 +96,10 @@ RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app) {
     std::uint32_t error = 0;
     end.logged =
         WriteRewrapLog(app, noticed ? UmidStateText(state) : std::u16string_view(), &error);
-    if (!end.logged) end.logFailure = RewrapLogFailureMessage(app->mxfPath, error);
+    if (!end.logged) end.logFailure = RewrapLogFailureMessage(app->mxfPath, error, language);
   }
-  end.text = noticed ? JobNoticeMessage(app->mxfPath, state, end.logged)
-                     : JobDoneMessage(app->mxfPath, kRewriteJob, app->useFileIo);
+  end.text = noticed ? JobNoticeMessage(app->mxfPath, state, end.logged, language)
+                     : JobDoneMessage(app->mxfPath, kRewriteJob, app->useFileIo, language);
   return end;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan {
@@ -14,7 +15,7 @@ namespace quorvan {
 // Why a job cannot start.
 struct JobRefusal {
   std::int32_t result = 0;     // 0 when the job can start, else the number of the refusal
-  std::u16string_view text{};  // for the operator
+  std::u16string_view text{};  // for the operator at the window
 };
 
 // Describes an analysis of `mxfFile` in `app`: sets jobKind, and clears analysisOk, the progress
@@ -55,8 +56,9 @@ struct RewriteEnd {
 };
 
 // Ends a rewrite whose `result` is kSuccess or kDoneWithNotice: writes its rewrap log when
-// `wantsLog` is true, and returns the texts for the operator. The clip is rewritten, whether or not
-// there is a log. Throws std::bad_alloc.
-RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app);
+// `wantsLog` is true, and returns the texts for the operator in `language`. The log is Japanese.
+// The clip is rewritten, whether or not there is a log. Throws std::bad_alloc.
+RewriteEnd EndRewrite(std::int32_t result, bool wantsLog, APP_STATE_INFO* app,
+                      platform::Language language = platform::kWindowLanguage);
 
 }  // namespace quorvan

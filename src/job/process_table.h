@@ -1,5 +1,6 @@
 // The process table: the process code, name and text of every stage, the text of every failure, and
-// the messages about the outcome of a job. The texts are those of the user interface, in Japanese.
+// the messages about the outcome of a job. The texts that the console prints exist in Japanese and
+// in English; a function without a language returns Japanese, the language of the window.
 //
 // A stage's failures are its process code plus 1 to 32; from 15 on the number added means the same
 // for every engine (state/job_fault.h). In every stage 0 is success, kCancelled a stop by the
@@ -15,6 +16,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan {
@@ -25,7 +27,8 @@ std::uint32_t JobProcessCode(JobKind jobKind, Method method);
 
 // The name of a job of `jobKind` in messages; empty for an analysis and an unknown kind. A name
 // that is not empty is zero terminated.
-std::u16string_view JobTitle(JobKind jobKind);
+std::u16string_view JobTitle(JobKind jobKind,
+                             platform::Language language = platform::kWindowLanguage);
 
 // The name of the method in messages.
 std::u16string_view MethodName(Method method);
@@ -34,13 +37,16 @@ std::u16string_view MethodName(Method method);
 std::u16string_view StageName(std::uint32_t processCode);
 
 // The text that the operator reads while the stage with `processCode` runs; a general text when
-// the stage has no text or there is no such stage.
+// the stage has no text or there is no such stage. StageTexts returns a text that lives as long as
+// the program, in both languages.
 std::u16string_view StageText(std::uint32_t processCode);
+const platform::Text& StageTexts(std::uint32_t processCode);
 
 // The text that tells the operator why the stage with `processCode` ended with `result`; a filler
 // text when the stage has no such result or there is no such stage. For a measurement (6000),
 // results from 4001 on and results from 6001 on both have texts. At most 255 characters.
-std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
+std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result,
+                                platform::Language language = platform::kWindowLanguage);
 
 // The messages. `mxfPath` is the path of the clip; a message shows its last component, of any
 // length.
@@ -48,14 +54,17 @@ std::u16string_view FailureText(std::uint32_t processCode, std::int32_t result);
 // The message that the clip that was named on the command line or dropped on the window cannot be
 // opened, for the system's reason `code`, shown in hexadecimal: the clip is missing, not readable
 // or in use.
-std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code);
+std::u16string ClipCannotBeOpenedMessage(std::u16string_view mxfPath, std::uint32_t code,
+                                         platform::Language language = platform::kWindowLanguage);
 
 // The question before a rewrite whether the clip has a backup, since the rewrite works on the clip
 // itself. `keepsUmids` is true when the clip keeps its UMIDs.
-std::u16string_view BackupQuestion(bool keepsUmids);
+std::u16string_view BackupQuestion(bool keepsUmids,
+                                   platform::Language language = platform::kWindowLanguage);
 
 // The message that the path of the clip is longer than the records can hold.
-std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath);
+std::u16string ClipPathTooLongMessage(std::u16string_view mxfPath,
+                                      platform::Language language = platform::kWindowLanguage);
 
 // The question before a rewrite of a clip with UMIDs of 64 bytes: whether to leave the UMIDs as
 // they are.
@@ -67,7 +76,8 @@ std::u16string LongUmidQuestion();
 // missing descriptor and for a descriptor whose samples have neither 16 nor 24 bits.
 std::u16string LoadFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
                                   std::int32_t result, Method method,
-                                  bool hasAudioDescriptor = false);
+                                  bool hasAudioDescriptor = false,
+                                  platform::Language language = platform::kWindowLanguage);
 
 // The message that the clip that was chosen in a file dialog cannot be opened, for the system's
 // reason `code`, shown in hexadecimal.
@@ -82,50 +92,62 @@ std::u16string HiddenTracksMessage(const MXF_AUDIO_INFO& audio, bool checked);
 // to more or fewer audio elements than tracks were counted; empty when all is well.
 std::u16string IndexNoticeMessage(const MXF_BASE_INFO& mxf);
 
-// The message that a job was refused with `result` before it began, for the reason `text`.
+// The message that a job was refused with `result` before it began, for the reason `text`, whose
+// language is that of the message.
 std::u16string JobRefusalMessage(std::u16string_view mxfPath, std::int32_t result,
                                  std::u16string_view text, Method method);
 
 // The message that the operator has stopped the analysis sequence, so that the clip is not loaded.
-std::u16string LoadStoppedMessage(std::u16string_view mxfPath);
+std::u16string LoadStoppedMessage(std::u16string_view mxfPath,
+                                  platform::Language language = platform::kWindowLanguage);
 
 // The message that the continuity check, stage `processCode`, has ended with `result`: a failure,
 // or breaks.
 std::u16string ContinuityFailureMessage(std::u16string_view mxfPath, std::uint32_t processCode,
-                                        std::int32_t result);
+                                        std::int32_t result,
+                                        platform::Language language = platform::kWindowLanguage);
 
 // The console's message that the continuity check has found breaks. Unlike ContinuityFailureMessage
 // it does not ask whether to write a log.
-std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath);
+std::u16string TimecodeBreaksMessage(std::u16string_view mxfPath,
+                                     platform::Language language = platform::kWindowLanguage);
 
 // The message that the operator has stopped the continuity check, with the question whether to load
 // the clip all the same.
-std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath);
+std::u16string AnalysisStoppedMessage(std::u16string_view mxfPath,
+                                      platform::Language language = platform::kWindowLanguage);
 
 // The message that a rewrite, an export or a measurement is done.
-std::u16string JobDoneMessage(std::u16string_view mxfPath, JobKind jobKind, Method method);
+std::u16string JobDoneMessage(std::u16string_view mxfPath, JobKind jobKind, Method method,
+                              platform::Language language = platform::kWindowLanguage);
 
 // The message that a rewrite is done, but has not renewed all UMIDs; `state` says what the clip
 // holds. With `hasLog` the message points to the log.
-std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state, bool hasLog);
+std::u16string JobNoticeMessage(std::u16string_view mxfPath, UmidState state, bool hasLog,
+                                platform::Language language = platform::kWindowLanguage);
 
 // The message that a job was cancelled.
-std::u16string JobCancelledMessage(std::u16string_view mxfPath, JobKind jobKind, Method method);
+std::u16string JobCancelledMessage(std::u16string_view mxfPath, JobKind jobKind, Method method,
+                                   platform::Language language = platform::kWindowLanguage);
 
 // The message that the job with `processCode` has failed with `result`.
 std::u16string JobFailureMessage(std::u16string_view mxfPath, JobKind jobKind,
-                                 std::uint32_t processCode, std::int32_t result, Method method);
+                                 std::uint32_t processCode, std::int32_t result, Method method,
+                                 platform::Language language = platform::kWindowLanguage);
 
 // The text that says which UMIDs the header metadata of a rewritten clip holds.
-std::u16string_view UmidStateText(UmidState state);
+std::u16string_view UmidStateText(UmidState state,
+                                  platform::Language language = platform::kWindowLanguage);
 
 // What follows the message of a job that failed: the file and the frame at fault, as far as they
 // are known, each in a paragraph of its own; empty when neither is known.
-std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode);
+std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode,
+                            platform::Language language = platform::kWindowLanguage);
 
 // What follows the message of a rewrite that failed with `result` or was cancelled: which frames
 // may have been rewritten, and which UMIDs the clip holds.
 std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,
-                             std::int32_t result);
+                             std::int32_t result,
+                             platform::Language language = platform::kWindowLanguage);
 
 }  // namespace quorvan

@@ -4,6 +4,7 @@
 
 #include "mxf/sample_pattern.h"
 #include "platform/file.h"
+#include "state/wording.h"
 
 namespace quorvan {
 namespace {
@@ -27,10 +28,12 @@ std::string DateTimeText(const platform::CalendarTime& time, int yearDigits) {
                      TimeText(time));
 }
 
-std::string_view LogRefusal(std::uint32_t error) {
-  return error == platform::NameTakenError()
-             ? "\n\n同じ名前の別のファイル(映像・音声など)があるため、置き換えません。"
-             : "";
+std::string LogRefusal(std::uint32_t error, platform::Language language) {
+  if (error != platform::NameTakenError()) return {};
+  return Worded(
+      language,
+      {"\n\n同じ名前の別のファイル(映像・音声など)があるため、置き換えません。",
+       "\n\nAnother file (picture, sound or the like) has this name and is not replaced."});
 }
 
 }  // namespace quorvan

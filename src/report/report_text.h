@@ -9,6 +9,7 @@
 
 #include "mxf/records.h"
 #include "platform/clock.h"
+#include "platform/language.h"
 #include "state/clip_text.h"
 
 namespace quorvan {
@@ -25,6 +26,6 @@ std::string DateTimeText(const platform::CalendarTime& time, int yearDigits);
 // The paragraph behind the message that a log could not be written for the system's reason `error`.
 // It says that another file has the log's name when `error` is NameTakenError(), and is empty for
 // any other reason.
-std::string_view LogRefusal(std::uint32_t error);
+std::string LogRefusal(std::uint32_t error, platform::Language language);
 
 }  // namespace quorvan

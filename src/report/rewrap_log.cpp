@@ -10,6 +10,7 @@
 #include "report/report_text.h"
 #include "state/program_name.h"
 #include "state/track_plan.h"
+#include "state/wording.h"
 #include "wav/wav_library.h"
 
 namespace quorvan {
@@ -148,18 +149,26 @@ bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32
   }
 }
 
-std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {
-  return platform::ToUtf16(fmt::format(
-      "{}\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\nERR: {:X}{}",
-      ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error)));
+std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error,
+                                       platform::Language language) {
+  return platform::ToUtf16(
+      Worded(language,
+             {"{}\n\nログファイルを作成できません。\n保存場所・接続デバイスを確認して下さい。\n"
+              "ERR: {:X}{}",
+              "{}\n\nThe log file cannot be written.\nCheck the folder and the connected device.\n"
+              "ERR: {:X}{}"},
+             ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error, language)));
 }
 
-std::u16string NoRewrapLogMessage(std::u16string_view mxfPath) {
+std::u16string NoRewrapLogMessage(std::u16string_view mxfPath, platform::Language language) {
   if (platform::CanBeNamed(RewrapLogPath(mxfPath))) return {};
-  return platform::ToUtf16(fmt::format(
-      "{}\n\nファイル名が長すぎるため、同じ場所にログファイル(_LOG.txt)を作成できません。\n"
-      "ファイル名を短くしてからもう一度お試し下さい。",
-      ToUtf8(platform::LastComponent(mxfPath))));
+  return platform::ToUtf16(
+      Worded(language,
+             {"{}\n\nファイル名が長すぎるため、同じ場所にログファイル(_LOG.txt)を作成できません。\n"
+              "ファイル名を短くしてからもう一度お試し下さい。",
+              "{}\n\nThe file name is too long for a log file (_LOG.txt) in the same folder.\n"
+              "Shorten the file name and try again."},
+             ToUtf8(platform::LastComponent(mxfPath))));
 }
 
 std::u16string RewrapCompletionMessage(std::u16string_view mxfPath, std::u16string_view logPath) {

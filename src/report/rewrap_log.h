@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/clock.h"
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan {
@@ -31,11 +32,13 @@ bool WriteRewrapLog(APP_STATE_INFO* app, std::u16string_view notice, std::uint32
 
 // The message that tells the operator that the log of the clip at `mxfPath` could not be written,
 // for the system's reason `error`.
-std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
+std::u16string RewrapLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error,
+                                       platform::Language language = platform::kWindowLanguage);
 
 // The message that tells the operator that the name of the clip is too long for a log beside the
 // clip; empty when the clip can have a log. The front ends call this before a rewrite begins.
-std::u16string NoRewrapLogMessage(std::u16string_view mxfPath);
+std::u16string NoRewrapLogMessage(std::u16string_view mxfPath,
+                                  platform::Language language = platform::kWindowLanguage);
 
 // The message that tells the operator that the rewrite of the clip at `mxfPath` is done and its log
 // is at `logPath`.

@@ -10,6 +10,7 @@
 #include "report/log_file.h"
 #include "report/report_text.h"
 #include "state/program_name.h"
+#include "state/wording.h"
 #include "timecode/timecode.h"
 
 namespace quorvan {
@@ -105,10 +106,15 @@ bool WriteTimecodeLog(const std::u16string& path, const APP_STATE_INFO& app, std
   }
 }
 
-std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error) {
-  return platform::ToUtf16(fmt::format(
-      "{}\n\nエラーログを作成できません。\n保存場所、接続デバイスを確認して下さい。\nERR: {:X}{}",
-      ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error)));
+std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error,
+                                         platform::Language language) {
+  return platform::ToUtf16(
+      Worded(language,
+             {"{}\n\nエラーログを作成できません。\n保存場所、接続デバイスを確認して下さい。\n"
+              "ERR: {:X}{}",
+              "{}\n\nThe list of timecode breaks cannot be written.\n"
+              "Check the folder and the connected device.\nERR: {:X}{}"},
+             ToUtf8(platform::LastComponent(mxfPath)), error, LogRefusal(error, language)));
 }
 
 std::u16string TimecodeLogDoneMessage(std::u16string_view mxfPath) {

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/clock.h"
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan {
@@ -27,7 +28,8 @@ bool WriteTimecodeLog(const std::u16string& path, const APP_STATE_INFO& app, std
 
 // The message that tells the operator that the log of the clip at `mxfPath` could not be written,
 // for the system's reason `error`.
-std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error);
+std::u16string TimecodeLogFailureMessage(std::u16string_view mxfPath, std::uint32_t error,
+                                         platform::Language language = platform::kWindowLanguage);
 
 // The message that tells the operator that the log of the clip at `mxfPath` was written.
 std::u16string TimecodeLogDoneMessage(std::u16string_view mxfPath);

@@ -12,15 +12,26 @@ namespace {
 
 constexpr std::u16string_view kAssignTitle = u"BWFファイルのアサイン";
 
-constexpr OperatorMessage kAssignMessages[] = {
+struct AssignMessage {
+  std::u16string_view title;  // only the window shows titles
+  platform::Text text;
+};
+
+// By AssignResult.
+constexpr AssignMessage kAssignMessages[] = {
     {},
     {},
     {u"トラックへのアサイン",
-     u"24bitのWAVファイルはアサインできません。\n"
-     u"現在ロードされているMXFファイルのオーディオは16bitです。"},
-    {kAssignTitle, u"マルチチャンネルのファイルを、偶数トラックに割当てることはできません。"},
+     {u"24bitのWAVファイルはアサインできません。\n"
+      u"現在ロードされているMXFファイルのオーディオは16bitです。",
+      u"A WAV file of 24 bits cannot be assigned.\n"
+      u"The audio of the loaded MXF file has 16 bits."}},
     {kAssignTitle,
-     u"指定されたトラックからはMXFファイルのトラック上限を越えてしまうため、割当はできません。"},
+     {u"マルチチャンネルのファイルを、偶数トラックに割当てることはできません。",
+      u"A file of several channels cannot be assigned to an even track."}},
+    {kAssignTitle,
+     {u"指定されたトラックからはMXFファイルのトラック上限を越えてしまうため、割当はできません。",
+      u"From this track on, the file would need more tracks than the MXF file has."}},
 };
 
 constexpr std::u16string_view kRemovalQuestion =
@@ -136,8 +147,9 @@ AssignResult AssignWavFile(APP_STATE_INFO* app, WAV_FILE_INFO* entry, std::int32
   return AssignResult::kAssigned;
 }
 
-OperatorMessage AssignRefusal(AssignResult result) {
-  return kAssignMessages[static_cast<std::size_t>(result)];
+OperatorMessage AssignRefusal(AssignResult result, platform::Language language) {
+  const AssignMessage& message = kAssignMessages[static_cast<std::size_t>(result)];
+  return {message.title, message.text.In(language)};
 }
 
 std::uint32_t TakeOffTrack(APP_STATE_INFO* app, std::int32_t track) {

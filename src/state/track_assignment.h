@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/language.h"
 #include "state/app_state_info.h"
 
 namespace quorvan {
@@ -37,8 +38,10 @@ WAV_FILE_INFO* CurrentWavEntry(const APP_STATE_INFO& app);
 // nothing.
 AssignResult AssignWavFile(APP_STATE_INFO* app, WAV_FILE_INFO* entry, std::int32_t firstTrack);
 
-// The message that tells the operator why a file was refused; empty for kAssigned and kNoEntry.
-OperatorMessage AssignRefusal(AssignResult result);
+// The message that tells the operator why a file was refused; empty for kAssigned and kNoEntry. Its
+// title is Japanese in any case.
+OperatorMessage AssignRefusal(AssignResult result,
+                              platform::Language language = platform::kWindowLanguage);
 
 // Takes the file off `track` (from 0), and a file of several channels off every track of its group.
 // Of the emptied tracks, the focus track is selected afterwards and the others are not. Returns the

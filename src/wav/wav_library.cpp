@@ -18,38 +18,73 @@ namespace {
 // What the operator reads for a result: %s stands for the path, %d for the number of the result.
 struct FailureText {
   WavResult code;
-  std::u16string_view text;
+  platform::Text text;
 };
+// Each text stands on one line, unbroken, so that it can be searched for.
+// clang-format off
 constexpr FailureText kFailureTexts[] = {
-    {kWavNoPath, u"ファイルパスが無効です。\nERR: %d"},
-    {kWavNoRecord, u"チャンク情報を格納できません。\nERR: %d"},
-    {kWavCannotOpen, u"%s\n\n読み取るデータがありません。\nERR: %d"},
-    {kWavHeaderIncomplete, u"%s\n\n最低限のヘッダー情報が見つかりません。"},
-    {kWavNotWave, u"%s\n\nWAVファイルではありません。\nERR: %d"},
-    {kWavOtherSampleRate, u"%s\n\nサンプル周波数が48kHzではありません。\nERR: %d"},
-    {kWavTooManyBits, u"%s\n\nビットレートが対応していません。\nERR: %d"},
-    {kWavTooManyChannels, u"%s\n\nこのファイルはマルチチャンネル形式のため読込めません。\nERR: %d"},
-    {kWavNotPcm, u"%s\n\nリニアPCM形式ではないため読込めません。\nERR: %d"},
+    {kWavNoPath,
+     {u"ファイルパスが無効です。\nERR: %d",
+      u"The file path is not valid.\nERR: %d"}},
+    {kWavNoRecord,
+     {u"チャンク情報を格納できません。\nERR: %d",
+      u"The chunks cannot be stored.\nERR: %d"}},
+    {kWavCannotOpen,
+     {u"%s\n\n読み取るデータがありません。\nERR: %d",
+      u"%s\n\nThere is no data to read.\nERR: %d"}},
+    {kWavHeaderIncomplete,
+     {u"%s\n\n最低限のヘッダー情報が見つかりません。",
+      u"%s\n\nThe header is incomplete."}},
+    {kWavNotWave,
+     {u"%s\n\nWAVファイルではありません。\nERR: %d",
+      u"%s\n\nThis is no WAV file.\nERR: %d"}},
+    {kWavOtherSampleRate,
+     {u"%s\n\nサンプル周波数が48kHzではありません。\nERR: %d",
+      u"%s\n\nThe sampling rate is not 48 kHz.\nERR: %d"}},
+    {kWavTooManyBits,
+     {u"%s\n\nビットレートが対応していません。\nERR: %d",
+      u"%s\n\nThe file has more bits than the clip.\nERR: %d"}},
+    {kWavTooManyChannels,
+     {u"%s\n\nこのファイルはマルチチャンネル形式のため読込めません。\nERR: %d",
+      u"%s\n\nThis file has too many channels to be read.\nERR: %d"}},
+    {kWavNotPcm,
+     {u"%s\n\nリニアPCM形式ではないため読込めません。\nERR: %d",
+      u"%s\n\nThe file is not linear PCM, so it cannot be read.\nERR: %d"}},
     {kWavOtherWidth,
-     u"%s\n\nサンプルビット数が対応していません。16bitまたは24bitのファイルをお使いください。\nERR:"
-     u" %d"},
+     {u"%s\n\nサンプルビット数が対応していません。16bitまたは24bitのファイルをお使いください。\nERR: %d",
+      u"%s\n\nThe sample width is not supported. Use files of 16 or 24 bits.\nERR: %d"}},
     {kWavCutShort,
-     u"%s\n\nヘッダーに記録された長さの音声がありません。書出しに失敗している可能性があります。\nER"
-     u"R: %d"},
+     {u"%s\n\nヘッダーに記録された長さの音声がありません。書出しに失敗している可能性があります。\nERR: %d",
+      u"%s\n\nThe file holds less audio than its header says. Its export may have failed.\nERR: %d"}},
     {kWavChunksDiffer,
-     u"%s\n\nチャンクの構造が正しくないため、音声データの位置を特定できません。\nERR: %d"},
+     {u"%s\n\nチャンクの構造が正しくないため、音声データの位置を特定できません。\nERR: %d",
+      u"%s\n\nThe structure of the chunks is wrong, so the place of the audio is not certain.\nERR: %d"}},
     {kWavUnreadable,
-     u"%s\n\nファイルの読込み中にエラーが発生しました。接続デバイスを確認して下さい。\nERR: %d"},
-    {kWavPathTooLong, u"%s\n\nパスが長すぎるため、ファイルを開くことができません。\nERR: %d"},
+     {u"%s\n\nファイルの読込み中にエラーが発生しました。接続デバイスを確認して下さい。\nERR: %d",
+      u"%s\n\nThe file could not be read. Check the connected device.\nERR: %d"}},
+    {kWavPathTooLong,
+     {u"%s\n\nパスが長すぎるため、ファイルを開くことができません。\nERR: %d",
+      u"%s\n\nThe path is too long, so the file cannot be opened.\nERR: %d"}},
     {kWavInUse,
-     u"%s\n\nファイルを開くことができません。\n他のアプリで使用していないか、または接続デバイスを確"
-     u"認して下さい。\nERR: %d"},
-    {kWavStopped, u"%s\n\n読込みを中断しました。\nERR: %d"},
-    {kWavNoLibrary, u"%s\n\nファイルをリンクに追加できません。\nERR: %d"},
-    {kWavAlreadyAdded, u"%s\n\nすでに追加されています。\nERR: %d"},
-    {kWavNotFound, u"%s\n\nファイルが見つかりません。\nERR: %d"},
-    {kWavNoMemory, u"%s\n\nファイルをWAVライブラリに追加できません。\nERR: %d"},
+     {u"%s\n\nファイルを開くことができません。\n他のアプリで使用していないか、または接続デバイスを確認して下さい。\nERR: %d",
+      u"%s\n\nThe file cannot be opened.\nCheck that no other program uses it, and check the connected device.\nERR: %d"}},
+    {kWavStopped,
+     {u"%s\n\n読込みを中断しました。\nERR: %d",
+      u"%s\n\nThe reading was stopped.\nERR: %d"}},
+    {kWavNoLibrary,
+     {u"%s\n\nファイルをリンクに追加できません。\nERR: %d",
+      u"%s\n\nThe file cannot be added to the list.\nERR: %d"}},
+    {kWavAlreadyAdded,
+     {u"%s\n\nすでに追加されています。\nERR: %d",
+      u"%s\n\nThe file was added before.\nERR: %d"}},
+    {kWavNotFound,
+     {u"%s\n\nファイルが見つかりません。\nERR: %d",
+      u"%s\n\nThe file does not exist.\nERR: %d"}},
+    {kWavNoMemory,
+     {u"%s\n\nファイルをWAVライブラリに追加できません。\nERR: %d",
+      u"%s\n\nThe file cannot be added to the WAV library.\nERR: %d"}},
 };
+// clang-format on
 
 // Puts `code` in place of %d and `path` in place of %s in `format`. The code goes in first, because
 // the path may contain "%d".
@@ -219,9 +254,9 @@ WavResult AddWavFile(const char16_t* path, WAV_FILE_INFO* head, const MXF_BASE_I
   }
 }
 
-std::u16string WavFailureText(int code, std::u16string_view path) {
+std::u16string WavFailureText(int code, std::u16string_view path, platform::Language language) {
   for (const FailureText& row : kFailureTexts) {
-    if (row.code == code) return FillIn(row.text, code, path);
+    if (row.code == code) return FillIn(row.text.In(language), code, path);
   }
   return {};
 }

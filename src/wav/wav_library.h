@@ -12,6 +12,7 @@
 
 #include "mxf/records.h"
 #include "platform/file.h"
+#include "platform/language.h"
 #include "wav/wav_header.h"
 
 namespace quorvan {
@@ -107,7 +108,8 @@ void MoveLastWavEntry(WAV_FILE_INFO* from, WAV_FILE_INFO* to);
 // The text that tells the operator why a file was refused. `code` is the number of a WavResult and
 // `path` the full path of the file. Empty for kWavOk and unknown codes. Throws std::bad_alloc when
 // memory is out.
-std::u16string WavFailureText(int code, std::u16string_view path);
+std::u16string WavFailureText(int code, std::u16string_view path,
+                              platform::Language language = platform::kWindowLanguage);
 
 // Builds an index of the entries of `head` in list order, followed by `spareSlots` null pointers,
 // and numbers the entries in listIndex from 0. Frees the index `old` first, which may be null.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -38,9 +39,10 @@ class CommandLine : public ::testing::Test {
     folder_.Write("cd.wav", BuildWav(wav).bytes);
   }
 
-  // A command in the folder, with the companion in front.
-  CommandResult Run(const std::string& arguments) const {
-    return RunCommand("cd " + folder_.Path().string() + " && " COMPANION " " + arguments);
+  // A command in the folder, with the companion in front and the variables of its locale before.
+  CommandResult Run(const std::string& arguments, const std::string& locale = "LC_ALL=C") const {
+    return RunCommand("cd " + folder_.Path().string() + " && " + locale + " " COMPANION " " +
+                      arguments);
   }
 
   std::string Text(const char* name) const {
@@ -57,23 +59,57 @@ class CommandLine : public ::testing::Test {
   Bytes clip_;
 };
 
-// The status of each command with what it says: on standard output for 0, else on standard error.
+bool IsEnglish(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c > 0 && c <= '~'; });
+}
+
+// The status of each command with what it says, in English and in Japanese: on standard output for
+// 0, else on standard error. Where a row has no Japanese, any whole sentence will do.
 TEST_F(CommandLine, EndsWithAStatusAndItsReason) {
   ClipSpec longUmid{.umidSize = 64};
   folder_.Write("umid.mxf", BuildClip(longUmid).bytes);
   folder_.Write(std::string(250, 'n') + ".mxf", clip_);
   for (const auto& row : GoldenRows("cli/golden/statuses.txt")) {
-    const std::string command = ToUtf8(row.at(1));
-    const CommandResult result = Run(command);
-    EXPECT_EQ(std::to_string(result.status), ToUtf8(row.at(0))) << command;
-    const std::string& said = result.status == 0 ? result.output : result.error;
-    EXPECT_NE(said.find(ToUtf8(row.at(2))), std::string::npos) << command << "\n" << said;
-    EXPECT_TRUE(result.status == 0 || said != "") << command;
+    for (const std::string language : {"en", "ja"}) {
+      const std::string command = "--language " + language + " " + ToUtf8(row.at(1));
+      std::filesystem::remove(folder_.Path() / "copy.mxf");
+      const CommandResult result = Run(command);
+      EXPECT_EQ(std::to_string(result.status), ToUtf8(row.at(0))) << command;
+      const std::string& said = result.status == 0 ? result.output : result.error;
+      const bool english = language == "en";
+      const std::string wanted = english          ? ToUtf8(row.at(2))
+                                 : row.size() > 3 ? ToUtf8(row[3])
+                                                  : "。";
+      EXPECT_NE(said.find(wanted), std::string::npos) << command << "\n" << said;
+      EXPECT_EQ(IsEnglish(said), english || IsEnglish(wanted)) << command << "\n" << said;
+      EXPECT_TRUE(result.status == 0 || said != "") << command;
+    }
   }
   EXPECT_TRUE(IsUntouched());
   EXPECT_FALSE(Exists("out.mxf"));
   EXPECT_TRUE(Exists("copy.mxf"));
   EXPECT_NE(Text("umid_LOG.txt").find("[ UMID ]"), std::string::npos);
+}
+
+TEST_F(CommandLine, SpeaksTheLanguageOfItsOptionElseOfItsLocale) {
+  const std::tuple<const char*, const char*, bool> rows[] = {
+      {"LC_ALL= LC_MESSAGES= LANG=", "sing", true},
+      {"LC_ALL= LC_MESSAGES= LANG=C", "--help", true},
+      {"LC_ALL= LC_MESSAGES= LANG=ja_JP.UTF-8", "info none.mxf", false},
+      {"LC_ALL= LC_MESSAGES=ja LANG=C", "info --help", false},
+      {"LC_ALL=en_US.UTF-8 LC_MESSAGES=ja_JP LANG=ja_JP", "info clip.mxf", true},
+      {"LC_ALL=ja_JP.eucJP LANG=de_DE", "conform clip.mxf --check", false},
+      {"LC_ALL=jav LANG=ja_JP", "sing", true},
+      {"LC_ALL=ja_JP", "info clip.mxf --language=en", true},
+      {"LC_ALL=C", "info --bogus --language ja", false},
+      {"LC_ALL=C", "--language en info --language ja --help", false},
+      {"LC_ALL=C", "--language fr --help", true},
+      {"LC_ALL=ja_JP", "info clip.mxf --language fr", false}};
+  for (const auto& [locale, command, english] : rows) {
+    const CommandResult result = Run(command, locale);
+    EXPECT_EQ(IsEnglish(result.output + result.error), english)
+        << locale << " " << command << result.output << result.error;
+  }
 }
 
 std::atomic<bool> cancels = false;
@@ -134,11 +170,17 @@ TEST_F(CommandLine, TellsAllOfAClipToPeopleAndPrograms) {
 
   // A name with all that a text in JSON has to escape, and a byte that is no UTF-8.
   WriteBytes(folder_.Path() / "odd\"\\\n\x01 \xFF😀.mxf", Bytes(100));
-  const auto failure = json::parse(Run("info odd*.mxf --json").output);
+  const auto failure = json::parse(Run("info odd*.mxf --json --method file").output);
   EXPECT_EQ(failure["result"], 204);
   EXPECT_EQ(failure["processCode"], 200);
   EXPECT_EQ(failure["message"].get<std::string>().find("odd\"\\\n\x01 \uFFFD😀.mxf\n"), 0u)
       << failure["message"];
+  EXPECT_EQ(failure["messages"]["ja"], failure["message"]);
+  EXPECT_NE(failure["messages"]["en"].dump().find("no Random Index Pack"), std::string::npos);
+  const auto reason = json::parse(Run("conform odd*.mxf --check --json --language ja").output);
+  EXPECT_EQ(reason["reasons"]["en"], reason["reason"]);
+  EXPECT_TRUE(IsEnglish(reason["reason"]) && !IsEnglish(reason["reasons"]["ja"]));
+  EXPECT_EQ(reason["messages"], failure["messages"]);
 }
 
 TEST_F(CommandLine, TellsWhatIsUncommonInAClip) {
@@ -174,7 +216,7 @@ TEST_F(CommandLine, WritesALogUnlessToldNotTo) {
   EXPECT_FALSE(Exists("clip_LOG.txt"));
   const CommandResult logged = Run(rewrap + "--method file --buffer 13");
   EXPECT_EQ(logged.status, 0);
-  EXPECT_NE(logged.output.find("ラッピングが完了しました。"), std::string::npos);
+  EXPECT_NE(logged.output.find("The rewrite is done."), std::string::npos);
   EXPECT_NE(logged.output.find("clip_LOG.txt\n"), std::string::npos);
   const std::string log = Text("clip_LOG.txt");
   EXPECT_NE(log.find("標準ファイル入出力"), std::string::npos);
@@ -210,7 +252,7 @@ TEST_F(CommandLine, RefusesAClipWhoseTimecodeBreaksAndListsTheBreaks) {
     const std::string info = "info broken.mxf --method " + method;
     const CommandResult refused = Run(info + " --timecode-log breaks.txt --json");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_NE(refused.error.find("タイムコードエラーが検出されました。"), std::string::npos);
+    EXPECT_NE(refused.error.find("The timecode breaks."), std::string::npos);
     const auto records = json::parse(refused.output);
     EXPECT_EQ(records["result"], 1009);
     EXPECT_EQ(records["TIMECODE_ERROR_INFO"].size(), 3u);
@@ -228,8 +270,8 @@ TEST_F(CommandLine, RefusesAClipWhoseTimecodeBreaksAndListsTheBreaks) {
 TEST_F(CommandLine, IsCancelledByTheInterruptKeyBeforeItWrites) {
   // A terminal that asks for the backup, the interrupt key, and a yes that comes too late.
   const CommandResult asked =
-      Run("--help >/dev/null; touch asked; (until grep -q バックアップ asked; do sleep 0.01; done; "
-          "printf '\\003'; sleep 0.2; echo y) | script -qefc 'exec " COMPANION
+      Run("--help >/dev/null; touch asked; (until grep -q backup asked; do sleep 0.01; done; "
+          "printf '\\003'; sleep 0.2; echo y) | LC_ALL=C script -qefc 'exec " COMPANION
           " rewrap clip.mxf --silence 3' asked; echo status $?");
   EXPECT_NE(asked.output.find("status 3"), std::string::npos) << asked.output;
   EXPECT_TRUE(IsUntouched());

@@ -57,7 +57,7 @@ void ExpectMended(const Clip& clip, const Bytes& broken, const std::string& mend
                   std::size_t frames) {
   const TempFolder folder;
   const ConformResult result = Conform(folder, broken);
-  ASSERT_TRUE(result.IsDone()) << result.reason;
+  ASSERT_TRUE(result.IsDone()) << result.reason.en;
   EXPECT_EQ(MendedBy(result), mended);
   EXPECT_EQ(result.frames, frames);
   const Bytes copy = ReadAll(folder.Path() / "out.mxf");
@@ -140,7 +140,7 @@ TEST(Conform, WritesAnIndexThatCannotBeKeptAnew) {
   for (const auto& [spec, mended] : rows) {
     const TempFolder folder;
     const ConformResult result = Conform(folder, BuildClip(spec).bytes);
-    EXPECT_TRUE(result.IsDone()) << result.reason;
+    EXPECT_TRUE(result.IsDone()) << result.reason.en;
     EXPECT_EQ(MendedBy(result), mended);
   }
 }
@@ -204,8 +204,8 @@ TEST(Conform, RefusesWhatCannotBeMadeLoadableAndLeavesNoFile) {
     SCOPED_TRACE(fault);
     const TempFolder folder;
     const ConformResult result = Conform(folder, bytes);
-    EXPECT_TRUE(result.fault == ConformFault::kUnfit && !result.reason.empty());
-    EXPECT_EQ(result.analysisCode, code) << result.reason;
+    EXPECT_TRUE(result.fault == ConformFault::kUnfit && !result.reason.en.empty());
+    EXPECT_EQ(result.analysisCode, code) << result.reason.en;
     EXPECT_EQ(FilesIn(folder), 1U);
   }
 }

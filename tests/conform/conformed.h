@@ -41,8 +41,8 @@ inline ConformResult Conform(const TempFolder& folder, const Bytes& clip) {
   EXPECT_EQ(FilesIn(folder), 1U);
   request.checkOnly = false;
   ConformResult result = ConformClip(request, &progress);
-  EXPECT_TRUE(checked.fault == result.fault) << checked.reason;
-  EXPECT_EQ(checked.reason, result.reason);
+  EXPECT_TRUE(checked.fault == result.fault) << checked.reason.en;
+  EXPECT_EQ(checked.reason.en, result.reason.en);
   EXPECT_EQ(checked.analysisCode, result.analysisCode);
   EXPECT_EQ(checked.frames, result.frames);
   EXPECT_EQ(MendedBy(checked), MendedBy(result));
@@ -53,7 +53,7 @@ inline ConformResult Conform(const TempFolder& folder, const Bytes& clip) {
 inline Bytes Conformed(const Bytes& clip) {
   const TempFolder folder;
   const ConformResult result = Conform(folder, clip);
-  EXPECT_TRUE(result.IsDone()) << result.reason;
+  EXPECT_TRUE(result.IsDone()) << result.reason.en;
   EXPECT_EQ(FilesIn(folder), result.IsDone() ? 2U : 1U);
   return result.IsDone() ? ReadAll(folder.Path() / "out.mxf") : Bytes();
 }

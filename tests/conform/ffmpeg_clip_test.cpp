@@ -61,7 +61,7 @@ void ExpectFirstPackets(const Bytes& clip, Place end, std::size_t frames, Packet
   const std::u16string in = folder.Write("cut.mxf", {clip.begin(), end});
   JobProgress progress;
   const ConformResult result = ConformClip({.in = in, .out = folder.PathOf("out.mxf")}, &progress);
-  ASSERT_TRUE(result.IsDone()) << result.reason;
+  ASSERT_TRUE(result.IsDone()) << result.reason.en;
   EXPECT_EQ(result.frames, frames);
   for (auto& [stream, lines] : packets)
     lines.resize(std::min(lines.size(), frames));
@@ -107,7 +107,7 @@ TEST_P(FfmpegClipConformed, LoadsAfterwardsAndHoldsTheSameEssence) {
   EXPECT_TRUE(code == kRandomIndexNotFound || code == kPrefaceNotFound) << code;
   JobProgress progress;
   const ConformResult result = ConformClip({.in = in, .out = out}, &progress);
-  ASSERT_TRUE(result.IsDone()) << result.reason;
+  ASSERT_TRUE(result.IsDone()) << result.reason.en;
   ASSERT_EQ(Analyze(out, &records), 0);
   EXPECT_EQ(records.timecode.frameCount, records.timecode.duration);
   EXPECT_EQ(records.audio.trackCount, GetParam().tracks);

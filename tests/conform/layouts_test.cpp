@@ -219,7 +219,7 @@ void ExpectLayout(const Layout& layout) {
 
   const TempFolder folder;
   const ConformResult result = Conform(folder, clip.bytes);
-  ASSERT_TRUE(result.IsDone()) << result.reason;
+  ASSERT_TRUE(result.IsDone()) << result.reason.en;
   EXPECT_EQ(MendedBy(result), mended);
   const Bytes copy = ReadAll(folder.Path() / "out.mxf");
   const LoadedClip loaded(spec, clip, &copy);

@@ -31,7 +31,7 @@ TEST(ConformTexts, SayHowMuchWasMendedAndWhyAClipStaysUnfit) {
            u"整えました。\n・末尾の不完全なフレームを除きました。(1234 バイト)");
   ConformResult result;
   result.fault = ConformFault::kUnfit;
-  result.reason = "no frame";
+  result.reason.ja = "no frame";
   ExpectIn(ui::NotConformedMessage(u"b.mxf", result), u"\n\nno frame");
   result.processCode = 300;
   result.analysisCode = 306;

@@ -4,6 +4,7 @@
 #   console.h      all
 #   fault_guard.h  RunGuarded
 #   file.h         all but the moves of File, Seek, Read and Write
+#   language.h     UserLanguage
 #   mapping.h      MappingGranularity, PrefetchByte, Unmap and ExpectScattered of MappedView; Create and
 #                  View of FileMapping
 #   memory.h       AvailableMemory
@@ -14,6 +15,7 @@ set(SYSTEM_SOURCES
   posix/console_posix.cpp
   posix/fault_guard_posix.cpp
   posix/file_posix.cpp
+  posix/language_posix.cpp
   posix/mapping_posix.cpp
   posix/memory_posix.cpp
   posix/path_posix.cpp

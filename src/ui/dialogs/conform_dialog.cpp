@@ -35,25 +35,6 @@ constexpr std::u16string_view kQuestion =
 constexpr std::u16string_view kNotMadeStatus = u"コピーを作成できませんでした。";
 constexpr std::u16string_view kDoneText = u"構造を整えたコピーを作成しました。\n";
 
-// By Mend. kPlace stands for the count of the note.
-constexpr std::u16string_view kPlace = u"%s";
-constexpr std::array<std::u16string_view, 13> kMendLines = {
-    u"メタデータとパーティションパックの構造を整えました。",
-    u"パーティションのバイト数を訂正しました。(%s か所)",
-    u"ランダム・インデックス・テーブルを作成しました。",
-    u"ファイルの末尾にある余分なデータを除きました。(%s バイト)",
-    u"フッターパーティションを作成しました。",
-    u"OPEN(未確定状態)または不完全なパーティションを確定しました。(%s か所)",
-    u"ヘッダーのメタデータを、%s バイト目のパーティションのメタデータに替えました。",
-    u"メタデータセットの順序を整えました。(%s 個)",
-    u"メディアのデュレーションを訂正しました。(%s フレーム)",
-    u"インデックステーブルを作成しました。(%s フレーム)",
-    u"インデックステーブルを作成し直しました。(%s フレーム)",
-    u"フレーム内のフィルと長さの記述を整えました。(%s フレーム)",
-    u"末尾の不完全なフレームを除きました。(%s バイト)",
-};
-static_assert(kMendLines.size() == static_cast<std::size_t>(Mend::kCutOff) + 1);
-
 struct FaultText {
   std::u16string_view text;
   bool elsewhere = false;  // a copy with another name or in another folder may succeed
@@ -203,8 +184,8 @@ void ConformDialog::ShowProgress() {
   bar_->setRange(0, total == 0 ? 0 : 100);
   bar_->setValue(total == 0 ? 0 : static_cast<int>(done * 100 / total));
   if (stopping_) return;
-  if (const char16_t* stage = progress_.stage; stage != nullptr) {
-    action_->setText(ToQString(stage));
+  if (const platform::Text* stage = progress_.stage; stage != nullptr) {
+    action_->setText(ToQString(stage->In(platform::kWindowLanguage)));
   } else {
     action_->setText(total == 0 ? "クリップの構造を確認中..." : "構造を整えたコピーを作成中...");
   }
@@ -214,14 +195,8 @@ void ConformDialog::ShowProgress() {
 
 std::u16string ConformedMessage(std::u16string_view clip, const std::vector<MendNote>& mended) {
   std::u16string message = About(clip, kDoneText);
-  for (const MendNote& note : mended) {
-    const std::u16string_view line = kMendLines[static_cast<std::size_t>(note.mend)];
-    const std::size_t place = line.find(kPlace);
-    message.append(u"\n・").append(line.substr(0, place));
-    if (place == std::u16string_view::npos) continue;
-    message.append(platform::ToUtf16(std::to_string(note.count)));
-    message.append(line.substr(place + kPlace.size()));
-  }
+  for (const MendNote& note : mended)
+    message.append(u"\n・").append(MendText(note, platform::kWindowLanguage));
   return message;
 }
 
@@ -229,14 +204,16 @@ std::u16string NotConformedMessage(std::u16string_view clip, const ConformResult
   const std::u16string_view text = TextOf(result.fault).text;
   if (result.fault != ConformFault::kUnfit) return About(clip, text);
   if (result.analysisCode == 0) {
-    return About(clip, text).append(u"\n\n").append(platform::ToUtf16(result.reason));
+    return About(clip, text)
+        .append(u"\n\n")
+        .append(platform::ToUtf16(result.reason.In(platform::kWindowLanguage)));
   }
   return LoadFailureMessage(clip, result.processCode, result.analysisCode, Method::kGenericFileIo,
                             result.hasAudioDescriptor)
       .append(u"\n\n")
       .append(text)
       .append(u"\n\n")
-      .append(platform::ToUtf16(result.reason));
+      .append(platform::ToUtf16(result.reason.In(platform::kWindowLanguage)));
 }
 
 std::optional<std::u16string> OfferConformedCopy(
