@@ -65,10 +65,13 @@ bool RunEngine(Language language, APP_STATE_INFO* app) {
   AUDIOTRACK_IO_INFO& tracks = *app->tracks;
   JobProgress progress;
   progress.stage = &kFlushText;
+  platform::InBoth<std::string_view> unit = kFrames;
   return RunWithProgress(
-      language, [app] { WorkerThread(app); }, kFrames, &progress,
+      language, [app] { WorkerThread(app); }, unit, &progress,
       [&] {
-        progress.done = tracks.currentFrame.load();
+        const bool proving = tracks.phase == kPhaseProving && app->jobKind != kLoudnessJob;
+        unit = proving ? kProvenFrames : kFrames;
+        progress.done = proving ? tracks.provenFrames.load() : tracks.currentFrame.load();
         // The wait for the medium has no known length.
         progress.total = tracks.phase == kPhaseFlushing ? 0 : tracks.totalFrames.load();
         // A job clears `cancel` when it starts: repeat the request until the job

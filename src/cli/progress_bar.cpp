@@ -20,14 +20,14 @@ namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(20);
 constexpr int kPollsPerRedraw = 5;
-constexpr int kColumnsBesideBar = 62;
+constexpr int kColumnsBesideBar = 70;
 constexpr int kNarrowestBar = 8;
 constexpr int kWidestBar = 40;
 
 // What the bar shows besides the progress.
 struct View {
   platform::Language language;
-  platform::InBoth<std::string_view> unit;
+  const platform::InBoth<std::string_view>& unit;
   double started;  // MonotonicSeconds at the start of the job
 };
 

@@ -13,6 +13,8 @@ namespace quorvan::cli {
 
 // What a job counts.
 inline constexpr platform::InBoth<std::string_view> kFrames = {"フレーム", "frames"};
+inline constexpr platform::InBoth<std::string_view> kProvenFrames = {"フレームを確認",
+                                                                     "frames checked"};
 inline constexpr platform::InBoth<std::string_view> kBytes = {"バイト", "bytes"};
 
 // Runs `job`, which must not throw, and returns true when it has ended. False, without a call of
@@ -20,8 +22,8 @@ inline constexpr platform::InBoth<std::string_view> kBytes = {"バイト", "byte
 // `progress`.
 //
 // When standard error is a terminal, it shows a bar in `language` with the numbers that `progress`
-// counts, their unit `unit`, the percentage and the time left. While `total` is 0, it shows the
-// stage instead, if there is a stage.
+// counts, their unit `unit`, which `exchange` may change, the percentage and the time left. While
+// `total` is 0, it shows the stage instead, if there is a stage.
 //
 // `exchange`, where it is not empty, is called on the calling thread every few milliseconds while
 // the job runs, and once after its end. It copies into `progress` what a job counts elsewhere and

@@ -44,6 +44,8 @@ std::u16string TextOfFailure(const APP_STATE_INFO& app, std::int32_t result, Lan
                                                 result, app.useFileIo, language) +
                                   FaultDetails(app.tracks->fault, timecode, language);
   if (app.jobKind == kRewriteJob) text += WrittenFrames(*app.tracks, timecode, result, language);
+  const bool stoppedInProof = result == kCancelled && app.tracks->phase == kPhaseProving;
+  if (app.jobKind == kExportJob && stoppedInProof) text += NothingExportedText(language);
   return text;
 }
 

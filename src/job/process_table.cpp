@@ -554,6 +554,9 @@ constexpr Text kFrameAtFaultForm = {
 constexpr Text kNothingWrittenText = {
     u"\n\nMXFファイルには何も書込んでいません。",
     u"\n\nNothing was written to the MXF file."};
+constexpr Text kNothingExportedText = {
+    u"\n\nBWFファイルは作成していません。",
+    u"\n\nNo BWF file was created."};
 constexpr Text kWrittenForm = {
     u"\n\n%s から %s までの音声は書換えられている可能性があります。",
     u"\n\nThe audio from %s to %s may have been rewritten."};
@@ -811,6 +814,10 @@ std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO
              {WrittenTimecode(timecode, count), platform::ToUtf16(std::to_string(fault.frame))});
   }
   return details;
+}
+
+std::u16string_view NothingExportedText(Language language) {
+  return kNothingExportedText.In(language);
 }
 
 std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,

@@ -144,6 +144,9 @@ std::u16string_view UmidStateText(UmidState state,
 std::u16string FaultDetails(const JOB_FAULT_INFO& fault, const MXF_TIMECODE_INFO& timecode,
                             platform::Language language = platform::kWindowLanguage);
 
+// What follows the message of an export that was stopped before it created a file.
+std::u16string_view NothingExportedText(platform::Language language = platform::kWindowLanguage);
+
 // What follows the message of a rewrite that failed with `result` or was cancelled: which frames
 // may have been rewritten, and which UMIDs the clip holds.
 std::u16string WrittenFrames(const AUDIOTRACK_IO_INFO& tracks, const MXF_TIMECODE_INFO& timecode,
