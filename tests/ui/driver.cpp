@@ -58,7 +58,7 @@ Driver::~Driver() {
 }
 
 bool Driver::eventFilter(QObject* object, QEvent* event) {
-  if (event->type() == QEvent::Show && EndsByItself(object) && !running_.empty()) {
+  if (event->type() == QEvent::WindowActivate && EndsByItself(object) && !running_.empty()) {
     Let(&running_, static_cast<QWidget*>(object));
   }
   return QObject::eventFilter(object, event);
@@ -89,7 +89,7 @@ void Driver::Settle() {
 
 void Driver::Look() {
   QWidget* top = QApplication::activeModalWidget();
-  if (top == nullptr || !top->isVisible() || EndsByItself(top)) return;
+  if (top == nullptr || !top->isActiveWindow() || EndsByItself(top)) return;
   if (top->objectName() == "answered") return;
   top->setObjectName("answered");
   if (!answers_.empty()) return Let(&answers_, top);

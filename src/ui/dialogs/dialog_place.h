@@ -1,7 +1,8 @@
-// What all dialogs share: their places over the main window, and their parts.
+// What all dialogs share: their places over the main window, their parts, and when they may close.
 
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
@@ -18,6 +19,21 @@ void CentreOnWindow(QDialog* dialog);
 // pixels right of the centre of the main window's client area. Does nothing for a dialog without a
 // parent.
 void PlaceJobDialog(QDialog* dialog);
+
+// Tells when a dialog that closes by itself may close. The window manager gives the keys to a new
+// dialog some time after the program has shown the dialog. If the window manager meanwhile gives
+// the keys to the main window, Qt passes them on: the main window does not become active, and Qt
+// asks for the dialog to be activated. A dialog that is already gone by then cannot be activated.
+// The main window would have the keys without being active, and no shortcut would work.
+class Appearance {
+ public:
+  // True when `dialog` is the active window, and in any case a second after this object was made:
+  // while the operator works in another program, the dialog does not become active.
+  bool IsOver(const QWidget* dialog) const { return dialog->isActiveWindow() || end_.hasExpired(); }
+
+ private:
+  QDeadlineTimer end_{1000};
+};
 
 // Smallest width, in pixels, of the dialogs that show a running job.
 inline constexpr int kJobDialogWidth = 520;
