@@ -85,6 +85,8 @@ void Driver::Settle() {
     QApplication::processEvents();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
+  // A window manager takes a while to give the keys to the window behind a closed dialog.
+  static_cast<void>(QTest::qWaitFor([] { return QApplication::activeWindow() != nullptr; }));
 }
 
 void Driver::Look() {

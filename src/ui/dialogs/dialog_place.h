@@ -27,12 +27,20 @@ void PlaceJobDialog(QDialog* dialog);
 // The main window would have the keys without being active, and no shortcut would work.
 class Appearance {
  public:
-  // True when `dialog` is the active window, and in any case a second after this object was made:
-  // while the operator works in another program, the dialog does not become active.
-  bool IsOver(const QWidget* dialog) const { return dialog->isActiveWindow() || end_.hasExpired(); }
+  // To be asked every few milliseconds while `dialog` shows. True when `dialog` has been the active
+  // window for a while, and in any case two seconds after this object was made: while the operator
+  // works in another program, the dialog does not become active.
+  bool IsOver(const QWidget* dialog) {
+    if (!dialog->isActiveWindow()) active_.setRemainingTime(kActiveMilliseconds);
+    return active_.hasExpired() || end_.hasExpired();
+  }
 
  private:
-  QDeadlineTimer end_{1000};
+  // Qt shows a window that has lost the keys as active for up to 100 milliseconds.
+  static constexpr int kActiveMilliseconds = 150;
+  static constexpr int kMostMilliseconds = 2000;
+  QDeadlineTimer active_{kActiveMilliseconds};
+  QDeadlineTimer end_{kMostMilliseconds};
 };
 
 // Smallest width, in pixels, of the dialogs that show a running job.

@@ -54,7 +54,7 @@ void JobThread::Look() {
     phaseTold_ = true;
     emit PhaseEntered();
   }
-  if (!ended_ || !appearance_.IsOver(&dialog_)) return;
+  if (!appearance_.IsOver(&dialog_) || !ended_) return;
   const QString text = ToQString(text_);  // when memory is out, the next look tries again
   look_.stop();
   Finish();

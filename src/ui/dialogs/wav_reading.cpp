@@ -33,11 +33,11 @@ void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* p
   dialog.setWindowTitle("BWFファイルを追加");
   dialog.setObjectName("wavReading");
   dialog.setWindowModality(Qt::WindowModal);
-  const Appearance appearance;
+  Appearance appearance;
   QTimer poll;
   QObject::connect(&poll, &QTimer::timeout, &dialog, [&] {
     const bool ended = search->thread.EndsWithin(std::chrono::milliseconds(0));
-    if (ended && appearance.IsOver(&dialog)) dialog.accept();
+    if (appearance.IsOver(&dialog) && ended) dialog.accept();
   });
   poll.start(kPollMilliseconds);
   dialog.exec();
