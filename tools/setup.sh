@@ -11,6 +11,7 @@ packages=(
   g++ cmake ninja-build pkg-config python3
   libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev uuid-dev libebur128-dev libxxhash-dev
   qt6-base-dev qt6-translations-l10n fonts-ipafont-gothic fonts-inconsolata
+  xvfb xauth openbox xdotool x11-utils
   libgtest-dev ffmpeg sox mediainfo sndfile-programs
 )
 case "${1-}" in

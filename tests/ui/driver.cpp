@@ -77,7 +77,7 @@ Driver::~Driver() {
 }
 
 bool Driver::eventFilter(QObject* object, QEvent* event) {
-  if (event->type() == QEvent::Show && EndsByItself(object) && !running_.empty()) {
+  if (event->type() == QEvent::WindowActivate && EndsByItself(object) && !running_.empty()) {
     Let(&running_, static_cast<QWidget*>(object));
   }
   return QObject::eventFilter(object, event);
@@ -104,11 +104,13 @@ void Driver::Settle() {
     QApplication::processEvents();
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
+  // A window manager takes a while to give the keys to the window behind a closed dialog.
+  static_cast<void>(QTest::qWaitFor([] { return QApplication::activeWindow() != nullptr; }));
 }
 
 void Driver::Look() {
   QWidget* top = QApplication::activeModalWidget();
-  if (top == nullptr || !top->isVisible() || EndsByItself(top)) return;
+  if (top == nullptr || !top->isActiveWindow() || EndsByItself(top)) return;
   if (top->objectName() == "answered") return;
   top->setObjectName("answered");
   if (!answers_.empty()) return Let(&answers_, top);

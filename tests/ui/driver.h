@@ -58,7 +58,7 @@ class Driver : public QObject {
   // Queues what to do with the next boxes and dialogs that come up, one each.
   void Expect(const Answer& answer) { answers_.push_back(answer); }
 
-  // Queues what to do with the next dialog of a running job, as soon as it shows.
+  // Queues what to do with the next dialog of a running job, as soon as it has the keys.
   void WhenRunning(const Answer& answer) { running_.push_back(answer); }
 
   // Opens the context menu at a point of a widget and returns it.

@@ -31,7 +31,7 @@ QString FrameText(std::uint32_t frames) {
 
 AnalysisDialog::AnalysisDialog(APP_STATE_INFO* app,
                                std::function<void(std::u16string_view)> setStatus, QWidget* parent)
-    : QDialog(parent), app_(*app), setStatus_(std::move(setStatus)), job_(app, nullptr) {
+    : QDialog(parent), app_(*app), setStatus_(std::move(setStatus)), job_(app, this) {
   setWindowTitle(ToQString(kCoreTitle));
   setModal(true);
   setMinimumWidth(kJobDialogWidth);

@@ -123,6 +123,7 @@ class ConformDialog : public QDialog {
   QProgressBar* bar_;
   QPushButton* button_;
   QTimer timer_;
+  Appearance appearance_;
   bool stopping_ = false;  // the operator has asked the copy to stop
   JobProgress progress_;
   ConformResult result_;            // the thread writes it before its end
@@ -178,7 +179,7 @@ void ConformDialog::reject() {
 
 // While the length of the work is unknown, the bar shows activity without an end.
 void ConformDialog::ShowProgress() {
-  if (thread_.EndsWithin(std::chrono::milliseconds(0))) return accept();
+  if (appearance_.IsOver(this) && thread_.EndsWithin(std::chrono::milliseconds(0))) return accept();
   const std::uint64_t total = progress_.total;
   const std::uint64_t done = progress_.done;
   bar_->setRange(0, total == 0 ? 0 : 100);

@@ -48,7 +48,7 @@ JobDialog::JobDialog(APP_STATE_INFO* app, std::function<void(std::u16string_view
       app_(*app),
       setStatus_(std::move(setStatus)),
       range_(kJobTexts[app->jobKind].range),
-      job_(app, nullptr) {
+      job_(app, this) {
   setWindowTitle(ToQString(kCoreTitle));
   setModal(true);
   setMinimumWidth(kJobDialogWidth);

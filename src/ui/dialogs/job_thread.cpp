@@ -15,7 +15,7 @@ constexpr int kLookMilliseconds = 10;
 
 }  // namespace
 
-JobThread::JobThread(APP_STATE_INFO* app, QObject* parent) : QObject(parent), app_(*app) {
+JobThread::JobThread(APP_STATE_INFO* app, const QWidget* dialog) : app_(*app), dialog_(*dialog) {
   connect(&look_, &QTimer::timeout, this, &JobThread::Look);
 }
 
@@ -54,7 +54,7 @@ void JobThread::Look() {
     phaseTold_ = true;
     emit PhaseEntered();
   }
-  if (!ended_) return;
+  if (!appearance_.IsOver(&dialog_) || !ended_) return;
   const QString text = ToQString(text_);  // when memory is out, the next look tries again
   look_.stop();
   Finish();

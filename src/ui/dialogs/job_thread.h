@@ -10,16 +10,18 @@
 #include <string>
 
 #include "state/app_state_info.h"
+#include "ui/dialogs/dialog_place.h"
 
 namespace quorvan::ui {
 
 // Runs one job on the thread `workerThread` of `app`. A timer on the dialog's thread looks for
-// messages of the worker and emits them as signals.
+// messages of the worker and emits them as signals, the end not before the dialog may close.
 class JobThread : public QObject {
   Q_OBJECT
 
  public:
-  JobThread(APP_STATE_INFO* app, QObject* parent);
+  // `dialog` shows the job and outlives this object.
+  JobThread(APP_STATE_INFO* app, const QWidget* dialog);
   // Waits for the end of the worker, if it runs.
   ~JobThread() override;
 
@@ -42,6 +44,8 @@ class JobThread : public QObject {
   void Finish();
 
   APP_STATE_INFO& app_;
+  const QWidget& dialog_;
+  Appearance appearance_;
   QTimer look_;
   bool phaseTold_ = false;  // PhaseEntered has been emitted
 

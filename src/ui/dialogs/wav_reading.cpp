@@ -10,6 +10,7 @@
 
 #include "platform/path.h"
 #include "platform/thread.h"
+#include "ui/dialogs/dialog_place.h"
 #include "ui/main/qt_text.h"
 #include "wav/wav_library.h"
 
@@ -32,9 +33,11 @@ void ShowDialogUntilEnded(Search* search, const std::u16string& path, QWidget* p
   dialog.setWindowTitle("BWFファイルを追加");
   dialog.setObjectName("wavReading");
   dialog.setWindowModality(Qt::WindowModal);
+  Appearance appearance;
   QTimer poll;
   QObject::connect(&poll, &QTimer::timeout, &dialog, [&] {
-    if (search->thread.EndsWithin(std::chrono::milliseconds(0))) dialog.accept();
+    const bool ended = search->thread.EndsWithin(std::chrono::milliseconds(0));
+    if (appearance.IsOver(&dialog) && ended) dialog.accept();
   });
   poll.start(kPollMilliseconds);
   dialog.exec();

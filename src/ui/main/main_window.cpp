@@ -530,6 +530,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
 
 void MainWindow::TakeDropped(const std::vector<std::u16string>& paths) {
   if (QApplication::activeModalWidget() != nullptr) return;
+  activateWindow();  // until then the keys go to the source of the drop
   const DropDecision decision = DecideDrop(paths, app_.mxfLoaded == 1);
   const bool added = AddFiles(decision.wavFiles, kDroppedWavTitle);
   if (decision.refuseMxf) Tell(this, BoxKind::kNotice, kAlreadyLoaded, kDroppedMxfTitle);
