@@ -18,6 +18,7 @@
 #include "ui/main/instance.h"
 #include "ui/main/placement.h"
 #include "ui/main/qt_text.h"
+#include "ui/main/theme.h"
 #include "view/track_panel.h"
 
 namespace quorvan::test {
@@ -213,10 +214,17 @@ TEST(Hand, WorksInTheLibraryAndTheTracksByKeys) {
   const QPoint place = popUp(driver.View());
   EXPECT_EQ(HitTest(stage.app, place.x(), place.y()).track, 1);
 
+  const auto hasFrame = [&] {
+    const QImage image = driver.View()->grab().toImage();
+    const QRect row = ui::ToQRect(stage.window.nameRect[1]);
+    return image.pixelColor(row.topLeft() * image.devicePixelRatio()) == Qt::white;
+  };
+  EXPECT_TRUE(hasFrame());
   QStringList reached;
   for (int i = 0; i < 4; ++i) {
     driver.Key(Qt::Key_Tab);
     reached += driver.Focus()->objectName();
+    EXPECT_FALSE(hasFrame());
   }
   reached.sort();
   EXPECT_EQ(reached.join(' '), "5009 5011 5054 5055");

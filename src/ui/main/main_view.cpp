@@ -137,7 +137,7 @@ void MainView::PaintRow(QPainter* painter, std::int32_t row) {
     painter->setPen(text.name.empty() ? ToQColor(kRowStateColor) : QColor(Qt::white));
     painter->drawText(field, Qt::AlignCenter, ToQString(text.state));
   }
-  if (track != app_.focusTrack) return;
+  if (track != app_.focusTrack || !hasFocus()) return;
   painter->setPen(QPen(QColor(Qt::white), 1, Qt::DotLine));
   painter->drawRect(name.adjusted(0, 0, -1, -1));
 }
