@@ -98,6 +98,7 @@ TEST_P(Export, WritesTheSamplesOfEachTrackAtEveryRate) {
     EXPECT_EQ(clip.Files(), 2u);
     EXPECT_EQ(clip.app.tracks.totalFrames, 11u);
     EXPECT_EQ(clip.app.tracks.currentFrame, 10u);
+    EXPECT_EQ(clip.app.tracks.provenFrames, 11u);
     EXPECT_TRUE(clip.HasExported(0, 3, 13));
     EXPECT_TRUE(clip.HasExported(3, 3, 13));
     const Bytes file = clip.File("Track-4.wav");

@@ -238,6 +238,7 @@ TEST(Hand, ReachesEverythingAtAnySize) {
   for (const QWidget* control : driver.View()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
     EXPECT_TRUE(room.contains(control->geometry())) << control->objectName().toStdString();
   driver.Drop(stage.wavs);
+  driver.List()->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   for (int width = 1280; width < 2600; width += 109) {
     driver.Window().resize(width, 700);
     driver.Settle();
