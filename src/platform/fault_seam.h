@@ -12,7 +12,7 @@ enum class SystemCall {
   kSize,
   kRead,
   kCachedRead,  // a read of bytes that memory holds already
-  kWrite,  // also the change of a file's size
+  kWrite,       // also the change of a file's size
   kGatheredWrite,
   kMap,
   kFlush,

@@ -90,15 +90,20 @@ TEST(Worker, TellsWhyAJobHasFailed) {
 
 TEST(Worker, TellsOfACancel) {
   FrontEnd frontEnd;
-  const CallHook operatorStops([&](platform::SystemCall, int) {
-    frontEnd.app.tracks.cancel = 1;
-    return platform::CallOutcome::kAsEver;
-  });
-  std::string told;
-  for (const JobKind kind : kJobs)
-    told += frontEnd.Run(kind);
-  EXPECT_EQ(told, GoldenText("job/golden/jobs_cancelled.txt"));
-  EXPECT_TRUE(frontEnd.Now() == frontEnd.clip.bytes);
+  const auto stop = [&] { frontEnd.app.tracks.cancel = 1; };
+  {
+    const CallHook operatorStops([&](platform::SystemCall, int) {
+      stop();
+      return platform::CallOutcome::kAsEver;
+    });
+    std::string told;
+    for (const JobKind kind : kJobs)
+      told += frontEnd.Run(kind);
+    EXPECT_EQ(told, GoldenText("job/golden/jobs_cancelled.txt"));
+    EXPECT_TRUE(frontEnd.Now() == frontEnd.clip.bytes);
+  }
+  const CallHook operatorStopsLater(platform::SystemCall::kGatheredWrite, 0, stop);
+  EXPECT_EQ(frontEnd.Run(kExportJob).find("作成していません。"), std::string::npos);
 }
 
 // In two phases; then with breaks, which can be left unchecked, with a file that is no clip, and
