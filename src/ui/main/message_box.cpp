@@ -6,9 +6,9 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPushButton>
 #include <QStyle>
 
+#include "ui/dialogs/dialog_place.h"
 #include "ui/main/qt_text.h"
 
 namespace quorvan::ui {
@@ -95,10 +95,8 @@ bool AskFirst(QWidget* parent, std::u16string_view question, std::u16string_view
   QPalette palette = instruction->palette();
   palette.setColor(QPalette::WindowText, kInstructionColor);
   instruction->setPalette(palette);
-  auto* no = new QPushButton("いいえ(&N)", &dialog);
-  auto* yes = new QPushButton("はい(&Y)", &dialog);
-  no->setObjectName("101");
-  yes->setObjectName("102");
+  QPushButton* no = MakeDialogButton("101", "いいえ(&N)", &dialog);
+  QPushButton* yes = MakeDialogButton("102", "はい(&Y)", &dialog);
   no->setDefault(true);
   QObject::connect(no, &QPushButton::clicked, &dialog, &QDialog::reject);
   QObject::connect(yes, &QPushButton::clicked, &dialog, &QDialog::accept);
