@@ -17,9 +17,10 @@ struct ClipSession {
 
   const platform::Language language;
   AppState app;
-  std::int32_t result = 0;  // of the analysis; kNoFileHandle when the clip was not opened
-  // Why the clip is not loaded; empty for a loaded clip.
-  platform::InBoth<std::u16string> message;
+  // The result of what has failed: the analysis, the preparation of a job, or the job;
+  // kNoFileHandle when the clip was not opened. 0 while nothing has failed.
+  std::int32_t result = 0;
+  platform::InBoth<std::u16string> message;  // about `result`; empty for 0
 };
 
 // Opens the clip at `path` (UTF-8), analyses it and closes it again. The analysis compares the

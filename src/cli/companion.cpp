@@ -34,10 +34,10 @@ Language LanguageOf(int argc, const char* const* argv) {
     std::string_view name = argv[i];
     if (!name.starts_with(kLanguageOption)) continue;
     name.remove_prefix(kLanguageOption.size());
-    if (name.empty() && i + 1 < argc) {
-      name = argv[i + 1];
-    } else if (name.starts_with('=')) {
+    if (name.starts_with('=')) {
       name.remove_prefix(1);
+    } else {
+      name = name.empty() && i + 1 < argc ? argv[i + 1] : "";
     }
     if (name == "ja") language = Language::kJapanese;
     if (name == "en") language = Language::kEnglish;
@@ -116,6 +116,8 @@ CommandLine::CommandLine(Language language)
   formatter->label("SUBCOMMAND", In({"コマンド", "COMMAND"}));
   formatter->label("Positionals", In({"引数", "Positionals"}));
   formatter->label("REQUIRED", In({"必須", "REQUIRED"}));
+  formatter->label("TEXT", In({"文字", "TEXT"}));
+  formatter->label("UINT", In({"数", "UINT"}));
   app_.formatter(formatter);
   app_.option_defaults()->group(In({"オプション", "Options"}));
   app_.set_help_flag("-h,--help", In({"使い方を表示して終了します", "Show this help and exit"}));

@@ -44,7 +44,7 @@ int RunExport(const ExportArguments& arguments, Language language) {
     return status;
   }
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = CheckClipOrSay(kExportJob, session)) return status;
+  if (const int status = CheckClipOrSay(kExportJob, &session)) return status;
   std::vector<std::uint32_t> tracks;
   if (const int status = ReadTrackList(arguments.tracks, session, &tracks)) return status;
   if (const int status = SetTarget(arguments, &session)) return status;

@@ -154,23 +154,27 @@ int SetRange(const RangeArguments& arguments, const RangeFields& fields, ClipSes
 
 namespace {
 
-int SayRefusal(JobKind kind, std::int32_t result, const ClipSession& session) {
+int SayRefusal(JobKind kind, std::int32_t result, ClipSession* session) {
   if (result == kSuccess) return kDone;
-  const APP_STATE_INFO& app = session.app.info;
+  const APP_STATE_INFO& app = session->app.info;
   const std::uint32_t stage = JobProcessCode(kind, app.useFileIo);
-  PrintError(JobRefusalMessage(app.mxfPath, result, FailureText(stage, result, session.language),
-                               app.useFileIo));
+  session->result = result;
+  session->message = platform::ComposeInBoth([&](Language language) {
+    return JobRefusalMessage(app.mxfPath, result, FailureText(stage, result, language),
+                             app.useFileIo);
+  });
+  PrintError(session->message.In(session->language));
   return kFailed;
 }
 
 }  // namespace
 
-int CheckClipOrSay(JobKind kind, const ClipSession& session) {
-  return SayRefusal(kind, CheckClipFor(kind, session.app.info).result, session);
+int CheckClipOrSay(JobKind kind, ClipSession* session) {
+  return SayRefusal(kind, CheckClipFor(kind, session->app.info).result, session);
 }
 
 int PrepareOrSay(JobKind kind, ClipSession* session) {
-  return SayRefusal(kind, PrepareJob(kind, &session->app.info).result, *session);
+  return SayRefusal(kind, PrepareJob(kind, &session->app.info).result, session);
 }
 
 int ReadTrackList(const std::string& text, const ClipSession& session,

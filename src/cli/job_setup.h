@@ -16,7 +16,7 @@ namespace quorvan::cli {
 
 // Checks whether the job `kind` can work on the loaded clip at all (CheckClipFor). kFailed when
 // not.
-int CheckClipOrSay(JobKind kind, const ClipSession& session);
+int CheckClipOrSay(JobKind kind, ClipSession* session);
 
 // Puts the source files and the silence of `arguments` on tracks of the loaded clip and switches
 // these tracks ON. A file of several channels also takes the tracks behind its first track.

@@ -9,6 +9,7 @@
 #include "cli/job_setup.h"
 #include "cli/json_writer.h"
 #include "mxf/analysis.h"
+#include "platform/text.h"
 
 namespace quorvan::cli {
 namespace {
@@ -37,16 +38,26 @@ std::string ResultJson(const MXF_AUDIO_INFO& audio) {
   return text;
 }
 
-}  // namespace
+std::string FailureJson(const ClipSession& session) {
+  const platform::InBoth<std::string> message = {platform::ToUtf8(session.message.ja),
+                                                 platform::ToUtf8(session.message.en)};
+  std::string text;
+  JsonWriter json(&text);
+  json.Object({}, [&] {
+    json.Field("result", session.result);
+    json.Field("message", message.ja);
+    json.InBoth("messages", message);
+  });
+  return text;
+}
 
-int RunLoudness(const LoudnessArguments& arguments, Language language) {
-  WatchForInterrupts();
-  ClipSession session(language);
-  if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
-  APP_STATE_INFO& app = session.app.info;
+int Measure(const LoudnessArguments& arguments, ClipSession* session) {
+  const Language language = session->language;
+  if (const int status = LoadClipOrSay(arguments.file, arguments.load, session)) return status;
+  APP_STATE_INFO& app = session->app.info;
   if (const int status = CheckClipOrSay(kLoudnessJob, session)) return status;
   std::vector<std::uint32_t> tracks;
-  if (const int status = ReadTrackList(arguments.tracks, session, &tracks)) return status;
+  if (const int status = ReadTrackList(arguments.tracks, *session, &tracks)) return status;
   if (tracks.size() > kMostTracks) {
     PrintError(language,
                {"--tracks {}: 測定できるのは1つまたは2つのトラックです。",
@@ -54,19 +65,31 @@ int RunLoudness(const LoudnessArguments& arguments, Language language) {
                arguments.tracks);
     return kWrongUsage;
   }
-  if (const int status = SetRange(arguments.range, kLoudnessRange, &session)) return status;
-  if (const int status = PrepareOrSay(kLoudnessJob, &session)) return status;
+  if (const int status = SetRange(arguments.range, kLoudnessRange, session)) return status;
+  if (const int status = PrepareOrSay(kLoudnessJob, session)) return status;
   app.trackSelected.fill(0);
   for (const std::uint32_t t : tracks)
     app.trackSelected[t] = 1;
 
   const JobOutcome outcome = RunJob(language, &app);
   if (outcome.result != kSuccess) {
+    session->result = outcome.result;
+    session->message = outcome.text;
     return ReportJob(language, outcome.result, outcome.text.In(language));
   }
   const MXF_AUDIO_INFO& audio = *app.mxf->audio;
   return PrintLine(language, arguments.json ? ResultJson(audio) : ResultText(audio)) ? kDone
                                                                                      : kFailed;
+}
+
+}  // namespace
+
+int RunLoudness(const LoudnessArguments& arguments, Language language) {
+  WatchForInterrupts();
+  ClipSession session(language);
+  const int status = Measure(arguments, &session);
+  if (arguments.json && session.result != kSuccess) PrintLine(language, FailureJson(session));
+  return status;
 }
 
 }  // namespace quorvan::cli

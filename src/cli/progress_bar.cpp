@@ -28,7 +28,7 @@ constexpr int kWidestBar = 40;
 struct View {
   platform::Language language;
   const platform::InBoth<std::string_view>& unit;
-  double started;  // MonotonicSeconds at the start of the job
+  double started;  // MonotonicSeconds when the job began to count
 };
 
 std::string TimeLeft(double elapsed, double share) {
@@ -89,10 +89,14 @@ bool RunWithProgress(platform::Language language, const std::function<void()>& j
   platform::WatchedThread worker;
   if (!worker.Start(job)) return false;
   const bool shows = platform::ErrorIsTerminal();
-  const View view{language, unit, platform::MonotonicSeconds()};
+  View view{language, unit, platform::MonotonicSeconds()};
+  std::uint64_t counted = 0;
   for (int poll = 0; !worker.EndsWithin(kPollInterval); ++poll) {
     if (Interrupted()) progress->cancel = 1;
     if (exchange) exchange();
+    // A job that counts from 0 again has come to its next step, and so does the time left.
+    if (progress->done < counted) view.started = platform::MonotonicSeconds();
+    counted = progress->done;
     if (shows && poll % kPollsPerRedraw == 0) TryToDraw(*progress, view);
   }
   if (exchange) exchange();

@@ -82,7 +82,7 @@ int ReportDone(Language language, bool noLog, const JobOutcome& outcome, APP_STA
 
 int Prepare(const RewrapArguments& arguments, ClipSession* session) {
   APP_STATE_INFO* app = &session->app.info;
-  if (const int status = CheckClipOrSay(kRewriteJob, *session)) return status;
+  if (const int status = CheckClipOrSay(kRewriteJob, session)) return status;
   if (arguments.buffer) app->tracks->wavBufferIndex = *arguments.buffer;
   app->tracks->noFlush = arguments.noFlush ? 1 : 0;
   if (const int status = PlaceAll(arguments.placement, session)) return status;

@@ -61,7 +61,7 @@ int RunVerify(const VerifyArguments& arguments, Language language) {
   ClipSession session(language);
   if (const int status = LoadClipOrSay(arguments.file, arguments.load, &session)) return status;
   APP_STATE_INFO& app = session.app.info;
-  if (const int status = CheckClipOrSay(kRewriteJob, session)) return status;
+  if (const int status = CheckClipOrSay(kRewriteJob, &session)) return status;
   if (const int status = PlaceAll(arguments.placement, &session)) return status;
   if (const int status = SetRange(arguments.range, kRewrapRange, &session)) return status;
   if (const int status = PrepareOrSay(kRewriteJob, &session)) return status;

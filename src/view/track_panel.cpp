@@ -14,6 +14,7 @@ constexpr double kLampShare = 85;  // distance from the middle, in hundredths of
 constexpr double kNameShare = 75;
 constexpr std::int32_t kRowAreaMargin = 10;  // from the track area's edge
 constexpr std::int32_t kWheelNotch = 120;
+constexpr std::int32_t kMostTurn = 1 << 20;  // in one message; more would count the same
 
 std::int32_t TrackCount(const APP_STATE_INFO& app) {
   return static_cast<std::int32_t>(UsableTracks(*app.mxf->audio));
@@ -71,7 +72,8 @@ void PlaceRows(APP_STATE_INFO* app, std::int32_t width) {
   const double middle = width / 2.0;
   const double hundredth = middle / 100;
   const double lamp = middle - kLampShare * hundredth;
-  const double name = middle - kNameShare * hundredth;
+  // In a view that is narrower than the smallest window should be, the name begins behind the lamp.
+  const double name = std::max(middle - kNameShare * hundredth, lamp + kRowHeight);
   const auto whole = [](double place) { return static_cast<std::int32_t>(place); };
   for (std::int32_t i = 0; i < app->window->visibleRows; ++i) {
     const auto row = static_cast<std::size_t>(i);
@@ -323,6 +325,7 @@ std::uint32_t ReleaseArrow(APP_STATE_INFO* app, PressZone zone) {
 std::uint32_t TurnWheel(APP_STATE_INFO* app, std::int32_t delta) {
   std::int32_t& rest = app->window->wheelRest;
   const bool turnsBack = (rest > 0 && delta < 0) || (rest < 0 && delta > 0);
+  delta = std::clamp(delta, -kMostTurn, kMostTurn);
   const std::int32_t turned = turnsBack ? delta : rest + delta;
   const std::int32_t notches = turned / kWheelNotch;
   rest = turned % kWheelNotch;

@@ -24,6 +24,14 @@ void Hand(const QStringList& arguments) {
   if (QProcess::execute("xdotool", arguments) != 0) qFatal("no xdotool");
 }
 
+// Lets the window manager rest for a while, `milliseconds` (10 to 99) from now.
+void RestWindowManager(int milliseconds) {
+  const QString rest =
+      "sleep 0.0%1; kill -STOP $QUORVAN_WINDOW_MANAGER; sleep 0.06; kill -CONT "
+      "$QUORVAN_WINDOW_MANAGER";
+  QProcess::startDetached("bash", {"-c", rest.arg(milliseconds)});
+}
+
 class Desktop : public ::testing::Test {
  protected:
   Desktop() {
@@ -95,17 +103,38 @@ class Desktop : public ::testing::Test {
 
 // The window manager rests for a while in each load, at another moment each time.
 TEST_F(Desktop, HasTheKeysAfterEachQuickLoad) {
-  const QString rest =
-      "sleep 0.0%1; kill -STOP $QUORVAN_WINDOW_MANAGER; sleep 0.06; kill -CONT "
-      "$QUORVAN_WINDOW_MANAGER";
   for (int load = 0; load < 100; ++load) {
     driver_.Expect([&](QWidget*) {
       Hand({"type", "--delay", "1", ui::ToQString(clip_)});
       Hand({"key", "Return"});
-      QProcess::startDetached("bash", {"-c", rest.arg(load / 2 + 10)});
+      RestWindowManager(load / 2 + 10);
     });
     Hand({"key", "ctrl+o"});
     UseTheKeys();
+  }
+}
+
+// The message of a refused rewrite closes, and its dialog with it, while the window manager rests.
+TEST_F(Desktop, HasTheKeysAfterARefusedRewrite) {
+  EXPECT_TRUE(Drag({clip_}, driver_.View()));
+  Await([&] { return app_.mxfLoaded == 1; }, "no clip is loaded");
+  AwaitKeys();
+  app_.tracks->rewrapSwitch[0] = kSwitchOn;
+  driver_.EnterRange("10000002", "10000007");
+  std::filesystem::resize_file(folder_.Path() / "clip.mxf", 9);
+  for (int round = 0; round < 20; ++round) {
+    int answered = 0;
+    driver_.Expect([&](QWidget* question) {
+      test::Press({"102"})(question);
+      ++answered;
+    });
+    driver_.Expect([&](QWidget*) {
+      RestWindowManager(10 + round);
+      Hand({"key", "Return"});
+      ++answered;
+    });
+    Press("ctrl+r", [&] { return answered == 2 && !QApplication::activeModalWidget(); });
+    AwaitKeys();
   }
 }
 

@@ -134,6 +134,14 @@ TEST(Hand, FindsEachButtonOfADialogWhereItWas) {
       EXPECT_EQ(driver.Focus()->objectName(), "1065");
       driver.Click(driver.Find("1041", dialog));
       EXPECT_EQ(driver.Focus()->geometry(), driver.Find("1067", dialog)->geometry());
+      driver.Click(driver.Find("1040", dialog));
+      driver.ClickAt(dialog, QPoint(2, 2));
+      EXPECT_FALSE(driver.Find("1065", dialog)->isVisible()) << "the ground was pressed";
+      if (key == Qt::Key_B) {
+        driver.Find("1017", dialog)->setFocus();
+        driver.Key(Qt::Key_Return);
+        EXPECT_EQ(stage.app.tracks->exportSwitch[1], kSwitchOn);
+      }
       driver.Find("2", dialog)->setFocus();
       driver.Key(Qt::Key_Enter);
       EXPECT_FALSE(dialog->isVisible());
@@ -149,7 +157,11 @@ TEST(Hand, StopsARewriteThatIsStillProvingTheClip) {
   stage.app.useFileIo = Method::kGenericFileIo;
   driver.EnterRange("10000002", "10000007");
   driver.ClickView(stage.window.lampRect[0]);
-  driver.Expect(Press({"102"}, "MXFファイルのバックアップは済んでいますか？"));
+  driver.Expect([&](QWidget* question) {
+    EXPECT_GT(driver.Find("instruction", question)->fontInfo().pointSizeF(),
+              1.3 * question->fontInfo().pointSizeF());
+    Press({"102"}, "MXFファイルのバックアップは済んでいますか？")(question);
+  });
   HoldJobAt(platform::SystemCall::kCachedRead, &stage.app.tracks->provenFrames);
   driver.WhenRunning([&](QWidget* dialog) {
     const auto text = [&](const char* name) {
@@ -174,6 +186,9 @@ TEST(Hand, WorksInTheLibraryAndTheTracksByKeys) {
   driver.Drop(stage.wavs);
   driver.Key(Qt::Key_C, Qt::ControlModifier);
   driver.Key(Qt::Key_T, Qt::ControlModifier);
+  driver.Key(Qt::Key_I);
+  driver.Key(Qt::Key_Escape);
+  EXPECT_EQ(driver.Focus(), driver.List()) << "an entry has closed over the library";
   driver.ClickRow(0);
   driver.Expect(Press({"7"}, "このファイルはトラックにアサインされています。"));
   driver.Key(Qt::Key_Delete);
@@ -233,7 +248,9 @@ TEST(Hand, WorksInTheLibraryAndTheTracksByKeys) {
 TEST(Hand, ReachesEverythingAtAnySize) {
   LoadedStage stage;
   Driver& driver = stage.driver;
+  EXPECT_LE(driver.Window().minimumWidth(), driver.Window().screen()->availableSize().width());
   driver.View()->resize(960, 420);
+  EXPECT_LE(stage.window.lampRect[0].right, stage.window.nameRect[0].left);
   const QRect room = driver.View()->rect();
   for (const QWidget* control : driver.View()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
     EXPECT_TRUE(room.contains(control->geometry())) << control->objectName().toStdString();
@@ -252,6 +269,8 @@ TEST(Placement, IsKeptFromOneRunToTheNext) {
   driver.Window().setGeometry(QRect(40, 30, 1290, 660));
   ui::SavePlacement(driver.Window());
   QSettings settings;
+  ASSERT_EQ(settings.value("Window/position").toRect(),
+            QRect(driver.Window().pos(), driver.Window().size()));
   for (const QVariant& kept : {settings.value("Window/position"), QVariant(QRect()),
                                QVariant("aside"), QVariant(QRect(0, 0, 1 << 30, 700))}) {
     settings.setValue("Window/position", kept);

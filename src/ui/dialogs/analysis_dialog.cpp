@@ -91,7 +91,7 @@ int AnalysisDialog::exec() {
 // The button, Escape and the close box only ask the analysis to stop; the dialog closes when the
 // worker reports the end.
 void AnalysisDialog::reject() {
-  if (!running_) return QDialog::reject();
+  if (!running_ || job_.HasEnded()) return;
   stopping_ = true;
   stage_->setText("中断処理を行っています。しばらくお待ちください...");
   setStatus_(u"中断処理中...");
@@ -122,23 +122,27 @@ void AnalysisDialog::Ended() {
 
 // Tells why no job can work on the clip, which is loaded all the same so that the operator can look
 // at it, and how many tracks cannot be used. `checked` is true when all timecodes have been
-// compared.
-void AnalysisDialog::TellNotices(bool checked) {
-  const std::u16string_view refusal = ClipRefusal(app_);
-  if (!refusal.empty()) Tell(this, BoxKind::kWarning, refusal);
-  const std::u16string hidden = HiddenTracksMessage(*app_.mxf->audio, checked);
-  if (!hidden.empty()) Tell(this, BoxKind::kWarning, hidden);
-  const std::u16string index = IndexNoticeMessage(*app_.mxf);
-  if (!index.empty()) Tell(this, BoxKind::kWarning, index);
+// compared. True when there was something to tell.
+bool AnalysisDialog::TellNotices(bool checked) {
+  const std::u16string notices[] = {std::u16string(ClipRefusal(app_)),
+                                    HiddenTracksMessage(*app_.mxf->audio, checked),
+                                    IndexNoticeMessage(*app_.mxf)};
+  bool told = false;
+  for (const std::u16string& notice : notices) {
+    if (notice.empty()) continue;
+    Tell(this, BoxKind::kWarning, notice);
+    told = true;
+  }
+  return told;
 }
 
 void AnalysisDialog::OnDone() {
   bar_->setValue(100);
   Ended();
-  TellNotices(true);
+  const bool told = TellNotices(true);
   setStatus_(u"ロード完了");
   app_.analysisOk = 1;
-  accept();
+  told ? CloseBehindBox(this, QDialog::Accepted) : accept();
 }
 
 void AnalysisDialog::OnFailed(qint32 result, const QString& text) {
@@ -150,7 +154,7 @@ void AnalysisDialog::OnFailed(qint32 result, const QString& text) {
   } else {
     OnError(text);
   }
-  done(result);
+  CloseBehindBox(this, result);
 }
 
 void AnalysisDialog::OnStopped(const QString& text) {

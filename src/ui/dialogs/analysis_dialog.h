@@ -41,7 +41,7 @@ class AnalysisDialog : public QDialog {
  private:
   void ShowProgress();
   void Ended();
-  void TellNotices(bool checked);
+  bool TellNotices(bool checked);
   void OnDone();
   void OnFailed(qint32 result, const QString& text);
   void OnStopped(const QString& text);

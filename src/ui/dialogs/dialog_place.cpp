@@ -1,6 +1,7 @@
 #include "ui/dialogs/dialog_place.h"
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include "platform/path.h"
 #include "ui/main/qt_text.h"
@@ -10,6 +11,7 @@ namespace {
 
 constexpr int kJobShift = 5;
 constexpr int kNameMargin = 100;
+constexpr int kLookMilliseconds = 10;
 
 // The main window, which is the last in the chain of parents of `dialog`.
 const QWidget* MainWindowOf(const QDialog* dialog) {
@@ -37,6 +39,17 @@ void CentreOnWindow(QDialog* dialog) {
   const QSize outside = dialog->size() + (frame.size() - window->size());
   dialog->move(frame.left() + (frame.width() - outside.width()) / 2,
                frame.top() + (frame.height() - outside.height()) / 2);
+}
+
+void CloseBehindBox(QDialog* dialog, int result) {
+  if (!dialog->isVisible()) return dialog->done(result);
+  auto* look = new QTimer(dialog);
+  QObject::connect(look, &QTimer::timeout, dialog, [=, appearance = Appearance()]() mutable {
+    if (!appearance.IsOver(dialog)) return;
+    look->stop();
+    dialog->done(result);
+  });
+  look->start(kLookMilliseconds);
 }
 
 QPushButton* MakeDialogButton(const char* objectName, const QString& text, QWidget* parent) {

@@ -43,6 +43,10 @@ class Appearance {
   QDeadlineTimer end_{kMostMilliseconds};
 };
 
+// Closes `dialog` with `result` behind a message box that the operator has closed over the dialog:
+// at once when the dialog is hidden, else when the dialog has the keys back (Appearance).
+void CloseBehindBox(QDialog* dialog, int result);
+
 // Smallest width, in pixels, of the dialogs that show a running job.
 inline constexpr int kJobDialogWidth = 520;
 

@@ -23,6 +23,10 @@ constexpr int kLastPage = 2;
 constexpr int kLampSize = 52;
 constexpr int kMostPrefixChars = 32;
 
+bool IsEnter(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+}
+
 // The switch of one track of the shown page; `number`, 0 to 7, is its place on the page.
 class LampButton : public QAbstractButton {
  public:
@@ -35,6 +39,12 @@ class LampButton : public QAbstractButton {
   }
 
  protected:
+  // Enter presses the switch that has the focus, as it does any button.
+  void keyPressEvent(QKeyEvent* event) override {
+    if (!IsEnter(*event)) return QAbstractButton::keyPressEvent(event);
+    if (!event->isAutoRepeat()) click();
+  }
+
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
     const int track = memory_.page * 8 + number_;
@@ -143,11 +153,8 @@ void ExportDialog::TakePrefix() {
 
 // Enter in the field of the prefix takes the prefix over instead of starting the export.
 bool ExportDialog::eventFilter(QObject* object, QEvent* event) {
-  const auto isEnter = [&] {
-    const int key = static_cast<QKeyEvent*>(event)->key();
-    return key == Qt::Key_Return || key == Qt::Key_Enter;
-  };
-  if (object != prefix_ || event->type() != QEvent::KeyPress || !isEnter()) {
+  if (object != prefix_ || event->type() != QEvent::KeyPress ||
+      !IsEnter(static_cast<const QKeyEvent&>(*event))) {
     return RangeDialog::eventFilter(object, event);
   }
   TakePrefix();

@@ -114,7 +114,7 @@ int JobDialog::exec() {
 // Cancel, Escape and the close box only ask the job to stop; the dialog closes when the worker
 // reports the end.
 void JobDialog::reject() {
-  if (!running_) return QDialog::reject();
+  if (!running_ || job_.HasEnded()) return;
   stopping_ = true;
   action_->setText("中断処理を行っています、お待ちください...");
   setStatus_(u"中断処理中...");
@@ -156,7 +156,7 @@ void JobDialog::OnFailed(qint32 result, const QString& text) {
   button_->setText("閉じる");
   button_->setEnabled(false);
   Tell(this, BoxKind::kWarning, FromQString(text), kCoreName);
-  done(result & 0xFFFF);
+  CloseBehindBox(this, result & 0xFFFF);
 }
 
 void JobDialog::OnDone(qint32 result, const QString&) {

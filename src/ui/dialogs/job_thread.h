@@ -29,6 +29,9 @@ class JobThread : public QObject {
   // like the failure of any other job, with kStageRewrapMapped + kNoThread.
   void Start();
 
+  // True when the job has ended and can no longer be stopped.
+  bool HasEnded() const { return ended_; }
+
  signals:
   // The analysis has passed and the comparison of the timecodes begins; at most once, before Done
   // or Failed.

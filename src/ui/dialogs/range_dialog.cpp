@@ -95,4 +95,9 @@ bool RangeDialog::RunJob(JobKind kind, std::u16string_view title) {
   inButton_->setFocus();
   return true;
 }
+
+void RangeDialog::mousePressEvent(QMouseEvent* event) {
+  entry_->Cancel();
+  QDialog::mousePressEvent(event);
+}
 }  // namespace quorvan::ui

@@ -50,6 +50,9 @@ class RangeDialog : public QDialog {
   // title `title` tells; true whatever the outcome of a job that started.
   bool RunJob(JobKind kind, std::u16string_view title);
 
+  // A press on the ground closes an open entry, like a press on a control.
+  void mousePressEvent(QMouseEvent* event) override;
+
   APP_STATE_INFO& app_;
   TimecodeField* entry_ = nullptr;
   QPushButton* inButton_ = nullptr;

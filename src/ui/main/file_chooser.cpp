@@ -32,10 +32,9 @@ FileChooser::FileChooser(QWidget* parent, const QString& title, const QString& f
   setOption(QFileDialog::HideNameFilterDetails);
 }
 
-std::vector<std::u16string> FileChooser::ChooseFiles(bool several, QString* folder) {
+std::vector<std::u16string> FileChooser::ChooseFiles(bool several) {
   setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
   if (exec() != QDialog::Accepted) return {};
-  *folder = directory().absolutePath();
   std::vector<std::u16string> paths;
   for (const QString& path : selectedFiles())
     paths.push_back(FromQString(path));

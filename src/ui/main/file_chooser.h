@@ -30,8 +30,8 @@ class FileChooser : private NoToolkitSettings, public QFileDialog {
               const QString& filters = {});
 
   // Lets the operator choose files that exist, one or, with `several`, any number. Returns their
-  // paths; empty when the operator gives up. `*folder` becomes the folder of the files.
-  std::vector<std::u16string> ChooseFiles(bool several, QString* folder);
+  // paths; empty when the operator gives up.
+  std::vector<std::u16string> ChooseFiles(bool several);
 
   // Lets the operator choose the path of a file to be written; empty when the operator gives up.
   // A name without an extension gets `suffix`.

@@ -136,12 +136,18 @@ void LibraryList::Sort(Command command, bool ascending) {
   setFocus();
 }
 
-// The columns leave room for the vertical scroll bar even where none shows, since it may come with
-// the next file.
 void LibraryList::ResetColumnWidths(int viewWidth, int viewHeight) {
-  const int room = width() - 2 * frameWidth() - verticalScrollBar()->sizeHint().width();
+  view_ = QSize(viewWidth, viewHeight);
+  const int scrollBar = verticalScrollBar()->isVisible() ? verticalScrollBar()->width() : 0;
+  const int room = width() - 2 * frameWidth() - scrollBar;
   for (std::size_t column = 0; column < kWavColumns; ++column)
     setColumnWidth(static_cast<int>(column), ColumnWidth(column, viewWidth, viewHeight, room));
+}
+
+// The columns give way when the vertical scroll bar comes.
+void LibraryList::resizeEvent(QResizeEvent* event) {
+  QTreeView::resizeEvent(event);
+  if (header()->length() > viewport()->width()) ResetColumnWidths(view_.width(), view_.height());
 }
 
 int LibraryList::FocusRow() const {

@@ -77,6 +77,7 @@ class LibraryList : public QTreeView {
   bool focusNextPrevChild(bool next) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
@@ -88,6 +89,7 @@ class LibraryList : public QTreeView {
 
   APP_STATE_INFO& app_;
   LibraryModel* model_;
+  QSize view_;  // for which the columns have their widths
   QCollator names_{QLocale(QLocale::Japanese)};
 };
 

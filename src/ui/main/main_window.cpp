@@ -125,8 +125,9 @@ void MainWindow::moveEvent(QMoveEvent* event) {
   FitSmallestSize();
 }
 
-// Lets the window become as small as the screen that it is on. A window of the smallest size stays
-// one, since the system tells the size of the frame only when the window shows.
+// Lets the window become as small as the screen that it is on. A window that has the smallest size
+// gets the new smallest size, since the system tells the size of the frame only when the window
+// shows.
 void MainWindow::FitSmallestSize() {
   const bool isSmallest = size() == minimumSize();
   const QSize room = screen()->availableGeometry().size();
@@ -327,8 +328,8 @@ void MainWindow::Run(Command command) {
 
 void MainWindow::LoadByDialog() {
   if (app_.mxfLoaded == 1) return Tell(this, BoxKind::kNotice, kAlreadyLoaded);
-  const auto paths = FileChooser(this, "MXFファイルをロード", clipFolder_, kMxfFilter)
-                         .ChooseFiles(false, &clipFolder_);
+  const auto paths =
+      FileChooser(this, "MXFファイルをロード", clipFolder_, kMxfFilter).ChooseFiles(false);
   if (!paths.empty()) LoadChosen(paths.front());
 }
 
@@ -352,6 +353,7 @@ bool MainWindow::OpenClip(const std::u16string& path) {
 // may avoid, and for a clip whose audio cannot be used, offers such a copy and loads it instead.
 void MainWindow::AnalyseOpenClip(const std::u16string& path) {
   platform::CopyText(app_.mxfPath, kMxfPathChars, path);
+  clipFolder_ = ToQString(platform::FolderOf(path));
   AnalysisDialog dialog(&app_, StatusSetter(), this);
   const int result = dialog.exec();
   app_.mxfFile.Close();
@@ -383,9 +385,10 @@ void MainWindow::Unload() {
 }
 
 void MainWindow::AddByDialog() {
-  if (wavFolder_.isEmpty()) wavFolder_ = ToQString(platform::FolderOf(app_.mxfPath));
-  const auto paths = FileChooser(this, "BWF(WAV)ファイルを開く", wavFolder_, kWavFilters)
-                         .ChooseFiles(true, &wavFolder_);
+  const QString folder =
+      wavFolder_.isEmpty() ? ToQString(platform::FolderOf(app_.mxfPath)) : wavFolder_;
+  const auto paths =
+      FileChooser(this, "BWF(WAV)ファイルを開く", folder, kWavFilters).ChooseFiles(true);
   if (paths.empty()) return;
   AddFiles(paths, kAddTitle);
   ShowAddedFiles(kAddTitle);
@@ -402,6 +405,7 @@ bool MainWindow::AddFiles(const std::vector<std::u16string>& paths, std::u16stri
   for (const std::u16string& path : paths) {
     const WavResult result = AddWavFileWatched(path, &app_, this);
     if (result == kWavOk) {
+      wavFolder_ = ToQString(platform::FolderOf(path));
       added = true;
     } else {
       Tell(this, BoxKind::kWarning, WavFailureText(result, path), title);
@@ -423,6 +427,8 @@ void MainWindow::ShowAddedFiles(std::u16string_view title) {
 void MainWindow::ShowLibrary(bool show) {
   entry_->Cancel();
   app_.libraryView = show && app_.mxfLoaded == 1 ? 1 : 0;
+  // The table has the keys while it covers the rows, whatever closes on it.
+  view_->setFocusProxy(app_.libraryView == 1 ? list_ : nullptr);
   if (app_.libraryView == 1) {
     list_->show();
     list_->raise();

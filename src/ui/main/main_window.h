@@ -82,8 +82,8 @@ class MainWindow : public QMainWindow {
   QLabel* counterField_;
   std::map<Command, QAction*> actions_;  // items of the menu bar
   ExportDialogMemory exportMemory_;
-  QString clipFolder_;                       // in which a clip was chosen last; empty before
-  QString wavFolder_;                        // in which WAV files were chosen last; empty before
+  QString clipFolder_;                       // of the clip that was opened last; empty before
+  QString wavFolder_;                        // of the WAV file that was added last; empty before
   bool sortAscending_ = true;                // order of the next sort
   std::uint32_t pending_ = kRefreshNothing;  // set of Refresh that the timer will carry out
   QTimer refreshTimer_;

@@ -24,7 +24,7 @@ QSize SmallestSize(const QSize& room, const QSize& frame);
 // pixels of the desktop. The place is `kept`, no larger than all screens together, when the top of
 // the window and at least 100 pixels of its width lie on a screen. Otherwise the window is moved
 // onto the nearest screen and made no larger than the screen. The result is never smaller than the
-// smallest size of the main window there; without any screen it is `kept`.
+// smallest size of the main window on that screen; without any screen it is `kept`.
 QRect OntoScreen(const QRect& kept, const QList<QRect>& screens);
 
 }  // namespace quorvan::ui
