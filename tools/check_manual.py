@@ -18,15 +18,16 @@ ROOT = Path(__file__).resolve().parent.parent
 MANUAL = "docs/manual.ja.md"
 HEADINGS = {"メッセージ", "題名", "表示"}
 
-# Files without messages that the manual has to explain: captions, displays and menus; the console; the places
-# in a clip that the refusal of a conformed copy names.
+# Files without messages that the manual has to explain: captions, displays and menus; the console.
 OTHER_FILES = re.compile(
-    r"src/(cli/|conform/(?!mend_text\.)|ui/pictures/|ui/main/typefaces\.h"
+    r"src/(cli/|ui/pictures/|ui/main/typefaces\.h"
     r"|view/(commands|library_view|texts)\.|state/app_state_info\.h)")
-# Functions, types and constants that make captions, and texts for the status bar and for progress.
+# Functions, types and constants that make captions, and texts for the status bar and for progress. Also the
+# faults of a copy for which the window has a message of its own, so that only the console gives the reason.
 CAPTIONS = re.compile(
     r"setWindowTitle|setText|setStatus_?|label|addButton|Make\w*(Button|Group)"
-    r"|FileChooser|Q(CheckBox|GroupBox|Label|ProgressDialog|PushButton)|Field|JobTexts|k\w*(Stage|Status)")
+    r"|FileChooser|Q(CheckBox|GroupBox|Label|ProgressDialog|PushButton)|Field|JobTexts|k\w*(Stage|Status)"
+    r"|k(NoRoom|Unwritable|Unreadable|Stopped|NoMemory|SameFile|NameTaken)")
 # The only functions of src/report that make messages; all other texts there belong into logs.
 REPORT_MESSAGES = re.compile(r"\w*(Message|Refusal)")
 

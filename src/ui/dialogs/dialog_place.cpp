@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kJobShift = 5;
 constexpr int kNameMargin = 100;
-constexpr int kLookMilliseconds = 10;
+constexpr int kAskMilliseconds = 10;
 
 // The main window, which is the last in the chain of parents of `dialog`.
 const QWidget* MainWindowOf(const QDialog* dialog) {
@@ -49,7 +49,7 @@ void CloseBehindBox(QDialog* dialog, int result) {
     look->stop();
     dialog->done(result);
   });
-  look->start(kLookMilliseconds);
+  look->start(kAskMilliseconds);
 }
 
 QPushButton* MakeDialogButton(const char* objectName, const QString& text, QWidget* parent) {
