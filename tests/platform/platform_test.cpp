@@ -107,6 +107,22 @@ TEST(File, KeepsItsCreationWhenItsTimesAreSet) {
   EXPECT_EQ(ToLocalTime(116444736000000000 + 10000000ull * 86400 * 4).dayOfWeek, 1) << "a Monday";
 }
 
+TEST(File, TakesNamesOfAnyLengthAndScript) {
+  const test::TempFolder folder;
+  const std::u16string path = folder.PathOf(std::string(210, 'n') + "\xE9\x9F\xB3\xF0\x9F\x8E\xAC");
+  const std::u16string other = folder.PathOf(std::string(220, 'o'));
+  File file = File::Open(path, OpenMode::kCreateNew);
+  ASSERT_TRUE(file.WriteAt(5ull << 30, "abc", 3));
+  EXPECT_EQ(QueryFileInfo(path)->size, (5ull << 30) + 3);
+  EXPECT_TRUE(file.IsStillAtItsPath());
+  file.Close();
+  ASSERT_TRUE(RenameReplacing(path, other));
+  EXPECT_FALSE(IsNameTaken(path));
+  EXPECT_TRUE(IsSameFile(other, other));
+  EXPECT_TRUE(RemoveFile(other));
+  EXPECT_FALSE(CanBeNamed(folder.PathOf(std::string(256, 'n'))));
+}
+
 TEST(Mapping, RefusesWhatDoesNotLieInTheFile) {
   const test::TempFolder folder;
   const std::u16string path = folder.Write("a", Bytes(10000, 7));
@@ -123,6 +139,8 @@ TEST(Mapping, RefusesWhatDoesNotLieInTheFile) {
   EXPECT_TRUE(view.Covers(9000, 1000));
   EXPECT_FALSE(view.Covers(9000, 1001));
   EXPECT_FALSE(view.Covers(view.fileOffset() - 1, 1));
+  const File twin = File::Open(folder.Write("b", {8}), OpenMode::kReadShared);
+  EXPECT_EQ(*FileMapping::Create(twin, u"x").View(0, 1).data(), 8) << "the name has another file";
   const File empty = File::Open(folder.Write("empty", {}), OpenMode::kReadShared);
   EXPECT_FALSE(FileMapping::Create(empty, u"x").IsOpen());
 }
