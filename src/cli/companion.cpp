@@ -8,9 +8,11 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <sstream>
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "platform/console.h"
 #include "platform/language.h"
 #include "platform/text.h"
 #include "state/program_name.h"
@@ -414,7 +416,10 @@ int CommandLine::Run(int argc, const char* const* argv) {
   try {
     app_.parse(argc, argv);
   } catch (const CLI::Success& asked) {  // for help or the version
-    return app_.exit(asked) == 0 ? kDone : kFailed;
+    std::ostringstream text;
+    const int status = app_.exit(asked, text, text);
+    platform::WriteText(platform::StandardStream::kOutput, text.str());
+    return status == 0 ? kDone : kFailed;
   } catch (const CLI::ParseError& error) {
     PrintErrorLine(Complaint(error));
     PrintErrorLine(In({"--help で使い方を表示します。", "run with --help for more information"}));

@@ -1,6 +1,5 @@
 #include "cli/console.h"
 
-#include <cstdio>
 #include <string>
 
 #include "platform/console.h"
@@ -10,17 +9,12 @@ namespace quorvan::cli {
 namespace {
 
 using platform::Language;
+using platform::StandardStream;
+using platform::WriteText;
 
 constexpr std::size_t kBlockBytes = 65536;
 
 std::atomic<std::uint32_t> interrupted = 0;
-
-// Writes the text and flushes the stream; false when either fails. A running job goes on after a
-// failure, since the terminal may be closed while the job runs.
-bool Put(std::FILE* file, std::string_view text) {
-  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-  return std::fflush(file) == 0 && written;
-}
 
 void SayNotWritten(Language language) {
   PrintError(language, {"標準出力に書込めません。", "standard output cannot be written"});
@@ -29,7 +23,7 @@ void SayNotWritten(Language language) {
 }  // namespace
 
 bool PrintLine(Language language, std::string_view text) {
-  const bool written = Put(stdout, std::string(text) + "\n");
+  const bool written = WriteText(StandardStream::kOutput, std::string(text) + "\n");
   if (!written) SayNotWritten(language);
   return written;
 }
@@ -40,7 +34,7 @@ bool PrintLine(Language language, std::u16string_view text) {
 
 bool LongOutput::Send() {
   if (text_.size() >= kBlockBytes) {
-    written_ = written_ && Put(stdout, text_);
+    written_ = written_ && WriteText(StandardStream::kOutput, text_);
     text_.clear();
   }
   return written_ && !GivenUp();
@@ -49,7 +43,7 @@ bool LongOutput::Send() {
 bool LongOutput::Finish() {
   if (GivenUp()) return false;
   text_ += '\n';
-  written_ = written_ && Put(stdout, text_);
+  written_ = written_ && WriteText(StandardStream::kOutput, text_);
   if (!written_) SayNotWritten(language_);
   return written_;
 }
@@ -64,7 +58,7 @@ void PrintErrorLine(std::string_view line) {
 }
 
 void PrintRaw(std::string_view text) {
-  Put(stderr, text);
+  WriteText(StandardStream::kError, text);
 }
 
 void WatchForInterrupts() {

@@ -34,8 +34,8 @@ void PrintError(platform::Language language,
   PrintErrorLine(Worded(language, form, values...));
 }
 
-// Writes `text` (UTF-8) to standard error without a line end. A failure to write is ignored. Throws
-// nothing.
+// Writes `text` (UTF-8) to standard error without a line end. A failure to write is ignored: the
+// terminal may be closed while a job runs. Throws nothing.
 void PrintRaw(std::string_view text);
 
 // From now on the interrupt key does not end the program but only makes Interrupted true, until the

@@ -3,5 +3,6 @@
 
 int main(int argc, char** argv) {
   quorvan::platform::PrepareStandardStreams();
+  if (!quorvan::platform::TakeArguments(&argc, &argv)) return 1;
   return quorvan::cli::RunCompanion(argc, argv);
 }

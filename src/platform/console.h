@@ -5,8 +5,14 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace quorvan::platform {
+
+// Replaces the arguments of main by their UTF-8 form where the system passes another encoding. The
+// arguments live as long as the program. False, with nothing replaced, when memory is out. To be
+// called once.
+bool TakeArguments(int* argc, char*** argv);
 
 // True when standard input is a terminal.
 bool InputIsTerminal();
@@ -22,6 +28,12 @@ int TerminalColumns();
 // before a line end, or when the interrupt key or a read error stops the reading; `*line` then
 // holds what was read.
 bool ReadLine(std::string* line);
+
+enum class StandardStream { kOutput, kError };
+
+// Writes `text` (UTF-8) to a standard stream. False when not all of it could be written. Throws
+// nothing.
+bool WriteText(StandardStream stream, std::string_view text);
 
 // From now on the interrupt key, a request to terminate and the loss of the terminal only set
 // `*flag` to 1 instead of ending the program. A signal that was ignored when the program started

@@ -8,7 +8,7 @@ namespace quorvan::platform {
 // The kinds of system calls at which a seam is asked.
 enum class SystemCall {
   kOpen,
-  kLock,
+  kLock,  // on Windows a part of kOpen
   kSize,
   kRead,
   kCachedRead,  // a read of bytes that memory holds already
@@ -29,7 +29,8 @@ enum class CallOutcome {
   kFails,          // the call is not made and fails; a close is made, and then fails
   kComesShort,     // a read or write transfers half the bytes; other calls are made unchanged
   kIsInterrupted,  // the call is not made and fails as if interrupted by a signal; closes, maps and
-                   // starts of threads are made unchanged
+                   // starts of threads are made unchanged, and so is every call on Windows, which
+                   // has no such failure
 };
 
 // Called before each call of a kind of SystemCall, on the thread that makes the call. Decides what

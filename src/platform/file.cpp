@@ -1,10 +1,6 @@
 #include "platform/file.h"
 
-#include <system_error>
 #include <utility>
-
-#include "platform/path.h"
-#include "platform/text.h"
 
 namespace quorvan::platform {
 
@@ -13,7 +9,8 @@ File::File(File&& other) noexcept
       name_(std::move(other.name_)),
       position_(std::exchange(other.position_, 0)),
       stopRequest_(std::exchange(other.stopRequest_, nullptr)),
-      trouble_(std::exchange(other.trouble_, ReadTrouble::kNone)) {}
+      trouble_(std::exchange(other.trouble_, ReadTrouble::kNone)),
+      prefetching_(std::move(other.prefetching_)) {}
 
 File& File::operator=(File&& other) noexcept {
   if (this != &other) {
@@ -23,21 +20,13 @@ File& File::operator=(File&& other) noexcept {
     position_ = std::exchange(other.position_, 0);
     stopRequest_ = std::exchange(other.stopRequest_, nullptr);
     trouble_ = std::exchange(other.trouble_, ReadTrouble::kNone);
+    prefetching_ = std::move(other.prefetching_);
   }
   return *this;
 }
 
 File::~File() {
   Close();
-}
-
-std::optional<std::uint64_t> FreeBytesBeside(const std::u16string& path) {
-  const std::u16string absolute = AbsolutePath(path);
-  const std::filesystem::path folder(
-      ToUtf8(absolute.substr(0, absolute.size() - LastComponent(absolute).size())));
-  std::error_code failed;
-  const std::filesystem::space_info space = std::filesystem::space(folder, failed);
-  return failed ? std::nullopt : std::optional<std::uint64_t>(space.available);
 }
 
 bool File::Seek(std::uint64_t offset) {

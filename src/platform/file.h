@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,7 +19,8 @@ namespace quorvan::platform {
 
 // How a file is opened, and who else may have the file open at the same time. On POSIX the sharing
 // is an advisory lock, which binds only programs that ask for it, as all programs of this project
-// do. A file on which another program holds a conflicting lock cannot be opened.
+// do; on Windows it binds every program. A file on which another program holds a conflicting lock
+// cannot be opened.
 enum class OpenMode {
   kReadAlone,   // existing file, read only, shared with nobody
   kReadShared,  // existing file, read only, shared with other readers
@@ -76,8 +78,9 @@ class File {
   // locks, files are opened for reading without a lock; kRewrite and kCreateNew fail.
   static File Open(const std::u16string& path, OpenMode mode);
 
-  // Opens a new file that has no name and stands in memory as far as it is written; it is gone when
-  // it is closed. Returns a File that is not open when the system has none. Throws nothing.
+  // Opens a new file that stands in memory as far as it is written, and that nobody else can open;
+  // it is gone when it is closed. Returns a File that is not open when the system has none. Throws
+  // nothing.
   static File OpenInMemory();
 
   bool IsOpen() const { return handle_ != kNoHandle; }
@@ -181,6 +184,8 @@ class File {
   std::uint64_t position_ = 0;
   const std::atomic<std::uint32_t>* stopRequest_ = nullptr;
   mutable ReadTrouble trouble_ = ReadTrouble::kNone;
+  // What the system needs for Prefetch, from the first call on; null on POSIX.
+  mutable std::unique_ptr<void, void (*)(void*)> prefetching_{nullptr, nullptr};
 };
 
 // Size and times of the regular file at `path`, or of the regular file to which a link at `path`

@@ -30,6 +30,10 @@ bool MappedView::Covers(std::uint64_t offset, std::uint64_t length) const {
   return start <= size_ && length <= size_ - start;
 }
 
+void MappedView::PrefetchByte(std::uint64_t offset) const {
+  if (Covers(offset, 1)) __builtin_prefetch(data_ + (offset - fileOffset_));
+}
+
 MappedView FileMapping::ViewCovering(std::uint64_t offset, std::uint64_t length) const {
   const std::uint64_t misalign = offset % MappingGranularity();
   if (length > std::numeric_limits<std::uint64_t>::max() - misalign) return MappedView();

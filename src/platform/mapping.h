@@ -5,13 +5,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 #include "platform/file.h"
 
 namespace quorvan::platform {
 
-// Bytes of a memory page. Every view starts at a file offset that is a multiple of this number.
+// The file offset at which a view starts is a multiple of this number of bytes: of a memory page,
+// on Windows of 16 pages.
 std::uint64_t MappingGranularity();
 
 // A stretch of a file in memory, unmapped on destruction. Reading its bytes faults when the medium
@@ -62,8 +64,10 @@ class MappedView {
 // A mapping of a whole open file. The File must outlive the mapping and stay at its address.
 class FileMapping {
  public:
-  // Maps `file`. `name` is the name of the mapping on systems with named mappings; POSIX has none.
-  // Returns a mapping that is not open when the file is empty or closed or its size cannot be read.
+  // Maps `file`. `name`, of up to 31 characters, is the name of the mapping on systems with named
+  // mappings; POSIX has none. While another mapping has the name, the new mapping gets none.
+  // Returns a mapping that is not open when the file is empty or closed, when its size cannot be
+  // read, or when the system has no mapping.
   static FileMapping Create(const File& file, std::u16string_view name);
 
   FileMapping() = default;
@@ -83,6 +87,9 @@ class FileMapping {
   MappedView ViewCovering(std::uint64_t offset, std::uint64_t length) const;
 
  private:
+  using SystemMapping = std::unique_ptr<void, void (*)(void*)>;
+
+  SystemMapping system_{nullptr, nullptr};  // the system's own mapping; null on POSIX
   const File* file_ = nullptr;
   std::uint64_t size_ = 0;
 };

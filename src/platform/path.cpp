@@ -1,6 +1,5 @@
 #include "platform/path.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace quorvan::platform {
@@ -23,7 +22,8 @@ std::u16string_view LastComponent(std::u16string_view path) {
 std::u16string_view FolderOf(std::u16string_view path) {
   const std::size_t separator = path.rfind(kSeparator);
   if (separator == std::u16string_view::npos) return {};
-  return path.substr(0, std::max<std::size_t>(separator, 1));
+  const bool isBehindDrive = kSeparator == u'\\' && separator == 2 && path[1] == u':';
+  return path.substr(0, separator == 0 || isBehindDrive ? separator + 1 : separator);
 }
 
 std::u16string JoinPath(std::u16string_view folder, std::u16string_view name) {

@@ -1,5 +1,6 @@
-// Parts of a path. The separator is the system's own: on POSIX '/'. No function but DesktopFolder
-// and AbsolutePath asks the file system or the environment. Returned views point into the argument.
+// Parts of a path. The separator is the system's own: on POSIX '/', on Windows '\'. No function but
+// DesktopFolder and AbsolutePath asks the file system or the environment. Returned views point into
+// the argument.
 
 #pragma once
 
@@ -15,8 +16,8 @@ std::u16string_view NameBehindSeparator(std::u16string_view path);
 // separator.
 std::u16string_view LastComponent(std::u16string_view path);
 
-// The part of `path` before the last separator; the separator itself when the last separator is the
-// first character; empty for a path without a separator.
+// The part of `path` before the last separator, with this separator when it is the first character
+// or, on Windows, the first behind a drive (C:\); empty for a path without a separator.
 std::u16string_view FolderOf(std::u16string_view path);
 
 // The path of `name` in `folder`: both, with a separator between them unless `folder` is empty or
@@ -35,8 +36,8 @@ std::u16string LowerCaseExtension(std::u16string_view path);
 // when the environment names no home folder.
 std::u16string DesktopFolder();
 
-// The absolute form of `path`, which may be relative to the working directory. Links and ".." are
-// not resolved.
+// The absolute form of `path`, which may be relative to the working directory. Links are not
+// resolved, nor is ".." on POSIX. On Windows the only separator in the result is '\'.
 // Returns `path` itself when the system does not tell the working directory.
 std::u16string AbsolutePath(std::u16string_view path);
 

@@ -16,6 +16,7 @@ struct Analysed {
     const std::u16string path = folder.Write("clip.mxf", bytes);
     auto file = platform::File::Open(path, platform::OpenMode::kReadAlone);
     result = AnalyzeMxfFile(&file, &records.base);
+    file.Close();
     EXPECT_TRUE(ReadAll(path) == bytes);
   }
   explicit Analysed(const ClipSpec& spec) : Analysed(BuildClip(spec).bytes) {}

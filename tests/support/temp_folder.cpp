@@ -1,11 +1,15 @@
 #include "support/temp_folder.h"
 
+#ifndef _WIN32
 #include <fcntl.h>
 #include <unistd.h>
+#endif
 
-#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
+
+#include "platform/text.h"
+#include "platform/uuid.h"
 
 namespace quorvan::test {
 namespace {
@@ -19,9 +23,12 @@ namespace fs = std::filesystem;
 }  // namespace
 
 TempFolder::TempFolder() {
-  std::string name = fs::temp_directory_path() / "quorvan-test-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) Fail("cannot create", name);
-  path_ = name;
+  std::string name = "quorvan-test-";
+  const auto uuid = platform::NewUuid().value();
+  for (const unsigned byte : uuid)
+    name += std::to_string(byte);
+  path_ = fs::temp_directory_path() / name;
+  if (!fs::create_directory(path_)) Fail("cannot create", path_);
 }
 
 TempFolder::~TempFolder() {
@@ -30,12 +37,12 @@ TempFolder::~TempFolder() {
 }
 
 std::u16string TempFolder::PathOf(const std::string& name) const {
-  return (path_ / name).u16string();
+  return (path_ / platform::ToUtf16(name)).make_preferred().u16string();
 }
 
 std::u16string TempFolder::Write(const std::string& name,
                                  const std::vector<std::uint8_t>& bytes) const {
-  const fs::path path = path_ / name;
+  const fs::path path = PathOf(name);
   if (!WriteBytes(path, bytes)) Fail("cannot write", path);
   return path.u16string();
 }
@@ -56,6 +63,10 @@ std::vector<std::uint8_t> ReadAll(const fs::path& path) {
   return bytes;
 }
 
+#ifdef _WIN32
+// The system does not tell the program what it has in memory: the program prefetches every file.
+void DropFromMemory(const std::filesystem::path&) {}
+#else
 void DropFromMemory(const std::filesystem::path& path) {
   const int file = open(path.c_str(), O_RDONLY);
   const bool dropped =
@@ -63,5 +74,6 @@ void DropFromMemory(const std::filesystem::path& path) {
   if (!dropped) Fail("cannot be dropped from memory", path);
   close(file);
 }
+#endif
 
 }  // namespace quorvan::test

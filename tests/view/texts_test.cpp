@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/path.h"
 #include "state/track_assignment.h"
 #include "support/golden.h"
 #include "support/loaded_clip.h"
@@ -18,7 +19,7 @@ TEST(Texts, TellOfTheClipOrThatThereIsNone) {
   ClipSpec spec{.rate = Rate::k23_98, .bits = 16};
   LoadedClip clip(spec);
   APP_STATE_INFO& app = clip.app.info;
-  const std::u16string folder = clip.path.substr(0, clip.path.rfind(u'/'));
+  const std::u16string folder(platform::FolderOf(clip.path));
   const auto expectFigures = [&](std::size_t column) {
     auto id = std::uint32_t{kFileNameText};
     for (const auto& row : GoldenRows("view/golden/figures.txt"))
@@ -79,7 +80,7 @@ TEST(Texts, TellWhatARowWillDo) {
   EXPECT_EQ(TrackToolTip(app, 0).width, 200);
   EXPECT_EQ(TrackToolTip(app, 3).width, 600);
   EXPECT_EQ(TrackToolTip(app, 3).text, u"トラック:  4\n\nst.wav\n" +
-                                           path.substr(0, path.rfind(u'/')) +
+                                           std::u16string(platform::FolderOf(path)) +
                                            u"\n281.89 KB\n\nビット数: 24  チャンネル:  2/ 2\n\n"
                                            u"開始: 10:00:00:00 *0960       1728000960 samples\n"
                                            u"終了: 10:00:01:00 *0960       1728048960 samples\n"

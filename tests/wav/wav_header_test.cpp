@@ -157,7 +157,8 @@ TEST_F(WavHeader, TellsWhatIsNoWaveFromAnIncompleteHeader) {
   }
   WavSpec rf64{.formId = "RF64"};
   const WavFile whole = BuildWav(rf64);
-  for (const std::size_t tag : {8ul, 12ul, whole.fmtOffset - 8, whole.dataOffset - 8}) {
+  for (const std::size_t tag :
+       {std::size_t{8}, std::size_t{12}, whole.fmtOffset - 8, whole.dataOffset - 8}) {
     std::vector<std::uint8_t> unknown = whole.bytes;
     unknown[tag] = 'x';
     EXPECT_EQ(Read(unknown), kWavHeaderIncomplete) << tag;

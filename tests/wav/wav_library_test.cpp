@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/path.h"
 #include "platform/text.h"
 #include "support/golden.h"
 #include "support/temp_folder.h"
@@ -121,9 +122,10 @@ TEST_F(WavLibrary, RefusesFilesThatNoRewriteTakes) {
 
 TEST_F(WavLibrary, RefusesAPathThatItCouldOnlyKeepCutShort) {
   const std::u16string path = folder_.Write("a", BuildWav({}).bytes);
-  const std::size_t slash = path.rfind(u'/');
+  const std::size_t slash = path.size() - platform::LastComponent(path).size() - 1;
   const auto withLength = [&](std::size_t length) {
-    return path.substr(0, slash) + std::u16string(length - path.size(), u'/') + path.substr(slash);
+    return path.substr(0, slash) + std::u16string(length - path.size(), path[slash]) +
+           path.substr(slash);
   };
   EXPECT_EQ(AddWavFile(withLength(1024).c_str(), &head_, mxf_.base), kWavPathTooLong);
   ASSERT_EQ(AddWavFile(withLength(1023).c_str(), &head_, mxf_.base), kWavOk);
@@ -134,8 +136,8 @@ TEST_F(WavLibrary, FillsColumnsAndKeysForTheTable) {
   WavSpec spec{.sampleFrames = 24000, .timeReference = 48000ull * 3600 + 500};
   const std::u16string path = folder_.Write("take.wav", BuildWav(spec).bytes);
   auto file = platform::File::Open(path, platform::OpenMode::kRewrite);
-  const platform::FileTimes times{file.Times()->creation, 117000000000000000, 118000000000000000};
-  ASSERT_TRUE(file.SetTimes(times));
+  ASSERT_TRUE(file.SetTimes({0, 117000000000000000, 118000000000000000}));
+  const platform::FileTimes times = file.Times().value();
   file.Close();
   ASSERT_EQ(AddWavFile(path.c_str(), &head_, mxf_.base), kWavOk);
   const auto& text = head_.next->columnText;

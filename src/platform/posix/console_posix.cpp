@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 
 namespace quorvan::platform {
 namespace {
@@ -20,6 +21,10 @@ void RaiseFlag(int) {
 }
 
 }  // namespace
+
+bool TakeArguments(int*, char***) {
+  return true;
+}
 
 bool InputIsTerminal() {
   return isatty(STDIN_FILENO) == 1;
@@ -43,6 +48,12 @@ bool ReadLine(std::string* line) {
     line->push_back(c);
   }
   return false;
+}
+
+bool WriteText(StandardStream stream, std::string_view text) {
+  std::FILE* file = stream == StandardStream::kOutput ? stdout : stderr;
+  const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  return std::fflush(file) == 0 && written;
 }
 
 void SetFlagOnInterrupt(std::atomic<std::uint32_t>* flag) {

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "platform/fault_seam.h"
@@ -323,6 +324,15 @@ std::optional<FileInfo> QueryFileInfo(const std::u16string& path) {
     return std::nullopt;
   }
   return FileInfo{status.stx_size, TimesOf(status)};
+}
+
+std::optional<std::uint64_t> FreeBytesBeside(const std::u16string& path) {
+  const std::u16string absolute = AbsolutePath(path);
+  const std::filesystem::path folder(
+      ToUtf8(absolute.substr(0, absolute.size() - LastComponent(absolute).size())));
+  std::error_code failed;
+  const std::filesystem::space_info space = std::filesystem::space(folder, failed);
+  return failed ? std::nullopt : std::optional<std::uint64_t>(space.available);
 }
 
 bool IsNameTaken(const std::u16string& path) {

@@ -25,10 +25,6 @@ void MappedView::ExpectScattered() const {
   if (data_ != nullptr) madvise(const_cast<std::uint8_t*>(data_), size_, MADV_RANDOM);
 }
 
-void MappedView::PrefetchByte(std::uint64_t offset) const {
-  if (Covers(offset, 1)) __builtin_prefetch(data_ + (offset - fileOffset_));
-}
-
 FileMapping FileMapping::Create(const File& file, std::u16string_view) {
   FileMapping mapping;
   const auto size = file.Size();

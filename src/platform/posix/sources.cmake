@@ -5,8 +5,8 @@
 #   fault_guard.h  RunGuarded
 #   file.h         all but the moves of File, Seek, Read and Write
 #   language.h     UserLanguage
-#   mapping.h      MappingGranularity, PrefetchByte, Unmap and ExpectScattered of MappedView; Create and
-#                  View of FileMapping
+#   mapping.h      MappingGranularity, Unmap and ExpectScattered of MappedView; Create and View of
+#                  FileMapping
 #   memory.h       AvailableMemory
 #   path.h         DesktopFolder, AbsolutePath
 #   uuid.h         NewUuid

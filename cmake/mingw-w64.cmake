@@ -1,0 +1,33 @@
+# Builds for x86-64 Windows with the mingw-w64 compiler of the system, the variant with POSIX threads.
+# tools/windows/setup.sh puts the libraries into QUORVAN_WINDOWS_PREFIX.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+if(DEFINED ENV{QUORVAN_WINDOWS_PREFIX})
+  set(prefix $ENV{QUORVAN_WINDOWS_PREFIX})
+elseif(DEFINED ENV{XDG_CACHE_HOME})
+  set(prefix $ENV{XDG_CACHE_HOME}/mxf-quorvan/windows)
+else()
+  set(prefix $ENV{HOME}/.cache/mxf-quorvan/windows)
+endif()
+
+# Headers and libraries come from the prefix and the compiler alone, programs from this system. A package
+# may also lie outside: Qt finds its own tools of this system in this way.
+set(CMAKE_FIND_ROOT_PATH ${prefix} /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
+set(ENV{PKG_CONFIG_LIBDIR} ${prefix}/lib/pkgconfig)
+
+# The programs bring the compiler's own libraries with them.
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+
+# Runs programs of the build here.
+find_program(QUORVAN_WINE NAMES wine)
+if(QUORVAN_WINE)
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${QUORVAN_WINE})
+endif()

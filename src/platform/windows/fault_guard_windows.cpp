@@ -1,0 +1,53 @@
+#include "platform/fault_guard.h"
+
+#include <windows.h>
+
+#include <mutex>
+
+namespace quorvan::platform {
+namespace {
+
+// What the exception handler needs to leave a guarded body.
+struct ActiveGuard {
+  CONTEXT escape;                // the processor's registers in front of the body
+  const void* volatile address;  // of the fault; volatile, because the handler sets it
+};
+
+// The guard of the body that this thread runs; null outside a guarded body. The handler asks for it
+// inside a fault, where a thread_local of the compiler might allocate.
+const DWORD activeGuard = TlsAlloc();
+
+// Leaves the guarded body after a fault in a view: the thread continues in front of the body.
+LONG CALLBACK HandleStorageFault(EXCEPTION_POINTERS* fault) {
+  const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
+  if (record.ExceptionCode != EXCEPTION_IN_PAGE_ERROR) return EXCEPTION_CONTINUE_SEARCH;
+  auto* guard = static_cast<ActiveGuard*>(TlsGetValue(activeGuard));
+  if (guard == nullptr) return EXCEPTION_CONTINUE_SEARCH;
+  guard->address = reinterpret_cast<const void*>(record.ExceptionInformation[1]);
+  *fault->ContextRecord = guard->escape;
+  return EXCEPTION_CONTINUE_EXECUTION;
+}
+
+void InstallHandlerOnce() {
+  static std::once_flag installed;
+  std::call_once(installed, [] { AddVectoredExceptionHandler(1, HandleStorageFault); });
+}
+
+}  // namespace
+
+GuardResult RunGuarded(void (*body)(void* context), void* context) {
+  InstallHandlerOnce();
+  ActiveGuard guard;
+  guard.address = nullptr;
+  RtlCaptureContext(&guard.escape);  // a body that faults continues here
+  if (guard.address != nullptr) {
+    TlsSetValue(activeGuard, nullptr);
+    return {false, guard.address};
+  }
+  TlsSetValue(activeGuard, &guard);
+  body(context);
+  TlsSetValue(activeGuard, nullptr);
+  return {true, nullptr};
+}
+
+}  // namespace quorvan::platform

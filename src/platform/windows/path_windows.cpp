@@ -1,0 +1,63 @@
+#include "platform/path.h"
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+#include "platform/windows/wide_text.h"
+
+namespace quorvan::platform {
+namespace {
+
+// In front of a path that the system takes as it is, of any length.
+constexpr std::wstring_view kVerbatim = LR"(\\?\)";
+constexpr std::wstring_view kVerbatimNetwork = LR"(\\?\UNC\)";
+
+constexpr std::wstring_view kDevice = LR"(\\.\)";
+constexpr std::wstring_view kNetwork = LR"(\\)";
+
+// The absolute form of `path`, with '\' as the only separator; `path` itself when the system does
+// not tell.
+std::wstring FullPath(std::u16string_view path) {
+  const std::wstring name = ToWide(path);
+  if (name.starts_with(kVerbatim)) return name;
+  std::wstring full(GetFullPathNameW(name.c_str(), 0, nullptr, nullptr), L'\0');
+  const DWORD length =
+      GetFullPathNameW(name.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+  if (length == 0 || length >= full.size()) return name;
+  full.resize(length);
+  return full;
+}
+
+// The folder that the system knows under `id`; empty when there is none.
+std::u16string KnownFolder(const KNOWNFOLDERID& id) {
+  std::u16string folder;
+  wchar_t* path = nullptr;
+  if (SHGetKnownFolderPath(id, KF_FLAG_DEFAULT, nullptr, &path) == S_OK) folder = FromWide(path);
+  CoTaskMemFree(path);
+  return folder;
+}
+
+}  // namespace
+
+std::u16string DesktopFolder() {
+  const std::u16string desktop = KnownFolder(FOLDERID_Desktop);
+  return desktop.empty() ? KnownFolder(FOLDERID_Profile) : desktop;
+}
+
+std::u16string AbsolutePath(std::u16string_view path) {
+  return FromWide(FullPath(path));
+}
+
+std::wstring SystemPath(std::u16string_view path) {
+  const std::wstring full = FullPath(path);
+  if (full.size() < MAX_PATH || full.starts_with(kVerbatim) || full.starts_with(kDevice)) {
+    return full;
+  }
+  if (full.starts_with(kNetwork)) {
+    return std::wstring(kVerbatimNetwork).append(full, kNetwork.size());
+  }
+  return std::wstring(kVerbatim).append(full);
+}
+
+}  // namespace quorvan::platform
