@@ -127,6 +127,7 @@ CommandLine::CommandLine(Language language)
                         In({"プログラム名とバージョンを表示して終了します",
                             "Show the name and version of the program and exit"}));
   AddLanguage(&app_);
+  app_.allow_windows_style_options(false);  // a path may begin with '/'
   app_.require_subcommand(1);
   app_.footer(In(
       {"終了ステータス: 0 完了、1 拒否またはエラー、2 使い方の誤り、3 中断、4 完了(お知らせあり)",

@@ -17,6 +17,8 @@
 
 namespace quorvan::platform {
 
+enum class SystemCall;  // fault_seam.h
+
 // How a file is opened, and who else may have the file open at the same time. On POSIX the sharing
 // is an advisory lock, which binds only programs that ask for it, as all programs of this project
 // do; on Windows it binds every program. A file on which another program holds a conflicting lock
@@ -178,6 +180,19 @@ class File {
 
   File(std::intptr_t handle, std::filesystem::path&& name) noexcept
       : handle_(handle), name_(std::move(name)) {}
+
+  // Asks the system once to read up to `length` bytes, at least 1, at `offset`. Returns how many
+  // bytes were read: 0 at the end of the file. Nothing when the system reports an error. Begins
+  // anew where a signal interrupts the call.
+  std::optional<std::size_t> ReadOnce(std::uint64_t offset, void* buffer, std::size_t length) const;
+
+  // Asks the system once, by a call that counts as `kind`, to write up to `length` bytes, at
+  // least 1, at `offset`. Returns and begins anew as ReadOnce does.
+  std::optional<std::size_t> WriteOnce(SystemCall kind, std::uint64_t offset, const void* data,
+                                       std::size_t length);
+
+  // Writes all bytes by calls of WriteOnce. False when not all bytes could be written.
+  bool WriteAll(SystemCall kind, std::uint64_t offset, const void* data, std::size_t length);
 
   std::intptr_t handle_ = kNoHandle;
   std::filesystem::path name_;  // as the system takes it

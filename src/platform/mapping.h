@@ -89,6 +89,13 @@ class FileMapping {
  private:
   using SystemMapping = std::unique_ptr<void, void (*)(void*)>;
 
+  // The system's own mapping of `file`, null where the system has no such thing. Nothing when it
+  // refuses.
+  static std::optional<SystemMapping> MakeSystemMapping(const File& file, std::u16string_view name);
+
+  // Maps a stretch of the file into memory; null when the system refuses.
+  const void* Map(std::uint64_t offset, std::size_t length) const;
+
   SystemMapping system_{nullptr, nullptr};  // the system's own mapping; null on POSIX
   const File* file_ = nullptr;
   std::uint64_t size_ = 0;

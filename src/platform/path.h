@@ -1,6 +1,6 @@
-// Parts of a path. The separator is the system's own: on POSIX '/', on Windows '\'. No function but
-// DesktopFolder and AbsolutePath asks the file system or the environment. Returned views point into
-// the argument.
+// Parts of a path. The separator is the system's own: '/' on POSIX, '\' on Windows, where '/' is
+// read as a separator, too. No function but DesktopFolder and AbsolutePath asks the file system or
+// the environment. Returned views point into the argument.
 
 #pragma once
 

@@ -22,6 +22,8 @@
 namespace quorvan::test {
 namespace {
 
+const std::string kCompanion = CompanionOf(COMPANION);
+
 using nlohmann::json;
 using platform::ToUtf8;
 
@@ -41,7 +43,7 @@ class CommandLine : public ::testing::Test {
 
   // A command in the folder, with the companion in front and the variables of its locale before.
   CommandResult Run(const std::string& arguments, const std::string& locale = "LC_ALL=C") const {
-    return RunCommand("cd " + folder_.Path().string() + " && " + locale + " " COMPANION " " +
+    return RunCommand("cd " + folder_.Path().string() + " && " + locale + " " + kCompanion + " " +
                       arguments);
   }
 
@@ -274,8 +276,8 @@ TEST_F(CommandLine, IsCancelledByTheInterruptKeyBeforeItWrites) {
   // A terminal that asks for the backup, the interrupt key, and a yes that comes too late.
   const CommandResult asked =
       Run("--help >/dev/null; touch asked; (until grep -q backup asked; do sleep 0.01; done; "
-          "printf '\\003'; sleep 0.2; echo y) | LC_ALL=C script -qefc 'exec " COMPANION
-          " rewrap clip.mxf --silence 3' asked; echo status $?");
+          "printf '\\003'; sleep 0.2; echo y) | LC_ALL=C script -qefc 'exec " +
+          kCompanion + " rewrap clip.mxf --silence 3' asked; echo status $?");
   EXPECT_NE(asked.output.find("status 3"), std::string::npos) << asked.output;
   EXPECT_TRUE(IsUntouched());
 }

@@ -16,6 +16,8 @@
 namespace quorvan::test {
 namespace {
 
+const std::string kCompanion = CompanionOf(COMPANION);
+
 // A clip of ffmpeg's, what the analysis has to say of it, and the range that is rewritten: frames
 // from 0, both included, and their timecodes.
 struct Road {
@@ -49,14 +51,14 @@ class FfmpegRoad : public ::testing::TestWithParam<Road> {
   void SetUp() override {
     ASSERT_EQ(MakeFfmpegClip(Path("made.mxf"), GetParam().clip), "");
     const CommandResult conformed =
-        RunCommand(COMPANION " conform " + Path("made.mxf") + " " + Path("clip.mxf"));
+        RunCommand(kCompanion + " conform " + Path("made.mxf") + " " + Path("clip.mxf"));
     ASSERT_EQ(conformed.status, 0) << conformed.error;
   }
 
   // What a command says that has to succeed on the clip.
   std::string Run(const std::string& command, const std::string& arguments) const {
     const CommandResult result =
-        RunCommand(COMPANION " " + command + " " + Path("clip.mxf") + arguments);
+        RunCommand(kCompanion + " " + command + " " + Path("clip.mxf") + arguments);
     EXPECT_EQ(result.status, 0) << result.error;
     return result.output;
   }

@@ -11,6 +11,8 @@
 namespace quorvan::test {
 namespace {
 
+const std::string kCompanion = CompanionOf(COMPANION);
+
 // Speech-like: pink noise in syllables, with a pause every four seconds.
 constexpr char kLeft[] =
     "anoisesrc=c=pink:a=0.5:seed=3:r=48000,tremolo=f=3:d=0.9,"
@@ -36,8 +38,9 @@ TEST(Loudness, AgreesWithFfmpegsFilter) {
   spec.picture = "color=c=gray:s=64x64";
   spec.audio = {kLeft, kRight};
   ASSERT_EQ(MakeFfmpegClip(made, spec), "");
-  ASSERT_EQ(RunCommand(COMPANION " conform " + made + " " + clip).status, 0);
-  const CommandResult measured = RunCommand(COMPANION " loudness " + clip + " --tracks 1,2 --json");
+  ASSERT_EQ(RunCommand(kCompanion + " conform " + made + " " + clip).status, 0);
+  const CommandResult measured =
+      RunCommand(kCompanion + " loudness " + clip + " --tracks 1,2 --json");
   ASSERT_EQ(measured.status, 0) << measured.error;
   const auto ours = nlohmann::json::parse(measured.output);
   const CommandResult filtered = RunCommand(
@@ -55,7 +58,7 @@ TEST(Loudness, AgreesWithFfmpegsFilter) {
                 "Loudness Range(LRA)  %6.1f LU\n",
                 ours["integratedLoudness"].get<double>(), ours["truePeak"].get<double>(),
                 ours["loudnessRange"].get<double>());
-  EXPECT_EQ(RunCommand(COMPANION " loudness " + clip + " --tracks 1,2").output, text);
+  EXPECT_EQ(RunCommand(kCompanion + " loudness " + clip + " --tracks 1,2").output, text);
 }
 
 }  // namespace

@@ -140,7 +140,9 @@ TEST_P(Export, NumbersItsFilesAndNeverTakesANameThatIsTaken) {
   ExportClip clip({.tracks = 12}, {2, 11});
   const Bytes precious = {1, 2, 3};
   ASSERT_TRUE(WriteBytes(clip.Out() / "Track-3 7.wav", precious));
-  std::filesystem::create_symlink(clip.folder.Path() / "nowhere", clip.Out() / "Track-3 8.wav");
+  if (!MakeLink(clip.folder.Path() / "nowhere", clip.Out() / "Track-3 8.wav")) {
+    ASSERT_TRUE(WriteBytes(clip.Out() / "Track-3 8.wav", precious));
+  }
   using Case = std::tuple<const char16_t*, std::uint32_t, std::string, std::string>;
   const Case cases[] = {{u"Track-", 6, "Track-3.wav", "Track-12.wav"},
                         {u"Track-", 7, "Track-3 9.wav", "Track-12 7.wav"},
@@ -261,9 +263,11 @@ TEST_P(Export, IsNotDoneWhenTheClipIsCutShortMeanwhile) {
     ExportClip clip(LongClip(200), {0});
     const std::uint64_t rest = frame == 200 ? clip.clip.bytes.size() - 1
                                             : clip.clip.layout.frames[frame].offset / page * page;
+    bool isCut = false;
     const CallHook cut(SystemCall::kGatheredWrite, 2,
-                       [&] { std::filesystem::resize_file(platform::ToUtf8(clip.path), rest); });
-    EXPECT_EQ(Run(clip), Code(4024));
+                       [&] { isCut = CutWhileOpen(clip.path, rest); });
+    const std::int32_t result = Run(clip);
+    EXPECT_EQ(result, isCut ? Code(4024) : 0);
   }
 }
 

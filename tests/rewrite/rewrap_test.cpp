@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <functional>
+#include <optional>
 
 #include "platform/text.h"
 #include "rewrap_job.h"
@@ -410,7 +409,8 @@ TEST_P(Rewrap, SaysWhatItLeavesOnStorageThatFailsForGood) {
   }
 }
 
-// What befalls clip and source while a job is writing, or before the medium has it all.
+// What befalls clip and source while a job is writing, or before the medium has it all, where the
+// system does not keep both from it.
 TEST_P(Rewrap, IsNotDoneWhenItsFilesChangeMeanwhile) {
   using Folder = std::filesystem::path;
   using Case = std::tuple<std::uint16_t, SystemCall, std::int32_t, void (*)(const Folder&)>;
@@ -438,14 +438,24 @@ TEST_P(Rewrap, IsNotDoneWhenItsFilesChangeMeanwhile) {
   for (const auto& [channels, call, code, change] : cases) {
     RewrapJob job{ClipSpec()};
     job.Put(0, Wav(channels, 24, kPlenty));
+    std::int32_t result = -1;
     {
-      const CallHook changing(call, call == SystemCall::kFlush ? 1 : 3,
-                              [&, step = change] { step(job.folder.Path()); });
-      EXPECT_EQ(job.Run(), Code(code));
+      bool isChanged = false;
+      const CallHook changing(call, call == SystemCall::kFlush ? 1 : 3, [&, step = change] {
+        try {
+          step(job.folder.Path());
+          isChanged = true;
+        } catch (const std::filesystem::filesystem_error&) {
+        }
+      });
+      result = job.Run();
+      EXPECT_EQ(result, isChanged ? Code(code) : 0);
     }
     EXPECT_TRUE(platform::File::Open(job.path, platform::OpenMode::kRewrite).IsOpen());
-    if (code == 2024) continue;
-    EXPECT_TRUE(job.Without(job.Now(), false, true) == job.Without(job.clip.bytes, false, true));
+    if (job.Now().size() != job.clip.bytes.size()) continue;
+    const bool renewed = result == 0;
+    EXPECT_TRUE(job.Without(job.Now(), renewed, true) ==
+                job.Without(job.clip.bytes, renewed, true));
   }
 }
 
@@ -453,12 +463,14 @@ TEST_P(Rewrap, SetsTheTimesAndKeepsTheCreation) {
   RewrapJob job{ClipSpec()};
   job.Silence(0);
   const std::filesystem::path clip = platform::ToUtf8(job.path);
+  const auto made = platform::QueryFileInfo(job.path);
   last_write_time(clip, last_write_time(clip) - std::chrono::hours(1));
   const auto before = platform::QueryFileInfo(job.path);
   ASSERT_EQ(job.Run(), 0);
   const auto after = platform::QueryFileInfo(job.path);
   EXPECT_GT(after->times.lastWrite, before->times.lastWrite);
-  EXPECT_EQ(after->times.creation, before->times.creation);
+  const bool systemKeepsCreation = before->times.creation == made->times.creation;
+  EXPECT_TRUE(after->times.creation == before->times.creation || !systemKeepsCreation);
 }
 
 // Eight channels, of which a block that stays in the cache has 32 frames, in a clip that has to
@@ -516,24 +528,44 @@ TEST_P(Rewrap, StopsBehindTheFrameOfACancelAndKeepsTheOldIdentity) {
   }
 }
 
-// Runs the job in a process of its own, which is killed before its `nth` change to the clip. False
-// when it has ended before.
+constexpr int kKilled = 77;  // the exit status of a process that ended in the middle of its job
+
+// A test that runs a job in a process of its own starts its program again, with these two
+// arguments behind the filter for the test.
+struct EndedJob {
+  std::string path;  // of the clip
+  int change = 0;    // before which the process ends
+};
+
+std::optional<EndedJob> JobToEnd() {
+  const auto arguments = ::testing::internal::GetArgvs();
+  if (arguments.size() != 4) return std::nullopt;
+  return EndedJob{arguments[2], std::stoi(arguments[3])};
+}
+
+// Runs the job in this process, which ends before the change that is asked for.
+[[noreturn]] void RunToEnd(RewrapJob& job, const EndedJob& ended) {
+  job.path = platform::ToUtf16(ended.path);
+  int changes = 0;
+  const CallHook killer([&](SystemCall call, int) {
+    const bool isChange = call == SystemCall::kGatheredWrite || call == SystemCall::kWrite ||
+                          call == SystemCall::kFlush;
+    if (isChange && ++changes == ended.change) std::_Exit(kKilled);
+    return CallOutcome::kAsEver;
+  });
+  std::_Exit(job.Run());
+}
+
+// Runs the job in a process of its own, which ends before its `nth` change to the clip. False when
+// the job has ended before.
 bool IsKilled(RewrapJob& job, int nth) {
-  const pid_t child = fork();
-  if (child == 0) {
-    int changes = 0;
-    const CallHook killer([&](SystemCall call, int) {
-      const bool isChange = call == SystemCall::kGatheredWrite || call == SystemCall::kWrite ||
-                            call == SystemCall::kFlush;
-      if (isChange && ++changes == nth) raise(SIGKILL);
-      return CallOutcome::kAsEver;
-    });
-    _exit(job.Run());
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFSIGNALED(status) || WEXITSTATUS(status) == 0);
-  return WIFSIGNALED(status);
+  const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  const std::string command = ::testing::internal::GetArgvs()[0] +
+                              " --gtest_filter=" + test->test_suite_name() + "." + test->name() +
+                              " " + platform::ToUtf8(job.path) + " " + std::to_string(nth);
+  const int status = std::system(command.c_str());
+  EXPECT_TRUE(status == 0 || status == kKilled || status == kKilled << 8) << status;
+  return status != 0;
 }
 
 // True when a package that has its new UMID is still referred to by the old one.
@@ -549,6 +581,7 @@ TEST_P(Rewrap, LeavesAValidClipWhereverItIsKilled) {
   RewrapJob job{ClipSpec()};
   job.Silence(0);
   job.Range(1, 8);
+  if (const auto ended = JobToEnd()) RunToEnd(job, *ended);
   int kills = 0;
   while (IsKilled(job, kills + 1)) {
     ++kills;

@@ -83,6 +83,16 @@ TEST(ClipIdentity, ReplacesEveryReferenceInTheMetadataAndNothingElse) {
 // Far from any other clock, by more than an hour's minutes.
 constexpr char kZone[] = "QZT-13:45";
 
+#ifdef _WIN32
+// The zone of the system cannot be changed by a program.
+void SetZone(const char*) {}
+#else
+void SetZone(const char* zone) {
+  setenv("TZ", zone, 1);
+  tzset();
+}
+#endif
+
 Bytes StampInZone() {
   const std::time_t now = std::time(nullptr);
   const std::tm t = *std::localtime(&now);
@@ -94,13 +104,11 @@ Bytes StampInZone() {
 
 TEST(ClipIdentity, StampsBothPackagesWithTheLocalTime) {
   IdentifiedClip clip;
-  setenv("TZ", kZone, 1);
-  tzset();
+  SetZone(kZone);
   const Bytes before = StampInZone();
   EXPECT_EQ(clip.Renew(), kUmidsRenewed);
   const Bytes after = StampInZone();
-  unsetenv("TZ");
-  tzset();
+  SetZone("");
   const Bytes now = clip.Now();
   for (const SetKind kind : {SetKind::kMaterialPackage, SetKind::kSourcePackage}) {
     const std::uint64_t place = clip.clip.layout.TagValueOffset(kind, tag::kPackageModifiedDate);
@@ -162,9 +170,10 @@ TEST(ClipIdentity, LeavesAHeaderAloneThatHasChangedMeanwhile) {
   ClipIdentity identity(&file, &clip.app.mxf.base);
   ASSERT_EQ(identity.Locate(), kNoFault);
   Patch(clip.clip.bytes, clip.clip.layout.sets.back().klv.value, {0xAA});
-  clip.folder.Write("clip.mxf", clip.clip.bytes);
+  ASSERT_TRUE(file.WriteAt(0, clip.clip.bytes.data(), clip.clip.bytes.size()));
   identity.Renew();
   EXPECT_EQ(identity.ReadBack(), kUmidsOld);
+  file.Close();
   EXPECT_TRUE(clip.Now() == clip.clip.bytes);
 }
 

@@ -7,6 +7,12 @@
 #include "support/temp_folder.h"
 
 namespace quorvan::test {
+
+std::string CompanionOf(const std::string& path) {
+  const char* other = std::getenv("QUORVAN_COMPANION");
+  return other != nullptr ? other : path;
+}
+
 CommandResult RunCommand(const std::string& command) {
   const TempFolder folder;
   const auto text = [](const std::string& path) {

@@ -13,6 +13,10 @@ struct CommandResult {
   std::string error{};   // standard error
 };
 
+// The console companion as a shell command: what the environment variable QUORVAN_COMPANION says,
+// else the program of this build at `path`.
+std::string CompanionOf(const std::string& path);
+
 // Runs a shell command with nothing on standard input.
 CommandResult RunCommand(const std::string& command);
 

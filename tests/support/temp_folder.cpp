@@ -5,6 +5,7 @@
 #include <unistd.h>
 #endif
 
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -27,7 +28,8 @@ TempFolder::TempFolder() {
   const auto uuid = platform::NewUuid().value();
   for (const unsigned byte : uuid)
     name += std::to_string(byte);
-  path_ = fs::temp_directory_path() / name;
+  const char* place = std::getenv("QUORVAN_TEST_FOLDER");
+  path_ = (place != nullptr ? fs::path(place) : fs::temp_directory_path()) / name;
   if (!fs::create_directory(path_)) Fail("cannot create", path_);
 }
 
@@ -61,6 +63,18 @@ std::vector<std::uint8_t> ReadAll(const fs::path& path) {
   file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   if (!file) Fail("cannot read", path);
   return bytes;
+}
+
+bool MakeLink(const fs::path& target, const fs::path& link) {
+  std::error_code error;
+  fs::create_symlink(target, link, error);
+  return !error;
+}
+
+bool CutWhileOpen(const fs::path& path, std::uint64_t bytes) {
+  std::error_code error;
+  fs::resize_file(path, bytes, error);
+  return !error;
 }
 
 #ifdef _WIN32

@@ -11,7 +11,8 @@ namespace quorvan::test {
 
 class TempFolder {
  public:
-  // Throws when the system gives no folder.
+  // In the folder that the environment variable QUORVAN_TEST_FOLDER names, else in the system's own
+  // for such files. Throws when the system gives no folder.
   TempFolder();
   ~TempFolder();
   TempFolder(const TempFolder&) = delete;
@@ -34,6 +35,13 @@ bool WriteBytes(const std::filesystem::path& path, const std::vector<std::uint8_
 
 // The whole content of a file; throws when it cannot be read.
 std::vector<std::uint8_t> ReadAll(const std::filesystem::path& path);
+
+// Makes a symbolic link. False where the system has none, or none for this user.
+bool MakeLink(const std::filesystem::path& target, const std::filesystem::path& link);
+
+// Cuts a file to `bytes` bytes while a job has the file open. False where the system keeps others
+// from changing such a file.
+bool CutWhileOpen(const std::filesystem::path& path, std::uint64_t bytes);
 
 // Brings a file onto the medium and out of the memory of a system that keeps it there; throws
 // when it cannot be.

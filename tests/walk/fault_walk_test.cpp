@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -99,11 +98,6 @@ using Files = std::map<std::string, Bytes>;
 // A clip, a stereo file on its first two tracks, and the model of the rewritten clip.
 class FaultWalk : public ::testing::Test {
  protected:
-  // In memory, where there is such a place: no flush has to wait there.
-  static void SetUpTestSuite() {
-    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 0);
-  }
-
   FaultWalk() : job_({.frames = 4, .framesPerPartition = 2, .tracks = 3, .pictureStep = 0}) {
     job_.Put(0, {.channels = 2, .sampleFrames = 6000});  // the last frame ends in silence
     path_ = platform::ToUtf8(job_.path);
@@ -130,7 +124,7 @@ class FaultWalk : public ::testing::Test {
   Files Output() const {
     Files files;
     for (const auto& entry : std::filesystem::directory_iterator(folder_ / "out")) {
-      if (entry.is_regular_file()) files[entry.path().filename()] = ReadAll(entry.path());
+      if (entry.is_regular_file()) files[entry.path().filename().string()] = ReadAll(entry.path());
     }
     return files;
   }
@@ -239,7 +233,7 @@ TEST_P(FaultWalkOf, AnExportIsWholeOrSaysThatItIsNot) {
   cli::ExportArguments arguments;
   arguments.file = path_;
   arguments.tracks = "1-3";
-  arguments.folder = folder_ / "out";
+  arguments.folder = (folder_ / "out").string();
   arguments.load = load_;
   WalkReading([&] { return cli::RunExport(arguments, Language::kJapanese); });
 }
@@ -272,7 +266,7 @@ TEST_F(FaultWalk, AComparisonIsRightOrFails) {
 TEST_F(FaultWalk, ACopyIsWholeOrNotThere) {
   cli::ConformArguments arguments;
   arguments.in = path_;
-  arguments.out = folder_ / "out" / "copy.mxf";
+  arguments.out = (folder_ / "out" / "copy.mxf").string();
   const auto command = [&] {
     const int status = cli::RunConform(arguments, Language::kJapanese);
     // What could not be removed either has a name of its own.

@@ -24,9 +24,7 @@
 namespace quorvan::platform {
 namespace {
 
-constexpr std::size_t kMaxTransfer = std::size_t{1} << 30;
-constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between checks for a stop
-constexpr std::size_t kMostPieces = 64;                           // of one gathered write
+constexpr std::size_t kMostPieces = 64;  // of one gathered write
 
 int Descriptor(std::intptr_t handle) {
   return static_cast<int>(handle);
@@ -64,6 +62,17 @@ ssize_t TransferThrough(SystemCall kind, std::size_t length, Call call) {
   const CallOutcome outcome = OutcomeOf(kind);
   if (ComesToNothing(outcome)) return -1;
   return call(outcome == CallOutcome::kComesShort ? std::max<std::size_t>(length / 2, 1) : length);
+}
+
+// Makes the call as TransferThrough does, and repeats it as often as it is interrupted. Nothing
+// when it fails otherwise.
+template <typename Call>
+std::optional<std::size_t> TransferAnyway(SystemCall kind, std::size_t length, Call call) {
+  ssize_t step = -1;
+  do {
+    step = TransferThrough(kind, length, call);
+  } while (step < 0 && errno == EINTR);
+  return step < 0 ? std::nullopt : std::optional(static_cast<std::size_t>(step));
 }
 
 std::size_t BytesOf(std::span<const iovec> pieces) {
@@ -192,41 +201,18 @@ std::optional<std::uint64_t> File::Size() const {
   return static_cast<std::uint64_t>(status.st_size);
 }
 
-std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const {
-  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return 0;
-  const std::size_t most = stopRequest_ == nullptr ? kMaxTransfer : kStoppableTransfer;
-  std::size_t done = 0;
-  while (done < length) {
-    if (StopAsked()) {
-      if (trouble_ == ReadTrouble::kNone) trouble_ = ReadTrouble::kStopped;
-      break;
-    }
-    const ssize_t step =
-        TransferThrough(SystemCall::kRead, std::min(length - done, most), [&](std::size_t part) {
-          return pread(Descriptor(handle_), static_cast<char*>(buffer) + done, part,
-                       static_cast<off_t>(offset + done));
-        });
-    if (step < 0 && errno == EINTR) continue;
-    if (step < 0) trouble_ = ReadTrouble::kFailed;
-    if (step <= 0) break;
-    done += static_cast<std::size_t>(step);
-  }
-  return done;
+std::optional<std::size_t> File::ReadOnce(std::uint64_t offset, void* buffer,
+                                          std::size_t length) const {
+  return TransferAnyway(SystemCall::kRead, length, [&](std::size_t part) {
+    return pread(Descriptor(handle_), buffer, part, static_cast<off_t>(offset));
+  });
 }
 
-bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
-  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return false;
-  for (std::size_t done = 0; done < length;) {
-    const ssize_t step = TransferThrough(
-        SystemCall::kWrite, std::min(length - done, kMaxTransfer), [&](std::size_t part) {
-          return pwrite(Descriptor(handle_), static_cast<const char*>(data) + done, part,
-                        static_cast<off_t>(offset + done));
-        });
-    if (step < 0 && errno == EINTR) continue;
-    if (step <= 0) return false;
-    done += static_cast<std::size_t>(step);
-  }
-  return true;
+std::optional<std::size_t> File::WriteOnce(SystemCall kind, std::uint64_t offset, const void* data,
+                                           std::size_t length) {
+  return TransferAnyway(kind, length, [&](std::size_t part) {
+    return pwrite(Descriptor(handle_), data, part, static_cast<off_t>(offset));
+  });
 }
 
 bool File::ReadCachedAt(std::uint64_t offset, void* buffer, std::size_t length) const {

@@ -3,10 +3,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <limits>
-
-#include "platform/fault_seam.h"
-
 namespace quorvan::platform {
 
 std::uint64_t MappingGranularity() {
@@ -25,29 +21,15 @@ void MappedView::ExpectScattered() const {
   if (data_ != nullptr) madvise(const_cast<std::uint8_t*>(data_), size_, MADV_RANDOM);
 }
 
-FileMapping FileMapping::Create(const File& file, std::u16string_view) {
-  FileMapping mapping;
-  const auto size = file.Size();
-  if (!size || *size == 0) return mapping;
-  mapping.file_ = &file;
-  mapping.size_ = *size;
-  return mapping;
+std::optional<FileMapping::SystemMapping> FileMapping::MakeSystemMapping(const File&,
+                                                                         std::u16string_view) {
+  return SystemMapping(nullptr, nullptr);
 }
 
-MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
-  MappedView view;
-  if (!IsOpen() || length == 0 || offset % MappingGranularity() != 0) return view;
-  const auto size = file_->Size();
-  if (!size || offset > *size || length > *size - offset) return view;
-  if (length > std::numeric_limits<std::size_t>::max()) return view;
-  if (OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return view;
-  void* data = mmap(nullptr, static_cast<std::size_t>(length), PROT_READ, MAP_SHARED,
-                    static_cast<int>(file_->NativeHandle()), static_cast<off_t>(offset));
-  if (data == MAP_FAILED) return view;
-  view.data_ = static_cast<const std::uint8_t*>(data);
-  view.size_ = static_cast<std::size_t>(length);
-  view.fileOffset_ = offset;
-  return view;
+const void* FileMapping::Map(std::uint64_t offset, std::size_t length) const {
+  void* data = mmap(nullptr, length, PROT_READ, MAP_SHARED, static_cast<int>(file_->NativeHandle()),
+                    static_cast<off_t>(offset));
+  return data == MAP_FAILED ? nullptr : data;
 }
 
 }  // namespace quorvan::platform

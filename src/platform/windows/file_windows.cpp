@@ -19,11 +19,9 @@
 namespace quorvan::platform {
 namespace {
 
-constexpr std::size_t kMaxTransfer = std::size_t{32} << 20;       // servers refuse far longer ones
-constexpr std::size_t kStoppableTransfer = std::size_t{1} << 20;  // between checks for a stop
-constexpr std::size_t kGatherBytes = std::size_t{256} << 10;      // on the stack of a thread
-constexpr std::size_t kLongestPath = 32767;                       // for the calls of the system
-constexpr std::size_t kLongestComponent = 255;                    // in its file systems
+constexpr std::size_t kGatherBytes = std::size_t{256} << 10;  // on the stack of a thread
+constexpr std::size_t kLongestPath = 32767;                   // for the calls of the system
+constexpr std::size_t kLongestComponent = 255;                // in its file systems
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 HANDLE SystemHandle(std::intptr_t handle) {
@@ -59,21 +57,6 @@ std::optional<std::size_t> TransferThrough(SystemCall kind, std::uint64_t offset
   DWORD done = 0;
   if (!call(static_cast<DWORD>(length), &done, &place)) return std::nullopt;
   return done;
-}
-
-// Writes `length` bytes at `offset`. False when not all bytes could be written.
-bool WriteAll(SystemCall kind, HANDLE file, std::uint64_t offset, const std::uint8_t* data,
-              std::size_t length) {
-  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return false;
-  for (std::size_t done = 0; done < length;) {
-    const auto step = TransferThrough(kind, offset + done, std::min(length - done, kMaxTransfer),
-                                      [&](DWORD part, DWORD* written, OVERLAPPED* place) {
-                                        return WriteFile(file, data + done, part, written, place);
-                                      });
-    if (!step || *step == 0) return false;
-    done += *step;
-  }
-  return true;
 }
 
 // True for the errors of storage that does not support flushing: its flush loses nothing.
@@ -126,6 +109,66 @@ std::optional<BY_HANDLE_FILE_INFORMATION> Describe(const wchar_t* path, DWORD fl
 bool IsSame(const BY_HANDLE_FILE_INFORMATION& a, const BY_HANDLE_FILE_INFORMATION& b) {
   return a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
          a.nFileIndexLow == b.nFileIndexLow;
+}
+
+// Prefetches through a view that moves along the file in large steps, because making a view takes
+// longer than asking for a frame.
+class Prefetching {
+ public:
+  // Takes over `mapping`, a mapping of a whole file of `fileBytes` bytes.
+  Prefetching(HANDLE mapping, std::uint64_t fileBytes) : mapping_(mapping), fileBytes_(fileBytes) {}
+  Prefetching(const Prefetching&) = delete;
+  Prefetching& operator=(const Prefetching&) = delete;
+  ~Prefetching() {
+    if (view_ != nullptr) UnmapViewOfFile(view_);
+    CloseHandle(mapping_);
+  }
+
+  // Asks the system to fetch the bytes [offset, offset + length) of the file. What lies behind the
+  // view that begins with the step of `offset` is not fetched.
+  void Ask(std::uint64_t offset, std::uint64_t length) {
+    const std::uint64_t step = offset / kStep;
+    if (view_ == nullptr || step != step_) MoveTo(step);
+    const std::uint64_t start = offset - step * kStep;
+    if (view_ == nullptr || start >= bytes_) return;
+    WIN32_MEMORY_RANGE_ENTRY range = {static_cast<char*>(view_) + start,
+                                      static_cast<std::size_t>(std::min(length, bytes_ - start))};
+    PrefetchVirtualMemory(GetCurrentProcess(), 1, &range, 0);
+  }
+
+ private:
+  static constexpr std::uint64_t kStep = std::uint64_t{1} << 30;     // bytes between two views
+  static constexpr std::uint64_t kOverlap = std::uint64_t{1} << 25;  // the longest row fits
+
+  void MoveTo(std::uint64_t step) {
+    if (view_ != nullptr) UnmapViewOfFile(view_);
+    view_ = nullptr;
+    step_ = step;
+    const std::uint64_t start = step * kStep;
+    if (start >= fileBytes_) return;
+    bytes_ = std::min(kStep + kOverlap, fileBytes_ - start);
+    view_ = MapViewOfFile(mapping_, FILE_MAP_READ, static_cast<DWORD>(start >> 32),
+                          static_cast<DWORD>(start), static_cast<std::size_t>(bytes_));
+  }
+
+  HANDLE mapping_;
+  std::uint64_t fileBytes_;
+  void* view_ = nullptr;
+  std::uint64_t step_ = 0;   // the view begins at this multiple of kStep
+  std::uint64_t bytes_ = 0;  // length of the view
+};
+
+// The Prefetching of an open file; null when the system has no mapping or no memory for it.
+std::unique_ptr<void, void (*)(void*)> MakePrefetching(HANDLE file) {
+  const auto destroy = [](void* made) { delete static_cast<Prefetching*>(made); };
+  LARGE_INTEGER size{};
+  const HANDLE mapping = GetFileSizeEx(file, &size)
+                             ? CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr)
+                             : nullptr;
+  if (mapping == nullptr) return {nullptr, destroy};
+  auto* made = new (std::nothrow) Prefetching(mapping, static_cast<std::uint64_t>(size.QuadPart));
+  if (made == nullptr) CloseHandle(mapping);
+  return {made, destroy};
 }
 
 }  // namespace
@@ -193,31 +236,20 @@ std::optional<std::uint64_t> File::Size() const {
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::size_t File::ReadAt(std::uint64_t offset, void* buffer, std::size_t length) const {
-  if (offset > kMostFileOffset || length > kMostFileOffset - offset) return 0;
-  const std::size_t most = stopRequest_ == nullptr ? kMaxTransfer : kStoppableTransfer;
-  std::size_t done = 0;
-  while (done < length) {
-    if (StopAsked()) {
-      if (trouble_ == ReadTrouble::kNone) trouble_ = ReadTrouble::kStopped;
-      break;
-    }
-    const auto step =
-        TransferThrough(SystemCall::kRead, offset + done, std::min(length - done, most),
-                        [&](DWORD part, DWORD* read, OVERLAPPED* place) {
-                          return ReadFile(SystemHandle(handle_), static_cast<char*>(buffer) + done,
-                                          part, read, place);
-                        });
-    if (!step && GetLastError() != ERROR_HANDLE_EOF) trouble_ = ReadTrouble::kFailed;
-    if (!step || *step == 0) break;
-    done += *step;
-  }
-  return done;
+std::optional<std::size_t> File::ReadOnce(std::uint64_t offset, void* buffer,
+                                          std::size_t length) const {
+  const auto step = TransferThrough(
+      SystemCall::kRead, offset, length, [&](DWORD part, DWORD* read, OVERLAPPED* place) {
+        return ReadFile(SystemHandle(handle_), buffer, part, read, place);
+      });
+  return !step && GetLastError() == ERROR_HANDLE_EOF ? 0 : step;
 }
 
-bool File::WriteAt(std::uint64_t offset, const void* data, std::size_t length) {
-  return WriteAll(SystemCall::kWrite, SystemHandle(handle_), offset,
-                  static_cast<const std::uint8_t*>(data), length);
+std::optional<std::size_t> File::WriteOnce(SystemCall kind, std::uint64_t offset, const void* data,
+                                           std::size_t length) {
+  return TransferThrough(kind, offset, length, [&](DWORD part, DWORD* written, OVERLAPPED* place) {
+    return WriteFile(SystemHandle(handle_), data, part, written, place);
+  });
 }
 
 // The system does not tell what it has in memory.
@@ -228,25 +260,10 @@ bool File::ReadCachedAt(std::uint64_t, void*, std::size_t) const {
 // Said when the file is opened (ArgumentsOf).
 void File::ExpectScattered() const {}
 
-// The system prefetches views alone. A mapping of the file serves all calls, with a view for each.
+// The system prefetches views alone.
 void File::Prefetch(std::uint64_t offset, std::uint64_t length) const {
-  const std::uint64_t misalign = offset % MappingGranularity();
-  if (length == 0 || length > kMostFileOffset - misalign) return;
-  if (prefetching_ == nullptr) {
-    prefetching_ = {
-        CreateFileMappingW(SystemHandle(handle_), nullptr, PAGE_READONLY, 0, 0, nullptr),
-        [](void* mapping) { CloseHandle(mapping); }};
-  }
-  if (prefetching_ == nullptr) return;
-  const std::uint64_t start = offset - misalign;
-  void* view =
-      MapViewOfFile(prefetching_.get(), FILE_MAP_READ, static_cast<DWORD>(start >> 32),
-                    static_cast<DWORD>(start), static_cast<std::size_t>(length + misalign));
-  if (view == nullptr) return;
-  WIN32_MEMORY_RANGE_ENTRY range = {static_cast<char*>(view) + misalign,
-                                    static_cast<std::size_t>(length)};
-  PrefetchVirtualMemory(GetCurrentProcess(), 1, &range, 0);
-  UnmapViewOfFile(view);
+  if (prefetching_ == nullptr) prefetching_ = MakePrefetching(SystemHandle(handle_));
+  if (prefetching_ != nullptr) static_cast<Prefetching*>(prefetching_.get())->Ask(offset, length);
 }
 
 // The system gathers only whole pages. The pieces are therefore copied into a buffer, which holds
@@ -268,7 +285,7 @@ WriteResult File::WriteGathered(std::uint64_t offset,
       }
     };
     if (!RunGuarded(gather).completed) return WriteResult::kSourceFault;
-    if (!WriteAll(SystemCall::kGatheredWrite, SystemHandle(handle_), offset, buffer.data(), held)) {
+    if (!WriteAll(SystemCall::kGatheredWrite, offset, buffer.data(), held)) {
       return WriteResult::kFailed;
     }
     offset += held;
@@ -367,9 +384,9 @@ bool RemoveFile(const std::u16string& path) noexcept {
   }
 }
 
-// The system has no flush of a folder: it keeps the names in a journal.
+// The system has no flush of a folder: it keeps the names in a journal. Only the seam is asked.
 bool FlushFolderOf(const std::u16string&) {
-  return true;
+  return Through(SystemCall::kFlush, [] { return true; });
 }
 
 bool CanBeNamed(const std::u16string& path) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 
 #include "platform/fault_seam.h"
 
@@ -50,32 +49,17 @@ void MappedView::Unmap() {
 // The system takes this for a file, when it is opened, and not for a view.
 void MappedView::ExpectScattered() const {}
 
-FileMapping FileMapping::Create(const File& file, std::u16string_view name) {
-  FileMapping mapping;
-  const auto size = file.Size();
-  if (!size || *size == 0 || OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return mapping;
+std::optional<FileMapping::SystemMapping> FileMapping::MakeSystemMapping(const File& file,
+                                                                         std::u16string_view name) {
+  if (OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return std::nullopt;
   const HANDLE created = CreateMapping(reinterpret_cast<HANDLE>(file.NativeHandle()), name);
-  if (created == nullptr) return mapping;
-  mapping.system_ = SystemMapping(created, [](void* handle) { CloseHandle(handle); });
-  mapping.file_ = &file;
-  mapping.size_ = *size;
-  return mapping;
+  if (created == nullptr) return std::nullopt;
+  return SystemMapping(created, [](void* handle) { CloseHandle(handle); });
 }
 
-MappedView FileMapping::View(std::uint64_t offset, std::uint64_t length) const {
-  MappedView view;
-  if (!IsOpen() || length == 0 || offset % MappingGranularity() != 0) return view;
-  const auto size = file_->Size();
-  if (!size || offset > *size || length > *size - offset) return view;
-  if (length > std::numeric_limits<std::size_t>::max()) return view;
-  if (OutcomeOf(SystemCall::kMap) == CallOutcome::kFails) return view;
-  const void* data = MapViewOfFile(system_.get(), FILE_MAP_READ, static_cast<DWORD>(offset >> 32),
-                                   static_cast<DWORD>(offset), static_cast<std::size_t>(length));
-  if (data == nullptr) return view;
-  view.data_ = static_cast<const std::uint8_t*>(data);
-  view.size_ = static_cast<std::size_t>(length);
-  view.fileOffset_ = offset;
-  return view;
+const void* FileMapping::Map(std::uint64_t offset, std::size_t length) const {
+  return MapViewOfFile(system_.get(), FILE_MAP_READ, static_cast<DWORD>(offset >> 32),
+                       static_cast<DWORD>(offset), length);
 }
 
 }  // namespace quorvan::platform
