@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/windows/code_page.h"
+#include "platform/windows/wide_text.h"
 
 namespace quorvan::platform {
 namespace {
@@ -23,7 +24,7 @@ std::size_t UnitsOfFirst(std::u16string_view text) {
 // Writes the bytes of the character `units` to `bytes`. Returns how many there are, 0 when
 // `codePage` lacks the character.
 int Convert(std::u16string_view units, unsigned codePage, char (&bytes)[kMostBytes]) {
-  const std::wstring_view wide(reinterpret_cast<const wchar_t*>(units.data()), units.size());
+  const std::wstring wide = ToWide(units);
   BOOL replaced = FALSE;
   const int count =
       WideCharToMultiByte(codePage, WC_NO_BEST_FIT_CHARS, wide.data(),
