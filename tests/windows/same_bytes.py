@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the same commands with this system's companion and with that for Windows, on the same clips.
 
-    same_bytes.py COMPANION WINDOWS_COMPANION WINE
+    same_bytes.py COMPANION WINDOWS_COMPANION COMMAND_OF_WINE...
 
 Exit statuses, texts, JSON, clips, exported files and logs must be the same, except that
 - a path has another folder and another sign between its parts (here / is put for each \\);
@@ -78,20 +78,21 @@ def results(program, folder, log_encoding, name, points, timecode):
     return found
 
 
-companion, windows_companion, wine = (*map(os.path.abspath, sys.argv[1:3]), sys.argv[3])
+companion, windows_companion = map(os.path.abspath, sys.argv[1:3])
+windows_companion = [*sys.argv[3:], windows_companion]
 codecs.register_error("number", lambda error: (f"<U+{ord(error.object[error.start]):04X}>", error.start + 1))
 differ = False
 with tempfile.TemporaryDirectory() as work:
     subprocess.run(["localedef", "-i", "ja_JP", "-f", "UTF-8", f"{work}/ja_JP.UTF-8"], check=True)
     os.environ |= {"LOCPATH": work, "LC_ALL": "ja_JP.UTF-8", "WINEDEBUG": "-all"}
-    subprocess.run([wine, windows_companion, "--version"], check=True)  # the first start may print more
+    subprocess.run([*windows_companion, "--version"], check=True)  # the first start may print more
     for clip, (name, (*making, points, timecode)) in enumerate(CLIPS.items()):
         native, windows = (Path(work) / f"{side}{clip}" for side in ("native", "windows"))
         native.mkdir()
         make_material(native, name, *making)
         subprocess.run(["cp", "-r", native, windows], check=True)
         a = results([companion], native, "utf-8", name, points, timecode)
-        b = results([wine, windows_companion], windows, "cp932", name, points, timecode)
+        b = results(windows_companion, windows, "cp932", name, points, timecode)
         for key in sorted(a.keys() | b.keys()):
             if a.get(key) != b.get(key):
                 differ = True
