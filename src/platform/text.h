@@ -1,4 +1,5 @@
-// Converts between UTF-16, the text of the records, and UTF-8, the text of files and of the system.
+// Converts between UTF-16, the text of the records, UTF-8, the text of files and of the system, and
+// the encoding of plain text files.
 
 #pragma once
 
@@ -21,5 +22,11 @@ std::string ToUtf8(std::u16string_view utf16);
 // A text of `capacity` or more char16_t is cut, but never between the two halves of a surrogate
 // pair. Writes nothing when `capacity` is 0.
 void CopyText(char16_t* destination, std::size_t capacity, std::u16string_view text);
+
+// Appends `utf8` to `*text` in the encoding in which the system's programs expect a plain text
+// file: UTF-8 on POSIX systems; on Windows the system's ANSI code page, and UTF-8 where this has no
+// Japanese. Each character that the code page lacks becomes its number between characters that a
+// file name cannot hold, as <U+1F3AC>. Throws std::bad_alloc.
+void AppendInSystemEncoding(std::string_view utf8, std::string* text);
 
 }  // namespace quorvan::platform

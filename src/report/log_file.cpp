@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/path.h"
+#include "platform/text.h"
 
 namespace quorvan {
 namespace {
@@ -84,7 +85,7 @@ void LogFile::OpenTemporary() {
 }
 
 void LogFile::Write(std::string_view text) {
-  pending_ += text;
+  platform::AppendInSystemEncoding(text, &pending_);
   if (pending_.size() >= kMostPending) Flush();
 }
 

@@ -29,7 +29,7 @@ class LogFile {
   LogFile& operator=(const LogFile&) = delete;
   ~LogFile();
 
-  // Appends UTF-8 text to the log.
+  // Appends UTF-8 text to the log, which holds the text in the encoding of the system.
   void Write(std::string_view text);
 
   // Writes the rest of the text, waits until the log is on the medium, and gives the log its name.

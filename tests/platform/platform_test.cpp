@@ -2,6 +2,8 @@
 
 #ifdef _WIN32
 #include <windows.h>
+
+#include "platform/windows/code_page.h"
 #endif
 
 #include <algorithm>
@@ -187,6 +189,29 @@ TEST(Text, IsNeverCutInsideACharacter) {
   EXPECT_EQ(std::u16string(field), u"ab");
   CopyText(field, 4, u"abc");
   EXPECT_EQ(std::u16string(field), u"abc");
+}
+
+TEST(Text, LosesNoCharacterThatAPlainFileLacks) {
+  std::string text = "log: ";
+  AppendInSystemEncoding("\xE9\x9F\xB3 \xF0\x9F\x8E\xAC \xE9\x9F", &text);
+#ifdef _WIN32
+  const std::tuple<std::u16string_view, std::string_view, bool> cases[] = {
+      {u"D:\\再ラップ①\uFF5E~ｱ\r\n",
+       "D:\\\x8D\xC4\x83\x89\x83\x62\x83\x76\x87\x40\x81\x60~\xB1\r\n", true},
+      {u"\u301C café が", "<U+301C> caf<U+00E9> \x82\xAA", false},
+      {u"\U0001F3AC表", "<U+1F3AC>\x95\x5C", false},
+      {std::u16string_view(u"\xD83C-\xDFAC", 3), "<U+D83C>-<U+DFAC>", false}};
+  for (const auto& [utf16, bytes, whole] : cases) {
+    std::string found = "a";
+    EXPECT_EQ(AppendInCodePage(utf16, 932, &found), whole);
+    EXPECT_EQ(found, std::string("a").append(bytes));
+  }
+  if (GetACP() == 932) {
+    EXPECT_EQ(text, "log: \x89\xB9 <U+1F3AC> <U+DCE9><U+DC9F>");
+    return;
+  }
+#endif
+  EXPECT_EQ(text, "log: \xE9\x9F\xB3 \xF0\x9F\x8E\xAC \xE9\x9F");
 }
 
 TEST(Path, HasItsParts) {

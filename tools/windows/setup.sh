@@ -12,7 +12,7 @@ stamp=$prefix/complete-1
 started=$SECONDS
 
 packages=(
-  g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build pkg-config
+  g++-mingw-w64-x86-64-posix wine wine64 locales python3 ffmpeg cmake ninja-build pkg-config
   libcli11-dev nlohmann-json3-dev libfmt-dev libutfcpp-dev libxxhash-dev googletest
 )
 ebur128_source=libebur128_1.2.6.orig.tar.gz

@@ -9,6 +9,7 @@
 #                  FileMapping
 #   memory.h       AvailableMemory
 #   path.h         DesktopFolder, AbsolutePath
+#   text.h         AppendInSystemEncoding
 #   uuid.h         NewUuid
 set(SYSTEM_SOURCES
   posix/clock_posix.cpp
@@ -19,5 +20,6 @@ set(SYSTEM_SOURCES
   posix/mapping_posix.cpp
   posix/memory_posix.cpp
   posix/path_posix.cpp
+  posix/text_posix.cpp
   posix/uuid_posix.cpp)
 set(SYSTEM_LIBRARIES PkgConfig::uuid)

@@ -8,5 +8,6 @@ set(SYSTEM_SOURCES
   windows/mapping_windows.cpp
   windows/memory_windows.cpp
   windows/path_windows.cpp
+  windows/text_windows.cpp
   windows/uuid_windows.cpp)
 set(SYSTEM_LIBRARIES ole32 rpcrt4 shell32 uuid)
