@@ -4,20 +4,26 @@
 #   console.h      all
 #   fault_guard.h  RunGuarded
 #   file.h         all but the moves of File, Seek, Read and Write
+#   kept_place.h   all
 #   language.h     UserLanguage
 #   mapping.h      MappingGranularity, Unmap and ExpectScattered of MappedView; Create and View of
 #                  FileMapping
 #   memory.h       AvailableMemory
+#   no_registry.h  the constructor of NoRegistry
 #   path.h         DesktopFolder, AbsolutePath
+#   process.h      all
 #   uuid.h         NewUuid
 set(SYSTEM_SOURCES
   posix/clock_posix.cpp
   posix/console_posix.cpp
   posix/fault_guard_posix.cpp
   posix/file_posix.cpp
+  posix/kept_place_posix.cpp
   posix/language_posix.cpp
   posix/mapping_posix.cpp
   posix/memory_posix.cpp
+  posix/no_registry_posix.cpp
   posix/path_posix.cpp
+  posix/process_posix.cpp
   posix/uuid_posix.cpp)
 set(SYSTEM_LIBRARIES PkgConfig::uuid)

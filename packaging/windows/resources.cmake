@@ -1,0 +1,18 @@
+# Gives the program `name` what Windows reads out of a program: manifest, version and, in a build that
+# paints the pictures, icon. `description` says in ASCII what the program is. Does nothing on other systems.
+function(quorvan_windows_resources name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(script ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+  configure_file(${CMAKE_SOURCE_DIR}/packaging/windows/program.rc.in ${script} @ONLY)
+  target_sources(${name} PRIVATE ${script})
+  set(parts ${CMAKE_SOURCE_DIR}/packaging/windows/program.manifest)
+  if(QUORVAN_WINDOW)
+    set(icon ${CMAKE_BINARY_DIR}/src/ui/pictures/painted/program.ico)
+    set_property(SOURCE ${script} APPEND PROPERTY COMPILE_DEFINITIONS "QUORVAN_ICON=\"${icon}\"")
+    add_dependencies(${name} quorvan_pictures)
+    list(APPEND parts ${icon})
+  endif()
+  set_property(SOURCE ${script} APPEND PROPERTY OBJECT_DEPENDS ${parts})
+endfunction()
