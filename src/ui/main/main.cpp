@@ -61,9 +61,7 @@ int Run(int argc, char** argv) {
   quorvan::ui::MainWindow window;
   quorvan::ui::RestorePlacement(&window);
   window.show();
-  const int result = QApplication::exec();
-  quorvan::ui::SavePlacement(window);
-  return result;
+  return QApplication::exec();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "ui/main/main_window.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QMenuBar>
@@ -511,6 +512,12 @@ void MainWindow::SortBy(Command command) {
   list_->Sort(command, sortAscending_);
   sortAscending_ = !sortAscending_;
   RequestRefresh(kRefreshList);
+}
+
+// Stores the placement as long as the window shows: on Windows a closed window has lost its frame.
+void MainWindow::closeEvent(QCloseEvent* event) {
+  SavePlacement(*this);
+  QMainWindow::closeEvent(event);
 }
 
 // ---------------------------------------------------------------- dropped files
