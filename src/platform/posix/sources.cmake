@@ -10,7 +10,7 @@
 #                  FileMapping
 #   memory.h       AvailableMemory
 #   no_registry.h  the constructor of NoRegistry
-#   path.h         DesktopFolder, AbsolutePath
+#   path.h         DesktopFolder, AbsolutePath, PathOfAddress
 #   process.h      all
 #   uuid.h         NewUuid
 set(SYSTEM_SOURCES

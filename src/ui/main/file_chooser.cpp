@@ -49,7 +49,7 @@ std::vector<std::u16string> FileChooser::ChooseFiles(bool several) {
   if (exec() != QDialog::Accepted) return {};
   std::vector<std::u16string> paths;
   for (const QString& path : selectedFiles())
-    paths.push_back(FromQString(path));
+    paths.push_back(FromQString(QDir::toNativeSeparators(path)));
   return paths;
 }
 
@@ -57,7 +57,7 @@ std::u16string FileChooser::ChoosePath(const QString& suffix) {
   setAcceptMode(QFileDialog::AcceptSave);
   setDefaultSuffix(suffix);
   if (exec() != QDialog::Accepted) return {};
-  return FromQString(selectedFiles().value(0));
+  return FromQString(QDir::toNativeSeparators(selectedFiles().value(0)));
 }
 
 }  // namespace quorvan::ui
