@@ -16,18 +16,30 @@ endif()
 
 # Headers and libraries come from the prefix and the compiler alone, programs from this system. A package
 # may also lie outside: Qt finds its own tools of this system in this way.
-set(CMAKE_FIND_ROOT_PATH ${prefix} /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH ${prefix} ${prefix}/qt /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 set(ENV{PKG_CONFIG_LIBDIR} ${prefix}/lib/pkgconfig)
 
-# The programs bring the compiler's own libraries with them.
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+# Qt of this system, whose tools the build runs.
+file(GLOB host_qt LIST_DIRECTORIES ON /usr/lib/*/cmake/Qt6HostInfo)
+if(host_qt)
+  list(GET host_qt 0 host_qt)
+  cmake_path(GET host_qt PARENT_PATH host_qt)
+  set(QT_HOST_PATH /usr CACHE PATH "Qt of this system")
+  set(QT_HOST_PATH_CMAKE_DIR ${host_qt} CACHE PATH "Its descriptions for CMake")
+endif()
 
-# Runs programs of the build here.
+# The programs bring the compiler's own libraries with them: inside, or with the window as DLLs, which Qt
+# shares with the program.
+if(NOT QUORVAN_WINDOW)
+  set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+endif()
+
+# Runs programs of the build here, which find their DLLs beside those of Qt.
 find_program(QUORVAN_WINE NAMES wine)
 if(QUORVAN_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${QUORVAN_WINE})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env WINEPATH=Z:${prefix}/qt/bin ${QUORVAN_WINE})
 endif()

@@ -1,9 +1,10 @@
 // Parts of a path. The separator is the system's own: '/' on POSIX, '\' on Windows, where '/' is
-// read as a separator, too. No function but DesktopFolder and AbsolutePath asks the file system or
-// the environment. Returned views point into the argument.
+// read as a separator, too. No function but DesktopFolder, AbsolutePath and PathOfAddress asks the
+// system. Returned views point into the argument.
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -40,5 +41,10 @@ std::u16string DesktopFolder();
 // resolved, nor is ".." on POSIX. On Windows the only separator in the result is '\'.
 // Returns `path` itself when the system does not tell the working directory.
 std::u16string AbsolutePath(std::u16string_view path);
+
+// The path that other programs spell as the address file://`host``path`, which is UTF-8, or on
+// POSIX the bytes of the path, and no longer percent-encoded. On Windows a path without a drive on
+// a host leads into the network; on POSIX nothing comes back for another host than this machine.
+std::optional<std::u16string> PathOfAddress(const std::string& host, const std::string& path);
 
 }  // namespace quorvan::platform

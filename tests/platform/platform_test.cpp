@@ -228,6 +228,8 @@ TEST(Path, HasItsParts) {
   EXPECT_EQ(FolderOf(own(u"C:/a.mxf")), kOnWindows ? u"C:\\" : u"C:");
   EXPECT_EQ(LowerCaseExtension(own(u"/c.d/A.MxF")), u".mxf");
   EXPECT_EQ(LowerCaseExtension(own(u"/c.d/A")), u"");
+  EXPECT_EQ(PathOfAddress("", "/C:/a"), kOnWindows ? u"C:\\a" : u"/C:/a");
+  EXPECT_EQ(PathOfAddress("server", "/a").value_or(u""), kOnWindows ? u"\\\\server\\a" : u"");
 }
 
 // Text order has the version in byte 6 and the variant in byte 8; any other puts them elsewhere.

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "platform/path.h"
 #include "platform/text.h"
 #include "ui/dialogs/conform_dialog.h"
 
@@ -13,13 +14,14 @@ void ExpectIn(const std::u16string& text, const std::u16string& part) {
 }
 
 TEST(ConformTexts, TellEachMendAndEachFaultApart) {
+  const std::u16string path = platform::JoinPath(u"a", u"b.mxf");
   std::set<std::u16string> texts;
   for (int mend = 0; mend <= static_cast<int>(Mend::kCutOff); ++mend)
-    texts.insert(ui::ConformedMessage(u"/a/b.mxf", {{static_cast<Mend>(mend), 1234}}));
+    texts.insert(ui::ConformedMessage(path, {{static_cast<Mend>(mend), 1234}}));
   ConformResult result;
   for (int fault = 1; fault <= static_cast<int>(ConformFault::kUnfit); ++fault) {
     result.fault = static_cast<ConformFault>(fault);
-    texts.insert(ui::NotConformedMessage(u"/a/b.mxf", result));
+    texts.insert(ui::NotConformedMessage(path, result));
   }
   EXPECT_EQ(texts.size(), 21u);
   for (const std::u16string& text : texts)

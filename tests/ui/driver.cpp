@@ -269,7 +269,8 @@ Answer Choosing(const QString& names) {
 int main(int argc, char** argv) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   const QTemporaryDir settings;
-  qputenv("XDG_CONFIG_HOME", settings.path().toUtf8());
+  for (const char* folder : {"XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+    qputenv(folder, settings.path().toUtf8());
   QApplication application(argc, argv);
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
   quorvan::ui::DressApplication();

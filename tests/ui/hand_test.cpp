@@ -4,18 +4,18 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
 #include <QScrollBar>
-#include <QSettings>
 #include <QTest>
 
+#include "platform/kept_place.h"
+#include "platform/no_registry.h"
+#include "platform/process.h"
 #include "stage.h"
 #include "support/golden.h"
-#include "ui/main/instance.h"
 #include "ui/main/placement.h"
 #include "ui/main/qt_text.h"
 #include "ui/main/theme.h"
@@ -264,37 +264,32 @@ TEST(Hand, ReachesEverythingAtAnySize) {
 }
 
 TEST(Placement, IsKeptFromOneRunToTheNext) {
-  QApplication::setOrganizationName("Kept");
+  const platform::NoRegistry sandbox(uR"(software\MXF_Quorvan\Window)");
   Driver driver;
   driver.Window().setGeometry(QRect(40, 30, 1290, 660));
   ui::SavePlacement(driver.Window());
-  QSettings settings;
-  ASSERT_EQ(settings.value("Window/position").toRect(),
-            QRect(driver.Window().pos(), driver.Window().size()));
-  for (const QVariant& kept : {settings.value("Window/position"), QVariant(QRect()),
-                               QVariant("aside"), QVariant(QRect(0, 0, 1 << 30, 700))}) {
-    settings.setValue("Window/position", kept);
+  const auto kept = platform::ReadKeptPlace();
+  ASSERT_TRUE(kept.has_value());
+  const QRect screen = driver.Window().screen()->availableGeometry();
+  const std::tuple<platform::KeptPlace, QRect> cases[] = {
+      {*kept, QRect(driver.Window().pos(), driver.Window().size())},
+      {{0, 0, 0, 0}, QRect()},
+      {{0, 0, 1 << 30, 700}, QRect(0, 0, 1 << 30, 700)}};
+  for (const auto& [place, wanted] : cases) {
+    platform::WriteKeptPlace(place);
     ui::MainWindow next;
     const QRect before(next.pos(), next.size());
     ui::RestorePlacement(&next);
-    const bool fits = kept.toRect().size() == driver.Window().size();
-    const QRect screen = next.screen()->availableGeometry();
     EXPECT_EQ(QRect(next.pos(), next.size()),
-              fits ? ui::OntoScreen(kept.toRect(), {screen}) : before);
+              place.width == 1 << 30 ? before : ui::OntoScreen(wanted, {screen}));
   }
 }
 
 TEST(Instance, IsTheOnlyOne) {
-  const TempFolder folder;
-  const QString path = QString::fromStdString((folder.Path() / "lock").string());
-  QLockFile first(path), second(path), third(path), elsewhere("/dev/null/lock");
-  EXPECT_TRUE(ui::TakeInstance(&first));
-  EXPECT_FALSE(ui::TakeInstance(&second));
-  first.unlock();
-  EXPECT_TRUE(QFile(path).open(QIODevice::WriteOnly)) << "names nobody";
-  EXPECT_TRUE(ui::TakeInstance(&second));
-  EXPECT_FALSE(ui::TakeInstance(&third));
-  EXPECT_TRUE(ui::TakeInstance(&elsewhere)) << "the question stays open";
+  const std::string name = "QVN-test-" + std::to_string(QApplication::applicationPid());
+  EXPECT_TRUE(platform::TakeInstance(name));
+  EXPECT_FALSE(platform::TakeInstance(name));
+  EXPECT_TRUE(platform::TakeInstance("none/none")) << "the question stays open";
 }
 
 }  // namespace

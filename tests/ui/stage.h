@@ -55,7 +55,7 @@ struct LoadedStage : Stage {
 };
 
 // Where a job waits until the operator has done something: at each call of the kind while there is
-// no counter or it counts.
+// no counter or it counts. Cached reads are plain reads where the system does not tell them apart.
 inline std::atomic<bool> goesOn = true;
 inline platform::SystemCall chosenCall;
 inline const std::atomic<std::uint32_t>* counter = nullptr;
@@ -65,7 +65,9 @@ inline void HoldJobAt(platform::SystemCall call, const std::atomic<std::uint32_t
   counter = counts;
   goesOn = false;
   platform::SetFaultSeam([](platform::SystemCall made) {
-    while (made == chosenCall && !goesOn && (counter == nullptr || *counter != 0))
+    const bool plain = chosenCall == platform::SystemCall::kCachedRead;
+    const bool chosen = made == chosenCall || (plain && made == platform::SystemCall::kRead);
+    while (chosen && !goesOn && (counter == nullptr || *counter != 0))
       std::this_thread::yield();
     return platform::CallOutcome::kAsEver;
   });

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QSettings>
 #include <QTest>
 #include <QToolTip>
 
@@ -348,19 +349,22 @@ TEST(Window, KeepsTheFocusWhereItBelongs) {
   EXPECT_EQ(stage.app.wavList->entryCount, 1);
   EXPECT_EQ(driver.List()->FocusRow(), 0);
   EXPECT_NE(stage.app.statusText.find(u"a_stereo.wav"), std::u16string::npos);
-  EXPECT_FALSE(QDir(qEnvironmentVariable("XDG_CONFIG_HOME")).exists("QtProject.conf"));
+  const QSettings toolkit(QSettings::UserScope, "QtProject");
+  EXPECT_FALSE(toolkit.value("FileDialog/lastVisited").toString().contains("quorvan-test"));
 }
 
 TEST(Window, TakesWhatDesktopsAndInputMethodsSend) {
   ClipSpec spec{.tracks = 24};
   Stage stage(spec);
   Driver& driver = stage.driver;
-  // Addresses with a host, and a name that is no UTF-8.
+  // Addresses with a host, and a name that is no UTF-8 where a name is bytes.
   const auto base = stage.folder.Path();
-  std::filesystem::copy_file(base / "clip.mxf", base / "odd\xFF.mxf");
-  const QByteArray folder = QByteArray::fromStdString(base.string());
+  const QByteArray odd = base.preferred_separator == '/' ? "odd\xFF.mxf" : "odd.mxf";
+  std::filesystem::copy_file(base / "clip.mxf", base / odd.toStdString());
+  const QUrl url = QUrl::fromLocalFile(ui::ToQString(stage.folder.PathOf("")));
+  const QByteArray folder = url.path().toUtf8();
   for (const QByteArray& address :
-       {"file://localhost" + folder + "/clip.mxf", "file://" + folder + "/odd%FF.mxf"}) {
+       {"file://localhost" + folder + "clip.mxf", "file://" + folder + odd.toPercentEncoding()}) {
     driver.Window().Run(kUnloadMxf);
     driver.Drop({QUrl::fromEncoded(address)}, &driver.Window());
     EXPECT_EQ(stage.app.mxfLoaded, 1) << address.toStdString();

@@ -1,3 +1,7 @@
+#include <strings.h>
+#include <unistd.h>
+
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -44,6 +48,15 @@ std::u16string AbsolutePath(std::u16string_view path) {
   std::error_code error;
   const auto absolute = std::filesystem::absolute(ToUtf8(path), error);
   return error ? std::u16string(path) : ToUtf16(absolute.native());
+}
+
+std::optional<std::u16string> PathOfAddress(const std::string& host, const std::string& path) {
+  std::array<char, 256> machine{};
+  const bool named = gethostname(machine.data(), machine.size() - 1) == 0;
+  const bool isHere = host.empty() || host == "localhost" ||
+                      (named && strcasecmp(host.c_str(), machine.data()) == 0);
+  if (!isHere) return std::nullopt;
+  return ToUtf16(path);
 }
 
 }  // namespace quorvan::platform

@@ -3,12 +3,15 @@
 #   clock.h        all
 #   console.h      all
 #   fault_guard.h  RunGuarded
-#   file.h         all but the moves of File, Seek, Read and Write
+#   file.h         all but the moves of File, Seek, Read, Write, ReadAt, WriteAt and WriteAll
+#   kept_place.h   all
 #   language.h     UserLanguage
-#   mapping.h      MappingGranularity, Unmap and ExpectScattered of MappedView; Create and View of
-#                  FileMapping
+#   mapping.h      MappingGranularity, Unmap and ExpectScattered of MappedView; MakeSystemMapping and
+#                  Map of FileMapping
 #   memory.h       AvailableMemory
-#   path.h         DesktopFolder, AbsolutePath
+#   no_registry.h  the constructor of NoRegistry
+#   path.h         DesktopFolder, AbsolutePath, PathOfAddress
+#   process.h      all
 #   text.h         AppendInSystemEncoding
 #   uuid.h         NewUuid
 set(SYSTEM_SOURCES
@@ -16,10 +19,13 @@ set(SYSTEM_SOURCES
   posix/console_posix.cpp
   posix/fault_guard_posix.cpp
   posix/file_posix.cpp
+  posix/kept_place_posix.cpp
   posix/language_posix.cpp
   posix/mapping_posix.cpp
   posix/memory_posix.cpp
+  posix/no_registry_posix.cpp
   posix/path_posix.cpp
+  posix/process_posix.cpp
   posix/text_posix.cpp
   posix/uuid_posix.cpp)
 set(SYSTEM_LIBRARIES PkgConfig::uuid)

@@ -4,6 +4,9 @@
 
 #include <shlobj.h>
 
+#include <algorithm>
+
+#include "platform/text.h"
 #include "platform/windows/wide_text.h"
 
 namespace quorvan::platform {
@@ -47,6 +50,13 @@ std::u16string DesktopFolder() {
 
 std::u16string AbsolutePath(std::u16string_view path) {
   return FromWide(FullPath(path));
+}
+
+std::optional<std::u16string> PathOfAddress(const std::string& host, const std::string& path) {
+  const bool hasDrive = path.size() > 2 && path[0] == '/' && path[2] == ':';
+  std::u16string local = ToUtf16(hasDrive ? path.substr(1) : path);
+  std::ranges::replace(local, u'/', u'\\');
+  return hasDrive || host.empty() ? local : u"\\\\" + ToUtf16(host) + local;
 }
 
 std::wstring SystemPath(std::u16string_view path) {

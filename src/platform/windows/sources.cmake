@@ -4,10 +4,13 @@ set(SYSTEM_SOURCES
   windows/console_windows.cpp
   windows/fault_guard_windows.cpp
   windows/file_windows.cpp
+  windows/kept_place_windows.cpp
   windows/language_windows.cpp
   windows/mapping_windows.cpp
   windows/memory_windows.cpp
+  windows/no_registry_windows.cpp
   windows/path_windows.cpp
+  windows/process_windows.cpp
   windows/text_windows.cpp
   windows/uuid_windows.cpp)
-set(SYSTEM_LIBRARIES ole32 rpcrt4 shell32 uuid)
+set(SYSTEM_LIBRARIES advapi32 ole32 rpcrt4 shell32 uuid)

@@ -1,5 +1,6 @@
 #include "ui/dialogs/export_dialog.h"
 
+#include <QDir>
 #include <QEvent>
 #include <QGroupBox>
 #include <QKeyEvent>
@@ -189,7 +190,7 @@ void ExportDialog::ChooseFolder() {
   chooser.setFileMode(QFileDialog::Directory);
   chooser.setOption(QFileDialog::ShowDirsOnly);
   if (chooser.exec() != QDialog::Accepted) return;
-  folder_->setText(chooser.selectedFiles().value(0));
+  folder_->setText(QDir::toNativeSeparators(chooser.selectedFiles().value(0)));
   platform::CopyText(app_.tracks->exportFolder, std::size(app_.tracks->exportFolder),
                      FromQString(folder_->text()));
 }

@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "ui/main/instance.h"
+#include "platform/process.h"
 #include "ui/main/main_window.h"
 #include "ui/main/message_box.h"
 #include "ui/main/placement.h"
@@ -14,6 +14,7 @@
 
 namespace {
 
+constexpr char kInstanceName[] = "QVN-70";
 constexpr int kAlreadyRunning = 1;
 constexpr int kNoMemory = 1;
 
@@ -48,12 +49,10 @@ class Application : public QApplication {
 
 int Run(int argc, char** argv) {
   Application application(argc, argv);
-  QApplication::setOrganizationName("MXF_Quorvan");
   QApplication::setApplicationName("MXF_Quorvan");
   quorvan::ui::DressApplication();
 
-  QLockFile instance(quorvan::ui::InstancePath());
-  if (!quorvan::ui::TakeInstance(&instance)) {
+  if (!quorvan::platform::TakeInstance(kInstanceName)) {
     quorvan::ui::Tell(nullptr, quorvan::ui::BoxKind::kPlain,
                       u"MXF Quorvan はすでに起動しています。");
     return kAlreadyRunning;
@@ -62,14 +61,13 @@ int Run(int argc, char** argv) {
   quorvan::ui::MainWindow window;
   quorvan::ui::RestorePlacement(&window);
   window.show();
-  const int result = QApplication::exec();
-  quorvan::ui::SavePlacement(window);
-  return result;
+  return QApplication::exec();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  quorvan::platform::PrepareProcess();
   try {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {  // before the window exists or after its end

@@ -1,6 +1,7 @@
 #include "ui/main/main_window.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
 #include <QMenuBar>
@@ -69,16 +70,13 @@ bool AcceptAsCopy(QDropEvent* event) {
   return taken;
 }
 
-// The path that `url` spells, byte for byte, when `url` names a file on this machine; nothing for
-// any other URL.
+// The path that `url` spells, byte for byte, when `url` names a file that can be reached; nothing
+// for any other URL.
 std::optional<std::u16string> PathOfUrl(const QUrl& url) {
-  const QString host = url.host();
-  const bool here =
-      url.isLocalFile() && (host.isEmpty() || host == "localhost" ||
-                            host.compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0);
-  if (!here) return std::nullopt;
-  return platform::ToUtf16(
-      QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
+  if (!url.isLocalFile()) return std::nullopt;
+  const QByteArray path = url.path(QUrl::FullyEncoded).toLatin1();
+  return platform::PathOfAddress(url.host().toStdString(),
+                                 QByteArray::fromPercentEncoding(path).toStdString());
 }
 
 }  // namespace
@@ -511,6 +509,12 @@ void MainWindow::SortBy(Command command) {
   list_->Sort(command, sortAscending_);
   sortAscending_ = !sortAscending_;
   RequestRefresh(kRefreshList);
+}
+
+// Stores the placement as long as the window shows: on Windows a closed window has lost its frame.
+void MainWindow::closeEvent(QCloseEvent* event) {
+  SavePlacement(*this);
+  QMainWindow::closeEvent(event);
 }
 
 // ---------------------------------------------------------------- dropped files

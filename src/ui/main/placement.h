@@ -11,8 +11,9 @@ namespace quorvan::ui {
 // to which it returns.
 void SavePlacement(const QWidget& window);
 
-// Gives the window the stored place and size, moved onto a present screen where necessary. Does
-// nothing when nothing is stored or the stored values cannot be those of a window.
+// Gives the window the stored place and size, moved onto a present screen where necessary and no
+// smaller than the smallest size. Does nothing when nothing is stored or the stored values cannot
+// be those of a window.
 void RestorePlacement(QWidget* window);
 
 // The smallest size of the main window, without its frame, on a screen with `room` pixels that no

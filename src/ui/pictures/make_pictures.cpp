@@ -2,8 +2,8 @@
 //
 //   make_pictures DESCRIPTION FOLDER
 //
-// Leaves NAME.png, NAME@2x.png and NAME@3x.png of each picture in the folder, and pictures.qrc,
-// which lists them.
+// Leaves NAME.png, NAME@2x.png and NAME@3x.png of each picture in the folder, pictures.qrc, which
+// lists them, and program.ico, the icon of the programs on Windows.
 
 #include <QFile>
 #include <QFontDatabase>
@@ -17,12 +17,15 @@
 #include <optional>
 
 #include "ui/main/typefaces.h"
+#include "ui/pictures/icon_file.h"
 
 namespace {
 
 constexpr int kScales = 3;
 constexpr int kNumbered = 24;
 constexpr int kFields = 5;
+constexpr int kIconScale = 2;
+constexpr char kProgram[] = "program";
 
 struct Picture {
   QString name;
@@ -93,7 +96,7 @@ bool Write(const Picture& picture, const QString& folder, QTextStream* list) {
     if (!Paint(picture, scale).save(folder + "/" + file)) return false;
     *list << "<file>" << file << "</file>\n";
   }
-  return true;
+  return picture.name != kProgram || WriteIcon(Paint(picture, kIconScale), folder + "/program.ico");
 }
 
 bool WriteAll(QTextStream* description, const QString& folder, QTextStream* list) {

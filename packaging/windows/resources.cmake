@@ -1,0 +1,18 @@
+# Gives the program `name` what Windows reads out of a program: manifest, version and, in a build that
+# paints the pictures, icon. `description` says in ASCII what the program is. Does nothing on other systems.
+function(quorvan_windows_resources name description)
+  if(NOT WIN32)
+    return()
+  endif()
+  set(parts ${CMAKE_SOURCE_DIR}/packaging/windows/program.manifest)
+  if(QUORVAN_WINDOW)
+    set(painted ${CMAKE_BINARY_DIR}/src/ui/pictures/painted/program.ico)
+    set(icon "107 ICON \"${painted}\"")
+    list(APPEND parts ${painted})
+    add_dependencies(${name} quorvan_pictures)
+  endif()
+  set(script ${CMAKE_CURRENT_BINARY_DIR}/${name}.rc)
+  configure_file(${CMAKE_SOURCE_DIR}/packaging/windows/program.rc.in ${script} @ONLY)
+  set_property(SOURCE ${script} PROPERTY OBJECT_DEPENDS ${parts})
+  target_sources(${name} PRIVATE ${script})
+endfunction()
