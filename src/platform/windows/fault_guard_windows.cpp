@@ -17,10 +17,22 @@ struct ActiveGuard {
 // inside a fault, where a thread_local of the compiler might allocate.
 const DWORD activeGuard = TlsAlloc();
 
+// True for a read of a page that lies in a view and may be read: only the storage can have failed.
+// Windows raises an exception of its own for this; Wine raises the exception of wild pointers.
+bool IsStorageFault(const EXCEPTION_RECORD& record) {
+  if (record.ExceptionCode == EXCEPTION_IN_PAGE_ERROR) return true;
+  MEMORY_BASIC_INFORMATION page{};
+  return record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION &&
+         record.ExceptionInformation[0] == 0 &&
+         VirtualQuery(reinterpret_cast<const void*>(record.ExceptionInformation[1]), &page,
+                      sizeof page) != 0 &&
+         page.State == MEM_COMMIT && page.Type == MEM_MAPPED && page.Protect == PAGE_READONLY;
+}
+
 // Leaves the guarded body after a fault in a view: the thread continues in front of the body.
 LONG CALLBACK HandleStorageFault(EXCEPTION_POINTERS* fault) {
   const EXCEPTION_RECORD& record = *fault->ExceptionRecord;
-  if (record.ExceptionCode != EXCEPTION_IN_PAGE_ERROR) return EXCEPTION_CONTINUE_SEARCH;
+  if (!IsStorageFault(record)) return EXCEPTION_CONTINUE_SEARCH;
   auto* guard = static_cast<ActiveGuard*>(TlsGetValue(activeGuard));
   if (guard == nullptr) return EXCEPTION_CONTINUE_SEARCH;
   guard->address = reinterpret_cast<const void*>(record.ExceptionInformation[1]);
