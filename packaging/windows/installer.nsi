@@ -39,6 +39,7 @@ AllowSkipFiles off
 !include FileFunc.nsh
 
 Name "${NAME}"
+BrandingText "${NAME} ${VERSION}"
 OutFile "${OUTPUT}"
 VIProductVersion "${VERSION}"
 VIAddVersionKey ProductName "${NAME}"

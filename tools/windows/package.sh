@@ -47,9 +47,10 @@ add_programs() {  # preset, programs
   cmake --install "$tree/build/$preset" --prefix "$PWD" --strip >/dev/null
 }
 
-# Prints where a DLL lies, and nothing for a DLL of Windows, which the compiler can link.
+# Prints where a DLL lies, and nothing for a DLL of Windows: the compiler can link it, or its name says so.
 find_dll() {  # name
   local place
+  [[ $1 != api-ms-win-* ]] || return 0
   for place in "$prefix/qt/bin/$1" "$(x86_64-w64-mingw32-g++-posix -print-file-name="$1")"; do
     if [[ -e $place ]]; then
       echo "$place"
