@@ -48,7 +48,8 @@ ClipSpec News() {
 }
 
 // A folder whose name may stand in the pictures.
-const std::filesystem::path kFolder = std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900";
+const std::filesystem::path kFolder =
+    (std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900").make_preferred();
 
 std::u16string Write(const std::string& name, const Bytes& bytes) {
   EXPECT_TRUE(WriteBytes(kFolder / name, bytes));
