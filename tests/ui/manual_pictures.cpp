@@ -48,11 +48,13 @@ ClipSpec News() {
 }
 
 // A folder whose name may stand in the pictures.
-const std::filesystem::path kFolder = std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900";
+const std::filesystem::path kFolder =
+    (std::filesystem::temp_directory_path() / "ONAIR" / "NEWS1900").make_preferred();
 
 std::u16string Write(const std::string& name, const Bytes& bytes) {
-  EXPECT_TRUE(WriteBytes(kFolder / name, bytes));
-  return platform::ToUtf16((kFolder / name).string());
+  const std::filesystem::path path = kFolder / platform::ToUtf16(name);
+  EXPECT_TRUE(WriteBytes(path, bytes));
+  return path.u16string();
 }
 
 std::u16string WriteWav(const std::string& name, std::uint16_t channels, std::uint32_t level) {

@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -25,6 +26,19 @@ bool AsksForRow(const QKeyEvent& key) {
   return std::ranges::count(kKeys, key.key()) > 0 || AsksForPopup(key) ||
          QKeySequence(key.keyCombination()) == QKeySequence(KeysOf(kAssignWav));
 }
+
+// Draws a selected row without the row's own colour, which would show through the selection where
+// the style paints it translucent.
+class RowDelegate : public QStyledItemDelegate {
+ public:
+  using QStyledItemDelegate::QStyledItemDelegate;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+    QStyledItemDelegate::initStyleOption(option, index);
+    if ((option->state & QStyle::State_Selected) != 0) option->backgroundBrush = Qt::NoBrush;
+  }
+};
 
 }  // namespace
 
@@ -74,6 +88,7 @@ LibraryList::LibraryList(APP_STATE_INFO* app, QWidget* parent)
     : QTreeView(parent), app_(*app), model_(new LibraryModel(app, this)) {
   setObjectName(QString::number(kWavListView));
   setModel(model_);
+  setItemDelegate(new RowDelegate(this));
   setRootIsDecorated(false);
   setUniformRowHeights(true);
   setItemsExpandable(false);
