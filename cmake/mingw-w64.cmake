@@ -38,8 +38,10 @@ if(NOT QUORVAN_WINDOW)
   set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 endif()
 
-# Runs programs of the build here, which find their DLLs beside those of Qt.
+# Runs programs of the build here, which find their DLLs beside those of Qt. What Wine keeps lies in the
+# folder of the build, and Wine asks for nothing.
 find_program(QUORVAN_WINE NAMES wine)
 if(QUORVAN_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env WINEPATH=Z:${prefix}/qt/bin ${QUORVAN_WINE})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env WINEPATH=Z:${prefix}/qt/bin
+    WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDLLOVERRIDES=mscoree,mshtml= WINEDEBUG=-all ${QUORVAN_WINE})
 endif()

@@ -8,6 +8,7 @@
 #                                     first time takes some minutes
 #   tools/windows/setup.sh --window   also for the preset windows-window and its package: Qt; the first time
 #                                     takes half an hour
+#   tools/windows/setup.sh --has-window   installs nothing; its status is 0 where Qt is there
 set -euo pipefail
 
 prefix=${QUORVAN_WINDOWS_PREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/mxf-quorvan/windows}
@@ -23,6 +24,7 @@ packages=(
 window=no
 case "${1-}" in
   '') ;;
+  --has-window) [[ -e $qt_stamp ]] && exit 0 || exit 1 ;;
   --window)
     window=yes
     packages+=(
@@ -31,7 +33,7 @@ case "${1-}" in
     )
     ;;
   *)
-    echo "usage: tools/windows/setup.sh [--window]" >&2
+    echo "usage: tools/windows/setup.sh [--window|--has-window]" >&2
     exit 2
     ;;
 esac
