@@ -86,6 +86,21 @@ def ends_in_the_middle(folder, old, essence):
         expect(run(rewrap(clip, method)).returncode == 0 and is_silent(clip), f"{method}: not rewritten after kills")
 
 
+def interrupt_key(folder, old):
+    clip = folder / "interrupted.mxf"
+    statuses = []
+    while 3 not in statuses and len(statuses) < 10:  # a rewrite may end before the key comes
+        clip.write_bytes(old)
+        before = clip.stat().st_mtime_ns
+        job = subprocess.Popen(rewrap(clip), stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+        while job.poll() is None and clip.stat().st_mtime_ns == before:
+            pass
+        job.send_signal(signal.SIGINT)
+        text = job.communicate()[1]
+        statuses.append(job.returncode)
+    expect(statuses[-1] == 3 and "The rewrite was stopped." in text, f"interrupt key: {statuses}, {text}")
+
+
 def neighbours(folder, old):
     clip = folder / "two.mxf"
     clip.write_bytes(old)
@@ -145,6 +160,7 @@ with tempfile.TemporaryDirectory() as work:
     essence = old.index(bytes.fromhex("060e2b34020501010d01030104010100"))  # the first system element
     names(folder, old)
     ends_in_the_middle(folder, old, essence)
+    interrupt_key(folder, old)
     neighbours(folder, old)
     cut_under_a_view(folder, old)
     places_that_refuse(folder, old)
