@@ -266,7 +266,11 @@ TEST(Window, RefusesWhatDoesNotFit) {
   driver.Drop({stage.folder.Write(std::string(250, 'n') + ".mxf", stage.clip.bytes)});
   driver.ClickView(stage.window.lampRect[0]);
   driver.EnterRange("10000000", "10000001");
-  driver.Expect(Press({"1"}, "ファイル名が長すぎるため"));
+  driver.Expect([&](QWidget* box) {
+    const int line = QFontMetrics(box->font()).height();
+    EXPECT_GE(driver.Find("qt_msgbox_label", box)->height(), 6 * line) << "a part of the text";
+    Press({"1"}, "ファイル名が長すぎるため")(box);
+  });
   driver.Key(Qt::Key_R, Qt::ControlModifier);
 }
 

@@ -7,6 +7,9 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QStyle>
+#include <QTextDocument>
+
+#include <cmath>
 
 #include "ui/dialogs/dialog_place.h"
 #include "ui/main/qt_text.h"
@@ -41,12 +44,29 @@ QString NameOf(QMessageBox::StandardButton button) {
   return button == QMessageBox::No ? "7" : "1";
 }
 
+// The height of a text that is broken inside words where a word is longer than the line.
+int HeightOf(const QLabel& label) {
+  QTextDocument text;
+  text.setDefaultFont(label.font());
+  text.setDocumentMargin(0);
+  text.setPlainText(label.text());
+  text.setTextWidth(label.width());
+  return static_cast<int>(std::ceil(text.size().height()));
+}
+
 // A message box. Escape and the close box do not close a question: neither is an answer.
 class Box : public QMessageBox {
  public:
   using QMessageBox::QMessageBox;
 
  protected:
+  // The toolkit leaves no room for lines that begin inside a word, such as the long name of a file.
+  void showEvent(QShowEvent* event) override {
+    QMessageBox::showEvent(event);
+    layout()->activate();
+    auto* label = findChild<QLabel*>("qt_msgbox_label");
+    if (label != nullptr) label->setMinimumHeight(HeightOf(*label));
+  }
   void keyPressEvent(QKeyEvent* event) override {
     if (event->key() != Qt::Key_Escape || !IsQuestion()) QMessageBox::keyPressEvent(event);
   }
