@@ -28,7 +28,7 @@ case "${1-}" in
   --window)
     window=yes
     packages+=(
-      qt6-base-dev qt6-base-dev-tools qt6-translations-l10n nsis
+      qt6-base-dev qt6-base-dev-tools qt6-translations-l10n nsis pandoc libebur128-dev
       xvfb xauth fonts-ipafont-gothic fonts-inconsolata
     )
     ;;
