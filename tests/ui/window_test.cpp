@@ -551,7 +551,7 @@ TEST(Window, StopsEachJobWhenAsked) {
 
   stage.MakeExportFolder();
   driver.Expect([&](QWidget* dialog) {
-    stopNext(platform::SystemCall::kWrite);
+    stopNext(platform::SystemCall::kGatheredWrite);
     Press({"1056", "1016", "1", "2"})(dialog);
   });
   driver.Key(Qt::Key_B, Qt::ControlModifier);
