@@ -41,7 +41,8 @@ endif()
 # Runs programs of the build here, which find their DLLs beside those of Qt. What Wine keeps lies in the
 # folder of the build, and Wine asks for nothing.
 find_program(QUORVAN_WINE NAMES wine)
+set(QUORVAN_WINE_ENVIRONMENT WINEPATH=Z:${prefix}/qt/bin WINEPREFIX=${CMAKE_BINARY_DIR}/wine
+  WINEDLLOVERRIDES=mscoree,mshtml= WINEDEBUG=-all)
 if(QUORVAN_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env WINEPATH=Z:${prefix}/qt/bin
-    WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDLLOVERRIDES=mscoree,mshtml= WINEDEBUG=-all ${QUORVAN_WINE})
+  set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_COMMAND} -E env ${QUORVAN_WINE_ENVIRONMENT} ${QUORVAN_WINE})
 endif()

@@ -82,6 +82,24 @@ LangString NOT_ADMINISTRATOR ${LANG_JAPANESE} "${NAME} はすべてのユーザ�
   ${Loop}
 !macroend
 
+; Ends unless nobody runs the program FILE, also in another sign-in: it could not be replaced.
+!macro WAIT_UNTIL_FREE FILE
+  ${Do}
+    ${IfNot} ${FileExists} "${FILE}"
+      ${ExitDo}
+    ${EndIf}
+    ClearErrors
+    FileOpen $1 "${FILE}" a
+    ${IfNot} ${Errors}
+      FileClose $1
+      ${ExitDo}
+    ${EndIf}
+    MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION "$(RUNNING)" /SD IDCANCEL IDRETRY +3
+      SetErrorLevel 2
+      Quit
+  ${Loop}
+!macroend
+
 Function .onInit
   StrCpy $R9 $INSTDIR  ; the folder of the option /D
   !insertmacro MULTIUSER_INIT
@@ -108,6 +126,8 @@ Function un.onInit
   ${EndIf}
   StrCpy $INSTDIR $R9
   !insertmacro WAIT_UNTIL_CLOSED
+  !insertmacro WAIT_UNTIL_FREE "$INSTDIR\mxf-quorvan.exe"
+  !insertmacro WAIT_UNTIL_FREE "$INSTDIR\mxf-quorvan-cli.exe"
 FunctionEnd
 
 Section
@@ -115,6 +135,8 @@ Section
   ReadRegStr $0 SHCTX "${ENTRY}" InstallLocation
   ${If} $0 != ""
   ${AndIf} ${FileExists} "$0\uninstall.exe"
+    !insertmacro WAIT_UNTIL_FREE "$0\mxf-quorvan.exe"
+    !insertmacro WAIT_UNTIL_FREE "$0\mxf-quorvan-cli.exe"
     ExecWait '"$0\uninstall.exe" /S /Update _?=$0'
     Delete "$0\uninstall.exe"
     RMDir "$0"

@@ -88,7 +88,7 @@ class Conformer {
                               plan_.fileSize, *room));
     }
     UnfinishedCopy copy(out);
-    if (!copy.file().IsOpen()) {
+    if (!platform::CanBeNamed(out) || !copy.file().IsOpen()) {
       return End(ConformFault::kUnwritable, {"コピーの保存先にファイルを作成できません。",
                                              "no file can be created where the copy shall stand"});
     }

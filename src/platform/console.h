@@ -9,10 +9,16 @@
 
 namespace quorvan::platform {
 
+// What became of the arguments of main.
+enum class ArgumentsState {
+  kTaken,
+  kOutOfMemory,
+  kNoText,  // UTF-8 has no form of its own for an argument, which could be taken for another name
+};
+
 // Replaces the arguments of main by their UTF-8 form where the system passes another encoding. The
-// arguments live as long as the program. False, with nothing replaced, when memory is out. To be
-// called once.
-bool TakeArguments(int* argc, char*** argv);
+// arguments live as long as the program. Replaces nothing unless they are taken. To be called once.
+ArgumentsState TakeArguments(int* argc, char*** argv);
 
 // True when standard input is a terminal.
 bool InputIsTerminal();

@@ -57,7 +57,7 @@ struct FileTimes {
   FileTime lastWrite;
 };
 
-// Size and times of a file, as the system tells them without opening the file.
+// Size and times of a file, as the system tells them also while another program has the file open.
 struct FileInfo {
   std::uint64_t size;  // bytes
   FileTimes times;

@@ -7,7 +7,8 @@
 
 namespace quorvan::platform {
 
-// A rectangle on the desktop.
+// A rectangle on the desktop, in the units of the toolkit: on a screen at 200 percent a unit is two
+// pixels.
 struct KeptPlace {
   std::int32_t left;
   std::int32_t top;
@@ -16,8 +17,8 @@ struct KeptPlace {
 };
 
 // The place that WriteKeptPlace has stored last. On Windows a place whose value is missing counts
-// as four zeros, and so does a value of another length. Nothing when no place is stored or the
-// system does not give the place. Throws std::bad_alloc.
+// as four zeros, and so does a value of another type or length. Nothing when no place is stored or
+// the system does not give the place. Throws std::bad_alloc.
 std::optional<KeptPlace> ReadKeptPlace();
 
 // Stores a place for the user: on POSIX in the file MXF_Quorvan/MXF_Quorvan.conf of the user's

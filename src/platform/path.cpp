@@ -28,7 +28,7 @@ std::u16string_view LastComponent(std::u16string_view path) {
 std::u16string_view FolderOf(std::u16string_view path) {
   const std::size_t separator = LastSeparator(path);
   if (separator == std::u16string_view::npos) return {};
-  const bool isBehindDrive = kSeparator == u'\\' && separator == 2 && path[1] == u':';
+  const bool isBehindDrive = kSeparator == u'\\' && separator > 0 && path[separator - 1] == u':';
   return path.substr(0, separator == 0 || isBehindDrive ? separator + 1 : separator);
 }
 

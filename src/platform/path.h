@@ -18,7 +18,7 @@ std::u16string_view NameBehindSeparator(std::u16string_view path);
 std::u16string_view LastComponent(std::u16string_view path);
 
 // The part of `path` before the last separator, with this separator when it is the first character
-// or, on Windows, the first behind a drive (C:\); empty for a path without a separator.
+// or, on Windows, the first behind a drive (C:\, \\?\C:\); empty for a path without a separator.
 std::u16string_view FolderOf(std::u16string_view path);
 
 // The path of `name` in `folder`: both, with a separator between them unless `folder` is empty or
@@ -44,7 +44,8 @@ std::u16string AbsolutePath(std::u16string_view path);
 
 // The path that other programs spell as the address file://`host``path`, which is UTF-8, or on
 // POSIX the bytes of the path, and no longer percent-encoded. On Windows a path without a drive on
-// a host leads into the network; on POSIX nothing comes back for another host than this machine.
+// a host leads into the network. Nothing for a path that lies on another machine otherwise,
+// nor on Windows for a path with U+FFFD, which stands for what an address cannot spell.
 std::optional<std::u16string> PathOfAddress(const std::string& host, const std::string& path);
 
 }  // namespace quorvan::platform

@@ -10,8 +10,8 @@
 namespace quorvan::platform {
 
 // Converts UTF-8 to UTF-16. Each byte that is not part of valid UTF-8 becomes one of the lone
-// surrogates U+DC80 to U+DCFF, which ToUtf8 turns back into the byte: a file name of any encoding
-// comes back unchanged from both conversions.
+// surrogates U+DC80 to U+DCFF, which ToUtf8 turns back into the byte: a POSIX file name of any
+// encoding comes back unchanged from both conversions.
 std::u16string ToUtf16(std::string_view utf8);
 
 // Converts UTF-16 to UTF-8. A lone surrogate U+DC80 to U+DCFF becomes the byte from which ToUtf16

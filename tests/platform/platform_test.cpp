@@ -229,6 +229,7 @@ TEST(Path, HasItsParts) {
   EXPECT_EQ(LowerCaseExtension(own(u"/c.d/A.MxF")), u".mxf");
   EXPECT_EQ(LowerCaseExtension(own(u"/c.d/A")), u"");
   EXPECT_EQ(PathOfAddress("", "/C:/a"), kOnWindows ? u"C:\\a" : u"/C:/a");
+  EXPECT_FALSE(kOnWindows && PathOfAddress("server", "/C:/a"));
   EXPECT_EQ(PathOfAddress("server", "/a").value_or(u""), kOnWindows ? u"\\\\server\\a" : u"");
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What can happen to a rewrite by the companion for Windows: names, ends in the middle, neighbours, full disks.
 
-    hazards.py COMPANION WINDOWS_COMPANION COMMAND_OF_WINE...
+    hazards.py COMPANION WINDOWS_COMPANION WINE
 
 COMPANION, of this system, makes the clip and judges it afterwards.
 """
@@ -16,7 +16,7 @@ from pathlib import Path
 
 KILLS = 30
 companion = os.path.abspath(sys.argv[1])
-windows = [*sys.argv[3:], os.path.abspath(sys.argv[2])]
+windows = [sys.argv[3], os.path.abspath(sys.argv[2])]
 failures = []
 
 
@@ -27,7 +27,7 @@ def expect(truth, what):
 
 
 def run(program, *arguments):
-    return subprocess.run([*program, *arguments], capture_output=True, text=True)
+    return subprocess.run([*program, *arguments], capture_output=True, text=True, timeout=120)
 
 
 def rewrap(clip, method="mapped"):
@@ -47,67 +47,89 @@ def is_old_or_new(data, old, new, essence):
         for i in range(essence, len(data), step))
 
 
+def begin(clip, old, method="mapped"):
+    """A rewrite of the clip `old` that has begun to write, or has ended already."""
+    clip.write_bytes(old)
+    before = clip.stat().st_mtime_ns
+    job = subprocess.Popen(rewrap(clip, method), stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+    while job.poll() is None and clip.stat().st_mtime_ns == before:
+        pass
+    return job
+
+
+def signal_in_the_middle(clip, old, sent):
+    """A rewrite that got the signal before its end."""
+    for _ in range(20):
+        job = begin(clip, old)
+        job.send_signal(sent)
+        if job.poll() is None:
+            return job
+    raise RuntimeError("each rewrite has ended too soon")
+
+
 def names(folder, old):
     deep = folder / ("深" * 80) / ("い" * 80)  # 240 bytes each
     deep.mkdir(parents=True)
     for name in ("映像 第1話.mxf", "🎬é.mxf", "n" * 240 + ".mxf"):
         for place in (folder, deep):
             (place / name).write_bytes(old)
-            ended = run(rewrap(str(place / name)))
+            ended = run(rewrap(str(place / name).upper() if name[0] == "n" else place / name))
             expect(ended.returncode == 0 and is_silent(place / name), f"{place / name}: {ended.stderr}")
             (place / name).unlink()
+    (folder / "clip.mxf").write_bytes(old)
+    taken = folder / "TRACK-1.WAV"
+    taken.write_bytes(b"taken")
+    ended = run(windows, "export", folder / "clip.mxf", "--tracks", "1", "--folder", folder)
+    expect(ended.returncode == 0 and taken.read_bytes() == b"taken" and len(list(folder.glob("Track-1*"))) == 1,
+           f"export beside a name in capital letters: {ended}")
+
+
+    for command in (["export", folder / "clip.mxf", "--tracks", "1", "--folder", folder, "--prefix", "clip.mxf:s"],
+                    ["conform", folder / "clip.mxf", folder / "a?b.mxf"]):
+        ended = run(windows, *command)
+        expect(ended.returncode == 1 and (folder / "clip.mxf").read_bytes() == old, f"a name that cannot be: {ended}")
 
 
 def ends_in_the_middle(folder, old, essence):
     clip = folder / "killed.mxf"
     for method in ("mapped", "file"):
-        writing = 0  # seconds from the first write to the end
+        job = begin(clip, old, method)
+        began = time.monotonic()
+        expect(job.wait() == 0 and is_silent(clip), f"rewrap --method {method}")
+        writing = time.monotonic() - began
+        new = clip.read_bytes()
         partly = 0
-        for moment in range(KILLS + 1):
-            clip.write_bytes(old)
-            before = clip.stat().st_mtime_ns
-            job = subprocess.Popen(rewrap(clip, method), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            while job.poll() is None and clip.stat().st_mtime_ns == before:
-                pass
-            began = time.monotonic()
-            if moment == 0:
-                expect(job.wait() == 0 and is_silent(clip), f"rewrap --method {method}")
-                writing = time.monotonic() - began
-                new = clip.read_bytes()
-                continue
-            time.sleep(writing * (moment - 1) / KILLS)
+        for moment in range(KILLS):
+            job = begin(clip, old, method)
+            time.sleep(writing * moment / KILLS)
             job.kill()
             job.wait()
+            killed = clip.stat().st_mtime_ns
             data = clip.read_bytes()
             partly += data[essence:] not in (old[essence:], new[essence:])
             expect(is_old_or_new(data, old, new, essence), f"{method}, killed at {moment}: neither old nor new")
             expect(run([companion], "info", clip).returncode == 0, f"{method}, killed at {moment}: no clip any more")
+            expect(clip.stat().st_mtime_ns == killed, f"{method}, killed at {moment}: lives on")
         expect(partly > 0, f"{method}: no end came in the middle")
         expect(run(rewrap(clip, method)).returncode == 0 and is_silent(clip), f"{method}: not rewritten after kills")
 
 
 def interrupt_key(folder, old):
-    clip = folder / "interrupted.mxf"
-    statuses = []
-    while 3 not in statuses and len(statuses) < 10:  # a rewrite may end before the key comes
-        clip.write_bytes(old)
-        before = clip.stat().st_mtime_ns
-        job = subprocess.Popen(rewrap(clip), stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
-        while job.poll() is None and clip.stat().st_mtime_ns == before:
-            pass
-        job.send_signal(signal.SIGINT)
-        text = job.communicate()[1]
-        statuses.append(job.returncode)
-    expect(statuses[-1] == 3 and "The rewrite was stopped." in text, f"interrupt key: {statuses}, {text}")
+    job = signal_in_the_middle(folder / "interrupted.mxf", old, signal.SIGINT)
+    text = job.communicate()[1]
+    expect(job.returncode == 3 and "The rewrite was stopped." in text, f"interrupt key: {job.returncode}, {text}")
 
 
 def neighbours(folder, old):
+    """Nobody gets at a clip that is being rewritten, and the rewrite goes on."""
     clip = folder / "two.mxf"
-    clip.write_bytes(old)
-    jobs = [subprocess.Popen(rewrap(clip, method), stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
-            for method in ("mapped", "file")]
-    ended = sorted((job.wait(), job.stderr.read()) for job in jobs)
-    expect([status for status, _ in ended] in ([0, 0], [0, 1]) and is_silent(clip), f"two at once: {ended}")
+    job = signal_in_the_middle(clip, old, signal.SIGSTOP)
+    for other in (rewrap(clip), rewrap(clip, "file"), [*windows, "info", clip],
+                  [*windows, "export", clip, "--tracks", "1", "--folder", folder / "out"]):
+        ended = run(other)
+        expect(ended.returncode == 1 and "ERR: 20" in ended.stderr, f"beside a rewrite: {other}: {ended}")
+    job.send_signal(signal.SIGCONT)
+    expect(job.wait() == 0 and is_silent(clip), "a rewrite that others disturb")
 
 
 def cut_under_a_view(folder, old):
@@ -125,7 +147,13 @@ def cut_under_a_view(folder, old):
 
 
 def places_that_refuse(folder, old):
-    """A full disk and a disk that nobody may write, where this user may make them."""
+    """A full disk and a disk that nobody may write, where this user may make them; else a read-only file."""
+    if os.geteuid() != 0:
+        clip = folder / "kept.mxf"
+        clip.write_bytes(old)
+        clip.chmod(0o444)
+        ended = run(rewrap(clip))
+        expect(ended.returncode == 1 and clip.read_bytes() == old, f"rewrap of a read-only file: {ended}")
     place = folder / "small"
     place.mkdir()
     if run(["mount"], "-t", "tmpfs", "-o", f"size={len(old) + 300000}", "small", place).returncode != 0:
@@ -133,10 +161,21 @@ def places_that_refuse(folder, old):
         return
     try:
         clip = place / "clip.mxf"
+        for command in (["export", clip, "--tracks", "1-8", "--folder", place], ["conform", clip, place / "copy.mxf"],
+                        ["rewrap", clip, "--silence", "1", "--silence", "8", "--yes"]):
+            ends = []
+            for program in ([companion], windows):
+                for file in place.iterdir():
+                    file.unlink()
+                clip.write_bytes(old)
+                if command[0] == "rewrap":  # not even the log fits
+                    (place / "rest").write_bytes(bytes(os.statvfs(place).f_bavail * os.statvfs(place).f_frsize))
+                ended = run(program, *command)
+                ends.append((ended.returncode, bool(ended.stderr)))
+                good = is_silent(clip) if command[0] == "rewrap" else clip.read_bytes() == old
+                expect(good and ended.stderr, f"{command[0]} on a full disk: {ended}")
+            expect(ends[0] == ends[1], f"{command[0]} on a full disk: {ends}")
         clip.write_bytes(old)
-        ended = run(windows, "export", clip, "--tracks", "1-8", "--folder", place)
-        expect(ended.returncode == 1 and ended.stderr, f"export to a full disk: {ended}")
-        expect(clip.read_bytes() == old, "export to a full disk: the clip has changed")
         subprocess.run(["mount", "-o", "remount,ro", place], check=True)
         ended = run(rewrap(clip))
         expect(ended.returncode == 1 and "clip.mxf" in ended.stderr, f"rewrap on a read-only disk: {ended}")

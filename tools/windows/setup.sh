@@ -9,6 +9,8 @@
 #   tools/windows/setup.sh --window   also for the preset windows-window and its package: Qt; the first time
 #                                     takes half an hour
 #   tools/windows/setup.sh --has-window   installs nothing; its status is 0 where Qt is there
+#
+# The status is 3 where packages or sources cannot be had.
 set -euo pipefail
 
 prefix=${QUORVAN_WINDOWS_PREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/mxf-quorvan/windows}
@@ -69,8 +71,8 @@ download_source() {  # package, file, SHA-256 of the file
     rm -f sources/debian.sources
   local entries=(-o "Dir::Etc::sourcelist=$PWD/sources.list" -o "Dir::Etc::sourceparts=$PWD/sources"
     -o "Dir::State::lists=$PWD/lists" -o APT::Sandbox::User=root)
-  apt-get "${entries[@]}" update -qq
-  apt-get "${entries[@]}" source -qq --download-only --tar-only "$1"
+  { apt-get "${entries[@]}" update -qq && apt-get "${entries[@]}" source -qq --download-only --tar-only "$1"; } ||
+    cannot_be_had "the source of $1 cannot be downloaded"
   echo "$3  $2" | sha256sum --check --quiet
 }
 
@@ -98,11 +100,14 @@ set_target_properties($target PROPERTIES
 EOF
 }
 
-if ! command -v dpkg-query >/dev/null; then
-  say "no Debian system; please install by hand what is missing of: ${packages[*]} libebur128"
-  exit 1
-fi
-install_packages >&2
+cannot_be_had() {
+  say "$@"
+  exit 3
+}
+
+command -v dpkg-query >/dev/null ||
+  cannot_be_had "no Debian system; please install by hand what is missing of: ${packages[*]} libebur128"
+install_packages >&2 || cannot_be_had "these packages cannot be installed"
 export QUORVAN_WINDOWS_PREFIX=$prefix
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

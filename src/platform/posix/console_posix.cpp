@@ -22,8 +22,8 @@ void RaiseFlag(int) {
 
 }  // namespace
 
-bool TakeArguments(int*, char***) {
-  return true;
+ArgumentsState TakeArguments(int*, char***) {
+  return ArgumentsState::kTaken;
 }
 
 bool InputIsTerminal() {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -66,10 +67,12 @@ bool WriteToConsole(HANDLE console, std::string_view text) {
     const std::size_t part = ConsolePart(text);
     const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(part),
                                            wide.data(), static_cast<int>(wide.size()));
+    if (length <= 0) return false;
     DWORD written = 0;
-    if (length <= 0 ||
-        !WriteConsoleW(console, wide.data(), static_cast<DWORD>(length), &written, nullptr)) {
-      return false;
+    for (DWORD done = 0; done < static_cast<DWORD>(length); done += written) {
+      const DWORD rest = static_cast<DWORD>(length) - done;
+      if (!WriteConsoleW(console, &wide[done], rest, &written, nullptr) || written == 0)
+        return false;
     }
     text.remove_prefix(part);
   }
@@ -104,38 +107,37 @@ void FollowEscapeSequences() {
   }
 }
 
-// The arguments of the process in UTF-8. Throws std::bad_alloc.
-std::vector<std::string> Utf8Arguments() {
+// The arguments of the process. Throws std::bad_alloc.
+std::vector<std::u16string> Arguments() {
   int count = 0;
-  wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+  const std::unique_ptr<wchar_t*, void (*)(void*)> wide(
+      CommandLineToArgvW(GetCommandLineW(), &count), [](void* list) { LocalFree(list); });
   if (wide == nullptr) throw std::bad_alloc();
-  std::vector<std::string> arguments;
-  try {
-    for (int i = 0; i < count; ++i)
-      arguments.push_back(ToUtf8(FromWide(wide[i])));
-  } catch (...) {
-    LocalFree(wide);
-    throw;
-  }
-  LocalFree(wide);
+  std::vector<std::u16string> arguments;
+  for (int i = 0; i < count; ++i)
+    arguments.push_back(FromWide(wide.get()[i]));
   return arguments;
 }
 
 }  // namespace
 
-bool TakeArguments(int* argc, char*** argv) {
+ArgumentsState TakeArguments(int* argc, char*** argv) {
+  static std::vector<std::string> arguments;
+  static std::vector<char*> pointers;
   try {
-    static std::vector<std::string> arguments = Utf8Arguments();
-    static std::vector<char*> pointers;
+    for (const std::u16string& argument : Arguments()) {
+      arguments.push_back(ToUtf8(argument));
+      if (ToUtf16(arguments.back()) != argument) return ArgumentsState::kNoText;
+    }
     for (std::string& argument : arguments)
       pointers.push_back(argument.data());
     pointers.push_back(nullptr);
-    *argc = static_cast<int>(arguments.size());
-    *argv = pointers.data();
-    return true;
   } catch (const std::bad_alloc&) {
-    return false;
+    return ArgumentsState::kOutOfMemory;
   }
+  *argc = static_cast<int>(arguments.size());
+  *argv = pointers.data();
+  return ArgumentsState::kTaken;
 }
 
 bool InputIsTerminal() {

@@ -2,8 +2,6 @@
 
 #include <windows.h>
 
-#include <mutex>
-
 namespace quorvan::platform {
 namespace {
 
@@ -20,13 +18,13 @@ const DWORD activeGuard = TlsAlloc();
 // True for a read of a page that lies in a view and may be read: only the storage can have failed.
 // Windows raises an exception of its own for this; Wine raises the exception of wild pointers.
 bool IsStorageFault(const EXCEPTION_RECORD& record) {
-  if (record.ExceptionCode == EXCEPTION_IN_PAGE_ERROR) return true;
+  const bool isPageFault = record.ExceptionCode == EXCEPTION_IN_PAGE_ERROR ||
+                           record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
+  if (!isPageFault || record.ExceptionInformation[0] != 0) return false;
+  const auto* address = reinterpret_cast<const void*>(record.ExceptionInformation[1]);
   MEMORY_BASIC_INFORMATION page{};
-  return record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION &&
-         record.ExceptionInformation[0] == 0 &&
-         VirtualQuery(reinterpret_cast<const void*>(record.ExceptionInformation[1]), &page,
-                      sizeof page) != 0 &&
-         page.State == MEM_COMMIT && page.Type == MEM_MAPPED && page.Protect == PAGE_READONLY;
+  return VirtualQuery(address, &page, sizeof page) != 0 && page.State == MEM_COMMIT &&
+         page.Type == MEM_MAPPED && page.Protect == PAGE_READONLY;
 }
 
 // Leaves the guarded body after a fault in a view: the thread continues in front of the body.
@@ -40,15 +38,14 @@ LONG CALLBACK HandleStorageFault(EXCEPTION_POINTERS* fault) {
   return EXCEPTION_CONTINUE_EXECUTION;
 }
 
-void InstallHandlerOnce() {
-  static std::once_flag installed;
-  std::call_once(installed, [] { AddVectoredExceptionHandler(1, HandleStorageFault); });
-}
+// Without the handler, or without a place for the guards, no body can be guarded.
+const bool canGuard = AddVectoredExceptionHandler(1, HandleStorageFault) != nullptr &&
+                      activeGuard != TLS_OUT_OF_INDEXES;
 
 }  // namespace
 
 GuardResult RunGuarded(void (*body)(void* context), void* context) {
-  InstallHandlerOnce();
+  if (!canGuard) return {false, nullptr};
   ActiveGuard guard;
   guard.address = nullptr;
   RtlCaptureContext(&guard.escape);  // a body that faults continues here

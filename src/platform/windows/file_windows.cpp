@@ -59,6 +59,21 @@ std::optional<std::size_t> TransferThrough(SystemCall kind, std::uint64_t offset
   return done;
 }
 
+// Makes a system call about the name of a file, and repeats the call for a while where another
+// program has the file open: a scanner looks at each new file for a moment.
+template <typename Call>
+bool Patiently(Call call) {
+  constexpr int kMostAttempts = 20;
+  constexpr DWORD kPauseMilliseconds = 100;
+  for (int attempt = 1; !call(); ++attempt) {
+    const DWORD error = GetLastError();
+    const bool isHeld = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+    if (!isHeld || attempt == kMostAttempts) return false;
+    Sleep(kPauseMilliseconds);
+  }
+  return true;
+}
+
 // True for the errors of storage that does not support flushing: its flush loses nothing.
 bool KnowsNoFlush(DWORD error) {
   return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
@@ -86,6 +101,14 @@ OpenArguments ArgumentsOf(OpenMode mode) {
       return {readWrite, 0, CREATE_NEW, 0};
   }
   return {};
+}
+
+// True when the last component of the absolute path `name` is no name of a file. A ':' would lead
+// to a stream of another file.
+bool HasBadName(std::wstring_view name) {
+  const std::wstring_view last = name.substr(name.find_last_of(L'\\') + 1);
+  return last.find_first_of(LR"(<>:"|?*)") != std::wstring_view::npos ||
+         std::any_of(last.begin(), last.end(), [](wchar_t unit) { return unit < L' '; });
 }
 
 bool IsRegularFile(HANDLE handle) {
@@ -177,6 +200,10 @@ File File::Open(const std::u16string& path, OpenMode mode) {
   // Nothing that can fail stands between the call and the File that owns its handle.
   if (path.empty() || path.find(u'\0') != std::u16string::npos) return File();
   std::filesystem::path name(SystemPath(path));
+  if (HasBadName(name.native())) {
+    SetLastError(ERROR_INVALID_NAME);
+    return File();
+  }
   const OpenArguments with = ArgumentsOf(mode);
   HANDLE handle = INVALID_HANDLE_VALUE;
   const bool opened = Through(SystemCall::kOpen, [&] {
@@ -257,7 +284,7 @@ bool File::ReadCachedAt(std::uint64_t, void*, std::size_t) const {
   return false;
 }
 
-// Said when the file is opened (ArgumentsOf).
+// Said when the file is opened (ArgumentsOf), of a clip that is opened alone.
 void File::ExpectScattered() const {}
 
 // The system prefetches views alone.
@@ -367,8 +394,13 @@ bool IsLink(const std::u16string& path) {
 }
 
 bool IsSameFile(const std::u16string& a, const std::u16string& b) {
-  const auto first = Describe(SystemPath(a).c_str(), FILE_FLAG_OPEN_REPARSE_POINT);
+  const std::wstring firstName = SystemPath(a);
   const std::wstring name = SystemPath(b);
+  const auto first = Describe(firstName.c_str(), FILE_FLAG_OPEN_REPARSE_POINT);
+  // Some servers number no files.
+  if (first && first->nFileIndexHigh == 0 && first->nFileIndexLow == 0) {
+    return CompareStringOrdinal(firstName.c_str(), -1, name.c_str(), -1, TRUE) == CSTR_EQUAL;
+  }
   const auto same = [&](DWORD flags) {
     const auto second = Describe(name.c_str(), flags);
     return second && IsSame(*first, *second);
@@ -378,28 +410,31 @@ bool IsSameFile(const std::u16string& a, const std::u16string& b) {
 
 bool RemoveFile(const std::u16string& path) noexcept {
   try {
-    return DeleteFileW(SystemPath(path).c_str());
+    const std::wstring name = SystemPath(path);
+    return Patiently([&] { return DeleteFileW(name.c_str()); });
   } catch (const std::bad_alloc&) {
     return false;
   }
 }
 
-// The system has no flush of a folder: it keeps the names in a journal. Only the seam is asked.
+// The system has no flush of a folder. A rename is written through, and the flush of a new file
+// brings its name along. Only the seam is asked.
 bool FlushFolderOf(const std::u16string&) {
   return Through(SystemCall::kFlush, [] { return true; });
 }
 
 bool CanBeNamed(const std::u16string& path) {
   const std::wstring name = SystemPath(path);
-  return name.size() <= kLongestPath &&
+  return !HasBadName(name) && name.size() <= kLongestPath &&
          name.size() - (name.find_last_of(L'\\') + 1) <= kLongestComponent;
 }
 
 bool RenameWithoutReplacing(const std::u16string& from, const std::u16string& to) {
   const std::wstring source = SystemPath(from);
   const std::wstring target = SystemPath(to);
-  if (Through(SystemCall::kRename,
-              [&] { return MoveFileExW(source.c_str(), target.c_str(), 0); })) {
+  if (Through(SystemCall::kRename, [&] {
+        return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH);
+      })) {
     return true;
   }
   if (GetLastError() == ERROR_ALREADY_EXISTS) SetLastError(NameTakenError());
@@ -410,7 +445,10 @@ bool RenameReplacing(const std::u16string& from, const std::u16string& to) {
   const std::wstring source = SystemPath(from);
   const std::wstring target = SystemPath(to);
   return Through(SystemCall::kRename, [&] {
-    return MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING);
+    return Patiently([&] {
+      return MoveFileExW(source.c_str(), target.c_str(),
+                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    });
   });
 }
 

@@ -29,11 +29,13 @@ std::optional<KeptPlace> ReadKeptPlace() {
   if (key == nullptr) return std::nullopt;
   KeptPlace place{};
   DWORD bytes = sizeof place;
+  DWORD type = REG_NONE;
   const LSTATUS status =
-      RegQueryValueExW(key, kValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&place), &bytes);
+      RegQueryValueExW(key, kValue, nullptr, &type, reinterpret_cast<BYTE*>(&place), &bytes);
   RegCloseKey(key);
   if (isNew) return std::nullopt;
-  return status == ERROR_SUCCESS && bytes == sizeof place ? place : KeptPlace{};
+  const bool isPlace = status == ERROR_SUCCESS && type == REG_BINARY && bytes == sizeof place;
+  return isPlace ? place : KeptPlace{};
 }
 
 void WriteKeptPlace(const KeptPlace& place) {

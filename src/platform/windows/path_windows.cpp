@@ -5,6 +5,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "platform/text.h"
 #include "platform/windows/wide_text.h"
@@ -34,11 +35,10 @@ std::wstring FullPath(std::u16string_view path) {
 
 // The folder that the system knows under `id`; empty when there is none.
 std::u16string KnownFolder(const KNOWNFOLDERID& id) {
-  std::u16string folder;
   wchar_t* path = nullptr;
-  if (SHGetKnownFolderPath(id, KF_FLAG_DEFAULT, nullptr, &path) == S_OK) folder = FromWide(path);
-  CoTaskMemFree(path);
-  return folder;
+  const bool found = SHGetKnownFolderPath(id, KF_FLAG_DEFAULT, nullptr, &path) == S_OK;
+  const std::unique_ptr<wchar_t, void (*)(void*)> owned(path, CoTaskMemFree);
+  return found ? FromWide(path) : std::u16string();
 }
 
 }  // namespace
@@ -56,7 +56,9 @@ std::optional<std::u16string> PathOfAddress(const std::string& host, const std::
   const bool hasDrive = path.size() > 2 && path[0] == '/' && path[2] == ':';
   std::u16string local = ToUtf16(hasDrive ? path.substr(1) : path);
   std::ranges::replace(local, u'/', u'\\');
-  return hasDrive || host.empty() ? local : u"\\\\" + ToUtf16(host) + local;
+  if (local.find(u'\xFFFD') != std::u16string::npos) return std::nullopt;
+  if (host.empty() || host == "localhost") return local;
+  return hasDrive ? std::nullopt : std::optional(u"\\\\" + ToUtf16(host) + local);
 }
 
 std::wstring SystemPath(std::u16string_view path) {
